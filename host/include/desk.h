@@ -11,7 +11,8 @@
 extern "C" {
 #endif
 
-/* Receives one posted message on the posting thread. Must not block and must not call the poster. */
+/* Receives one posted message on the posting thread. Must not block and must not call the poster.
+ */
 typedef void (*DeskMessageSink)(void* context, HWND window, UINT message, WPARAM wParam,
                                 LPARAM lParam);
 

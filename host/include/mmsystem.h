@@ -1,4 +1,5 @@
-/* The wave format record of the platform's multimedia interface: CE's layout, packed to 18 bytes. */
+/* The wave format record of the platform's multimedia interface: CE's layout, packed to 18 bytes.
+ */
 #ifndef HOST_MMSYSTEM_H
 #define HOST_MMSYSTEM_H
 

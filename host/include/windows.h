@@ -129,9 +129,8 @@ void WINAPI Sleep(DWORD milliseconds);
  * INVALID_HANDLE_VALUE with ERROR_FILE_NOT_FOUND when there is no such device, with
  * ERROR_SHARING_VIOLATION when it is open already.
  */
-HANDLE WINAPI CreateFileW(LPCWSTR name, DWORD access, DWORD share,
-                          LPSECURITY_ATTRIBUTES attributes, DWORD disposition, DWORD flags,
-                          HANDLE templateFile);
+HANDLE WINAPI CreateFileW(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES attributes,
+                          DWORD disposition, DWORD flags, HANDLE templateFile);
 
 /*
  * Reads at most `count` bytes and stores how many came in *read (0 on failure). A stream device

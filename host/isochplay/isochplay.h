@@ -1,6 +1,7 @@
 /*
  * The platform's audio library: it streams the iPod's digital audio from the USB isochronous
- * endpoint to the head unit's speakers. It is closed; these are the six functions that ipodctl calls.
+ * endpoint to the head unit's speakers. It is closed; these are the six functions that ipodctl
+ * calls.
  */
 #ifndef ISOCHPLAY_H
 #define ISOCHPLAY_H
@@ -24,7 +25,8 @@ int WINAPI StopIpodAudioPlay(void);
 /* Follows a new sample rate (Hz) while streaming. */
 int WINAPI SelectFrequency(int sampleRate);
 
-/* Asks the audio driver about the iPod's audio; what the four words mean is the driver's business. */
+/* Asks the audio driver about the iPod's audio; what the four words mean is the driver's business.
+ */
 int WINAPI IpodAudioPresent(int first, int second, int third, int fourth);
 
 #ifdef __cplusplus

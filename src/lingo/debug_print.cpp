@@ -1,0 +1,14 @@
+#include "lingo/debug_print.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+std::atomic<uint8_t> debugFlag{0};
+
+void debugPrint(const char* format, ...) {
+  if (!debugFlag) return;
+  va_list arguments;
+  va_start(arguments, format);
+  vprintf(format, arguments);
+  va_end(arguments);
+}

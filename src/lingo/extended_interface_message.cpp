@@ -1,0 +1,185 @@
+#include "lingo/extended_interface_message.h"
+
+namespace {
+
+/// A track's text is never empty: a single byte would be its terminator alone.
+constexpr uint32_t kLeastTrackText = 2;
+
+constexpr uint32_t kLeastName = 1;
+constexpr uint32_t kRecordIndexSize = 4;
+
+}  // namespace
+
+ExtendedInterfaceMessage::ExtendedInterfaceMessage() : LingoMessage(kExtendedInterfaceLingo) {}
+
+ExtendedInterfaceMessage::~ExtendedInterfaceMessage() = default;
+
+uint16_t ExtendedInterfaceMessage::encode(uint8_t* buffer, uint32_t capacity) const {
+  return encodeBody(buffer, capacity, sizeof(uint16_t));
+}
+
+bool ExtendedInterfaceMessage::buildGetIndexedPlayingTrackInfo(uint8_t infoType,
+                                                               uint32_t trackIndex,
+                                                               uint16_t chapterIndex) {
+  return build(kGetIndexedPlayingTrackInfo, infoType, trackIndex, chapterIndex);
+}
+
+bool ExtendedInterfaceMessage::buildRequestIpodName() { return build(kRequestIpodName); }
+
+bool ExtendedInterfaceMessage::buildResetDbSelection() { return build(kResetDbSelection); }
+
+bool ExtendedInterfaceMessage::buildSelectDbRecord(uint8_t category, uint32_t index) {
+  return build(kSelectDbRecord, category, index);
+}
+
+bool ExtendedInterfaceMessage::buildGetNumberCategorizedDbRecords(uint8_t category) {
+  return build(kGetNumberCategorizedDbRecords, category);
+}
+
+bool ExtendedInterfaceMessage::buildRetrieveCategorizedDatabaseRecords(uint8_t category,
+                                                                       uint32_t start,
+                                                                       uint32_t count) {
+  return build(kRetrieveCategorizedDatabaseRecords, category, start, count);
+}
+
+bool ExtendedInterfaceMessage::buildGetPlayStatus() { return build(kGetPlayStatus); }
+
+bool ExtendedInterfaceMessage::buildGetCurrentPlayingTrackIndex() {
+  return build(kGetCurrentPlayingTrackIndex);
+}
+
+bool ExtendedInterfaceMessage::buildGetIndexedPlayingTrackTitle(uint32_t trackIndex) {
+  return build(kGetIndexedPlayingTrackTitle, trackIndex);
+}
+
+bool ExtendedInterfaceMessage::buildGetIndexedPlayingTrackArtistName(uint32_t trackIndex) {
+  return build(kGetIndexedPlayingTrackArtistName, trackIndex);
+}
+
+bool ExtendedInterfaceMessage::buildGetIndexedPlayingTrackAlbumName(uint32_t trackIndex) {
+  return build(kGetIndexedPlayingTrackAlbumName, trackIndex);
+}
+
+bool ExtendedInterfaceMessage::buildPlayCurrentSelection(uint32_t trackIndex) {
+  return build(kPlayCurrentSelection, trackIndex);
+}
+
+bool ExtendedInterfaceMessage::buildPlayControl(uint8_t code) { return build(kPlayControl, code); }
+
+bool ExtendedInterfaceMessage::buildGetShuffle() { return build(kGetShuffle); }
+
+bool ExtendedInterfaceMessage::buildSetShuffle(uint8_t mode) { return build(kSetShuffle, mode); }
+
+bool ExtendedInterfaceMessage::buildGetRepeat() { return build(kGetRepeat); }
+
+bool ExtendedInterfaceMessage::buildSetRepeat(uint8_t mode) { return build(kSetRepeat, mode); }
+
+bool ExtendedInterfaceMessage::buildSetDisplayImage(uint8_t pixelFormat, uint16_t packetIndex,
+                                                    uint16_t width, uint16_t height,
+                                                    uint32_t rowBytes, const uint8_t* row) {
+  const bool described =
+      packetIndex == 0 ? build(kSetDisplayImage, packetIndex, pixelFormat, width, height, rowBytes)
+                       : build(kSetDisplayImage, packetIndex);
+  return described && appendData(row, static_cast<uint16_t>(rowBytes));
+}
+
+bool ExtendedInterfaceMessage::buildGetMonoDisplayImageLimits() {
+  return build(kGetMonoDisplayImageLimits);
+}
+
+bool ExtendedInterfaceMessage::buildGetNumPlayingTracks() { return build(kGetNumPlayingTracks); }
+
+bool ExtendedInterfaceMessage::buildSetCurrentPlayingTrack(uint32_t trackIndex) {
+  return build(kSetCurrentPlayingTrack, trackIndex);
+}
+
+bool ExtendedInterfaceMessage::buildSelectSortDbRecord(uint8_t category, uint32_t index,
+                                                       uint8_t sortOrder) {
+  return build(kSelectSortDbRecord, category, index, sortOrder);
+}
+
+bool ExtendedInterfaceMessage::buildGetColorDisplayImageLimits() {
+  return build(kGetColorDisplayImageLimits);
+}
+
+bool ExtendedInterfaceMessage::decodeIpodAck(uint8_t& status, uint16_t& command) const {
+  return decodeExactly(kIpodAck, status, command);
+}
+
+bool ExtendedInterfaceMessage::decodeReturnIndexedPlayingTrackInfo(uint8_t& infoType,
+                                                                   ByteString& text) const {
+  uint8_t type = 0;
+  if (!decodeFirst(kReturnIndexedPlayingTrackInfo, type)) return false;
+  if (getDataLength() < kLeastTrackText) return false;
+  if (!decodeText(0, getDataLength() - 1u, text)) return false;
+  infoType = type;
+  return true;
+}
+
+bool ExtendedInterfaceMessage::decodeReturnIpodName(ByteString& name) const {
+  return decodeWholeText(kReturnIpodName, kLeastName, name);
+}
+
+bool ExtendedInterfaceMessage::decodeReturnNumberCategorizedDbRecords(uint32_t& count) const {
+  return decodeExactly(kReturnNumberCategorizedDbRecords, count);
+}
+
+bool ExtendedInterfaceMessage::decodeReturnCategorizedDatabaseRecord(uint32_t& index,
+                                                                     ByteString& name) const {
+  uint32_t recordIndex = 0;
+  if (!decodeFirst(kReturnCategorizedDatabaseRecord, recordIndex)) return false;
+  if (getDataLength() <= kRecordIndexSize) return false;
+  if (!decodeText(kRecordIndexSize, getDataLength() - kRecordIndexSize, name)) return false;
+  index = recordIndex;
+  return true;
+}
+
+bool ExtendedInterfaceMessage::decodeReturnPlayStatus(uint32_t& trackLength, uint32_t& position,
+                                                      uint8_t& state) const {
+  return decodeExactly(kReturnPlayStatus, trackLength, position, state);
+}
+
+bool ExtendedInterfaceMessage::decodeReturnCurrentPlayingTrackIndex(uint32_t& trackIndex) const {
+  return decodeExactly(kReturnCurrentPlayingTrackIndex, trackIndex);
+}
+
+bool ExtendedInterfaceMessage::decodeReturnIndexedPlayingTrackTitle(ByteString& title) const {
+  return decodeWholeText(kReturnIndexedPlayingTrackTitle, kLeastTrackText, title);
+}
+
+bool ExtendedInterfaceMessage::decodeReturnIndexedPlayingTrackArtistName(ByteString& artist) const {
+  return decodeWholeText(kReturnIndexedPlayingTrackArtistName, kLeastTrackText, artist);
+}
+
+bool ExtendedInterfaceMessage::decodeReturnIndexedPlayingTrackAlbumName(ByteString& album) const {
+  return decodeWholeText(kReturnIndexedPlayingTrackAlbumName, kLeastTrackText, album);
+}
+
+bool ExtendedInterfaceMessage::decodeReturnShuffle(uint8_t& mode) const {
+  return decodeFirst(kReturnShuffle, mode);
+}
+
+bool ExtendedInterfaceMessage::decodeReturnRepeat(uint8_t& mode) const {
+  return decodeFirst(kReturnRepeat, mode);
+}
+
+bool ExtendedInterfaceMessage::decodeReturnMonoDisplayImageLimits(uint16_t& width, uint16_t& height,
+                                                                  uint8_t& format) const {
+  return decodeFirst(kReturnMonoDisplayImageLimits, width, height, format);
+}
+
+bool ExtendedInterfaceMessage::decodeReturnColorDisplayImageLimits(uint16_t& width,
+                                                                   uint16_t& height,
+                                                                   uint8_t& format) const {
+  return decodeFirst(kReturnColorDisplayImageLimits, width, height, format);
+}
+
+bool ExtendedInterfaceMessage::decodeReturnNumPlayingTracks(uint32_t& count) const {
+  return decodeFirst(kReturnNumPlayingTracks, count);
+}
+
+bool ExtendedInterfaceMessage::decodeWholeText(Command command, uint32_t leastLength,
+                                               ByteString& text) const {
+  return getCommand() == command && getDataLength() >= leastLength &&
+         decodeText(0, getDataLength(), text);
+}

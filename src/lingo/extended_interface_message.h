@@ -1,0 +1,120 @@
+#pragma once
+
+#include "lingo/lingo_message.h"
+
+/// The Extended Interface lingo (0x04): the database, playback, the playing track and the picture
+/// on the iPod's screen. Its command ids are two bytes wide.
+///
+/// Builders fail when there is no memory; decoders when command or length do not match, and then
+/// leave their outputs as they were.
+class ExtendedInterfaceMessage final : public LingoMessage {
+ public:
+  enum Command : uint16_t {
+    kIpodAck = 0x0001,
+    kGetIndexedPlayingTrackInfo = 0x000C,
+    kReturnIndexedPlayingTrackInfo = 0x000D,
+    kRequestIpodName = 0x0014,
+    kReturnIpodName = 0x0015,
+    kResetDbSelection = 0x0016,
+    kSelectDbRecord = 0x0017,
+    kGetNumberCategorizedDbRecords = 0x0018,
+    kReturnNumberCategorizedDbRecords = 0x0019,
+    kRetrieveCategorizedDatabaseRecords = 0x001A,
+    kReturnCategorizedDatabaseRecord = 0x001B,
+    kGetPlayStatus = 0x001C,
+    kReturnPlayStatus = 0x001D,
+    kGetCurrentPlayingTrackIndex = 0x001E,
+    kReturnCurrentPlayingTrackIndex = 0x001F,
+    kGetIndexedPlayingTrackTitle = 0x0020,
+    kReturnIndexedPlayingTrackTitle = 0x0021,
+    kGetIndexedPlayingTrackArtistName = 0x0022,
+    kReturnIndexedPlayingTrackArtistName = 0x0023,
+    kGetIndexedPlayingTrackAlbumName = 0x0024,
+    kReturnIndexedPlayingTrackAlbumName = 0x0025,
+    kPlayCurrentSelection = 0x0028,
+    kPlayControl = 0x0029,
+    kGetShuffle = 0x002C,
+    kReturnShuffle = 0x002D,
+    kSetShuffle = 0x002E,
+    kGetRepeat = 0x002F,
+    kReturnRepeat = 0x0030,
+    kSetRepeat = 0x0031,
+    kSetDisplayImage = 0x0032,
+    kGetMonoDisplayImageLimits = 0x0033,
+    kReturnMonoDisplayImageLimits = 0x0034,
+    kGetNumPlayingTracks = 0x0035,
+    kReturnNumPlayingTracks = 0x0036,
+    kSetCurrentPlayingTrack = 0x0037,
+    kSelectSortDbRecord = 0x0038,
+    kGetColorDisplayImageLimits = 0x0039,
+    kReturnColorDisplayImageLimits = 0x003A,
+  };
+
+  ExtendedInterfaceMessage();
+  ~ExtendedInterfaceMessage() override;
+  uint16_t encode(uint8_t* buffer, uint32_t capacity) const override;
+
+  // To the iPod.
+  bool buildGetIndexedPlayingTrackInfo(uint8_t infoType, uint32_t trackIndex,
+                                       uint16_t chapterIndex);
+  bool buildRequestIpodName();
+  bool buildResetDbSelection();
+  bool buildSelectDbRecord(uint8_t category, uint32_t index);
+  bool buildGetNumberCategorizedDbRecords(uint8_t category);
+  bool buildRetrieveCategorizedDatabaseRecords(uint8_t category, uint32_t start, uint32_t count);
+  bool buildGetPlayStatus();
+  bool buildGetCurrentPlayingTrackIndex();
+  bool buildGetIndexedPlayingTrackTitle(uint32_t trackIndex);
+  bool buildGetIndexedPlayingTrackArtistName(uint32_t trackIndex);
+  bool buildGetIndexedPlayingTrackAlbumName(uint32_t trackIndex);
+  bool buildPlayCurrentSelection(uint32_t trackIndex);
+  bool buildPlayControl(uint8_t code);
+  bool buildGetShuffle();
+  bool buildSetShuffle(uint8_t mode);
+  bool buildGetRepeat();
+  bool buildSetRepeat(uint8_t mode);
+
+  /// Packet 0 describes the picture (`rowBytes` is its row stride) and carries the first row; every
+  /// later packet is its index and a row. The row is sent with the low 16 bits of `rowBytes` as its
+  /// length.
+  bool buildSetDisplayImage(uint8_t pixelFormat, uint16_t packetIndex, uint16_t width,
+                            uint16_t height, uint32_t rowBytes, const uint8_t* row);
+
+  bool buildGetMonoDisplayImageLimits();
+  bool buildGetNumPlayingTracks();
+  bool buildSetCurrentPlayingTrack(uint32_t trackIndex);
+  bool buildSelectSortDbRecord(uint8_t category, uint32_t index, uint8_t sortOrder);
+  bool buildGetColorDisplayImageLimits();
+
+  // From the iPod.
+  bool decodeIpodAck(uint8_t& status, uint16_t& command) const;
+
+  /// The text starts at the information type, whose byte becomes its first character, and so lacks
+  /// the payload's last byte, which is the terminator.
+  bool decodeReturnIndexedPlayingTrackInfo(uint8_t& infoType, ByteString& text) const;
+
+  bool decodeReturnIpodName(ByteString& name) const;
+  bool decodeReturnNumberCategorizedDbRecords(uint32_t& count) const;
+  bool decodeReturnCategorizedDatabaseRecord(uint32_t& index, ByteString& name) const;
+
+  /// Times in ms; state 0 stopped, 1 playing, 2 paused.
+  bool decodeReturnPlayStatus(uint32_t& trackLength, uint32_t& position, uint8_t& state) const;
+
+  bool decodeReturnCurrentPlayingTrackIndex(uint32_t& trackIndex) const;
+  bool decodeReturnIndexedPlayingTrackTitle(ByteString& title) const;
+  bool decodeReturnIndexedPlayingTrackArtistName(ByteString& artist) const;
+  bool decodeReturnIndexedPlayingTrackAlbumName(ByteString& album) const;
+  bool decodeReturnShuffle(uint8_t& mode) const;
+  bool decodeReturnRepeat(uint8_t& mode) const;
+
+  /// Limits in pixels, and the pixel format of the first entry.
+  bool decodeReturnMonoDisplayImageLimits(uint16_t& width, uint16_t& height, uint8_t& format) const;
+  bool decodeReturnColorDisplayImageLimits(uint16_t& width, uint16_t& height,
+                                           uint8_t& format) const;
+
+  bool decodeReturnNumPlayingTracks(uint32_t& count) const;
+
+ private:
+  /// A reply that is one text.
+  bool decodeWholeText(Command command, uint32_t leastLength, ByteString& text) const;
+};

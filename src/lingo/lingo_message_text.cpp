@@ -1,0 +1,105 @@
+// The text half of LingoMessage: the iPod's UTF-8 becomes the library's 8-bit text.
+
+#include <cstring>
+
+#include "lingo/lingo_message.h"
+
+namespace {
+
+constexpr uint32_t kMalformed = 0xFFFFFFFF;
+constexpr uint32_t kWideLimit = 0x10000;
+constexpr char16_t kNarrowLimit = 0x100;
+constexpr char kReplacement = ' ';
+
+bool isContinuation(char byte) { return (static_cast<uint8_t>(byte) & 0xC0) == 0x80; }
+
+/// The bytes of one sequence that are there: the lead byte and the continuation bytes behind it.
+int presentBytes(const char* bytes, int length) {
+  int count = 1;
+  while (count < length && isContinuation(bytes[count]))
+    ++count;
+  return count;
+}
+
+int sequenceLengthAt(const char* text) {
+  return LingoMessage::utf8SequenceLength(static_cast<uint8_t>(*text));
+}
+
+}  // namespace
+
+int LingoMessage::utf8SequenceLength(uint8_t lead) {
+  if ((lead & 0x80) == 0x00) return 1;
+  if ((lead & 0xE0) == 0xC0) return 2;
+  if ((lead & 0xF0) == 0xE0) return 3;
+  if ((lead & 0xF8) == 0xF0) return 4;
+  if ((lead & 0xFC) == 0xF8) return 5;
+  if ((lead & 0xFE) == 0xFC) return 6;
+  return 1;
+}
+
+uint32_t LingoMessage::utf8CharCount(const char* text) {
+  uint32_t count = 0;
+  while (*text != '\0') {
+    text += presentBytes(text, sequenceLengthAt(text));
+    ++count;
+  }
+  return count;
+}
+
+int LingoMessage::utf8DecodeChar(const char* bytes, int length, uint32_t& out) {
+  const int present = presentBytes(bytes, length);
+  if (present != length) {
+    out = kMalformed;
+    return present;
+  }
+  const uint32_t leadMask = length == 1 ? 0x7Fu : 0x7Fu >> length;
+  out = static_cast<uint8_t>(bytes[0]) & leadMask;
+  for (int i = 1; i < length; ++i)
+    out = (out << 6) + (static_cast<uint8_t>(bytes[i]) & 0x3Fu);
+  return present;
+}
+
+bool LingoMessage::utf8ToWide(const char* text, WideString& wide) {
+  if (!wide.resize(utf8CharCount(text))) return false;
+  bool allFitted = true;
+  for (uint32_t i = 0; *text != '\0'; ++i) {
+    uint32_t codePoint = kMalformed;
+    text += utf8DecodeChar(text, sequenceLengthAt(text), codePoint);
+    const bool fits = codePoint < kWideLimit;
+    wide[i] = fits ? static_cast<char16_t>(codePoint) : static_cast<char16_t>(kReplacement);
+    allFitted = allFitted && fits;
+  }
+  return allFitted;
+}
+
+bool LingoMessage::wideToNarrow(const WideString& wide, ByteString& narrow) {
+  if (!narrow.resize(wide.size())) return false;
+  bool allFitted = true;
+  for (uint32_t i = 0; i < wide.size(); ++i) {
+    const bool fits = wide[i] < kNarrowLimit;
+    narrow[i] = fits ? static_cast<char>(wide[i]) : kReplacement;
+    allFitted = allFitted && fits;
+  }
+  return allFitted;
+}
+
+bool LingoMessage::utf8ToNarrow(const char* text, uint32_t length, ByteString& out) {
+  if (text == nullptr || length == 0) return false;
+  WideString wide;
+  return utf8ToWide(text, wide) && wideToNarrow(wide, out);
+}
+
+bool LingoMessage::decodeText(uint32_t offset, uint32_t length, ByteString& out) const {
+  ByteString terminated;
+  if (!copyText(offset, length, terminated)) return false;
+  utf8ToNarrow(terminated.text(), length, out);
+  return true;
+}
+
+bool LingoMessage::copyText(uint32_t offset, uint32_t length, ByteString& out) const {
+  if (!out.resize(length)) return false;
+  for (uint32_t i = 0; i < length && offset + i < dataLength; ++i) {
+    out[i] = static_cast<char>(data[offset + i]);
+  }
+  return true;
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+
+/// An owned string of 8-bit or 16-bit units that may hold zero units. Making it longer can fail,
+/// and says so. One zero unit that size() does not count stands behind the text.
+template <class Unit>
+class TextString {
+ public:
+  uint32_t size() const { return length; }
+  bool empty() const { return length == 0; }
+
+  Unit& operator[](uint32_t index) { return units[index]; }
+  const Unit& operator[](uint32_t index) const { return units[index]; }
+
+  /// The text with its terminator; never null.
+  const Unit* text() const { return units ? units.get() : &kTerminator; }
+
+  /// Becomes `newLength` zero units; false, and the string as it was, when there is no memory.
+  [[nodiscard]] bool resize(uint32_t newLength) {
+    std::unique_ptr<Unit[]> fresh(new (std::nothrow) Unit[newLength + 1]());
+    if (!fresh) return false;
+    units = std::move(fresh);
+    length = newLength;
+    return true;
+  }
+
+  /// Becomes a copy of `count` units; false, and the string as it was, when there is no memory.
+  [[nodiscard]] bool assign(const Unit* source, uint32_t count) {
+    if (!resize(count)) return false;
+    if (count > 0) std::memcpy(units.get(), source, count * sizeof(Unit));
+    return true;
+  }
+
+ private:
+  static constexpr Unit kTerminator{};
+
+  std::unique_ptr<Unit[]> units;
+  uint32_t length = 0;
+};
+
+using ByteString = TextString<char>;
+using WideString = TextString<char16_t>;

@@ -1,0 +1,94 @@
+#include "link/device_transport.h"
+
+#include <cstring>
+
+#include "lingo/debug_print.h"
+#include "link/os_primitives.h"
+
+namespace {
+
+/// A sender waits as long for the one before it as a command waits for its reply.
+constexpr uint32_t kSenderWaitSeconds = 1;
+
+}  // namespace
+
+DeviceTransport::DeviceTransport() { prepare(); }
+
+DeviceTransport::~DeviceTransport() {
+  semMutexDelete(handleGuard);
+  semMutexDelete(txGuard);
+}
+
+bool DeviceTransport::prepare() {
+  return Transport::prepare() && (handleGuard != nullptr || semMutexCreate(handleGuard) == 0) &&
+         (txGuard != nullptr || semMutexCreate(txGuard) == 0);
+}
+
+bool DeviceTransport::open(const char* name) {
+  close();
+  if (!prepare() || !awaitReader()) return false;
+  const char* text = name != nullptr ? name : "";
+  if (!deviceName.assign(text, static_cast<uint32_t>(std::strlen(text)))) return false;
+  HANDLE opened = nullptr;
+  if (openDevice(opened, deviceName.text()) != 0) return false;
+  deviceHandle = opened;
+  return true;
+}
+
+bool DeviceTransport::close() {
+  HANDLE opened = nullptr;
+  {
+    const SemaphoreHold hold(handleGuard);
+    opened = deviceHandle.load();
+    deviceHandle = nullptr;
+  }
+  if (opened != nullptr) {
+    CloseHandle(opened);
+    debugPrint("%s", closedText());
+  }
+  stopReadData();
+  return true;
+}
+
+bool DeviceTransport::isOpen() const { return deviceHandle.load() != nullptr; }
+
+bool DeviceTransport::sendSyncByte() {
+  if (semMutexTake(txGuard, 0, kSenderWaitSeconds) != 0) return false;
+  const bool sent = writeData(&kSyncByte, kSyncSize);
+  semMutexGive(txGuard);
+  return sent;
+}
+
+bool DeviceTransport::sendMessage(const LingoMessage& message) {
+  if (semMutexTake(txGuard, 0, kSenderWaitSeconds) != 0) return false;
+  const bool sent = writeData(txFrame, frameMessage(message));
+  semMutexGive(txGuard);
+  return sent;
+}
+
+bool DeviceTransport::writeData(const uint8_t* bytes, uint32_t count) {
+  debugPrint("%s", writingText());
+  return deviceWrite(deviceHandle.load(), bytes, count) == static_cast<int>(count);
+}
+
+/// Builds the frame in txFrame and returns its size, 0 when the message does not encode.
+uint32_t DeviceTransport::frameMessage(const LingoMessage& message) {
+  txFrame[0] = kSyncByte;
+  uint8_t* body = txFrame + syncSize();
+  const uint16_t bodySize = message.encode(body, kBodyCapacity);
+  if (bodySize == 0) return 0;
+  const uint8_t checksum = computeChecksum(body + kStartSize, bodySize - 1);
+  body[bodySize] = checksum;
+  debugPrint("\n======>Checksum = 0x%x\n", checksum);
+  return syncSize() + bodySize + kChecksumSize;
+}
+
+HANDLE openDeviceFile(const char* name) {
+  const auto length = static_cast<uint32_t>(std::strlen(name));
+  WideString wideName;
+  if (!wideName.resize(length)) return INVALID_HANDLE_VALUE;
+  for (uint32_t i = 0; i < length; ++i)
+    wideName[i] = static_cast<uint8_t>(name[i]);
+  return CreateFileW(wideName.text(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0,
+                     nullptr);
+}

@@ -1,0 +1,83 @@
+#include "link/handler_table.h"
+
+#include <utility>
+
+#include "lingo/received_message.h"
+#include "link/os_primitives.h"
+
+bool operator==(const HandlerRecord& left, const HandlerRecord& right) {
+  return left.lingo == right.lingo && left.command == right.command &&
+         left.handler == right.handler && left.object == right.object;
+}
+
+HandlerTable::HandlerTable() { prepare(); }
+
+HandlerTable::~HandlerTable() { semMutexDelete(listGuard); }
+
+bool HandlerTable::prepare() { return listGuard != nullptr || semMutexCreate(listGuard) == 0; }
+
+bool HandlerTable::add(const HandlerRecord& record) {
+  const SemaphoreHold hold(listGuard);
+  return handlerList.append(record);
+}
+
+bool HandlerTable::remove(const HandlerRecord& record) {
+  const SemaphoreHold hold(listGuard);
+  for (uint32_t i = 0; i < handlerList.size(); ++i) {
+    if (handlerList[i] == record) {
+      removeAt(i);
+      return true;
+    }
+  }
+  return false;
+}
+
+void HandlerTable::removeAllOf(const void* object) {
+  const SemaphoreHold hold(listGuard);
+  // The index moves on after a removal too, past the record that has slid into the free place.
+  for (uint32_t i = 0; i < handlerList.size(); ++i) {
+    if (handlerList[i].object == object) removeAt(i);
+  }
+}
+
+bool HandlerTable::dispatch(std::unique_ptr<LingoMessage>& message) {
+  {
+    const SemaphoreHold hold(listGuard);
+    cursor = 0;
+  }
+  HandlerRecord record;
+  bool handled = false;
+  bool last = false;
+  while (!last && nextFor(*message, record, last)) {
+    handled = true;
+    std::unique_ptr<LingoMessage> own = last ? std::move(message) : copyMessage(*message);
+    if (own) record.handler(record.object, std::move(own));
+  }
+  if (handled) message.reset();
+  return handled;
+}
+
+/// Steps to the next handler for the message and says whether it is the last one for now.
+bool HandlerTable::nextFor(const LingoMessage& message, HandlerRecord& found, bool& last) {
+  const SemaphoreHold hold(listGuard);
+  const uint32_t index = findFrom(cursor, message);
+  if (index == handlerList.size()) return false;
+  found = handlerList[index];
+  cursor = index + 1;
+  last = findFrom(cursor, message) == handlerList.size();
+  return true;
+}
+
+uint32_t HandlerTable::findFrom(uint32_t start, const LingoMessage& message) const {
+  uint32_t index = start;
+  while (index < handlerList.size() && (handlerList[index].lingo != message.getLingo() ||
+                                        handlerList[index].command != message.getCommand())) {
+    ++index;
+  }
+  return index;
+}
+
+void HandlerTable::removeAt(uint32_t index) {
+  handlerList.removeAt(index);
+  if (index < cursor) --cursor;
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <memory>
+
+#include "lingo/growable_array.h"
+#include "lingo/lingo_message.h"
+
+/// Receives a message on the reader thread and owns it from then on.
+using MessageHandler = void (*)(void* object, std::unique_ptr<LingoMessage> message);
+
+/// A registration: the messages of one lingo and command go to this handler of this object.
+struct HandlerRecord {
+  uint8_t lingo = 0;
+  uint16_t command = 0;
+  MessageHandler handler = nullptr;
+  void* object = nullptr;
+};
+
+bool operator==(const HandlerRecord& left, const HandlerRecord& right);
+
+/// The registered handlers in the order of their registration. Any thread may register and remove
+/// while the reader thread hands messages out; a handler may do so itself. A call that has begun
+/// when its registration is removed still runs to its end: the object must outlive the reader
+/// thread, or the reader must be stopped first.
+class HandlerTable {
+ public:
+  HandlerTable();
+  ~HandlerTable();
+  HandlerTable(const HandlerTable&) = delete;
+  HandlerTable& operator=(const HandlerTable&) = delete;
+
+  /// Makes the semaphore if it is missing; false when the system has none left.
+  bool prepare();
+
+  /// False without memory.
+  bool add(const HandlerRecord& record);
+
+  /// Removes the first equal registration; false when there is none.
+  bool remove(const HandlerRecord& record);
+
+  /// Removes the object's registrations, but of two that stand next to each other only the first.
+  void removeAllOf(const void* object);
+
+  /// Reader thread only. Calls every handler registered for the message's lingo and command, each
+  /// with a message of its own, and returns true; leaves the message alone when there is none.
+  bool dispatch(std::unique_ptr<LingoMessage>& message);
+
+ private:
+  bool nextFor(const LingoMessage& message, HandlerRecord& found, bool& last);
+  uint32_t findFrom(uint32_t start, const LingoMessage& message) const;
+  void removeAt(uint32_t index);
+
+  HANDLE listGuard = nullptr;
+  GrowableArray<HandlerRecord> handlerList;  ///< guarded by listGuard
+  uint32_t cursor = 0;                       ///< where dispatch goes on; guarded by listGuard
+};

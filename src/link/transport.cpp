@@ -1,0 +1,147 @@
+#include "link/transport.h"
+
+#include <utility>
+
+#include "lingo/debug_print.h"
+#include "lingo/received_message.h"
+#include "link/os_primitives.h"
+#include "link/transport_registry.h"
+
+namespace {
+
+constexpr int kStopWaits = 3;
+constexpr int32_t kStopWaitMicroseconds = 100000;
+constexpr uint32_t kReaderEndMilliseconds = 1000;
+constexpr uint32_t kReaderPollMilliseconds = 100;
+
+}  // namespace
+
+Transport::Transport() { prepare(); }
+
+Transport::~Transport() { TransportRegistry::instance().remove(this); }
+
+bool Transport::prepare() {
+  return messages.prepare() && handlers.prepare() && TransportRegistry::instance().add(this);
+}
+
+void Transport::shutDown() {
+  close();
+  // Under the loader's lock a thread that has done its last step here cannot end, so its own word
+  // counts; a thread that the system has ended cannot give it, so its handle counts too.
+  while (readerInside && threadJoin(readerThread, kReaderPollMilliseconds) != 0) {
+  }
+  awaitReader();
+  TransportRegistry::instance().remove(this);
+}
+
+bool Transport::startReadData() {
+  if (readDataActive || !isOpen() || !awaitReader()) return false;
+  messages.restart();
+  rxCount = 0;  // what a lost link left of a frame is no part of the new stream
+  readDataActive = 1;
+  readerInside = 1;
+  if (threadCreate(readerThread, threadEntry, this) == 0) return true;
+  readerInside = 0;
+  readDataActive = 0;
+  return false;
+}
+
+bool Transport::stopReadData() {
+  if (!readDataActive) return true;
+  readDataActive = 0;
+  close();
+  messages.wake();
+  for (int i = 0; i < kStopWaits && !threadExited; ++i)
+    taskSleepMicro(kStopWaitMicroseconds);
+  return true;
+}
+
+bool Transport::awaitReader() {
+  if (readerThread == nullptr) return true;
+  if (threadJoin(readerThread, kReaderEndMilliseconds) != 0) return false;
+  CloseHandle(readerThread);
+  readerThread = nullptr;
+  return true;
+}
+
+DWORD WINAPI Transport::threadEntry(void* transport) {
+  debugPrint("begin thReadDat >>>>>>>>>>\n");
+  if (transport == nullptr) return 0;
+  auto* self = static_cast<Transport*>(transport);
+  self->thReadDataLocal();
+  self->readerInside = 0;
+  return 0;
+}
+
+void Transport::thReadDataLocal() {
+  debugPrint("readDataActive  = %d  >>>>>>>>>>\n", static_cast<int>(readDataActive));
+  threadExited = 0;
+  receiveMessages();
+  debugPrint("exit from thReadDataLocal\n");
+  threadExited = 1;
+  messages.wake();
+}
+
+void Transport::receiveMessages() {
+  while (readDataActive) {
+    debugPrint("begin READ....\n");
+    uint8_t* payload = nullptr;
+    const int length = readFrame(rxPayload, kPayloadCapacity, payload);
+    debugPrint("received msg dim %d\n", length);
+    if (length <= 0 || payload == nullptr) {
+      readDataActive = 0;
+      threadExited = 1;
+      TransportRegistry::instance().closeAll();
+      return;
+    }
+    deliver(payload, static_cast<uint16_t>(length));
+  }
+}
+
+void Transport::deliver(const uint8_t* payload, uint16_t length) {
+  std::unique_ptr<LingoMessage> message = makeReceivedMessage(payload, length);
+  if (!message) return;
+  message->dump();
+  if (!handlers.dispatch(message)) messages.append(std::move(message));
+}
+
+std::unique_ptr<LingoMessage> Transport::getMessage(uint32_t nanoseconds, uint32_t seconds) {
+  if (!readDataActive && threadExited) return nullptr;
+  if (!messages.awaitSignal(nanoseconds, seconds)) return nullptr;
+  if (!readDataActive || threadExited) return nullptr;
+  return messages.takeFirst();
+}
+
+int Transport::flushMessages() {
+  messages.flush();
+  return 0;
+}
+
+bool Transport::addHandler(void* object, MessageHandler handler, uint16_t command, uint8_t lingo) {
+  if (object == nullptr || handler == nullptr) return false;
+  return handlers.add({lingo, command, handler, object});
+}
+
+bool Transport::removeHandler(void* object, MessageHandler handler, uint16_t command,
+                              uint8_t lingo) {
+  if (object == nullptr || handler == nullptr) return false;
+  return handlers.remove({lingo, command, handler, object});
+}
+
+bool Transport::removeHandlers(void* object) {
+  if (object == nullptr) return false;
+  handlers.removeAllOf(object);
+  return true;
+}
+
+bool Transport::checkChecksum(const uint8_t* bytes, int count) const {
+  if (count < 1) return false;
+  return computeChecksum(bytes, count - 1) == bytes[count - 1];
+}
+
+uint8_t Transport::computeChecksum(const uint8_t* bytes, int count) const {
+  uint8_t sum = 0;
+  for (int i = 0; i < count; ++i)
+    sum = static_cast<uint8_t>(sum + bytes[i]);
+  return static_cast<uint8_t>(-sum);
+}

@@ -1,0 +1,41 @@
+#include "link/transport_registry.h"
+
+#include <algorithm>
+
+#include "link/os_primitives.h"
+#include "link/transport.h"
+
+TransportRegistry& TransportRegistry::instance() {
+  // Made by the first transport, and so destroyed after the last one that lives as long as the
+  // library.
+  static TransportRegistry registry;
+  return registry;
+}
+
+TransportRegistry::TransportRegistry() { semMutexCreate(registryGuard); }
+
+TransportRegistry::~TransportRegistry() { semMutexDelete(registryGuard); }
+
+bool TransportRegistry::add(Transport* transport) {
+  if (registryGuard == nullptr && semMutexCreate(registryGuard) != 0) return false;
+  const SemaphoreHold hold(registryGuard);
+  const bool known = std::find(transportRegistry.begin(), transportRegistry.end(), transport) !=
+                     transportRegistry.end();
+  return known || transportRegistry.append(transport);
+}
+
+void TransportRegistry::remove(Transport* transport) {
+  const SemaphoreHold hold(registryGuard);
+  for (uint32_t i = 0; i < transportRegistry.size(); ++i) {
+    if (transportRegistry[i] == transport) {
+      transportRegistry.removeAt(i);
+      return;
+    }
+  }
+}
+
+void TransportRegistry::closeAll() {
+  const SemaphoreHold hold(registryGuard);
+  for (Transport* transport : transportRegistry)
+    transport->close();
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <windows.h>
+
+#include "lingo/growable_array.h"
+
+class Transport;
+
+/// Every live transport of the process. A reader that fails closes them all.
+class TransportRegistry {
+ public:
+  static TransportRegistry& instance();
+
+  /// Enters a transport, once. False without memory or semaphore.
+  bool add(Transport* transport);
+  void remove(Transport* transport);
+  void closeAll();
+
+ private:
+  TransportRegistry();
+  ~TransportRegistry();
+
+  HANDLE registryGuard = nullptr;
+  GrowableArray<Transport*> transportRegistry;  ///< guarded by registryGuard
+};

@@ -1,0 +1,36 @@
+#include "link/usb_transport.h"
+
+#include "lingo/debug_print.h"
+#include "link/os_primitives.h"
+
+int usbOpen(HANDLE& handleOut, const char* name) {
+  debugPrint("OPENING DEVICE\n");
+  HANDLE device = openDeviceFile(name);
+  if (device == INVALID_HANDLE_VALUE) {
+    debugPrint("ERRORE DI APERTURA\n");
+    return -1;
+  }
+  debugPrint("USB aperta correttamente\n");
+  handleOut = device;
+  return 0;
+}
+
+UsbTransport::~UsbTransport() { shutDown(); }
+
+int UsbTransport::openDevice(HANDLE& handleOut, const char* name) {
+  return usbOpen(handleOut, name);
+}
+
+int UsbTransport::readDevice(HANDLE device, uint8_t* buffer, uint32_t maximum) {
+  return usbRead(device, buffer, maximum);
+}
+
+/// Looks for the start byte alone; what comes before it, a sync byte too, is noise.
+bool UsbTransport::findStart(FrameScan& scan) {
+  while (scan.index < rxCount) {
+    if (rxArea[scan.index] == kStartByte) return true;
+    ++scan.index;
+  }
+  scan.index = 0;
+  return false;
+}
