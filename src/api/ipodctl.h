@@ -31,8 +31,8 @@
  *
  *  4. Threads. Every function may be called from every thread. Those marked "Lock: taken" wait for
  *     one another, so at most one of them speaks to the iPod; a busy iPod can hold the lock for
- *     seconds. Those marked "Lock: none" never wait for it: they read or write one value and return,
- *     except IpodGetNumberOfPlaylist, which asks the iPod and may fail beside another request.
+ *     seconds. Those marked "Lock: none" never wait for it: they read or write one value and
+ * return, except IpodGetNumberOfPlaylist, which asks the iPod and may fail beside another request.
  *
  *  5. Texts. The iPod's text reaches the host as 16-bit units, one unit for each byte of the
  *     library's 8-bit text (Latin-1), so 0x00E9 is an e with an acute accent. A character that
@@ -275,8 +275,8 @@ const int* IPODCTL_CALL IpodGetFirstItem(int descend, int type, int tracksOfSele
 
 /*
  * Moves to the next entry, after the last one to the first. In tab mode it moves by tabs and the
- * index is the first index of the tab (-35 for the play-all tab); among the items of a chosen tab it
- * stays in that tab.
+ * index is the first index of the tab (-35 for the play-all tab); among the items of a chosen tab
+ * it stays in that tab.
  *
  * Result: the address of the index; null when the list is empty or no list is open.
  * Lock:   taken.
@@ -353,10 +353,8 @@ int IPODCTL_CALL IpodEnableTabVisualizationActive(void);
 /*
  * Counts the items of the current list's type under the iPod's present selection.
  *
- * count:  receives the count, for playlists reduced by 2 when it is not 0; 0 when no list is open or
- *         the iPod does not answer.
- * Result: 0.
- * Lock:   taken.
+ * count:  receives the count, for playlists reduced by 2 when it is not 0; 0 when no list is open
+ * or the iPod does not answer. Result: 0. Lock:   taken.
  */
 int IPODCTL_CALL IpodGetMediaFileCount(int* count);
 
@@ -422,8 +420,8 @@ int IPODCTL_CALL IpodGetTrackInfo(int* trackIndex, unsigned short* artist, unsig
 int IPODCTL_CALL IpodGetName(unsigned short* name, int maxChars);
 
 /*
- * Reads the iPod's serial number; as IpodGetName. The final zero byte that iPods send is part of the
- * text when it fits.
+ * Reads the iPod's serial number; as IpodGetName. The final zero byte that iPods send is part of
+ * the text when it fits.
  */
 int IPODCTL_CALL IpodGetSerialNumber(unsigned short* serial, int maxChars);
 

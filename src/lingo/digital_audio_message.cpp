@@ -7,7 +7,7 @@ constexpr uint8_t kRateCount = sizeof(kRatesInHz) / sizeof(kRatesInHz[0]);
 
 }  // namespace
 
-DigitalAudioMessage::DigitalAudioMessage() : LingoMessage(kDigitalAudioLingo) {}
+DigitalAudioMessage::DigitalAudioMessage() : LingoMessage(kLingo) {}
 
 DigitalAudioMessage::~DigitalAudioMessage() = default;
 

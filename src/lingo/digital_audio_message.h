@@ -6,6 +6,8 @@
 /// iPod streams.
 class DigitalAudioMessage final : public LingoMessage {
  public:
+  static constexpr LingoId kLingo = kDigitalAudioLingo;
+
   enum Command : uint16_t {
     kAccAck = 0x00,
     kGetAccSampleRateCaps = 0x02,

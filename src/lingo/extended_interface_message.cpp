@@ -10,7 +10,7 @@ constexpr uint32_t kRecordIndexSize = 4;
 
 }  // namespace
 
-ExtendedInterfaceMessage::ExtendedInterfaceMessage() : LingoMessage(kExtendedInterfaceLingo) {}
+ExtendedInterfaceMessage::ExtendedInterfaceMessage() : LingoMessage(kLingo) {}
 
 ExtendedInterfaceMessage::~ExtendedInterfaceMessage() = default;
 

@@ -9,6 +9,8 @@
 /// leave their outputs as they were.
 class ExtendedInterfaceMessage final : public LingoMessage {
  public:
+  static constexpr LingoId kLingo = kExtendedInterfaceLingo;
+
   enum Command : uint16_t {
     kIpodAck = 0x0001,
     kGetIndexedPlayingTrackInfo = 0x000C,

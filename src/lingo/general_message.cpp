@@ -14,7 +14,7 @@ constexpr uint32_t kNoDeviceId = 0;
 
 }  // namespace
 
-GeneralMessage::GeneralMessage() : LingoMessage(kGeneralLingo) {}
+GeneralMessage::GeneralMessage() : LingoMessage(kLingo) {}
 
 GeneralMessage::~GeneralMessage() = default;
 

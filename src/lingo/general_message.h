@@ -8,16 +8,17 @@ enum AccessoryInfoType : uint8_t {
   kInfoFirmwareVersion =
       2,  ///< the iPod names its model and firmware and asks whether they will do
   kInfoLingoVersion = 3,
+  kInfoNothing = 0xFF,  ///< no question was asked
 };
 
 /// The iPod's question about the accessory. Only the fields of the type are filled.
 struct AccessoryInfoQuestion {
-  uint8_t type;
-  uint32_t model;    ///< kInfoFirmwareVersion
-  uint8_t major;     ///< kInfoFirmwareVersion
-  uint8_t minor;     ///< kInfoFirmwareVersion
-  uint8_t revision;  ///< kInfoFirmwareVersion
-  uint8_t lingo;     ///< kInfoLingoVersion
+  uint8_t type = kInfoNothing;
+  uint32_t model = 0;    ///< kInfoFirmwareVersion
+  uint8_t major = 0;     ///< kInfoFirmwareVersion
+  uint8_t minor = 0;     ///< kInfoFirmwareVersion
+  uint8_t revision = 0;  ///< kInfoFirmwareVersion
+  uint8_t lingo = 0;     ///< kInfoLingoVersion
 };
 
 /// The General lingo (0x00): identification, the Extended Interface mode, and who the iPod is.
@@ -25,6 +26,8 @@ struct AccessoryInfoQuestion {
 /// leave their outputs as they were.
 class GeneralMessage final : public LingoMessage {
  public:
+  static constexpr LingoId kLingo = kGeneralLingo;
+
   enum Command : uint16_t {
     kIdentify = 0x01,
     kIpodAck = 0x02,

@@ -13,6 +13,9 @@ enum LingoId : uint8_t {
   kDigitalAudioLingo = 0x0A,
 };
 
+/// The status of an acknowledgement that says: done.
+constexpr uint8_t kStatusOk = 0;
+
 /// One iAP command or reply: lingo id, command id and the command's data bytes, which the message
 /// owns. The classes of the lingoes add a builder for each command that goes to the iPod, a decoder
 /// for each one that comes from it, and the width of their command ids.

@@ -2,7 +2,7 @@
 
 #include "lingo/debug_print.h"
 
-SimpleRemoteMessage::SimpleRemoteMessage() : LingoMessage(kSimpleRemoteLingo) {}
+SimpleRemoteMessage::SimpleRemoteMessage() : LingoMessage(kLingo) {}
 
 SimpleRemoteMessage::~SimpleRemoteMessage() = default;
 

@@ -5,6 +5,8 @@
 /// The Simple Remote lingo (0x02): the accessory presses the iPod's buttons.
 class SimpleRemoteMessage final : public LingoMessage {
  public:
+  static constexpr LingoId kLingo = kSimpleRemoteLingo;
+
   enum Command : uint16_t {
     kContextButtonStatus = 0x00,
     kAudioButtonStatus = 0x04,

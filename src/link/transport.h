@@ -90,15 +90,16 @@ class Transport {
   /// a second. Not for the reader thread itself.
   bool awaitReader();
 
+  /// Closes for good: waits for the reader however long it takes and leaves the live transports.
+  /// After this only the destructor may be called. Every kind's destructor does it first, while the
+  /// reader can still call the kind's operations; an owner does it before what its handlers use
+  /// goes.
+  void shutDown();
+
  protected:
   /// Makes the semaphores that are missing and enters the transport among the live ones. False when
   /// the system has no room; the transport does not open then.
   virtual bool prepare();
-
-  /// What the destructor of every kind calls first, while the reader can still call the kind's
-  /// operations: closes, waits for the reader however long it takes, and leaves the live
-  /// transports.
-  void shutDown();
 
   std::atomic<uint8_t> readDataActive{0};
 

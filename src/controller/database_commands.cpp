@@ -1,0 +1,45 @@
+// The iPod's music database: what is selected, how much there is, and what it is called.
+
+#include "controller/ipod_controller_base.h"
+
+using Message = ExtendedInterfaceMessage;
+
+/// Unlike a selection's acknowledgement this one must come first, before any other message.
+bool IpodControllerBase::ResetDbSelection() {
+  uint8_t status = kStatusOk;
+  uint16_t command = 0;
+  return ask(&Message::buildResetDbSelection).read(&Message::decodeIpodAck, status, command) &&
+         status == kStatusOk && command == Message::kResetDbSelection;
+}
+
+bool IpodControllerBase::SelectDbRecord(uint8_t category, uint32_t index) {
+  return acknowledged(&Message::buildSelectDbRecord, category, index);
+}
+
+bool IpodControllerBase::SelectSortDbRecord(uint8_t category, uint32_t index, uint8_t sortOrder) {
+  return acknowledged(&Message::buildSelectSortDbRecord, category, index, sortOrder);
+}
+
+bool IpodControllerBase::GetDbRecordCount(uint8_t category, uint32_t& count) {
+  return ask(&Message::buildGetNumberCategorizedDbRecords, category)
+      .read(&Message::decodeReturnNumberCategorizedDbRecords, count);
+}
+
+bool IpodControllerBase::RetrieveDbRecords(uint8_t category, uint32_t start, uint32_t count,
+                                           RecordList& records) {
+  if (count == 0) return false;
+  if (!tell(&Message::buildRetrieveCategorizedDatabaseRecords, category, start, count)) {
+    return false;
+  }
+  bool decoded = false;
+  for (uint32_t pass = 0; pass < count; ++pass) {
+    const std::unique_ptr<LingoMessage> message = nextReply(kExtendedInterfaceLingo);
+    if (!message) return false;
+    if (message->getCommand() != Message::kReturnCategorizedDatabaseRecord) continue;
+    RecordEntry entry;
+    decoded = static_cast<const Message&>(*message).decodeReturnCategorizedDatabaseRecord(
+                  entry.index, entry.name) &&
+              records.append(std::move(entry));
+  }
+  return decoded;
+}

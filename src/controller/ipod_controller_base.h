@@ -1,0 +1,252 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include "controller/logo_bitmap.h"
+#include "lingo/extended_interface_message.h"
+#include "lingo/general_message.h"
+#include "lingo/growable_array.h"
+#include "lingo/lingo_message.h"
+#include "lingo/simple_remote_message.h"
+#include "lingo/text_string.h"
+#include "link/transport.h"
+
+/// The link that a controller is made for. Any other number: none, and every operation that needs
+/// the link fails.
+enum TransportKind : int {
+  kSerialLink = 0,
+  kUsbLink = 1,
+};
+
+/// One record of a database category: its index and its name.
+struct RecordEntry {
+  uint32_t index = 0;
+  ByteString name;
+};
+
+using RecordList = GrowableArray<RecordEntry>;
+
+/// What the iPod's screen takes: pixels, and the pixel format of its first entry.
+struct ImageLimits {
+  uint16_t width = 0;
+  uint16_t height = 0;
+  uint8_t format = 0;
+};
+
+/// The received answer to a request of one lingo, or nothing when none came.
+template <class Lingo>
+class Reply {
+ public:
+  /// `received` is null or of the class Lingo.
+  explicit Reply(std::unique_ptr<LingoMessage> received) : message(std::move(received)) {}
+
+  /// Decodes the answer; false when there is none or it does not decode.
+  template <class... Fields, class... Outputs>
+  bool read(bool (Lingo::*decoder)(Fields...) const, Outputs&... outputs) const {
+    return message != nullptr && (static_cast<const Lingo&>(*message).*decoder)(outputs...);
+  }
+
+ private:
+  std::unique_ptr<LingoMessage> message;
+};
+
+/// Every request that the library makes of the iPod, one operation each, in the order of the table
+/// of operations. An operation clears the replies that nobody took, sends its command and waits at
+/// most one second for each reply; it returns true on success and writes its outputs only then. All
+/// operations fail at once without a link.
+///
+/// Operations run on the host's threads, one at a time; only onIncomingMessage runs on the link's
+/// reader thread. Numbers behind "ExtIf" are commands of the Extended Interface lingo.
+class IpodControllerBase {
+ public:
+  explicit IpodControllerBase(int transportKind);
+  IpodControllerBase(const IpodControllerBase&) = delete;
+  IpodControllerBase& operator=(const IpodControllerBase&) = delete;
+  virtual ~IpodControllerBase();
+
+  /// Opens the link, starts its reader, identifies the accessory and, when asked and loaded, shows
+  /// the logo. The logo does not decide the result.
+  virtual bool IdentifyIpod(const char* deviceName, bool uploadLogo);
+
+  /// Leaves the Extended Interface mode if identified, and closes the link.
+  virtual bool CloseIpod();
+
+  virtual uint8_t isIdentified();
+
+  virtual bool GetIpodName(ByteString& name);  ///< ExtIf 0x0014
+
+  virtual bool EnterExtendedMode();  ///< General 0x05, acknowledged with status 0
+  virtual bool ExitExtendedMode();   ///< General 0x06, not answered
+
+  virtual bool ResetDbSelection();                                   ///< ExtIf 0x0016
+  virtual bool GetDbRecordCount(uint8_t category, uint32_t& count);  ///< ExtIf 0x0018
+
+  /// ExtIf 0x001A. Appends the records that arrive, waiting once for each one asked for; any other
+  /// Extended Interface message costs one of the waits. True when the last record decoded. Records
+  /// that came before a time-out stay in the list.
+  virtual bool RetrieveDbRecords(uint8_t category, uint32_t start, uint32_t count,
+                                 RecordList& records);
+
+  virtual bool SelectDbRecord(uint8_t category, uint32_t index);  ///< ExtIf 0x0017
+  virtual bool PlayCurrentSelection(uint32_t trackIndex);         ///< ExtIf 0x0028
+  virtual bool PlayControl(uint8_t code);                         ///< ExtIf 0x0029
+
+  /// ExtIf 0x001C. Length and position in ms; state 0 stopped, 1 playing, 2 paused.
+  virtual bool GetPlayStatus(uint32_t& trackLength, uint32_t& position, uint32_t& state);
+
+  virtual bool GetCurrentTrackIndex(uint32_t& trackIndex);               ///< ExtIf 0x001E
+  virtual bool GetTrackTitle(uint32_t trackIndex, ByteString& title);    ///< ExtIf 0x0020
+  virtual bool GetTrackArtist(uint32_t trackIndex, ByteString& artist);  ///< ExtIf 0x0022
+  virtual bool GetTrackAlbum(uint32_t trackIndex, ByteString& album);    ///< ExtIf 0x0024
+
+  // Shuffle: 0 off, 1 tracks, 2 albums. Repeat: 0 off, 1 one track, 2 all.
+  virtual bool GetShuffle(uint32_t& mode);  ///< ExtIf 0x002C
+  virtual bool SetShuffle(uint8_t mode);    ///< ExtIf 0x002E
+  virtual bool GetRepeat(uint32_t& mode);   ///< ExtIf 0x002F
+  virtual bool SetRepeat(uint8_t mode);     ///< ExtIf 0x0031
+
+  virtual bool GetMonoImageLimits(ImageLimits& limits);   ///< ExtIf 0x0033
+  virtual bool GetColorImageLimits(ImageLimits& limits);  ///< ExtIf 0x0039
+
+  /// ExtIf 0x0032: one row of a picture. `height` is the picture's, `row` has `rowBytes` bytes.
+  virtual bool SetDisplayImage(uint8_t format, uint16_t packetIndex, uint16_t width,
+                               uint16_t height, uint32_t rowBytes, const uint8_t* row);
+
+  /// Replaces the logo by the bitmap file; false, and no logo, when it cannot be read.
+  virtual bool LoadLogo(const char* fileName);
+  virtual bool FreeLogo();
+
+  virtual bool GetNumPlayingTracks(uint32_t& count);         ///< ExtIf 0x0035
+  virtual bool SetCurrentPlayingTrack(uint32_t trackIndex);  ///< ExtIf 0x0037
+
+  /// ExtIf 0x0038. Sort orders: 0 genre, 1 artist, 3 album, 4 name, 255 the iPod's own.
+  virtual bool SelectSortDbRecord(uint8_t category, uint32_t index, uint8_t sortOrder);
+
+  virtual bool RequestIpodName(ByteString& name);  ///< General 0x07
+  virtual bool RequestSoftwareVersion(uint8_t& major, uint8_t& minor,
+                                      uint8_t& revision);  ///< General 0x09
+
+  /// General 0x0B. The reply's bytes as they are, the final zero byte among them.
+  virtual bool RequestSerialNumber(ByteString& serial);
+
+  /// General 0x0D. The id is the first two bytes of the reply; the text has three zero bytes at its
+  /// end.
+  virtual bool RequestModelNumber(uint16_t& modelId, ByteString& modelText);
+
+  virtual bool RequestLingoProtocolVersion(uint8_t lingo, uint8_t& answeredLingo, uint8_t& major,
+                                           uint8_t& minor);  ///< General 0x0F
+
+  /// ExtIf 0x000C of a track of the playing list. Of the type asked for, the low 8 bits count. The
+  /// text's first character is the information type.
+  virtual bool GetIndexedTrackInfo(uint32_t trackIndex, ByteString& data, uint8_t& answeredType,
+                                   uint32_t infoType);
+
+  /// Simple Remote 0x00: holds a button (1 to 26; 0 is none) for a quarter of a second. Follow with
+  /// ReleaseButtons.
+  virtual bool PressButton(int buttonCode);
+
+  virtual bool SendAudioButton(uint32_t value);  ///< Simple Remote 0x04 for 1.1 seconds
+  virtual bool IdentifySimpleRemote();           ///< General 0x01; always false, though it is sent
+  virtual bool ReleaseButtons();                 ///< Simple Remote 0x00, no button
+  virtual bool IdentifyExtendedInterface();      ///< General 0x01; always false, though it is sent
+
+  /// Receives an unasked message on the reader thread. Always 0.
+  virtual int onIncomingMessage(std::unique_ptr<LingoMessage> message);
+
+  /// The exchange that makes the accessory known and enters the Extended Interface mode, in at most
+  /// three attempts, of which the third one does not count.
+  virtual bool indentifyIpod();
+
+  /// The loaded logo, null when there is none.
+  const LogoBitmap* logoImage() const { return logo.get(); }
+
+ protected:
+  /// Clears the replies and sends a command that nothing answers, or whose answers the caller takes
+  /// itself. False without a link or memory; whether the command arrived only an answer can show.
+  template <class Lingo, class... Parameters, class... Arguments>
+  bool tell(bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
+    Lingo command;
+    return transport && (command.*builder)(arguments...) && transmit(command);
+  }
+
+  /// Sends a command as tell does and waits for the one message that must answer it.
+  template <class Lingo, class... Parameters, class... Arguments>
+  Reply<Lingo> ask(bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
+    return Reply<Lingo>(tell(builder, arguments...) ? nextReply(Lingo::kLingo) : nullptr);
+  }
+
+  /// Sends a command as tell does and waits for its acknowledgement with status 0, as long as the
+  /// iPod sends anything of the Extended Interface lingo at least every second.
+  template <class... Parameters, class... Arguments>
+  bool acknowledged(bool (ExtendedInterfaceMessage::*builder)(Parameters...),
+                    Arguments... arguments) {
+    ExtendedInterfaceMessage command;
+    return transport && (command.*builder)(arguments...) && transmit(command) &&
+           awaitAcknowledgement(command.getCommand());
+  }
+
+  /// Sends a command between messages that are still to be taken; otherwise as tell. Needs a link.
+  template <class Lingo, class... Parameters, class... Arguments>
+  bool send(bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
+    Lingo command;
+    if (!(command.*builder)(arguments...)) return false;
+    transport->sendMessage(command);
+    return true;
+  }
+
+  /// The shape of both identifications: up to three attempts, each of which announces the accessory
+  /// and then answers message after message until `identified` is set or none came for a second. An
+  /// identification that needs the third attempt fails.
+  template <class Announce, class Answer>
+  bool identifyInAttempts(Announce announce, Answer answer) {
+    identified = 0;
+    int attemptsLeft = kIdentificationAttempts;
+    while (!identified && attemptsLeft > 0) {
+      --attemptsLeft;
+      announce();
+      std::unique_ptr<LingoMessage> message;
+      while (!identified && (message = nextMessage()))
+        answer(*message);
+    }
+    return concludeIdentification(attemptsLeft);
+  }
+
+  /// Destroys the received messages that nobody took, so that none is taken for a new reply.
+  void clearReplies();
+
+  /// Waits one second for a message.
+  std::unique_ptr<LingoMessage> nextMessage();
+
+  // What both identifications answer alike.
+  void answerRemoteUiMode(const GeneralMessage& message);
+  void answerAccessoryInfo(const GeneralMessage& message);
+
+  /// True when this is the iPod's acknowledgement, with status 0, of a General command.
+  static bool acknowledges(const GeneralMessage& message, GeneralMessage::Command command);
+
+  /// Stops the link's reader for good and destroys the link.
+  void releaseTransport();
+
+  std::unique_ptr<Transport> transport;
+  std::atomic<uint8_t> identified{0};
+
+  /// Messages that were taken without being destroyed; CloseIpod destroys them.
+  GrowableArray<std::unique_ptr<LingoMessage>> keptMessages;
+
+ private:
+  static constexpr int kIdentificationAttempts = 3;
+
+  bool transmit(const LingoMessage& command);
+  std::unique_ptr<LingoMessage> nextReply(LingoId lingo);
+  bool awaitAcknowledgement(uint16_t command);
+  bool readMode(bool (ExtendedInterfaceMessage::*builder)(),
+                bool (ExtendedInterfaceMessage::*decoder)(uint8_t&) const, uint32_t& mode);
+  void answerIdentification(const GeneralMessage& message);
+  bool concludeIdentification(int attemptsLeft);
+  void uploadLogo();
+
+  std::unique_ptr<LogoBitmap> logo;
+};

@@ -1,0 +1,70 @@
+// The buttons of the iPod's remote control, and the identifications that older iPods want for them.
+
+#include "controller/ipod_controller_base.h"
+#include "lingo/debug_print.h"
+#include "link/os_primitives.h"
+
+namespace {
+
+constexpr int kButtonsPerByte = 8;
+constexpr int kLastButton = 26;
+constexpr int kSelectButton = 24;
+constexpr uint8_t kNoButton = 0x00;
+
+// A press is a quarter of a second of repeated reports: the iPod takes silence for a release.
+constexpr int kPressReports = 50;
+constexpr int32_t kPressPauseMicroseconds = 5000;
+constexpr int kAudioReports = 22;
+constexpr int32_t kAudioPauseMicroseconds = 50000;
+
+struct Button {
+  int byteIndex;
+  uint8_t bitmask;
+};
+
+/// Where a button stands in the reported state: eight to a byte, the lowest bit first.
+Button buttonOf(int code) {
+  if (code < 1 || code > kLastButton) return {0, kNoButton};
+  return {(code - 1) / kButtonsPerByte, static_cast<uint8_t>(1 << (code - 1) % kButtonsPerByte)};
+}
+
+}  // namespace
+
+bool IpodControllerBase::PressButton(int buttonCode) {
+  if (!transport) return false;
+  debugPrint("<cmd %d>\n", buttonCode);
+  if (buttonCode == kSelectButton) debugPrint("<cmd %d>\tSelect\n", buttonCode);
+  const Button button = buttonOf(buttonCode);
+  SimpleRemoteMessage report;
+  if (!report.buildContextButtonStatus(button.byteIndex, button.bitmask)) return false;
+  for (int i = 0; i < kPressReports; ++i) {
+    clearReplies();
+    transport->sendMessage(report);
+    taskSleepMicro(kPressPauseMicroseconds);
+  }
+  return true;
+}
+
+bool IpodControllerBase::SendAudioButton(uint32_t value) {
+  if (!transport) return false;
+  for (int i = 0; i < kAudioReports; ++i) {
+    tell(&SimpleRemoteMessage::buildAudioButtonStatus, value);
+    taskSleepMicro(kAudioPauseMicroseconds);
+  }
+  return true;
+}
+
+bool IpodControllerBase::ReleaseButtons() {
+  constexpr int kFirstByte = 0;
+  return tell(&SimpleRemoteMessage::buildContextButtonStatus, kFirstByte, kNoButton);
+}
+
+bool IpodControllerBase::IdentifySimpleRemote() {
+  tell(&GeneralMessage::buildIdentify, kSimpleRemoteLingo);
+  return false;
+}
+
+bool IpodControllerBase::IdentifyExtendedInterface() {
+  tell(&GeneralMessage::buildIdentify, kExtendedInterfaceLingo);
+  return false;
+}
