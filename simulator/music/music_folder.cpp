@@ -1,0 +1,180 @@
+#include "music/music_folder.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include "music/audio_file.h"
+#include "music/file_content.h"
+#include "music/m3u_playlist.h"
+#include "music/text.h"
+
+namespace simulator {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr size_t kLargestPlaylistFile = 16 * 1024 * 1024;  // bytes
+
+std::string utf8Of(const fs::path& path) { return toUtf8(path.native()); }
+
+void requireFolder(const fs::path& folder) {
+  std::error_code error;
+  const fs::file_status status = fs::status(folder, error);
+  const std::string start = "music folder " + utf8Of(folder) + ": ";
+  if (status.type() == fs::file_type::not_found) throw std::runtime_error(start + "does not exist");
+  if (error) throw std::runtime_error(start + error.message());
+  if (!fs::is_directory(status)) throw std::runtime_error(start + "is not a folder");
+}
+
+std::string libraryName(const fs::path& folder) {
+  std::error_code error;
+  const std::string name = utf8Of(fs::canonical(folder, error).filename());
+  return name.empty() ? "iPod" : name;
+}
+
+bool isPlaylist(const fs::path& file) {
+  const std::string extension = lowerCase(file.extension().native());
+  return extension == ".m3u" || extension == ".m3u8";
+}
+
+/// The name of the folder that is `levels` above the file; empty when that is the music folder
+/// itself or above it. `file` is relative to the music folder.
+std::string folderAbove(const fs::path& file, int levels) {
+  fs::path folder = file;
+  for (int i = 0; i < levels; ++i)
+    folder = folder.parent_path();
+  return utf8Of(folder.filename());
+}
+
+/// Gives the text that the tags left out its stand-in: the first that is not empty.
+void fillIn(std::string& text, const std::string& fromFolder, const std::string& unknown) {
+  if (text.empty()) text = fromFolder.empty() ? unknown : fromFolder;
+}
+
+/// Walks the folder and gathers what it finds.
+class FolderReader {
+ public:
+  FolderReader(fs::path folder, std::vector<std::string>& warningLines)
+      : root(std::move(folder)), warnings(warningLines) {}
+
+  MusicLibrary read() {
+    library.name = libraryName(root);
+    readFolder(root);
+    for (const fs::path& file : playlistFiles)
+      readPlaylist(file);
+    if (library.tracks.empty())
+      warnings.push_back(utf8Of(root) + ": no playable audio found in this folder");
+    return std::move(library);
+  }
+
+ private:
+  void warn(const fs::path& file, const std::string& text) {
+    warnings.push_back(utf8Of(file.lexically_relative(root)) + ": " + text);
+  }
+
+  void readFolder(const fs::path& folder) {
+    std::error_code error;
+    const fs::path canonical = fs::canonical(folder, error);
+    if (error) return warn(folder, error.message());
+    // A link may lead back up, or to a folder that was read already.
+    if (!foldersRead.insert(canonical).second) return;
+    std::vector<fs::path> entries;
+    for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+      entries.push_back(it->path());
+    }
+    if (error) warn(folder, error.message());
+    std::sort(entries.begin(), entries.end());
+    for (const fs::path& entry : entries)
+      readEntry(entry);
+  }
+
+  void readEntry(const fs::path& entry) {
+    std::error_code error;
+    const fs::file_status status = fs::status(entry, error);
+    if (fs::is_directory(status)) return readFolder(entry);
+    if (!hasAudioExtension(entry) && !isPlaylist(entry)) return;
+    if (!fs::is_regular_file(status)) return warn(entry, "is not a file that can be read");
+    if (isPlaylist(entry)) {
+      playlistFiles.push_back(entry);
+    } else {
+      readTrack(entry);
+    }
+  }
+
+  void readTrack(const fs::path& file) {
+    std::error_code error;
+    const auto index = static_cast<uint32_t>(library.tracks.size());
+    const auto [known, isNew] = trackOfFile.try_emplace(fs::canonical(file, error), index);
+    if (!isNew) return;
+    std::optional<Track> track = readAudioFile(file);
+    if (!track) {
+      trackOfFile.erase(known);
+      return warn(file, "no playable audio found in it");
+    }
+    nameAfterFile(*track, file.lexically_relative(root));
+    library.tracks.push_back(std::move(*track));
+  }
+
+  static void nameAfterFile(Track& track, const fs::path& file) {
+    fillIn(track.title, utf8Of(file.stem()), {});
+    fillIn(track.album, folderAbove(file, 1), "Unknown Album");
+    fillIn(track.artist, folderAbove(file, 2), "Unknown Artist");
+  }
+
+  void readPlaylist(const fs::path& file) {
+    M3uPlaylist content;
+    try {
+      content = parseM3u(readFileContent(file, kLargestPlaylistFile));
+    } catch (const std::runtime_error& error) {
+      return warn(file, error.what());
+    }
+    Playlist playlist;
+    playlist.name = content.name.empty() ? utf8Of(file.stem()) : content.name;
+    for (const std::string& entry : content.entries) {
+      if (const std::optional<uint32_t> index = trackOfEntry(file.parent_path(), entry)) {
+        playlist.tracks.push_back(*index);
+      } else {
+        warn(file, "not in the library: " + entry);
+      }
+    }
+    library.playlists.push_back(std::move(playlist));
+  }
+
+  std::optional<uint32_t> trackOfEntry(const fs::path& folder, const std::string& entry) const {
+    if (const std::optional<uint32_t> index = trackAt(folder / entry)) return index;
+    std::string withSlashes = entry;
+    std::replace(withSlashes.begin(), withSlashes.end(), '\\', '/');
+    return trackAt(folder / withSlashes);
+  }
+
+  std::optional<uint32_t> trackAt(const fs::path& file) const {
+    std::error_code error;
+    const auto track = trackOfFile.find(fs::canonical(file, error));
+    if (error || track == trackOfFile.end()) return std::nullopt;
+    return track->second;
+  }
+
+  fs::path root;
+  std::vector<std::string>& warnings;
+  MusicLibrary library;
+  std::set<fs::path> foldersRead;            ///< canonical
+  std::map<fs::path, uint32_t> trackOfFile;  ///< canonical path to index in library.tracks
+  std::vector<fs::path> playlistFiles;
+};
+
+}  // namespace
+
+MusicLibrary loadMusicFolder(const std::filesystem::path& folder,
+                             std::vector<std::string>& warnings) {
+  requireFolder(folder);
+  return FolderReader(folder, warnings).read();
+}
+
+}  // namespace simulator
