@@ -32,13 +32,14 @@
  *  4. Threads. Every function may be called from every thread. Those marked "Lock: taken" wait for
  *     one another, so at most one of them speaks to the iPod; a busy iPod can hold the lock for
  *     seconds. Those marked "Lock: none" never wait for it: they read or write one value and
- * return, except IpodGetNumberOfPlaylist, which asks the iPod and may fail beside another request.
+ *     return, except IpodGetNumberOfPlaylist, which asks the iPod and may fail beside another
+ *     request.
  *
  *  5. Texts. The iPod's text reaches the host as 16-bit units, one unit for each byte of the
  *     library's 8-bit text (Latin-1), so 0x00E9 is an e with an acute accent. A character that
- *     Latin-1 does not have arrives as a space or, beyond the 16-bit range, empties the text. No
- *     terminator is written: clear the buffer before the call. A text is cut at `maxChars` units;
- *     with maxChars below 1 nothing is written.
+ *     Latin-1 does not have arrives as a space; one beyond the 16-bit range, or a malformed one,
+ *     empties the text. No terminator is written: clear the buffer before the call. A text is cut
+ *     at `maxChars` units; with maxChars below 1 nothing is written.
  *
  *  6. Time is in milliseconds, sample rates are in Hz, all indexes count from 0.
  *

@@ -12,7 +12,7 @@ using ResampleCallback = int (*)(int32_t sampleRate);
 
 /// The controller of an iPod that streams digital audio: identification with the Extended Interface
 /// and Digital Audio lingoes, and the sample rate that the iPod announces.
-class IpodController final : public IpodControllerBase {
+class IpodController : public IpodControllerBase {
  public:
   explicit IpodController(int transportKind);
   ~IpodController() override;

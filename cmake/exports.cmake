@@ -1,0 +1,15 @@
+# export_definitions(TARGET DEF_FILE): the shared library TARGET exports the names of a module-definition
+# file and nothing else, as the DLL made from the same file does.
+function(export_definitions target def_file)
+  file(STRINGS ${def_file} entries REGEX "@[0-9]+")
+  set(names "")
+  foreach(entry IN LISTS entries)
+    string(REGEX REPLACE "^ *([A-Za-z0-9_]+) @.*" "\\1" name "${entry}")
+    string(APPEND names "    ${name};\n")
+  endforeach()
+  set(version_script ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
+  file(CONFIGURE OUTPUT ${version_script} CONTENT "{\n  global:\n@names@  local:\n    *;\n};\n" @ONLY)
+  target_link_options(${target} PRIVATE LINKER:--version-script=${version_script})
+  set_target_properties(${target} PROPERTIES LINK_DEPENDS ${version_script})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${def_file})
+endfunction()

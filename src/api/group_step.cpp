@@ -1,0 +1,119 @@
+#include "api/group_step.h"
+
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+#include "api/browse_tree.h"
+#include "api/database.h"
+#include "api/library_state.h"
+#include "lingo/text_string.h"
+
+namespace {
+
+constexpr int32_t kTop = 1;
+
+bool sameText(const ByteString& left, const ByteString& right) {
+  return left.size() == right.size() && std::memcmp(left.text(), right.text(), left.size()) == 0;
+}
+
+/// A walk over the tracks of the playing list in one direction, track by track, once round at most.
+/// A group is the tracks in a row whose artist (or album) has the same name; no name is a name too.
+class GroupWalk {
+ public:
+  GroupWalk(int32_t groupType, uint32_t startTrack, uint32_t trackCount, bool goForward)
+      : type(groupType), start(startTrack), count(trackCount), forward(goForward), track(start) {
+    group = nameOf(start);
+  }
+
+  uint32_t position() const { return track; }
+  bool cameRound() const { return track == start; }
+
+  /// Goes on to the first track of another group, which is the group from then on; false when there
+  /// is none before the walk has come round.
+  bool leaveGroup() {
+    while (stepsTaken < count) {
+      ++stepsTaken;
+      track = forward ? after(track) : before(track);
+      if (cameRound()) return false;
+      ByteString name = nameOf(track);
+      if (!sameText(group, name)) {
+        group = std::move(name);
+        return true;
+      }
+    }
+    return false;
+  }
+
+  void stepForward() { track = after(track); }
+
+ private:
+  uint32_t after(uint32_t index) const { return index + 1 < count ? index + 1 : 0; }
+
+  uint32_t before(uint32_t index) const {
+    return index > 0 && index <= count ? index - 1 : count - 1;
+  }
+
+  ByteString nameOf(uint32_t index) const {
+    ByteString name;
+    if (type == kArtists) {
+      ipodController.GetTrackArtist(index, name);
+    } else {
+      ipodController.GetTrackAlbum(index, name);
+    }
+    return name;
+  }
+
+  const int32_t type;
+  const uint32_t start;
+  const uint32_t count;
+  const bool forward;
+  uint32_t track;
+  uint32_t stepsTaken = 0;
+  ByteString group;
+};
+
+/// In a list of all tracks: by the names of the tracks around the playing one.
+bool stepAmongTracks(int32_t type, bool forward) {
+  uint32_t playing = 0;
+  if (!ipodController.GetCurrentTrackIndex(playing)) return false;
+  GroupWalk walk(type, playing, countTracks(), forward);
+  if (!walk.leaveGroup()) return false;
+  // Backward the walk meets the last track of the group; its first one comes after the next change.
+  if (!forward && (walk.leaveGroup() || walk.cameRound())) walk.stepForward();
+  ipodController.PlayCurrentSelection(walk.position());
+  return true;
+}
+
+/// The record after or before `index`. Of the playlists the first is the whole library, which is
+/// passed over; the round ends as many records before the last one.
+int32_t neighbourOf(int32_t index, int32_t first, int32_t count, bool forward) {
+  if (forward) return index + 1 >= count - first ? first : index + 1;
+  return index - 1 < first ? count - first - 1 : index - 1;
+}
+
+/// Below a list: to the next record of that list.
+bool stepAmongRecords(bool forward) {
+  const int32_t type = upDownTree.ipodLevelType[kTop];
+  ipodController.ResetDbSelection();
+  const auto count = static_cast<int32_t>(countRecords(type));
+  const int32_t index = upDownTree.ipodLevelIndex[kTop];
+  if (index == kPlayAllEntry) return false;
+  const int32_t first = type == kPlaylists ? 1 : 0;
+  const int32_t neighbour = neighbourOf(index, first, count, forward);
+  selectRecordSorted(type, neighbour, type);
+  countTracks();
+  ipodController.PlayCurrentSelection(0);
+  upDownTree.ipodLevelIndex[kTop] = neighbour;
+  return true;
+}
+
+}  // namespace
+
+bool stepToGroup(bool forward) {
+  const int32_t upDownLevel = upDownTree.ipodLevel;
+  const int32_t type = upDownTree.ipodLevelType[kTop];
+  if (upDownLevel == 0) return false;
+  if (upDownLevel > kTop) return stepAmongRecords(forward);
+  return (type == kArtists || type == kAlbums) && stepAmongTracks(type, forward);
+}

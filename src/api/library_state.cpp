@@ -1,0 +1,31 @@
+#include "api/library_state.h"
+
+#include "link/os_primitives.h"
+
+IpodController ipodController(kUsbLink);
+SharedValue<uint8_t> ipodConnected;
+SharedValue<uint8_t> ipodHasPlayPause;
+SharedValue<uint8_t> ipodPlayDelayFlag;
+SharedValue<uint32_t> ipodSampleRate;
+LibraryLock libraryLock;
+
+LibraryLock::~LibraryLock() {
+  if (semaphore != nullptr) semMutexDelete(semaphore);
+}
+
+bool LibraryLock::create() {
+  if (semaphore != nullptr) return true;
+  HANDLE made = nullptr;
+  if (semMutexCreate(made) != 0) return false;
+  HANDLE none = nullptr;
+  if (!semaphore.compare_exchange_strong(none, made)) semMutexDelete(made);
+  return true;
+}
+
+LibraryLockHold::LibraryLockHold() : semaphore(libraryLock.handle()) {
+  if (semaphore != nullptr && semMutexTake(semaphore, 0, 0) != 0) semaphore = nullptr;
+}
+
+LibraryLockHold::~LibraryLockHold() {
+  if (semaphore != nullptr) semMutexGive(semaphore);
+}

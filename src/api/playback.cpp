@@ -1,0 +1,246 @@
+// The transport buttons, and what plays.
+
+#include <windows.h>
+
+#include "api/browse_tree.h"
+#include "api/database.h"
+#include "api/group_step.h"
+#include "api/ipodctl.h"
+#include "api/library_state.h"
+#include "link/os_primitives.h"
+
+namespace {
+
+/// PlayControl's codes that the library chooses itself; the host's codes 1 to 9 go out as they are.
+enum PlayControlCode : uint8_t {
+  kTogglePlayPause = 1,
+  kNextTrack = 3,
+  kPreviousTrack = 4,
+  kPlay = 10,
+  kPause = 11,
+};
+
+constexpr uint32_t kStatePlaying = 1;
+constexpr uint32_t kStatePaused = 2;
+constexpr uint32_t kNoTrack = 0xFFFFFFFF;
+
+// How far into a track, in ms, "previous" means the track before it, and from when on it means the
+// start of this one. At exactly 3000 ms it means neither.
+constexpr uint32_t kPreviousTrackBelow = 3000;
+constexpr uint32_t kRestartFrom = 3001;
+
+struct PlayStatus {
+  uint32_t trackLength = 0;  ///< ms
+  uint32_t position = 0;     ///< ms
+  uint32_t state = 0;
+
+  bool playing() const { return state == kStatePlaying; }
+  bool active() const { return playing() || state == kStatePaused; }
+};
+
+PlayStatus playStatus() {
+  PlayStatus status;
+  ipodController.GetPlayStatus(status.trackLength, status.position, status.state);
+  return status;
+}
+
+/// Where playback stands in the current selection.
+struct PlayingTrack {
+  uint32_t index = 0;
+  uint32_t count = 0;
+  bool known = false;  ///< the iPod told the index
+
+  bool isFirst() const { return index == 0; }
+  bool isNone() const { return index == kNoTrack; }
+  uint32_t last() const { return count - 1; }
+};
+
+PlayingTrack playingTrack() {
+  PlayingTrack track;
+  track.known = ipodController.GetCurrentTrackIndex(track.index);
+  if (track.known) track.count = countTracks();
+  return track;
+}
+
+uint32_t playingIndex() {
+  uint32_t index = 0;
+  ipodController.GetCurrentTrackIndex(index);
+  return index;
+}
+
+void notifyHost() { PostMessageW(HWND_BROADCAST, WM_IPOD_NOTIFY, 0, 0); }
+
+void playNextTrack() {
+  if (playStatus().active()) {
+    const PlayingTrack track = playingTrack();
+    if (track.known && (track.isNone() || track.index == track.last())) {
+      ipodController.PlayCurrentSelection(0);
+      return;
+    }
+  }
+  ipodController.PlayControl(kNextTrack);
+}
+
+/// The iPod may take "previous" for the track before where the library wants this one again: then
+/// it goes forward once.
+void restartTrack(const PlayingTrack& track, uint32_t position) {
+  ipodController.PlayControl(kPreviousTrack);
+  if (position >= kRestartFrom && playingIndex() != track.index) {
+    ipodController.PlayControl(kNextTrack);
+  }
+}
+
+void playPreviousTrack() {
+  const PlayStatus status = playStatus();
+  if (!status.active()) {
+    ipodController.PlayCurrentSelection(0);
+    return;
+  }
+  const PlayingTrack track = playingTrack();
+  if (!track.known) return;
+  if (track.isNone() || (track.isFirst() && status.position < kPreviousTrackBelow)) {
+    ipodController.PlayCurrentSelection(track.last());
+  } else {
+    restartTrack(track, status.position);
+  }
+}
+
+/// The iPod may take "previous" for a restart where the track before is wanted: then once more.
+void playTrackBefore() {
+  if (!playStatus().active()) {
+    selectRecord(kTracks, 0);
+    return;
+  }
+  const PlayingTrack track = playingTrack();
+  if (!track.known) return;
+  if (track.isFirst() || track.isNone()) {
+    selectRecord(kTracks, static_cast<int32_t>(track.last()));
+    return;
+  }
+  ipodController.PlayControl(kPreviousTrack);
+  if (playingIndex() == track.index) ipodController.PlayControl(kPreviousTrack);
+}
+
+/// True when something was done: an iPod that plays already is left alone.
+bool play() {
+  if (ipodHasPlayPause) {
+    if (ipodPlayDelayFlag) taskSleepMicro(0);
+    if (ipodController.PlayControl(kPlay)) return true;
+  }
+  return !playStatus().playing() && ipodController.PlayControl(kTogglePlayPause);
+}
+
+void pause() {
+  if (ipodHasPlayPause && ipodController.PlayControl(kPause)) return;
+  if (playStatus().playing()) ipodController.PlayControl(kTogglePlayPause);
+}
+
+/// Carries out a command and says whether the host is to refresh.
+bool carryOut(int command) {
+  switch (command) {
+    case IPOD_TOGGLE_PLAY_PAUSE:
+    case IPOD_STOP:
+    case IPOD_START_FAST_FORWARD:
+    case IPOD_START_REWIND:
+    case IPOD_END_SEEK:
+    case IPOD_NEXT:
+    case IPOD_PREVIOUS:
+      ipodController.PlayControl(static_cast<uint8_t>(command));
+      return false;
+    case IPOD_NEXT_TRACK:
+      playNextTrack();
+      return true;
+    case IPOD_PREVIOUS_TRACK:
+      playPreviousTrack();
+      return true;
+    case IPOD_PREVIOUS_TRACK_NO_RESTART:
+      playTrackBefore();
+      return true;
+    case IPOD_PLAY:
+      return play();
+    case IPOD_PAUSE:
+      pause();
+      return false;
+    case IPOD_PREVIOUS_GROUP:
+      return stepToGroup(false);
+    case IPOD_NEXT_GROUP:
+      return stepToGroup(true);
+    default:
+      return false;
+  }
+}
+
+/// The track that the host means by an item of the current list.
+uint32_t trackOfItem(int32_t item) {
+  const int32_t level = browseTree.ipodLevel;
+  const int32_t items = browseTree.ipodLevelCount[level];
+  constexpr int32_t kCurrentItem = -1;
+  if (item == kCurrentItem) {
+    return browseTree.onItem(level) ? static_cast<uint32_t>(browseTree.ipodLevelIndex[level].get())
+                                    : 0;
+  }
+  const auto track = static_cast<uint32_t>(item);
+  if (item >= 0 && item < items) return track;
+  return countTracks() > track ? track : 0;
+}
+
+/// In a list of level 1 nothing is selected yet: the whole library is.
+void selectWholeLibrary(uint32_t track) {
+  constexpr int32_t kWholeLibrary = 0;
+  const int32_t type = browseTree.ipodLevelType[browseTree.ipodLevel];
+  countRecords(kPlaylists);
+  selectRecordSorted(kPlaylists, kWholeLibrary, type);
+  countTracks();
+  selectRecord(kTracks, static_cast<int32_t>(track));
+}
+
+}  // namespace
+
+int IPODCTL_CALL IpodCommand(int command) {
+  const LibraryLockHold lock;
+  if (lock && carryOut(command)) notifyHost();
+  return 0;
+}
+
+int IPODCTL_CALL IpodSongPlay(int index) {
+  constexpr int32_t kTop = 1;
+  const LibraryLockHold lock;
+  if (!lock) return 0;
+  const uint32_t track = trackOfItem(index);
+  if (browseTree.ipodLevel == kTop) selectWholeLibrary(track);
+  ipodController.PlayCurrentSelection(track);
+  notifyHost();
+  return 0;
+}
+
+int IPODCTL_CALL IpodSongGetNumElem(int* count) {
+  const LibraryLockHold lock;
+  if (!lock) return 0;
+  const uint32_t tracks = countTracks();
+  if (count != nullptr) *count = static_cast<int>(tracks);
+  return 0;
+}
+
+int IPODCTL_CALL IpodGetTrackIndex(int* index) {
+  const LibraryLockHold lock;
+  uint32_t playing = 0;
+  if (!lock || !ipodController.GetCurrentTrackIndex(playing)) return 0;
+  if (index != nullptr) *index = static_cast<int>(playing);
+  return 1;
+}
+
+int IPODCTL_CALL IpodGetCurrentPlayStatus(int* status) {
+  const LibraryLockHold lock;
+  if (!lock) return 0;
+  const PlayStatus current = playStatus();
+  if (status != nullptr) *status = current.active() ? static_cast<int>(current.state) : 0;
+  return 0;
+}
+
+int IPODCTL_CALL IpodGetCurrentTrackPosition(int* position) {
+  const LibraryLockHold lock;
+  if (!lock) return 0;
+  const PlayStatus current = playStatus();
+  if (position != nullptr) *position = static_cast<int>(current.position);
+  return 0;
+}

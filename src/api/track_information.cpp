@@ -1,0 +1,82 @@
+// The playing track's texts, and the iPod's name and serial number.
+
+#include <cstdio>
+
+#include "api/ipodctl.h"
+#include "api/library_state.h"
+#include "api/text_output.h"
+
+namespace {
+
+constexpr uint32_t kGenreInfo = 5;
+constexpr char kFifthText[] = "UnKnown";
+constexpr uint32_t kFifthTextLength = sizeof(kFifthText) - 1;
+
+using TextRequest = bool (IpodControllerBase::*)(uint32_t trackIndex, ByteString& text);
+
+void writeTrackText(TextRequest request, uint32_t trackIndex, unsigned short* buffer,
+                    int maxChars) {
+  if (buffer == nullptr) return;
+  ByteString text;
+  if ((ipodController.*request)(trackIndex, text)) writeText(text, {buffer, nullptr, maxChars});
+}
+
+void writeGenre(uint32_t trackIndex, unsigned short* buffer, int maxChars) {
+  ByteString genre;
+  uint8_t answeredType = 0;
+  if (buffer == nullptr ||
+      !ipodController.GetIndexedTrackInfo(trackIndex, genre, answeredType, kGenreInfo)) {
+    std::printf("Failed Gnere \n");
+    return;
+  }
+  std::printf("Gnere is %s\n", genre.text());
+  writeText(genre, {buffer, nullptr, maxChars});
+}
+
+/// The host's 16-bit text, printed as the 8-bit one that it is not: its first character shows.
+void printSerialNumber(const unsigned short* serial, int maxChars) {
+  const bool written = serial != nullptr && maxChars > 0;
+  const char shown[] = {written ? static_cast<char>(serial[0]) : '\0', '\0'};
+  std::printf("IpodGetSerialNumber is %s\n", shown);
+}
+
+}  // namespace
+
+int IPODCTL_CALL IpodGetTrackInfo(int* trackIndex, unsigned short* artist, unsigned short* album,
+                                  unsigned short* title, unsigned short* genre,
+                                  unsigned short* fifth, int maxChars) {
+  const LibraryLockHold lock;
+  if (!lock) return 0;
+  uint32_t index = 0;
+  if (!ipodController.GetCurrentTrackIndex(index)) return -1;
+  if (trackIndex != nullptr) *trackIndex = static_cast<int>(index);
+  writeTrackText(&IpodControllerBase::GetTrackTitle, index, title, maxChars);
+  writeTrackText(&IpodControllerBase::GetTrackArtist, index, artist, maxChars);
+  writeTrackText(&IpodControllerBase::GetTrackAlbum, index, album, maxChars);
+  writeGenre(index, genre, maxChars);
+  writeText(kFifthText, kFifthTextLength, {fifth, nullptr, maxChars});
+  return 0;
+}
+
+int IPODCTL_CALL IpodGetName(unsigned short* name, int maxChars) {
+  const LibraryLockHold lock;
+  if (!lock) return 0;
+  std::printf("IpodGetName start\n");
+  ByteString text;
+  if (ipodController.RequestIpodName(text)) writeText(text, {name, nullptr, maxChars});
+  std::printf("IpodGetName end\n");
+  return 0;
+}
+
+int IPODCTL_CALL IpodGetSerialNumber(unsigned short* serial, int maxChars) {
+  const LibraryLockHold lock;
+  if (!lock) return 0;
+  std::printf("IpodGetSerialNumber start\n");
+  ByteString text;
+  if (ipodController.RequestSerialNumber(text)) {
+    writeText(text, {serial, nullptr, maxChars});
+    printSerialNumber(serial, maxChars);
+  }
+  std::printf("IpodGetSerialNumber end\n");
+  return 0;
+}
