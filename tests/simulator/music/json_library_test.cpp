@@ -190,6 +190,18 @@ TEST(LoadJsonLibrary, RefusesDeepNestingWithoutFollowingIt) {
             "library.json: tracks[0].title: must be a text");
 }
 
+TEST(LoadJsonLibrary, TakesBracketsInTextsForText) {
+  const MusicLibrary library = load(R"({"tracks": [{"title": "[[[[[\\\"[[[[["}], "name": "}{"})");
+  EXPECT_EQ(library.tracks[0].title, "[[[[[\\\"[[[[[");
+}
+
+TEST(LoadJsonLibrary, TakesAnyNumberOfBracketsSideBySide) {
+  std::string tracks = "{}";
+  for (int i = 1; i < 1000; ++i)
+    tracks += ",{}";
+  EXPECT_THAT(load("{\"tracks\": [" + tracks + "]}").tracks, SizeIs(1000));
+}
+
 TEST(LoadJsonLibrary, RefusesAHugeFile) {
   EXPECT_EQ(errorOf(std::string(33554433, ' ')), "library.json: is larger than 33554432 bytes");
 }
