@@ -123,10 +123,13 @@ TEST(BuiltInLibrary, HasAlbumsThatKeepToAnotherRate) {
 }
 
 TEST(BuiltInLibrary, HasPlausibleLengthsAndYears) {
+  std::set<uint32_t> lengths;
   for (const Track& track : builtInLibrary().tracks) {
     EXPECT_THAT(track.lengthMs, AllOf(Ge(20000U), Le(3900000U))) << track.title;
     EXPECT_THAT(track.releaseYear, AllOf(Ge(1950U), Le(2010U))) << track.title;
+    lengths.insert(track.lengthMs);
   }
+  EXPECT_THAT(lengths, SizeIs(Ge(800U)));
 }
 
 TEST(BuiltInLibrary, NumbersTheTracksOfEachDiscFromOneWithoutGaps) {
@@ -148,6 +151,25 @@ TEST(BuiltInLibrary, SharesATwoDiscAlbumOutEvenly) {
   EXPECT_EQ(album[4].discNumber, 2U);
   EXPECT_EQ(album[4].trackNumber, 1U);
   EXPECT_THAT(album[4].title, HasSubstr(": I. Allegro"));
+}
+
+TEST(BuiltInLibrary, NamesTheMovementsOfAWorkAfterTheWork) {
+  const std::vector<Track> album =
+      albumOf("Ottilie Gr\xC3\xBCnfels", "Nocturnes for a Small Piano");
+  ASSERT_THAT(album, SizeIs(8));
+  const auto workOf = [&album](size_t i) {
+    return album[i].title.substr(0, album[i].title.find(':'));
+  };
+  for (size_t i : {1, 2, 3})
+    EXPECT_EQ(workOf(i), workOf(0));
+  for (size_t i : {5, 6, 7})
+    EXPECT_EQ(workOf(i), workOf(4));
+  EXPECT_NE(workOf(4), workOf(0));
+}
+
+TEST(BuiltInLibrary, SeldomGivesATitleTwice) {
+  const std::vector<Track> tracks = builtInLibrary().tracks;
+  EXPECT_THAT(different(tracks, &Track::title), SizeIs(Ge(tracks.size() - 10)));
 }
 
 TEST(BuiltInLibrary, GivesNoTwoTracksOfAnAlbumTheSameTitle) {

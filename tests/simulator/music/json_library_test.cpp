@@ -191,8 +191,10 @@ TEST(LoadJsonLibrary, RefusesDeepNestingWithoutFollowingIt) {
 }
 
 TEST(LoadJsonLibrary, TakesBracketsInTextsForText) {
-  const MusicLibrary library = load(R"({"tracks": [{"title": "[[[[[\\\"[[[[["}], "name": "}{"})");
-  EXPECT_EQ(library.tracks[0].title, "[[[[[\\\"[[[[[");
+  const MusicLibrary library =
+      load(R"({"tracks": [{"title": "[[[[[[[[[\"[[[[[[[[["}], "name": "]]}}\\"})");
+  EXPECT_EQ(library.tracks[0].title, "[[[[[[[[[\"[[[[[[[[[");
+  EXPECT_EQ(library.name, "]]}}\\");
 }
 
 TEST(LoadJsonLibrary, TakesAnyNumberOfBracketsSideBySide) {
