@@ -1,6 +1,7 @@
 /*
  * What the desk's platform offers beyond Windows CE: a place where posted window messages arrive,
- * and a count of open handles. Host programs and tests on Linux may use it; the library never does.
+ * and counts of open handles and running threads. Host programs and tests on Linux may use it; the
+ * library never does. All functions may be called on any thread.
  */
 #ifndef HOST_DESK_H
 #define HOST_DESK_H
@@ -25,7 +26,10 @@ void deskSetMessageSink(DeskMessageSink sink, void* context);
 /* The number of handles (semaphores, threads, devices) open in this process. */
 unsigned deskOpenHandles(void);
 
-/* The number of threads made by CreateThread that have not ended. */
+/*
+ * The number of threads made by CreateThread that have not ended: whoever has waited for a thread's
+ * handle does not find the thread counted any more.
+ */
 unsigned deskRunningThreads(void);
 
 #ifdef __cplusplus

@@ -1,0 +1,102 @@
+#include "device.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <utility>
+
+namespace coredll {
+namespace {
+
+// What one system call moved: 0 when nothing can be moved now, none when the other side has gone.
+using Moved = std::optional<DWORD>;
+
+Moved readSome(int terminal, BYTE* buffer, DWORD count) {
+  const ssize_t result = ::read(terminal, buffer, count);
+  if (result > 0) return static_cast<DWORD>(result);
+  const bool isRetryable = result < 0 && (errno == EAGAIN || errno == EINTR);
+  return isRetryable ? Moved(0) : std::nullopt;
+}
+
+Moved writeSome(int terminal, const BYTE* bytes, DWORD count) {
+  const ssize_t result = ::write(terminal, bytes, count);
+  if (result >= 0) return static_cast<DWORD>(result);
+  const bool isRetryable = errno == EAGAIN || errno == EINTR;
+  return isRetryable ? Moved(0) : std::nullopt;
+}
+
+}  // namespace
+
+Device::Device(Descriptor terminal, Descriptor wakeSignal)
+    : tty(std::move(terminal)), wake(std::move(wakeSignal)) {}
+
+DWORD Device::read(BYTE* buffer, DWORD count, DWORD& read) {
+  return whileOpen([&](int terminal) {
+    const auto readRest = [&] { return readSome(terminal, buffer + read, count - read); };
+    const DWORD error = transfer(planRead(count), POLLIN, readRest, read);
+    if (error == ERROR_GEN_FAILURE && read > 0) return ERROR_SUCCESS;
+    if (error != ERROR_SUCCESS) read = 0;
+    return error;
+  });
+}
+
+DWORD Device::write(const BYTE* bytes, DWORD count, DWORD& written) {
+  return whileOpen([&](int terminal) {
+    const std::lock_guard turn(writeTurn);
+    const auto writeRest = [&] { return writeSome(terminal, bytes + written, count - written); };
+    return transfer(planWrite(count), POLLOUT, writeRest, written);
+  });
+}
+
+DWORD Device::flush() {
+  // The kernel wakes nobody when the queue runs empty.
+  constexpr TimeLimit kLookAgain = 2;
+  return whileOpen([&](int terminal) {
+    for (;;) {
+      int queued = 0;
+      if (ioctl(terminal, TIOCOUTQ, &queued) != 0) return ERROR_GEN_FAILURE;
+      if (queued == 0) return ERROR_SUCCESS;
+      const Readiness readiness = waitFor(0, deadlineIn(kLookAgain));
+      if (readiness == Readiness::kClosed) return ERROR_OPERATION_ABORTED;
+      if (readiness == Readiness::kGone) return ERROR_GEN_FAILURE;
+    }
+  });
+}
+
+void Device::close() {
+  isClosing = true;
+  eventfd_write(wake.get(), 1);
+  const std::lock_guard alone(inUse);
+  tty = Descriptor();
+}
+
+template <typename MoveSome>
+DWORD Device::transfer(const TransferPlan& plan, short event, MoveSome moveSome, DWORD& moved) {
+  const Deadline end = deadlineIn(plan.total);
+  Deadline deadline = end;
+  Readiness readiness = isClosing ? Readiness::kClosed : Readiness::kReady;
+  for (;;) {
+    if (readiness == Readiness::kClosed) return ERROR_OPERATION_ABORTED;
+    const Moved more = moveSome();
+    if (!more || (*more == 0 && readiness == Readiness::kGone)) return ERROR_GEN_FAILURE;
+    moved += *more;
+    if (moved >= plan.enough || readiness == Readiness::kTimedOut) return ERROR_SUCCESS;
+    if (*more > 0) deadline = earlier(end, deadlineIn(plan.interval));
+    readiness = waitFor(event, deadline);
+  }
+}
+
+Device::Readiness Device::waitFor(short events, const Deadline& deadline) const {
+  pollfd watched[] = {{tty.get(), events, 0}, {wake.get(), POLLIN, 0}};
+  poll(watched, std::size(watched), pollTimeout(deadline));
+  if (watched[1].revents != 0) return Readiness::kClosed;
+  if ((watched[0].revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) return Readiness::kGone;
+  if (watched[0].revents == 0 && isOver(deadline)) return Readiness::kTimedOut;
+  return Readiness::kReady;
+}
+
+}  // namespace coredll

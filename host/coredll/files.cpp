@@ -1,0 +1,77 @@
+// Opening, reading and writing a device.
+#include <sys/eventfd.h>
+#include <windows.h>
+
+#include <memory>
+#include <utility>
+
+#include "device_names.h"
+#include "handle_table.h"
+#include "last_error.h"
+#include "serial_port.h"
+#include "stream_device.h"
+#include "terminal.h"
+
+namespace coredll {
+namespace {
+
+std::shared_ptr<Device> makeDevice(bool isSerialPort, Descriptor terminal, Descriptor wake) {
+  if (isSerialPort) return std::make_shared<SerialPort>(std::move(terminal), std::move(wake));
+  return std::make_shared<StreamDevice>(std::move(terminal), std::move(wake));
+}
+
+HANDLE openDevice(LPCWSTR name) {
+  const auto entry = findDevice(name);
+  if (!entry) return fail(ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
+  Descriptor terminal = openTerminal(entry->path);
+  if (!terminal.isOpen()) return INVALID_HANDLE_VALUE;
+  Descriptor wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+  if (!wake.isOpen()) return fail(ERROR_TOO_MANY_OPEN_FILES, INVALID_HANDLE_VALUE);
+  return handles().open(makeDevice(entry->isSerialPort, std::move(terminal), std::move(wake)));
+}
+
+// Runs `call` on the handle's device, with `moved` at 0, for a transfer of `count` bytes.
+template <typename Call>
+BOOL transferOn(HANDLE file, LPCVOID buffer, DWORD count, LPDWORD moved, LPOVERLAPPED overlapped,
+                Call call) {
+  if (moved == nullptr) return fail(ERROR_INVALID_PARAMETER, FALSE);
+  *moved = 0;
+  const auto device = objectOf<Device>(file);
+  if (!device) return FALSE;
+  const bool isBufferMissing = buffer == nullptr && count > 0;
+  if (isBufferMissing || overlapped != nullptr) return fail(ERROR_INVALID_PARAMETER, FALSE);
+  return count == 0 ? TRUE : report(call(*device));
+}
+
+}  // namespace
+}  // namespace coredll
+
+HANDLE WINAPI CreateFileW(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES,
+                          DWORD disposition, DWORD flags, HANDLE templateFile) {
+  const bool isSupported = access == (GENERIC_READ | GENERIC_WRITE) && share == 0 &&
+                           disposition == OPEN_EXISTING && flags == 0 && templateFile == nullptr;
+  if (name == nullptr || !isSupported) {
+    return coredll::fail(ERROR_INVALID_PARAMETER, INVALID_HANDLE_VALUE);
+  }
+  return coredll::newHandle(INVALID_HANDLE_VALUE, [&] { return coredll::openDevice(name); });
+}
+
+BOOL WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD count, LPDWORD read,
+                     LPOVERLAPPED overlapped) {
+  return coredll::transferOn(file, buffer, count, read, overlapped, [&](coredll::Device& device) {
+    return device.read(static_cast<BYTE*>(buffer), count, *read);
+  });
+}
+
+BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD count, LPDWORD written,
+                      LPOVERLAPPED overlapped) {
+  return coredll::transferOn(
+      file, buffer, count, written, overlapped, [&](coredll::Device& device) {
+        return device.write(static_cast<const BYTE*>(buffer), count, *written);
+      });
+}
+
+BOOL WINAPI FlushFileBuffers(HANDLE file) {
+  const auto device = coredll::objectOf<coredll::Device>(file);
+  return device ? coredll::report(device->flush()) : FALSE;
+}

@@ -1,0 +1,3 @@
+#include <windows.h>
+
+BOOL WINAPI DisableThreadLibraryCalls(HMODULE) { return TRUE; }

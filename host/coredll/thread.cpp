@@ -1,0 +1,79 @@
+#include <desk.h>
+#include <windows.h>
+
+#include <atomic>
+#include <exception>
+#include <thread>
+#include <utility>
+
+#include "handle_table.h"
+#include "last_error.h"
+#include "waitable.h"
+
+namespace coredll {
+namespace {
+
+std::atomic<unsigned> runningThreads{0};
+
+class Thread : public Waitable {
+ public:
+  void end() {
+    const std::lock_guard lock(mutex);
+    --runningThreads;
+    ended = true;
+    changed.notify_all();
+  }
+
+ protected:
+  bool take() override { return ended; }
+
+ private:
+  bool ended = false;  // guarded by mutex
+};
+
+// Signals a thread's object when the thread ends. Built before the thread function runs, it is
+// destroyed after every thread_local object that the function made.
+struct EndSignal {
+  std::shared_ptr<Thread> thread;
+
+  ~EndSignal() {
+    if (thread) thread->end();
+  }
+};
+
+thread_local EndSignal endSignal;
+
+// The system thread is never joined; the object alone says when it has ended.
+bool launch(std::shared_ptr<Thread> thread, LPTHREAD_START_ROUTINE start, LPVOID parameter) {
+  ++runningThreads;
+  try {
+    std::thread([thread = std::move(thread), start, parameter]() mutable {
+      endSignal.thread = std::move(thread);
+      start(parameter);
+    }).detach();
+    return true;
+  } catch (const std::exception&) {
+    --runningThreads;
+    return false;
+  }
+}
+
+}  // namespace
+}  // namespace coredll
+
+HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES, DWORD, LPTHREAD_START_ROUTINE start,
+                           LPVOID parameter, DWORD creationFlags, LPDWORD threadId) {
+  if (start == nullptr || creationFlags != 0) {
+    return coredll::fail<HANDLE>(ERROR_INVALID_PARAMETER, nullptr);
+  }
+  return coredll::newHandle(nullptr, [&] {
+    const auto thread = std::make_shared<coredll::Thread>();
+    const HANDLE handle = coredll::handles().open(thread);
+    if (threadId != nullptr) *threadId = static_cast<DWORD>(reinterpret_cast<uintptr_t>(handle));
+    if (coredll::launch(thread, start, parameter)) return handle;
+    CloseHandle(handle);
+    return coredll::fail<HANDLE>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
+  });
+}
+
+unsigned deskRunningThreads() { return coredll::runningThreads; }

@@ -1,0 +1,77 @@
+// A call that may block, on a thread of its own.
+#ifndef TESTS_HOST_BACKGROUND_CALL_H
+#define TESTS_HOST_BACKGROUND_CALL_H
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <fstream>
+#include <future>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "host/pty_pair.h"
+
+namespace host_test {
+
+#ifdef SYS_poll
+constexpr std::initializer_list<long> kPollCalls = {SYS_poll, SYS_ppoll};
+#else
+constexpr std::initializer_list<long> kPollCalls = {SYS_ppoll};
+#endif
+
+// A call that never returns costs the test a failure, not the process: its thread is left behind.
+template <typename Result>
+class BackgroundCall {
+ public:
+  template <typename Call>
+  explicit BackgroundCall(Call call) {
+    std::promise<pid_t> threadId;
+    std::promise<Result> promisedResult;
+    std::future<pid_t> id = threadId.get_future();
+    future = promisedResult.get_future();
+    std::thread([call = std::move(call), threadId = std::move(threadId),
+                 promisedResult = std::move(promisedResult)]() mutable {
+      threadId.set_value(static_cast<pid_t>(syscall(SYS_gettid)));
+      promisedResult.set_value(call());
+    }).detach();
+    statusPath = "/proc/self/task/" + std::to_string(id.get()) + "/syscall";
+  }
+
+  // Waits until the call sleeps in a poll of the kernel's, as a device call does that has to wait.
+  bool waitUntilBlocked() const {
+    for (const Patience patience; !patience.isOver(); std::this_thread::yield()) {
+      std::string number;
+      std::ifstream(statusPath) >> number;
+      const auto isCurrent = [&](long call) { return number == std::to_string(call); };
+      if (std::any_of(kPollCalls.begin(), kPollCalls.end(), isCurrent)) return true;
+    }
+    return false;
+  }
+
+  bool isDone() const {
+    return future.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+  }
+
+  // None when the call does not return in time. Once only.
+  std::optional<Result> result() {
+    if (future.wait_for(kPatience) != std::future_status::ready) return std::nullopt;
+    return future.get();
+  }
+
+ private:
+  std::future<Result> future;
+  std::string statusPath;
+};
+
+template <typename Call>
+BackgroundCall(Call) -> BackgroundCall<std::invoke_result_t<Call>>;
+
+}  // namespace host_test
+
+#endif

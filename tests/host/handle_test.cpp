@@ -1,0 +1,201 @@
+// What the desk's platform promises about handles beyond what every Windows does.
+#include <desk.h>
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <atomic>
+#include <ostream>
+#include <set>
+#include <thread>
+#include <utility>
+
+#include "host/background_call.h"
+#include "host/device_calls.h"
+#include "host/pty_pair.h"
+
+namespace {
+
+using host_test::BackgroundCall;
+using host_test::DeviceMapping;
+using host_test::openDevice;
+using host_test::OwnedHandle;
+using host_test::PtyPair;
+
+HANDLE newSemaphore(LONG initialCount = 0) {
+  return CreateSemaphoreW(nullptr, initialCount, 1, nullptr);
+}
+
+struct BadHandleRow {
+  const char* name;
+  HANDLE handle;
+};
+
+void PrintTo(const BadHandleRow& row, std::ostream* out) { *out << row.name; }
+
+class BadHandle : public testing::TestWithParam<BadHandleRow> {};
+
+TEST_P(BadHandle, IsRefusedByEveryFunction) {
+  const HANDLE bad = GetParam().handle;
+  BYTE byte = 0;
+  DWORD moved = 1;
+  DCB state = {};
+  COMMTIMEOUTS timeouts = {};
+  const auto isRefused = [](auto failed) {
+    const bool isInvalid = GetLastError() == ERROR_INVALID_HANDLE;
+    SetLastError(ERROR_SUCCESS);
+    return failed && isInvalid;
+  };
+  SetLastError(ERROR_SUCCESS);
+  EXPECT_TRUE(isRefused(!CloseHandle(bad)));
+  EXPECT_TRUE(isRefused(WaitForSingleObject(bad, 0) == WAIT_FAILED));
+  EXPECT_TRUE(isRefused(!ReleaseSemaphore(bad, 1, nullptr)));
+  EXPECT_TRUE(isRefused(!ReadFile(bad, &byte, 1, &moved, nullptr)));
+  EXPECT_EQ(moved, 0u);
+  EXPECT_TRUE(isRefused(!WriteFile(bad, &byte, 1, &moved, nullptr)));
+  EXPECT_TRUE(isRefused(!FlushFileBuffers(bad)));
+  EXPECT_TRUE(isRefused(!GetCommState(bad, &state)));
+  EXPECT_TRUE(isRefused(!SetCommState(bad, &state)));
+  EXPECT_TRUE(isRefused(!GetCommTimeouts(bad, &timeouts)));
+  EXPECT_TRUE(isRefused(!SetCommTimeouts(bad, &timeouts)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Handle, BadHandle,
+                         testing::Values(BadHandleRow{"Null", nullptr},
+                                         BadHandleRow{"Invalid", INVALID_HANDLE_VALUE},
+                                         BadHandleRow{"One", HOST_HANDLE(1)},
+                                         BadHandleRow{"NeverMade", HOST_HANDLE(0x7ffffffc)}));
+
+TEST(SemaphoreHandle, IsNoDevice) {
+  const OwnedHandle semaphore(newSemaphore(1));
+  EXPECT_EQ(host_test::readDevice(semaphore.get(), 1), host_test::failure(ERROR_INVALID_HANDLE));
+  EXPECT_EQ(host_test::writeDevice(semaphore.get(), {1}), host_test::failure(ERROR_INVALID_HANDLE));
+  EXPECT_FALSE(FlushFileBuffers(semaphore.get()));
+  EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+  EXPECT_EQ(WaitForSingleObject(semaphore.get(), 0), WAIT_OBJECT_0);
+}
+
+TEST(DeviceHandle, CannotBeWaitedForOrReleased) {
+  const PtyPair wire;
+  const DeviceMapping devices("IPD1:", wire);
+  const OwnedHandle device(openDevice(u"IPD1:"));
+  SetLastError(ERROR_SUCCESS);
+  EXPECT_EQ(WaitForSingleObject(device.get(), 0), WAIT_FAILED);
+  EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+  SetLastError(ERROR_SUCCESS);
+  EXPECT_FALSE(ReleaseSemaphore(device.get(), 1, nullptr));
+  EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+}
+
+TEST(StaleHandle, NeverMeetsALaterObject) {
+  std::set<HANDLE> values;
+  for (int i = 0; i < 10000; ++i) {
+    const HANDLE semaphore = newSemaphore();
+    EXPECT_TRUE(CloseHandle(semaphore));
+    values.insert(semaphore);
+  }
+  EXPECT_EQ(values.size(), 10000u);
+}
+
+TEST(CloseHandle, EndsTheWaitsForASemaphore) {
+  OwnedHandle semaphore(newSemaphore());
+  const HANDLE handle = semaphore.get();
+  std::atomic<int> waiting{0};
+  const auto wait = [&waiting, handle] {
+    ++waiting;
+    const DWORD result = WaitForSingleObject(handle, INFINITE);
+    return std::pair(result, GetLastError());
+  };
+  BackgroundCall first(wait);
+  BackgroundCall second(wait);
+  while (waiting < 2)
+    std::this_thread::yield();
+  EXPECT_TRUE(semaphore.close());
+  const std::pair<DWORD, DWORD> refused(WAIT_FAILED, ERROR_INVALID_HANDLE);
+  EXPECT_EQ(first.result(), refused);
+  EXPECT_EQ(second.result(), refused);
+}
+
+DWORD WINAPI waitForSemaphore(LPVOID semaphore) {
+  return WaitForSingleObject(static_cast<HANDLE>(semaphore), INFINITE);
+}
+
+TEST(CloseHandle, EndsTheWaitsForAThreadButNotTheThread) {
+  const OwnedHandle mayEnd(newSemaphore());
+  OwnedHandle thread(CreateThread(nullptr, 0, waitForSemaphore, mayEnd.get(), 0, nullptr));
+  BackgroundCall wait([handle = thread.get()] { return WaitForSingleObject(handle, INFINITE); });
+  EXPECT_TRUE(thread.close());
+  EXPECT_EQ(wait.result(), WAIT_FAILED);
+  EXPECT_EQ(deskRunningThreads(), 1u);
+  EXPECT_TRUE(ReleaseSemaphore(mayEnd.get(), 1, nullptr));
+  for (const host_test::Patience patience; deskRunningThreads() != 0;) {
+    ASSERT_FALSE(patience.isOver());
+    std::this_thread::yield();
+  }
+}
+
+// Under a race of closing and using, each use either works or is refused.
+TEST(CloseHandle, MayComeAtAnyMomentOfOtherCalls) {
+  for (int round = 0; round < 200; ++round) {
+    OwnedHandle semaphore(newSemaphore(1));
+    BackgroundCall user([handle = semaphore.get()] {
+      while (WaitForSingleObject(handle, INFINITE) == WAIT_OBJECT_0) {
+        ReleaseSemaphore(handle, 1, nullptr);
+      }
+      return GetLastError();
+    });
+    EXPECT_TRUE(semaphore.close());
+    ASSERT_EQ(user.result(), ERROR_INVALID_HANDLE);
+  }
+}
+
+TEST(OpenHandles, AreCounted) {
+  const unsigned before = deskOpenHandles();
+  const PtyPair wire;
+  const DeviceMapping devices("IPD1:", wire);
+  {
+    const OwnedHandle semaphore(newSemaphore(1));
+    EXPECT_EQ(deskOpenHandles(), before + 1);
+    const OwnedHandle device(openDevice(u"IPD1:"));
+    EXPECT_EQ(deskOpenHandles(), before + 2);
+    const OwnedHandle thread(
+        CreateThread(nullptr, 0, waitForSemaphore, semaphore.get(), 0, nullptr));
+    EXPECT_EQ(deskOpenHandles(), before + 3);
+    EXPECT_EQ(WaitForSingleObject(thread.get(), INFINITE), WAIT_OBJECT_0);
+  }
+  EXPECT_EQ(deskOpenHandles(), before);
+}
+
+TEST(RunningThreads, AreCountedUntilTheirHandlesAreSignalled) {
+  const OwnedHandle mayEnd(newSemaphore());
+  const OwnedHandle thread(CreateThread(nullptr, 0, waitForSemaphore, mayEnd.get(), 0, nullptr));
+  EXPECT_EQ(deskRunningThreads(), 1u);
+  EXPECT_TRUE(ReleaseSemaphore(mayEnd.get(), 1, nullptr));
+  EXPECT_EQ(WaitForSingleObject(thread.get(), INFINITE), WAIT_OBJECT_0);
+  EXPECT_EQ(deskRunningThreads(), 0u);
+}
+
+TEST(CreateSemaphoreW, RefusesANameBecauseNothingIsShared) {
+  EXPECT_EQ(CreateSemaphoreW(nullptr, 1, 1, u"shared"), nullptr);
+  EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
+TEST(CreateThread, RefusesToStartNothing) {
+  const unsigned before = deskOpenHandles();
+  EXPECT_EQ(CreateThread(nullptr, 0, nullptr, nullptr, 0, nullptr), nullptr);
+  EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(deskOpenHandles(), before);
+}
+
+TEST(CreateThread, RefusesFlags) {
+  constexpr DWORD kSuspended = 4;
+  EXPECT_EQ(CreateThread(nullptr, 0, waitForSemaphore, nullptr, kSuspended, nullptr), nullptr);
+  EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(deskRunningThreads(), 0u);
+}
+
+TEST(DisableThreadLibraryCalls, IsGranted) {
+  static char thisModule;
+  EXPECT_TRUE(DisableThreadLibraryCalls(&thisModule));
+}
+
+}  // namespace

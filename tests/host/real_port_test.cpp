@@ -1,0 +1,150 @@
+// A pseudo terminal lacks some of what a real port has: an output queue, an RTS line, exclusive
+// mode. This program puts its own ioctl() and fstat() before the system's, so that the platform
+// sees them.
+#include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+#include <windows.h>
+
+#include <atomic>
+#include <cstdarg>
+#include <optional>
+#include <utility>
+
+#include "host/background_call.h"
+#include "host/device_calls.h"
+#include "host/pty_pair.h"
+
+namespace {
+
+// Bytes in the queue; each look at it finds `drainedByLook` fewer than before.
+std::atomic<int> queued{0};
+std::atomic<int> drainedByLook{0};
+std::atomic<std::optional<bool>> rtsRaised{std::nullopt};  // none: never driven
+std::atomic<bool> isExclusive{false};
+std::atomic<bool> isRealPort{false};
+
+void see(unsigned long request, void* argument) {
+  if (request == TIOCOUTQ) *static_cast<int*>(argument) = queued.fetch_sub(drainedByLook);
+  if (request == TIOCEXCL) isExclusive = true;
+  if (request != TIOCMBIS && request != TIOCMBIC) return;
+  EXPECT_EQ(*static_cast<const int*>(argument), TIOCM_RTS);
+  rtsRaised = request == TIOCMBIS;
+}
+
+}  // namespace
+
+extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {
+  std::va_list arguments;
+  va_start(arguments, request);
+  void* const argument = va_arg(arguments, void*);
+  va_end(arguments);
+  const auto result = static_cast<int>(syscall(SYS_ioctl, descriptor, request, argument));
+  const bool isModemLine = request == TIOCMBIS || request == TIOCMBIC;
+  if (result == 0 || isModemLine) see(request, argument);
+  return result;
+}
+
+extern "C" int fstat(int descriptor, struct stat* status) noexcept {
+  constexpr unsigned kUsbSerialMajor = 188;
+  const int result = fstatat(descriptor, "", status, AT_EMPTY_PATH);
+  if (isRealPort) status->st_rdev = makedev(kUsbSerialMajor, 0);
+  return result;
+}
+
+namespace {
+
+using host_test::BackgroundCall;
+using host_test::DeviceMapping;
+using host_test::openDevice;
+using host_test::OwnedHandle;
+using host_test::PtyPair;
+
+class OutputQueue : public testing::Test {
+ protected:
+  void SetUp() override { setQueue(0, 0); }
+
+  static void setQueue(int bytes, int drained) {
+    queued = bytes;
+    drainedByLook = drained;
+  }
+
+  // The result and the last error.
+  using Flushed = std::pair<BOOL, DWORD>;
+
+  BackgroundCall<Flushed> flushInBackground() const {
+    return BackgroundCall<Flushed>([handle = port.get()] {
+      const BOOL result = FlushFileBuffers(handle);
+      return Flushed(result, GetLastError());
+    });
+  }
+
+  PtyPair wire;
+  DeviceMapping devices{"COM1:", wire};
+  OwnedHandle port{openDevice(u"COM1:")};
+};
+
+TEST_F(OutputQueue, IsWaitedForUntilItIsEmpty) {
+  setQueue(30, 10);
+  EXPECT_TRUE(FlushFileBuffers(port.get()));
+  EXPECT_LE(queued, 0);
+}
+
+TEST_F(OutputQueue, KeepsAFlushWaitingWhileItIsStuck) {
+  setQueue(1, 0);
+  BackgroundCall<Flushed> flush = flushInBackground();
+  EXPECT_TRUE(flush.waitUntilBlocked());
+  EXPECT_FALSE(flush.isDone());
+  setQueue(0, 0);
+  const std::optional<Flushed> result = flush.result();
+  ASSERT_TRUE(result);
+  EXPECT_TRUE(result->first);
+}
+
+TEST_F(OutputQueue, StuckDoesNotHoldAFlushAfterClose) {
+  setQueue(1, 0);
+  BackgroundCall<Flushed> flush = flushInBackground();
+  EXPECT_TRUE(flush.waitUntilBlocked());
+  EXPECT_TRUE(port.close());
+  EXPECT_EQ(flush.result(), Flushed(FALSE, ERROR_OPERATION_ABORTED));
+}
+
+TEST_F(OutputQueue, StuckDoesNotHoldAFlushAfterHangUp) {
+  setQueue(1, 0);
+  BackgroundCall<Flushed> flush = flushInBackground();
+  EXPECT_TRUE(flush.waitUntilBlocked());
+  wire.hangUp();
+  EXPECT_EQ(flush.result(), Flushed(FALSE, ERROR_GEN_FAILURE));
+}
+
+TEST(ExclusiveMode, IsForRealPortsBecauseAPseudoTerminalKeepsItAfterItsUser) {
+  const PtyPair wire;
+  const DeviceMapping devices("COM1:", wire);
+  isExclusive = false;
+  EXPECT_TRUE(OwnedHandle(openDevice(u"COM1:")).isOpen());
+  EXPECT_FALSE(isExclusive);
+  isRealPort = true;
+  EXPECT_TRUE(OwnedHandle(openDevice(u"COM1:")).isOpen());
+  EXPECT_TRUE(isExclusive);
+  isRealPort = false;
+}
+
+TEST(RtsLine, FollowsTheState) {
+  const PtyPair wire;
+  const DeviceMapping devices("COM1:", wire);
+  const OwnedHandle port(openDevice(u"COM1:"));
+  DCB state = {};
+  ASSERT_TRUE(GetCommState(port.get(), &state));
+  EXPECT_EQ(rtsRaised.load(), std::nullopt);
+  state.fRtsControl = RTS_CONTROL_DISABLE;
+  EXPECT_TRUE(SetCommState(port.get(), &state));
+  EXPECT_EQ(rtsRaised.load(), false);
+  state.fRtsControl = RTS_CONTROL_ENABLE;
+  EXPECT_TRUE(SetCommState(port.get(), &state));
+  EXPECT_EQ(rtsRaised.load(), true);
+}
+
+}  // namespace
