@@ -2,3 +2,4 @@
 #include "host/platform_layout.h"
 
 #include <desk.h>
+#include <isochplay_desk.h>
