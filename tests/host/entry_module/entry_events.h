@@ -1,0 +1,21 @@
+// What the module under test tells the program that loads it.
+#ifndef TESTS_HOST_ENTRY_EVENTS_H
+#define TESTS_HOST_ENTRY_EVENTS_H
+
+// Defined by the program.
+extern "C" void entryEvent(const char* event);
+
+// Tells when it is built and when it is destroyed.
+struct Telltale {
+  explicit Telltale(const char* builtEvent, const char* destroyedEvent)
+      : destroyed(destroyedEvent) {
+    entryEvent(builtEvent);
+  }
+  Telltale(const Telltale&) = delete;
+  Telltale& operator=(const Telltale&) = delete;
+  ~Telltale() { entryEvent(destroyed); }
+
+  const char* const destroyed;
+};
+
+#endif

@@ -1,0 +1,14 @@
+// A program that is linked to the module: what it prints is the order of the events.
+#include <cstdio>
+
+#include "entry_events.h"
+
+extern "C" void entryEvent(const char* event) { std::printf("%s; ", event); }
+
+extern "C" void useLateStatic();
+
+int main() {
+  useLateStatic();
+  std::printf("main; ");
+  return 0;
+}
