@@ -11,7 +11,10 @@ class SharedValue {
   constexpr SharedValue(T initial) : value(initial) {}
   SharedValue(const SharedValue& other) : value(other.get()) {}
 
-  SharedValue& operator=(const SharedValue& other) { return *this = other.get(); }
+  SharedValue& operator=(const SharedValue& other) {
+    value.store(other.get(), std::memory_order_relaxed);
+    return *this;
+  }
 
   SharedValue& operator=(T newValue) {
     value.store(newValue, std::memory_order_relaxed);

@@ -69,7 +69,7 @@ class IpodControllerBase {
 
   /// Opens the link, starts its reader, identifies the accessory and, when asked and loaded, shows
   /// the logo. The logo does not decide the result.
-  virtual bool IdentifyIpod(const char* deviceName, bool uploadLogo);
+  virtual bool IdentifyIpod(const char* deviceName, bool showLogo);
 
   /// Leaves the Extended Interface mode if identified, and closes the link.
   virtual bool CloseIpod();

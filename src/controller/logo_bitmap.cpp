@@ -133,7 +133,9 @@ bool LogoBitmap::convert(const uint8_t* bitmapPixels) {
     const uint8_t* source = bitmapPixels + size_t{y} * pixelWidth * kBitmapPixelSize;
     uint8_t* target = pixels.get() + size_t{y} * bytesPerRow;
     for (uint32_t x = 0; x < rowPixels; ++x) {
-      convertPixel(source + x * kBitmapPixelSize, target + x * kScreenPixelSize);
+      convertPixel(source, target);
+      source += kBitmapPixelSize;
+      target += kScreenPixelSize;
     }
   }
   return true;

@@ -33,7 +33,8 @@ class GrowableArray {
     T removed = std::move(items[index]);
     for (uint32_t i = index + 1; i < count; ++i)
       items[i - 1] = std::move(items[i]);
-    items[--count] = T();
+    --count;
+    items[count] = T();
     return removed;
   }
 

@@ -12,7 +12,7 @@ constexpr uint32_t kSenderWaitSeconds = 1;
 
 }  // namespace
 
-DeviceTransport::DeviceTransport() { prepare(); }
+DeviceTransport::DeviceTransport() { DeviceTransport::prepare(); }
 
 DeviceTransport::~DeviceTransport() {
   semMutexDelete(handleGuard);

@@ -48,10 +48,14 @@ bool HandlerTable::dispatch(std::unique_ptr<LingoMessage>& message) {
   HandlerRecord record;
   bool handled = false;
   bool last = false;
-  while (!last && nextFor(*message, record, last)) {
+  while (nextFor(*message, record, last)) {
     handled = true;
-    std::unique_ptr<LingoMessage> own = last ? std::move(message) : copyMessage(*message);
-    if (own) record.handler(record.object, std::move(own));
+    if (last) {
+      record.handler(record.object, std::move(message));
+      break;
+    }
+    std::unique_ptr<LingoMessage> copy = copyMessage(*message);
+    if (copy) record.handler(record.object, std::move(copy));
   }
   if (handled) message.reset();
   return handled;

@@ -16,7 +16,7 @@ constexpr uint32_t kReaderPollMilliseconds = 100;
 
 }  // namespace
 
-Transport::Transport() { prepare(); }
+Transport::Transport() { Transport::prepare(); }
 
 Transport::~Transport() { TransportRegistry::instance().remove(this); }
 

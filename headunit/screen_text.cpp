@@ -1,0 +1,36 @@
+#include "screen_text.h"
+
+#include <cstdio>
+
+namespace {
+
+constexpr unsigned short kPlayAllUnit = 0xFFFF;
+constexpr unsigned short kFirstPrintable = 0x20;
+constexpr unsigned short kFirstTwoByte = 0x80;
+
+void appendCharacter(std::string& text, unsigned short character) {
+  if (character < kFirstPrintable) return;
+  if (character < kFirstTwoByte) {
+    text += static_cast<char>(character);
+    return;
+  }
+  text += static_cast<char>(0xC0 | character >> 6);
+  text += static_cast<char>(0x80 | (character & 0x3F));
+}
+
+}  // namespace
+
+std::string TextBuffer::text() const {
+  if (content.front() == kPlayAllUnit) return "[play all]";
+  std::string text;
+  for (const unsigned short unit : content)
+    appendCharacter(text, unit);
+  return text;
+}
+
+std::string clockTime(int milliseconds) {
+  const int seconds = milliseconds / 1000;
+  char text[32];
+  std::snprintf(text, sizeof(text), "%d:%02d", seconds / 60, seconds % 60);
+  return text;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <array>
+#include <string>
+
+/// A cleared buffer of 16-bit units for the library's text functions.
+class TextBuffer {
+ public:
+  static constexpr int kSize = 80;
+
+  unsigned short* units() { return content.data(); }
+
+  /// What was written, as UTF-8: each unit is one Latin-1 character, the play-all mark becomes
+  /// "[play all]", control characters are left out.
+  std::string text() const;
+
+ private:
+  std::array<unsigned short, kSize> content{};
+};
+
+/// Milliseconds as minutes and seconds: 3:05.
+std::string clockTime(int milliseconds);
