@@ -34,7 +34,7 @@ class GrowableArray {
     for (uint32_t i = index + 1; i < count; ++i)
       items[i - 1] = std::move(items[i]);
     --count;
-    items[count] = T();
+    items[count] = T{};
     return removed;
   }
 
