@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "lingo/message_bytes.h"
+#include "lingo/row_name.h"
+#include "link/serial_transport.h"
+#include "link/usb_transport.h"
+
+/// What the two kinds of transport differ in.
+struct LinkKind : NamedRow {
+  std::unique_ptr<Transport> (*create)();
+  const char* deviceName;
+  Bytes sync;  ///< before a frame's start byte
+  const char* openText;
+  const char* closedText;
+  const char* writingText;
+};
+
+template <class Kind>
+std::unique_ptr<Transport> createTransport() {
+  return std::make_unique<Kind>();
+}
+
+inline const LinkKind kSerialKind{"Serial",
+                                  createTransport<SerialTransport>,
+                                  "COM1:",
+                                  {0xFF},
+                                  "OPENING DEVICE COM1:\n"
+                                  "COM aperta correttamente\n"
+                                  "com baudrate = 57600\n"
+                                  "com parity = 0\n"
+                                  "com byte size = 8\n"
+                                  "com stop bits = 0\n"
+                                  "com rts flow control = 0\n",
+                                  "serial closed\n",
+                                  "WRITING ON DEVICE\n"};
+
+inline const LinkKind kUsbKind{"Usb",
+                               createTransport<UsbTransport>,
+                               "IPD1:",
+                               {},
+                               "OPENING DEVICE\nUSB aperta correttamente\n",
+                               "usb closed\n",
+                               "WRITING ON DEVICE\nOver USB\n"};
+
+inline const LinkKind kLinkKinds[] = {kSerialKind, kUsbKind};

@@ -1,0 +1,399 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "lingo/console.h"
+#include "link/link_kinds.h"
+#include "link/scripted_platform.h"
+
+namespace {
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::Ge;
+using testing::IsEmpty;
+using testing::Le;
+using testing::SizeIs;
+
+const Bytes kFrame1 = {0x55, 0x02, 0x00, 0x01, 0xFD};
+const Bytes kFrame2 = {0x55, 0x03, 0x00, 0x02, 0x07, 0xF4};
+const Bytes kFrame3 = {0x55, 0x02, 0x00, 0x03, 0xFB};
+const Bytes kBadFrame = {0x55, 0x02, 0x00, 0x01, 0xFE};
+const Bytes kUnknownLingoFrame = {0x55, 0x02, 0x03, 0x00, 0xFB};
+const Bytes kGeneralWithoutCommand = {0x55, 0x01, 0x00, 0xFF};
+const Bytes kExtendedWithHalfACommand = {0x55, 0x02, 0x04, 0x00, 0xFA};
+
+/// The command of the next message, or -1 when there is none.
+int takenCommand(Transport& transport) {
+  const std::unique_ptr<LingoMessage> message = transport.getMessage(0, 1);
+  return message ? message->getCommand() : -1;
+}
+
+/// A USB transport whose reader runs when the test says so, on the test's thread.
+class Reader : public ScriptedPlatformTest {
+ protected:
+  Reader() { start(); }
+
+  void start() {
+    EXPECT_TRUE(transport->open("IPD1:"));
+    EXPECT_TRUE(transport->startReadData());
+    platform.calls.clear();
+  }
+
+  /// Something that happens while the reader reads, behind what has arrived.
+  void meanwhile(std::function<void()> action) {
+    platform.arrivals.push_back({{}, true, std::move(action)});
+  }
+
+  /// Milliseconds of all sleeps and limited waits that were asked for.
+  uint64_t waited() const {
+    uint64_t sum = 0;
+    for (const std::string& call : platform.calls) {
+      const size_t limit = call.find_last_of("( ") + 1;
+      const bool waits = call.rfind("Sleep(", 0) == 0 || call.rfind("WaitForSingleObject(", 0) == 0;
+      if (waits && call.find("INFINITE") == std::string::npos)
+        sum += std::stoull(call.substr(limit));
+    }
+    return sum;
+  }
+
+  const std::unique_ptr<Transport> transport = kUsbKind.create();
+};
+
+TEST_F(Reader, QueuesMessagesInTheOrderOfTheirArrival) {
+  platform.arrive(kFrame1 + kFrame2 + kFrame3);
+  std::vector<int> commands;
+  meanwhile([&] {
+    for (int i = 0; i < 3; ++i)
+      commands.push_back(takenCommand(*transport));
+  });
+  platform.runThread();
+  EXPECT_THAT(commands, ElementsAre(1, 2, 3));
+}
+
+TEST_F(Reader, GivesTheMessageWithItsData) {
+  platform.arrive(kFrame2);
+  meanwhile([&] {
+    const std::unique_ptr<LingoMessage> message = transport->getMessage(0, 1);
+    ASSERT_NE(message, nullptr);
+    EXPECT_EQ(message->getLingo(), 0x00);
+    EXPECT_EQ(dataOf(*message), (Bytes{0x07}));
+  });
+  platform.runThread();
+}
+
+TEST_F(Reader, LetsGetMessageWaitAsLongAsItIsAskedTo) {
+  meanwhile([&] {
+    platform.calls.clear();
+    EXPECT_EQ(transport->getMessage(0, 1), nullptr);
+    EXPECT_EQ(transport->getMessage(250000000, 2), nullptr);
+    EXPECT_EQ(waited(), 3250u);
+  });
+  platform.runThread();
+}
+
+TEST_F(Reader, LetsGetMessageWaitWithoutLimitUntilItIsStopped) {
+  bool stopped = false;
+  meanwhile([&] {
+    platform.whileBlocked = [&] {
+      stopped = true;
+      transport->close();
+    };
+    EXPECT_EQ(transport->getMessage(0, 0), nullptr);
+  });
+  platform.runThread();
+  EXPECT_TRUE(stopped);
+}
+
+TEST_F(Reader, GivesNoMessageTwice) {
+  platform.arrive(kFrame1);
+  meanwhile([&] {
+    EXPECT_EQ(takenCommand(*transport), 1);
+    EXPECT_EQ(takenCommand(*transport), -1);
+  });
+  platform.runThread();
+}
+
+TEST_F(Reader, SignalsAMessageThatComesAfterTheQueueWasEmptied) {
+  platform.arrive(kFrame1);
+  platform.arrivals.push_back(
+      {kFrame2 + kFrame3, false, [&] { EXPECT_EQ(takenCommand(*transport), 1); }});
+  meanwhile([&] {
+    EXPECT_EQ(takenCommand(*transport), 2);
+    EXPECT_EQ(takenCommand(*transport), 3);
+    EXPECT_EQ(takenCommand(*transport), -1);
+  });
+  platform.runThread();
+}
+
+TEST_F(Reader, DropsPayloadsThatMakeNoMessageAndGoesOn) {
+  platform.arrive(kUnknownLingoFrame + kGeneralWithoutCommand + kExtendedWithHalfACommand +
+                  kFrame2);
+  meanwhile([&] { EXPECT_EQ(takenCommand(*transport), 2); });
+  platform.runThread();
+}
+
+TEST_F(Reader, GivesNoMessageOnceItHasEnded) {
+  platform.arrive(kFrame1);
+  platform.runThread();
+  platform.calls.clear();
+  EXPECT_EQ(transport->getMessage(0, 0), nullptr);
+  EXPECT_EQ(transport->getMessage(0, 1), nullptr);
+  EXPECT_EQ(waited(), 0u);
+}
+
+TEST_F(Reader, EndsWhenTheDeviceFailsAndClosesIt) {
+  platform.runThread();
+  EXPECT_FALSE(transport->isOpen());
+  EXPECT_THAT(platform.callsOf("CloseHandle(device"), SizeIs(1));
+}
+
+TEST_F(Reader, EndsAtABadChecksumAndClosesTheDevice) {
+  platform.arrive(kBadFrame + kFrame1);
+  platform.runThread();
+  EXPECT_FALSE(transport->isOpen());
+  EXPECT_EQ(transport->getMessage(0, 1), nullptr);
+  EXPECT_THAT(platform.readSizes, SizeIs(1));
+}
+
+TEST_F(Reader, ThatFailsClosesEveryLiveTransport) {
+  const std::unique_ptr<Transport> serial = kSerialKind.create();
+  const std::unique_ptr<Transport> usb = kUsbKind.create();
+  kUsbKind.create();
+  ASSERT_TRUE(serial->open("COM1:"));
+  ASSERT_TRUE(usb->open("IPD2:"));
+  platform.arrive(kBadFrame);
+  platform.runThread();
+  EXPECT_FALSE(transport->isOpen());
+  EXPECT_FALSE(serial->isOpen());
+  EXPECT_FALSE(usb->isOpen());
+  EXPECT_THAT(platform.callsOf("CloseHandle(device"), SizeIs(3));
+}
+
+TEST_F(Reader, TellsWhatItDoesWhileTheDebugFlagIsSet) {
+  platform.arrive(kFrame2);
+  EXPECT_EQ(printedInDebug([&] { platform.runThread(); }),
+            "begin thReadDat >>>>>>>>>>\n"
+            "readDataActive  = 1  >>>>>>>>>>\n"
+            "begin READ....\n"
+            "received msg dim 3\n"
+            "Lingo=0\tCommand=0x2 Data=0x7 \n"
+            "begin READ....\n"
+            "received msg dim -1\n"
+            "usb closed\n"
+            "exit from thReadDataLocal\n");
+}
+
+TEST_F(Reader, TellsABadChecksumWhileTheDebugFlagIsSet) {
+  platform.arrive(kBadFrame);
+  EXPECT_EQ(printedInDebug([&] { platform.runThread(); }),
+            "begin thReadDat >>>>>>>>>>\n"
+            "readDataActive  = 1  >>>>>>>>>>\n"
+            "begin READ....\n"
+            "checksum Error\n"
+            "received msg dim 0\n"
+            "usb closed\n"
+            "exit from thReadDataLocal\n");
+}
+
+TEST_F(Reader, TellsTheLengthOfAPayloadThatMakesNoMessage) {
+  platform.arrive(kUnknownLingoFrame);
+  EXPECT_EQ(printedInDebug([&] { platform.runThread(); }),
+            "begin thReadDat >>>>>>>>>>\n"
+            "readDataActive  = 1  >>>>>>>>>>\n"
+            "begin READ....\n"
+            "received msg dim 2\n"
+            "begin READ....\n"
+            "received msg dim -1\n"
+            "usb closed\n"
+            "exit from thReadDataLocal\n");
+}
+
+TEST_F(Reader, ThatIsStoppedBeforeItsThreadRunsReadsNothing) {
+  platform.arrive(kFrame1);
+  const std::string text = printedInDebug([&] {
+    transport->stopReadData();
+    transport->awaitReader();
+  });
+  EXPECT_EQ(text,
+            "usb closed\n"
+            "begin thReadDat >>>>>>>>>>\n"
+            "readDataActive  = 0  >>>>>>>>>>\n"
+            "exit from thReadDataLocal\n");
+  EXPECT_THAT(platform.readSizes, IsEmpty());
+}
+
+TEST_F(Reader, IsSilentWithoutTheDebugFlag) {
+  platform.arrive(kFrame1 + kBadFrame);
+  EXPECT_EQ(printedQuietly([&] { platform.runThread(); }), "");
+}
+
+TEST_F(Reader, WithoutATransportDoesNothing) {
+  EXPECT_EQ(printedInDebug([&] { EXPECT_EQ(platform.threadStart(nullptr), 0u); }),
+            "begin thReadDat >>>>>>>>>>\n");
+}
+
+TEST_F(Reader, ReturnsZeroFromItsThread) {
+  EXPECT_EQ(platform.threadStart(platform.threadArgument), 0u);
+}
+
+TEST_F(Reader, IsStartedOnlyOnce) {
+  EXPECT_FALSE(transport->startReadData());
+  EXPECT_THAT(platform.callsOf("CreateThread"), IsEmpty());
+  meanwhile([&] { EXPECT_FALSE(transport->startReadData()); });
+  platform.runThread();
+}
+
+TEST_F(Reader, IsNotStartedOnAClosedDevice) {
+  platform.runThread();
+  EXPECT_FALSE(transport->startReadData());
+  EXPECT_FALSE(kUsbKind.create()->startReadData());
+}
+
+TEST_F(Reader, RunsAgainOnceTheDeviceIsOpenAgain) {
+  platform.runThread();
+  start();
+  platform.arrive(kFrame2);
+  meanwhile([&] { EXPECT_EQ(takenCommand(*transport), 2); });
+  platform.runThread();
+}
+
+TEST_F(Reader, StartsOverWithoutTheSignalOfItsEnd) {
+  platform.runThread();
+  start();
+  meanwhile([&] {
+    platform.calls.clear();
+    EXPECT_EQ(transport->getMessage(0, 1), nullptr);
+    EXPECT_EQ(waited(), 1000u);
+  });
+  platform.runThread();
+}
+
+TEST_F(Reader, ThatHasNoThreadIsNotRunning) {
+  platform.runThread();
+  ASSERT_TRUE(transport->open("IPD1:"));
+  platform.threadsFail = true;
+  platform.lastError = ERROR_NOT_ENOUGH_MEMORY;
+  EXPECT_FALSE(transport->startReadData());
+  platform.calls.clear();
+  EXPECT_EQ(transport->getMessage(0, 1), nullptr);
+  EXPECT_EQ(waited(), 0u);
+
+  platform.threadsFail = false;
+  EXPECT_TRUE(transport->startReadData());
+}
+
+TEST_F(Reader, RunsOnTheDefaultThreadWithItsTransport) {
+  platform.runThread();
+  ASSERT_TRUE(transport->open("IPD1:"));
+  ASSERT_TRUE(transport->startReadData());
+  EXPECT_THAT(platform.callsOf("CreateThread"), ElementsAre("CreateThread(null, 0, pointer, 0)"));
+}
+
+TEST_F(Reader, IsWaitedFor300MillisecondsAtMostWhenItIsStopped) {
+  meanwhile([&] {
+    platform.calls.clear();
+    EXPECT_TRUE(transport->stopReadData());
+    EXPECT_LE(waited(), 300u);
+  });
+  platform.runThread();
+}
+
+TEST_F(Reader, IsNotWaitedForWhenItDoesNotRun) {
+  platform.runThread();
+  platform.calls.clear();
+  EXPECT_TRUE(transport->stopReadData());
+  EXPECT_EQ(waited(), 0u);
+}
+
+TEST_F(Reader, IsStoppedByClosingTheTransport) {
+  platform.arrive(kFrame1);
+  platform.arrivals.push_back({kFrame2, false, [&] { EXPECT_TRUE(transport->close()); }});
+  platform.runThread();
+  EXPECT_FALSE(transport->isOpen());
+  EXPECT_THAT(platform.readSizes, SizeIs(2));
+}
+
+TEST_F(Reader, IsStoppedByOpeningTheTransportAgain) {
+  platform.arrivals.push_back({kFrame1, false, [&] { transport->open("IPD1:"); }});
+  platform.runThread();
+  EXPECT_THAT(platform.readSizes, SizeIs(1));
+  EXPECT_THAT(platform.callsOf("CloseHandle(device 1)"), SizeIs(1));
+  EXPECT_EQ(transport->getMessage(0, 1), nullptr);
+}
+
+TEST_F(Reader, GivesItsThreadHandlesBack) {
+  platform.runThread();
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_TRUE(transport->open("IPD1:"));
+    EXPECT_TRUE(transport->startReadData());
+    platform.runThread();
+  }
+  EXPECT_TRUE(transport->awaitReader());
+  EXPECT_THAT(platform.callsOf("CloseHandle(thread"), SizeIs(4));
+}
+
+TEST_F(Reader, IsAwaitedASecondAtMost) {
+  meanwhile([&] {
+    platform.calls.clear();
+    EXPECT_FALSE(transport->awaitReader());
+    EXPECT_THAT(waited(), AllOf(Ge(1000u), Le(1100u)));
+  });
+  platform.runThread();
+  EXPECT_TRUE(transport->awaitReader());
+}
+
+using FlushMessages = Reader;
+
+TEST_F(FlushMessages, DestroysWhatIsQueuedAndItsSignal) {
+  platform.arrive(kFrame1 + kFrame2);
+  meanwhile([&] {
+    EXPECT_EQ(transport->flushMessages(), 0);
+    platform.calls.clear();
+    EXPECT_EQ(transport->getMessage(0, 1), nullptr);
+    EXPECT_EQ(waited(), 1000u);
+  });
+  platform.runThread();
+}
+
+TEST_F(FlushMessages, OfAnEmptyQueueTouchesItsLockOnly) {
+  meanwhile([&] {
+    platform.calls.clear();
+    EXPECT_EQ(transport->flushMessages(), 0);
+    ASSERT_THAT(platform.calls, SizeIs(2));
+    const std::string lock =
+        platform.calls[0].substr(strlen("WaitForSingleObject("),
+                                 platform.calls[0].find(',') - strlen("WaitForSingleObject("));
+    EXPECT_THAT(platform.calls, ElementsAre("WaitForSingleObject(" + lock + ", INFINITE)",
+                                            "ReleaseSemaphore(" + lock + ", 1)"));
+  });
+  platform.runThread();
+}
+
+TEST_F(FlushMessages, LetsTheNextMessageBeSignalled) {
+  platform.arrive(kFrame1);
+  platform.arrivals.push_back({kFrame2, false, [&] { transport->flushMessages(); }});
+  meanwhile([&] { EXPECT_EQ(takenCommand(*transport), 2); });
+  platform.runThread();
+}
+
+TEST_F(FlushMessages, EndsWhenARestartHasTakenTheSignalOfWhatIsQueued) {
+  platform.arrive(kFrame1);
+  platform.runThread();
+  start();
+  EXPECT_EQ(transport->flushMessages(), 0);
+
+  platform.arrive(kFrame2);
+  meanwhile([&] {
+    EXPECT_EQ(takenCommand(*transport), 2);
+    EXPECT_EQ(takenCommand(*transport), -1);
+  });
+  platform.runThread();
+}
+
+TEST_F(FlushMessages, BeforeTheFirstOpenReturns) {
+  EXPECT_EQ(kUsbKind.create()->flushMessages(), 0);
+}
+
+}  // namespace

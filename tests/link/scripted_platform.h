@@ -1,0 +1,128 @@
+#pragma once
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "lingo/message_bytes.h"
+
+/// What a read of the scripted device gives: some bytes (perhaps none), a failure, or, before
+/// either, something that happens meanwhile.
+struct Arrival {
+  Bytes bytes;
+  bool fails = false;
+  std::function<void()> meanwhile = nullptr;
+};
+
+/// The platform's calls, answered by script on the test's own thread. Programs that link
+/// scripted_platform.cpp get these in front of the platform's libraries.
+///
+/// Semaphores count as real ones do, but nothing ever waits: a wait that would last is over at
+/// once. A thread does not run until the test or a wait for its end runs it.
+class ScriptedPlatform {
+ public:
+  static ScriptedPlatform& instance();
+
+  /// Forgets scripts and records. Semaphores stay: the code under test keeps some for the process.
+  void reset();
+
+  /// Every call in order with its arguments, handles by their names. Calls that tests provoke while
+  /// they set up are dropped by clearing this.
+  std::vector<std::string> calls;
+
+  /// The calls that begin with `name`.
+  std::vector<std::string> callsOf(const std::string& name) const;
+
+  /// Closes of handles that were not open (any more).
+  int wrongCloses = 0;
+
+  // Results that a test dictates.
+  DWORD lastError = ERROR_SUCCESS;
+  bool semaphoresFail = false;  ///< to be created, as the next two
+  bool threadsFail = false;
+  bool devicesFail = false;
+  std::deque<DWORD> waitResults;       ///< taken before the semaphores are looked at
+  std::function<void()> whileBlocked;  ///< runs once when a wait without limit cannot end
+  std::function<void()> onRelease;
+  std::function<void()> onCreateFile;
+
+  // The device.
+  std::deque<Arrival> arrivals;  ///< when they are used up, reads fail
+  std::vector<DWORD> readSizes;  ///< what each read had room for
+  std::vector<Bytes> writes;
+  bool writesFail = false;
+  DWORD writeLimit = MAXDWORD;  ///< of one write
+  DCB driverState{};            ///< what GetCommState tells before a SetCommState
+  DCB stateReadBack{};          ///< what it tells after one
+  DCB stateSet{};
+  COMMTIMEOUTS driverTimeouts{};
+  COMMTIMEOUTS timeoutsSet{};
+  bool commCallsFail = false;
+
+  /// Makes bytes arrive, each argument at a read of its own.
+  template <class... Reads>
+  void arrive(const Reads&... reads) {
+    (arrivals.push_back({Bytes(reads)}), ...);
+  }
+
+  /// Runs the thread that was made last, here and now.
+  void runThread();
+
+  /// The name of a handle as `calls` has it: "semaphore 3", "thread 1", "device 2".
+  std::string nameOf(HANDLE handle) const;
+
+  // The calls themselves.
+  HANDLE createSemaphore(LONG initialCount, LONG maximumCount);
+  BOOL releaseSemaphore(HANDLE semaphore, LONG count);
+  DWORD wait(HANDLE object, DWORD milliseconds);
+  BOOL close(HANDLE object);
+  HANDLE createThread(LPTHREAD_START_ROUTINE start, void* argument);
+  HANDLE createDevice();
+  BOOL read(HANDLE device, uint8_t* buffer, DWORD count, DWORD& read);
+  BOOL write(HANDLE device, const uint8_t* bytes, DWORD count, DWORD& written);
+  BOOL getCommState(DCB& state);
+  BOOL setCommState(const DCB& state);
+
+  LPTHREAD_START_ROUTINE threadStart = nullptr;
+  void* threadArgument = nullptr;
+
+ private:
+  enum class ThreadState { kNone, kWaiting, kRunning, kEnded };
+
+  struct Semaphore {
+    LONG count;
+    LONG maximum;
+  };
+
+  HANDLE addHandle(const char* kind);
+  DWORD waitForThread();
+  DWORD waitForSemaphore(Semaphore& semaphore, DWORD milliseconds);
+
+  bool isOpen(HANDLE handle) const { return open.count(handle) != 0; }
+
+  std::map<HANDLE, std::string> names;  ///< of all handles that ever were
+  std::set<HANDLE> open;
+  std::map<HANDLE, Semaphore> semaphores;
+  std::map<std::string, int> counts;
+  HANDLE thread = nullptr;
+  ThreadState threadState = ThreadState::kNone;
+};
+
+/// A test over the scripted platform.
+class ScriptedPlatformTest : public testing::Test {
+ protected:
+  ScriptedPlatformTest() { platform.reset(); }
+  ~ScriptedPlatformTest() override {
+    EXPECT_EQ(platform.wrongCloses, 0);
+    platform.reset();
+  }
+
+  ScriptedPlatform& platform = ScriptedPlatform::instance();
+};
