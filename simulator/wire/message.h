@@ -1,0 +1,35 @@
+#pragma once
+
+#include <optional>
+
+#include "wire/bytes.h"
+#include "wire/lingo.h"
+
+namespace simulator {
+
+/// One command or reply: what a frame carries. The lingo is kept as the byte that came, since an
+/// accessory can send any.
+struct Message {
+  uint8_t lingo = 0;
+  uint16_t command = 0;
+  Bytes data;
+
+  bool is(Lingo wantedLingo, uint16_t wantedCommand) const {
+    return lingo == static_cast<uint8_t>(wantedLingo) && command == wantedCommand;
+  }
+};
+
+inline bool operator==(const Message& a, const Message& b) {
+  return a.lingo == b.lingo && a.command == b.command && a.data == b.data;
+}
+
+/// Bytes of a command id: two in the Extended Interface lingo, one in every other.
+size_t commandWidth(uint8_t lingo);
+
+/// The message of a payload, or nothing when the payload ends before its command id does.
+std::optional<Message> parseMessage(ByteView payload);
+
+/// The payload of a message.
+Bytes messagePayload(const Message& message);
+
+}  // namespace simulator
