@@ -1,0 +1,94 @@
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "faults/fault.h"
+#include "random.h"
+#include "simulated_time.h"
+#include "wire/frame.h"
+#include "wire/message.h"
+
+namespace simulator {
+
+/// A message on its way to the accessory.
+struct Outgoing {
+  Message message;
+  Cause cause;
+  std::optional<size_t> textOffset;  ///< where in the data the text begins, if there is one
+  Time delay{0};
+};
+
+/// What the faults make of one outgoing message, on top of what they changed in the message.
+struct Fate {
+  bool lost = false;
+  bool together = false;
+  bool silenceAfter = false;
+  bool sleepNotice = false;
+  unsigned copies = 1;
+  LengthForm form = LengthForm::kAsNeeded;
+  Time delay{0};
+  Bytes noise;
+  uint32_t notificationsBefore = 0;
+  std::optional<size_t> cutAt;
+  std::optional<size_t> corruptFromEnd;
+  std::optional<size_t> splitAt;
+  Time splitGap{0};
+  std::string note;  ///< names of the faults, for the trace; empty: none
+};
+
+/// What the faults make of one listing.
+struct ListingShape {
+  uint32_t missing = 0;
+  uint32_t extra = 0;
+  bool shuffled = false;
+  uint32_t notificationsBetween = 0;
+};
+
+/// The faults that an iPod is to show, which of them it has shown, and how often.
+class FaultPlan {
+ public:
+  explicit FaultPlan(Random& chance) : random(chance) {}
+
+  void add(const Fault& fault);
+  void strikeAtRandom(RandomFaults faults) { byChance = std::move(faults); }
+  /// From now on everything goes well. The counters stay.
+  void clear();
+
+  /// Decides on a message that is about to go, and spoils it as the faults want.
+  Fate decide(Outgoing& outgoing, FrameKind kind);
+  /// Decides on a listing that is about to be answered.
+  ListingShape shapeListing(Cause request);
+  /// By how much a count that is about to be answered is wrong.
+  uint32_t drift(Cause request);
+  /// How many of the bytes that pass now still pass before the cable is pulled, when one is pulled
+  /// within them; `passed` passed before, since the cable was plugged.
+  std::optional<size_t> bytesBeforeUnplug(FaultKind direction, size_t passed, size_t now);
+
+  /// How often this kind of fault has struck.
+  size_t injected(FaultKind kind) const { return struck[static_cast<size_t>(kind)]; }
+  size_t injectedInAll() const;
+
+ private:
+  struct Rule {
+    Fault fault;
+    uint32_t seen = 0;     ///< replies or requests that it was asked about
+    uint32_t applied = 0;  ///< how many of them it struck
+  };
+
+  bool strikes(Rule& rule, Cause cause);
+  void apply(const Fault& fault, Outgoing& outgoing, Fate& fate, FrameKind kind);
+  void applyToMessage(const Fault& fault, Outgoing& outgoing);
+  void applyToFrame(const Fault& fault, Fate& fate, FrameKind kind);
+  void applyByChance(Outgoing& outgoing, Fate& fate, FrameKind kind);
+  Fault randomFault();
+  Bytes noise(const Fault& fault, FrameKind kind);
+  void record(FaultKind kind) { ++struck[static_cast<size_t>(kind)]; }
+
+  Random& random;
+  std::vector<Rule> rules;
+  RandomFaults byChance;
+  std::array<size_t, kFaultKinds> struck{};
+};
+
+}  // namespace simulator

@@ -1,0 +1,143 @@
+#include "faults/fault_spec.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+#include <stdexcept>
+
+#include "faults/fault_table.h"
+
+namespace simulator {
+
+namespace {
+
+constexpr double kMostPercent = 100;
+
+[[noreturn]] void refuse(const std::string& text, const std::string& why) {
+  throw std::invalid_argument("fault '" + text + "': " + why);
+}
+
+// The parts before and after the first separator; the second is empty when there is none.
+std::pair<std::string, std::string> cutAt(const std::string& text, char separator) {
+  const size_t place = text.find(separator);
+  if (place == std::string::npos) return {text, ""};
+  return {text.substr(0, place), text.substr(place + 1)};
+}
+
+bool has(const std::string& text, char separator) {
+  return text.find(separator) != std::string::npos;
+}
+
+long long parseInteger(const std::string& number, int base, const std::string& text) {
+  char* end = nullptr;
+  const long long value = std::strtoll(number.c_str(), &end, base);
+  const bool whole = !number.empty() && *end == '\0' && number.find(' ') == std::string::npos;
+  if (!whole) refuse(text, "'" + number + "' is not a number");
+  return value;
+}
+
+uint32_t parseNumber(const std::string& number, const std::string& text) {
+  const bool hexadecimal = number.rfind("0x", 0) == 0;
+  const long long value = parseInteger(number, hexadecimal ? 16 : 10, text);
+  if (value < INT32_MIN || value > UINT32_MAX) refuse(text, "'" + number + "' is too large");
+  return static_cast<uint32_t>(value);
+}
+
+std::optional<uint16_t> parseId(const std::string& id, long long most, const std::string& text) {
+  if (id == "*") return std::nullopt;
+  const long long value = parseInteger(id, 16, text);
+  if (value < 0 || value > most) refuse(text, "'" + id + "' is not an id");
+  return static_cast<uint16_t>(value);
+}
+
+void parseOrdinal(const std::string& ordinal, FaultTarget& target, const std::string& text) {
+  const bool onwards = !ordinal.empty() && ordinal.back() == '+';
+  const std::string digits = onwards ? ordinal.substr(0, ordinal.size() - 1) : ordinal;
+  const long long number = parseInteger(digits, 10, text);
+  if (number < 1 || number > INT32_MAX) refuse(text, "replies are counted from 1");
+  target = onwards ? target.from(static_cast<uint32_t>(number))
+                   : target.nth(static_cast<uint32_t>(number));
+}
+
+FaultTarget parseTarget(const std::string& address, const std::string& text) {
+  const auto [command, ordinal] = cutAt(address, '#');
+  if (!has(command, ':')) refuse(text, "write the reply as LINGO:COMMAND, like 04:001A");
+  const auto [lingo, id] = cutAt(command, ':');
+  FaultTarget target;
+  const std::optional<uint16_t> lingoId = parseId(lingo, 0xFF, text);
+  if (lingoId) target.lingo = static_cast<uint8_t>(*lingoId);
+  target.command = parseId(id, 0xFFFF, text);
+  if (has(address, '#')) parseOrdinal(ordinal, target, text);
+  return target;
+}
+
+const FaultRow& parseKind(const std::string& name, const std::string& text) {
+  const FaultRow* row = findFaultRow(name);
+  if (row == nullptr) refuse(text, "there is no fault '" + name + "'");
+  return *row;
+}
+
+void parseValues(const FaultRow& row, const std::string& values, Fault& fault,
+                 const std::string& text) {
+  if (*row.values == '\0') refuse(text, std::string(row.name) + " takes no value");
+  const auto [first, second] = cutAt(values, '/');
+  fault.value = parseNumber(first, text);
+  if (has(values, '/')) fault.value2 = parseNumber(second, text);
+}
+
+Fault parseFault(const std::string& text) {
+  const auto [what, address] = cutAt(text, '@');
+  const auto [name, values] = cutAt(what, '=');
+  const FaultRow& row = parseKind(name, text);
+  Fault fault;
+  fault.kind = row.kind;
+  if (has(what, '=')) {
+    parseValues(row, values, fault, text);
+  } else if (*row.values != '\0' && row.kind != FaultKind::kCorrupt) {
+    refuse(text, "write it as " + std::string(row.name) + "=" + row.values);
+  }
+  if (has(text, '@')) fault.target = parseTarget(address, text);
+  return fault;
+}
+
+RandomFaults parseRandom(const std::string& values, const std::string& text) {
+  const auto [percent, names] = cutAt(values, '/');
+  char* end = nullptr;
+  const double chance = std::strtod(percent.c_str(), &end);
+  const bool good = !percent.empty() && *end == '\0' && chance >= 0 && chance <= kMostPercent;
+  if (!good) refuse(text, "write the chance in percent, from 0 to 100");
+  RandomFaults faults;
+  faults.perThousand = static_cast<uint32_t>(chance * 10 + 0.5);
+  std::istringstream list(names);
+  for (std::string name; std::getline(list, name, ',');) {
+    const FaultRow& row = parseKind(name, text);
+    if (row.stage != FaultStage::kReply) refuse(text, name + " cannot strike at random");
+    faults.kinds.push_back(row.kind);
+  }
+  return faults;
+}
+
+}  // namespace
+
+void addFault(FaultPlan& plan, const std::string& text) {
+  const std::string random = "random=";
+  if (text.rfind(random, 0) == 0) {
+    plan.strikeAtRandom(parseRandom(text.substr(random.size()), text));
+  } else {
+    plan.add(parseFault(text));
+  }
+}
+
+std::string faultHelp() {
+  constexpr size_t kColumn = 28;
+  std::string help;
+  for (const FaultRow* row = faultRowsBegin(); row != faultRowsEnd(); ++row) {
+    std::string usage = "  " + std::string(row->name);
+    if (*row->values != '\0') usage += "=" + std::string(row->values);
+    usage.resize(std::max(kColumn, usage.size() + 1), ' ');
+    help += usage + row->meaning + "\n";
+  }
+  return help;
+}
+
+}  // namespace simulator

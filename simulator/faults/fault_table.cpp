@@ -1,0 +1,71 @@
+#include "faults/fault_table.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace simulator {
+
+namespace {
+
+constexpr FaultRow kRows[] = {
+    {FaultKind::kLate, FaultStage::kReply, "late", "MS", "comes MS milliseconds later", true},
+    {FaultKind::kLost, FaultStage::kReply, "lost", "", "never comes", true},
+    {FaultKind::kDoubled, FaultStage::kReply, "doubled", "", "comes twice", true},
+    {FaultKind::kWrongCommand, FaultStage::kReply, "wrong-command", "ID", "bears this command id",
+     true},
+    {FaultKind::kWrongLingo, FaultStage::kReply, "wrong-lingo", "ID", "bears this lingo id", true},
+    {FaultKind::kWrongStatus, FaultStage::kReply, "wrong-status", "STATUS",
+     "is an acknowledgement with this status", true},
+    {FaultKind::kCut, FaultStage::kReply, "cut", "N", "ends after N bytes of its frame", false},
+    {FaultKind::kCorrupt, FaultStage::kReply, "corrupt", "N",
+     "has a bit flipped, N bytes before its checksum", false},
+    {FaultKind::kNoise, FaultStage::kReply, "noise", "N[/BYTE]",
+     "comes behind N bytes that are no frame, each BYTE or any", true},
+    {FaultKind::kSplit, FaultStage::kReply, "split", "N[/MS]",
+     "comes in two writes, cut at byte N, MS milliseconds apart", true},
+    {FaultKind::kTogether, FaultStage::kReply, "together", "",
+     "comes in one write with the frames behind it", true},
+    {FaultKind::kLongForm, FaultStage::kReply, "long-form", "", "tells its length in 16 bits",
+     false},
+    {FaultKind::kNotificationsBefore, FaultStage::kReply, "notifications-before", "N",
+     "comes behind N notifications", true},
+    {FaultKind::kTextLength, FaultStage::kReply, "text-length", "N", "has a text of N bytes", true},
+    {FaultKind::kTextBroken, FaultStage::kReply, "text-broken", "", "has a text that is no UTF-8",
+     true},
+    {FaultKind::kTextUnterminated, FaultStage::kReply, "text-unterminated", "",
+     "has a text without its final 00", true},
+    {FaultKind::kShortListing, FaultStage::kListing, "short-listing", "N",
+     "the listing lacks its last N records", true},
+    {FaultKind::kLongListing, FaultStage::kListing, "long-listing", "N",
+     "the listing has N records too many", true},
+    {FaultKind::kShuffledListing, FaultStage::kListing, "shuffled-listing", "",
+     "the listing's records come in another order", true},
+    {FaultKind::kNotificationsBetween, FaultStage::kListing, "notifications-between", "N",
+     "N notifications come between each two records", true},
+    {FaultKind::kDrift, FaultStage::kCount, "drift", "N",
+     "the count is wrong by N, then by twice N, ...", true},
+    {FaultKind::kSilence, FaultStage::kReply, "silence", "",
+     "from this reply on the iPod says nothing", false},
+    {FaultKind::kSleep, FaultStage::kReply, "sleep", "",
+     "instead of this reply the iPod says that it sleeps, then nothing", false},
+    {FaultKind::kUnplugAfterSent, FaultStage::kCable, "unplug-sent", "N",
+     "the cable is pulled when N bytes were sent", false},
+    {FaultKind::kUnplugAfterReceived, FaultStage::kCable, "unplug-received", "N",
+     "the cable is pulled when N bytes were received", false},
+};
+static_assert(std::size(kRows) == kFaultKinds, "a row for each kind");
+
+}  // namespace
+
+const FaultRow& faultRow(FaultKind kind) { return kRows[static_cast<size_t>(kind)]; }
+
+const FaultRow* findFaultRow(const std::string& name) {
+  const auto row = std::find_if(std::begin(kRows), std::end(kRows),
+                                [&](const FaultRow& each) { return name == each.name; });
+  return row == std::end(kRows) ? nullptr : row;
+}
+
+const FaultRow* faultRowsBegin() { return std::begin(kRows); }
+const FaultRow* faultRowsEnd() { return std::end(kRows); }
+
+}  // namespace simulator
