@@ -1,0 +1,46 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "device/device_state.h"
+#include "wire/payload.h"
+
+namespace simulator {
+
+/// The Digital Audio lingo: learns which sample rates the accessory plays and tells it at which
+/// rate the iPod streams.
+class DigitalAudioLingo {
+ public:
+  explicit DigitalAudioLingo(DeviceState& device) : state(device) {}
+
+  void handle(const Message& message);
+
+  /// Begins with an accessory that announced the lingo; `onTold` is called once the audio
+  /// attributes were told for the first time.
+  void start(std::function<void()> onTold);
+  /// Forgets the accessory.
+  void stop();
+  /// Tells the attributes again when the track that plays now has another rate.
+  void followTrack();
+  /// Tells this rate, whatever plays.
+  void announce(uint32_t rate);
+
+ private:
+  void takeRates(PayloadReader& data);
+  void takeAcknowledgement(PayloadReader& data);
+  void tellFirst();
+  uint32_t streamRate() const;
+
+  DeviceState& state;
+  bool active = false;
+  bool awaitingRates = false;
+  std::vector<uint32_t> rates;  ///< Hz, as the accessory listed them
+  uint32_t toldRate = 0;        ///< Hz; 0: none yet
+  std::function<void()> onTold;
+  Timers::Id firstTold = 0;
+
+  friend struct DigitalAudioTable;
+};
+
+}  // namespace simulator

@@ -1,0 +1,103 @@
+#include <algorithm>
+#include <numeric>
+
+#include "device/extended_interface_lingo.h"
+
+namespace simulator {
+
+namespace {
+
+// The records of a listing, as a fault makes them.
+std::vector<uint32_t> shapedListing(uint32_t start, uint32_t count, const ListingShape& shape,
+                                    Random& random) {
+  const uint32_t shown = count > shape.missing ? count - shape.missing : 0;
+  std::vector<uint32_t> indexes(shown + std::min(shape.extra, count + 1000));
+  std::iota(indexes.begin(), indexes.end(), start);
+  if (shape.shuffled && indexes.size() > 1) {
+    random.shuffle(indexes);
+    const bool asBefore = std::is_sorted(indexes.begin(), indexes.end());
+    if (asBefore) std::swap(indexes.front(), indexes.back());
+  }
+  return indexes;
+}
+
+}  // namespace
+
+void ExtendedInterfaceLingo::requestName(PayloadReader&) {
+  reply(kExtendedReturnIpodName, PayloadWriter().text(state.name()).take(), 0);
+}
+
+void ExtendedInterfaceLingo::resetSelection(PayloadReader&) {
+  state.database.reset();
+  state.acknowledge(Status::kOk);
+}
+
+void ExtendedInterfaceLingo::selectRecord(PayloadReader& data) {
+  const uint8_t category = data.u8();
+  state.acknowledge(select(category, data.u32(), SortOrder::kDefault));
+}
+
+void ExtendedInterfaceLingo::selectSortedRecord(PayloadReader& data) {
+  const uint8_t category = data.u8();
+  const uint32_t index = data.u32();
+  state.acknowledge(select(category, index, sortOrderOf(data.u8())));
+}
+
+void ExtendedInterfaceLingo::countRecords(PayloadReader& data) {
+  const std::optional<Category> category = categoryOf(data.u8());
+  if (!category) return state.acknowledge(Status::kUnknownCategory);
+  const uint32_t count = state.database.count(*category) + state.faults.drift(*state.request);
+  reply(kReturnNumberCategorizedDbRecords, PayloadWriter().u32(count).take());
+}
+
+void ExtendedInterfaceLingo::retrieveRecords(PayloadReader& data) {
+  const std::optional<Category> category = categoryOf(data.u8());
+  if (!category) return state.acknowledge(Status::kUnknownCategory);
+  const uint32_t start = data.u32();
+  const uint32_t asked = data.u32();
+  const uint32_t size = state.database.size(*category);
+  if (start >= size) return state.acknowledge(Status::kBadParameter);
+  const uint32_t count = asked == kAllRecords ? size - start : asked;
+  if (count == 0 || count > size - start) return state.acknowledge(Status::kBadParameter);
+  sendListing(*category, start, count);
+}
+
+Status ExtendedInterfaceLingo::select(uint8_t categoryNumber, uint32_t index, SortOrder order) {
+  const std::optional<Category> category = categoryOf(categoryNumber);
+  if (!category) return Status::kUnknownCategory;
+  const bool counted = state.database.wasCounted(*category);
+  if (index != kNoIndex && state.personality.countBeforeSelect && !counted) return Status::kFailed;
+  if (*category != Category::kTrack) return state.database.select(*category, index, order);
+  const std::vector<uint32_t> list = state.database.tracks();
+  const Status status = state.database.select(*category, index, order);
+  if (status == Status::kOk) playTrackOf(list, index);
+  return status;
+}
+
+void ExtendedInterfaceLingo::playTrackOf(const std::vector<uint32_t>& list, uint32_t index) {
+  if (state.personality.trackSelection == TrackSelection::kAlone) {
+    state.player.play({list[index]}, 0, state.now);
+  } else {
+    state.player.play(list, index, state.now);
+  }
+}
+
+void ExtendedInterfaceLingo::sendListing(Category category, uint32_t start, uint32_t count) {
+  const ListingShape shape = state.faults.shapeListing(*state.request);
+  const std::vector<uint32_t> indexes = shapedListing(start, count, shape, state.random);
+  for (size_t i = 0; i < indexes.size(); ++i) {
+    for (uint32_t n = 0; i > 0 && n < shape.notificationsBetween; ++n)
+      sendStrayNotification();
+    sendRecord(category, indexes[i]);
+  }
+}
+
+// A record beyond the end, which only a fault asks for, bears the name of one that is there.
+void ExtendedInterfaceLingo::sendRecord(Category category, uint32_t index) {
+  const uint32_t named = index % state.database.size(category);
+  PayloadWriter writer;
+  writer.u32(index).text(state.database.recordName(category, named));
+  reply(kReturnCategorizedDatabaseRecord, writer.take(), sizeof(uint32_t));
+}
+
+}  // namespace simulator

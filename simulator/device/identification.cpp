@@ -1,0 +1,97 @@
+#include "device/identification.h"
+
+#include <algorithm>
+
+namespace simulator {
+
+namespace {
+
+constexpr uint8_t kCapabilities = static_cast<uint8_t>(AccessoryInfoType::kCapabilities);
+constexpr uint8_t kLastInfoType = 10;
+constexpr uint8_t kRemoteUiModeOn = 1;
+
+// What a question says beside its type.
+void appendDetails(PayloadWriter& question, uint8_t type, const Personality& personality) {
+  if (type == static_cast<uint8_t>(AccessoryInfoType::kMinimumFirmware)) {
+    question.u32(personality.modelId);
+    for (uint8_t part : personality.softwareVersion)
+      question.u8(part);
+  }
+  if (type == static_cast<uint8_t>(AccessoryInfoType::kMinimumLingoVersion)) {
+    question.u8(static_cast<uint8_t>(Lingo::kExtendedInterface));
+  }
+}
+
+}  // namespace
+
+void Identification::begin() {
+  stop();
+  ask(kCapabilities);
+}
+
+void Identification::stop() {
+  state.timers.cancel(patience);
+  asked.reset();
+  repeated = false;
+  questions.clear();
+  audio.stop();
+}
+
+void Identification::takeAccessoryInfo(PayloadReader& data) {
+  const uint8_t type = data.u8();
+  if (state.personality.acknowledgesAccessoryInfo) state.acknowledge(Status::kOk);
+  if (asked != type) return;
+  if (type == kCapabilities) planQuestions(data.u32());
+  askNext();
+}
+
+void Identification::ask(uint8_t type) {
+  asked = type;
+  PayloadWriter question;
+  question.u8(type);
+  appendDetails(question, type, state.personality);
+  state.sendUnasked(Lingo::kGeneral, kGetAccessoryInfo, question.take());
+  patience = state.timers.at(state.now + state.personality.accessoryInfoPatience,
+                             [this] { patienceIsOver(); });
+}
+
+void Identification::askNext() {
+  state.timers.cancel(patience);
+  asked.reset();
+  if (questions.empty()) return startAudio();
+  const uint8_t type = questions.front();
+  questions.pop_front();
+  ask(type);
+}
+
+// The first question is repeated once; a later one is not.
+void Identification::patienceIsOver() {
+  const bool again = asked == kCapabilities && state.personality.repeatsAccessoryInfo && !repeated;
+  if (!again) return askNext();
+  repeated = true;
+  ask(kCapabilities);
+}
+
+void Identification::planQuestions(uint32_t capabilities) {
+  for (uint8_t type = kCapabilities + 1; type <= kLastInfoType; ++type) {
+    if ((capabilities >> type & 1) != 0) questions.push_back(type);
+  }
+  for (uint8_t type : state.personality.extraAccessoryInfo) {
+    const bool planned = std::find(questions.begin(), questions.end(), type) != questions.end();
+    if (!planned) questions.push_back(type);
+  }
+}
+
+void Identification::startAudio() {
+  constexpr uint32_t kAudioBit = 1u << static_cast<uint8_t>(Lingo::kDigitalAudio);
+  if ((state.announcedLingoes & kAudioBit) == 0) return finish();
+  audio.start([this] { finish(); });
+}
+
+void Identification::finish() {
+  if (state.personality.identificationEnd != IdentificationEnd::kRemoteUiMode) return;
+  state.setExtendedMode(true);
+  state.sendUnasked(Lingo::kGeneral, kReturnRemoteUiMode, {kRemoteUiModeOn});
+}
+
+}  // namespace simulator

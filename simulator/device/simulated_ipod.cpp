@@ -1,0 +1,312 @@
+#include "device/simulated_ipod.h"
+
+#include <algorithm>
+
+namespace simulator {
+
+namespace {
+
+constexpr uint8_t kGoesToSleep = 0x01;  // what NotifyiPodStateChange tells
+
+std::optional<Time> earlier(std::optional<Time> a, std::optional<Time> b) {
+  if (!a || !b) return a ? a : b;
+  return std::min(*a, *b);
+}
+
+void spoilFrame(Bytes& frame, const Fate& fate) {
+  if (fate.corruptFromEnd && *fate.corruptFromEnd < frame.size()) {
+    frame[frame.size() - 1 - *fate.corruptFromEnd] ^= 1;
+  }
+  if (fate.cutAt && *fate.cutAt < frame.size()) frame.resize(*fate.cutAt);
+  frame.insert(frame.begin(), fate.noise.begin(), fate.noise.end());
+}
+
+}  // namespace
+
+SimulatedIpod::SimulatedIpod(Personality personality, MusicLibrary library, uint32_t seed)
+    : state(std::move(personality), std::move(library), seed),
+      audio(state),
+      identification(state, audio),
+      general(state, identification),
+      remote(state),
+      extended(state,
+               [this] {
+                 post({notifier.strayNotification(), {}, {}, Time(0)}, {});
+               }),
+      notifier(state) {
+  state.transmit = [this](Outgoing outgoing) { transmit(std::move(outgoing)); };
+}
+
+void SimulatedIpod::plugIn(Time now, FrameKind frameKind) {
+  unplug(now);
+  kind = frameKind;
+  decoder.emplace(frameKind, state.personality.packetGap);
+  noteEvent("plugged in");
+}
+
+void SimulatedIpod::unplug(Time now) {
+  advance(now);
+  if (!plugged()) return;
+  startOver();
+  decoder.reset();
+  noteEvent("unplugged");
+}
+
+void SimulatedIpod::hangUp(Time now) {
+  advance(now);
+  if (!plugged()) return;
+  startOver();
+  decoder->reset();
+  noteEvent("the accessory closed the link");
+}
+
+void SimulatedIpod::receive(Time now, ByteView bytes) {
+  advance(now);
+  if (!plugged()) return;
+  const std::optional<size_t> cut =
+      state.faults.bytesBeforeUnplug(FaultKind::kUnplugAfterReceived, receivedHere, bytes.size());
+  const ByteView arriving = bytes.prefix(cut.value_or(bytes.size()));
+  receivedHere += arriving.size();
+  tally.bytesReceived += arriving.size();
+  const size_t bad = decoder->counters().badChecksums;
+  decoder->push(now, arriving, [this](ByteView payload) { takePayload(payload); });
+  if (decoder->counters().badChecksums != bad) noteEvent("a frame with a wrong checksum");
+  if (cut) unplug(now);
+}
+
+std::vector<Bytes> SimulatedIpod::takeOutput(Time now) {
+  advance(now);
+  std::vector<Bytes> writes = collectDue(now);
+  cutAtUnplug(writes);
+  return writes;
+}
+
+std::optional<Time> SimulatedIpod::nextWake() const {
+  const std::optional<Time> next = earlier(state.timers.next(), state.player.nextEnd());
+  if (remainder) return earlier(next, remainder->due);
+  if (!outbox.empty()) return earlier(next, outbox.begin()->first);
+  return next;
+}
+
+void SimulatedIpod::advance(Time now) {
+  while (true) {
+    const std::optional<Time> next = earlier(state.timers.next(), state.player.nextEnd());
+    if (!next || *next > now) break;
+    step(*next);
+  }
+  step(now);
+}
+
+void SimulatedIpod::pressPlay(Time now) {
+  advance(now);
+  state.startPlaying();
+  settle();
+}
+
+void SimulatedIpod::pressPause(Time now) {
+  advance(now);
+  state.player.pause(now);
+  settle();
+}
+
+void SimulatedIpod::pressNext(Time now) {
+  advance(now);
+  state.player.next(now);
+  settle();
+}
+
+void SimulatedIpod::pressPrevious(Time now) {
+  advance(now);
+  state.player.previous(now);
+  settle();
+}
+
+void SimulatedIpod::announceSampleRate(Time now, uint32_t rate) {
+  advance(now);
+  audio.announce(rate);
+}
+
+FrameDecoder::Counters SimulatedIpod::frameCounters() const {
+  return decoder ? decoder->counters() : FrameDecoder::Counters{};
+}
+
+size_t SimulatedIpod::countReceived(Lingo lingo, uint16_t command) const {
+  return countTraffic(Traffic::Kind::kReceived, lingo, command);
+}
+
+size_t SimulatedIpod::countSent(Lingo lingo, uint16_t command) const {
+  return countTraffic(Traffic::Kind::kSent, lingo, command);
+}
+
+void SimulatedIpod::step(Time now) {
+  state.now = std::max(state.now, now);
+  state.player.advance(state.now);
+  settle();
+  state.timers.run(state.now);
+  settle();
+}
+
+// Draws the consequences of whatever happened.
+void SimulatedIpod::settle() {
+  const PlayerChanges changes = state.player.takeChanges();
+  if (changes.track) audio.followTrack();
+  notifier.update(changes);
+  if (state.display.shownCount() == imagesSeen) return;
+  imagesSeen = state.display.shownCount();
+  if (imageHook && state.display.shown()) imageHook(*state.display.shown());
+}
+
+void SimulatedIpod::takePayload(ByteView payload) {
+  const std::optional<Message> message = parseMessage(payload);
+  if (!message) {
+    ++tally.malformedFrames;
+    return noteEvent("a frame without a command");
+  }
+  ++tally.messagesReceived;
+  note(Traffic::Kind::kReceived, *message, "");
+  state.request = Cause{message->lingo, message->command};
+  takeMessage(*message);
+  state.request.reset();
+  settle();
+}
+
+void SimulatedIpod::takeMessage(const Message& message) {
+  switch (static_cast<Lingo>(message.lingo)) {
+    case Lingo::kGeneral:
+      return general.handle(message);
+    case Lingo::kSimpleRemote:
+      return remote.handle(message);
+    case Lingo::kExtendedInterface:
+      return extended.handle(message);
+    case Lingo::kDigitalAudio:
+      return audio.handle(message);
+  }
+}
+
+void SimulatedIpod::transmit(Outgoing outgoing) {
+  if (!plugged() || silent) return;
+  const Message intended = outgoing.message;
+  const Fate fate = state.faults.decide(outgoing, kind);
+  if (fate.silenceAfter || fate.sleepNotice) return fallSilent(fate.sleepNotice);
+  for (uint32_t n = 0; n < fate.notificationsBefore; ++n) {
+    post({notifier.strayNotification(), {}, {}, outgoing.delay}, {});
+  }
+  if (fate.lost) {
+    ++tally.messagesLost;
+    return note(Traffic::Kind::kLost, intended, fate.note);
+  }
+  for (unsigned copy = 0; copy < fate.copies; ++copy)
+    post(outgoing, fate);
+}
+
+void SimulatedIpod::post(const Outgoing& outgoing, const Fate& fate) {
+  if (!plugged() || silent) return;
+  Parcel parcel;
+  parcel.message = outgoing.message;
+  parcel.note = fate.note;
+  parcel.bytes = frameOf(outgoing.message, fate);
+  parcel.together = fate.together;
+  parcel.splitAt = fate.splitAt.value_or(0);
+  parcel.splitGap = fate.splitGap;
+  outbox.emplace(dueTime(outgoing, fate), std::move(parcel));
+}
+
+Bytes SimulatedIpod::frameOf(const Message& message, const Fate& fate) const {
+  const bool longForm =
+      fate.form == LengthForm::kLong || state.personality.lengthForm == LengthForm::kLong;
+  Bytes frame = encodeFrame(kind, messagePayload(message),
+                            longForm ? LengthForm::kLong : LengthForm::kAsNeeded);
+  spoilFrame(frame, fate);
+  return frame;
+}
+
+Time SimulatedIpod::dueTime(const Outgoing& outgoing, const Fate& fate) const {
+  return state.now + state.personality.answerDelay + outgoing.delay + fate.delay;
+}
+
+void SimulatedIpod::fallSilent(bool withNotice) {
+  if (withNotice) {
+    Outgoing notice;
+    notice.message = {
+        static_cast<uint8_t>(Lingo::kGeneral), kNotifyIpodStateChange, {kGoesToSleep}};
+    post(notice, {});
+  }
+  silent = true;
+  noteEvent("falls silent");
+}
+
+std::vector<Bytes> SimulatedIpod::collectDue(Time now) {
+  std::vector<Bytes> writes;
+  bool join = false;
+  while (true) {
+    if (remainder) {
+      if (remainder->due > now) break;
+      writes.push_back(std::move(remainder->bytes));
+      remainder.reset();
+    }
+    if (outbox.empty() || outbox.begin()->first > now) break;
+    Parcel parcel = std::move(outbox.begin()->second);
+    outbox.erase(outbox.begin());
+    const bool together = parcel.together;
+    write(std::move(parcel), writes, join);
+    join = together;
+  }
+  return writes;
+}
+
+void SimulatedIpod::write(Parcel parcel, std::vector<Bytes>& writes, bool join) {
+  ++tally.messagesSent;
+  note(Traffic::Kind::kSent, parcel.message, parcel.note);
+  Bytes& bytes = parcel.bytes;
+  if (parcel.splitAt > 0 && parcel.splitAt < bytes.size()) {
+    const auto middle = bytes.begin() + static_cast<std::ptrdiff_t>(parcel.splitAt);
+    remainder = Remainder{state.now + parcel.splitGap, Bytes(middle, bytes.end())};
+    bytes.erase(middle, bytes.end());
+  }
+  if (join && !writes.empty()) {
+    writes.back().insert(writes.back().end(), bytes.begin(), bytes.end());
+  } else if (!bytes.empty()) {
+    writes.push_back(std::move(bytes));
+  }
+}
+
+void SimulatedIpod::cutAtUnplug(std::vector<Bytes>& writes) {
+  for (auto write = writes.begin(); write != writes.end(); ++write) {
+    const std::optional<size_t> cut =
+        state.faults.bytesBeforeUnplug(FaultKind::kUnplugAfterSent, sentHere, write->size());
+    if (cut) write->resize(*cut);
+    sentHere += write->size();
+    tally.bytesSent += write->size();
+    if (!cut) continue;
+    writes.erase(write + 1, writes.end());
+    return unplug(state.now);
+  }
+}
+
+void SimulatedIpod::startOver() {
+  general.stop();
+  remote.stop();
+  notifier.stop();
+  state.forgetAccessory();
+  outbox.clear();
+  remainder.reset();
+  silent = false;
+  receivedHere = 0;
+  sentHere = 0;
+  settle();
+}
+
+void SimulatedIpod::note(Traffic::Kind trafficKind, const Message& message, std::string text) {
+  past.push_back({state.now, trafficKind, message, std::move(text)});
+  if (past.size() > kHistoryLimit) past.pop_front();
+  if (trace) trace(past.back());
+}
+
+size_t SimulatedIpod::countTraffic(Traffic::Kind trafficKind, Lingo lingo, uint16_t command) const {
+  const auto matches = [&](const Traffic& each) {
+    return each.kind == trafficKind && each.message.is(lingo, command);
+  };
+  return static_cast<size_t>(std::count_if(past.begin(), past.end(), matches));
+}
+
+}  // namespace simulator

@@ -1,0 +1,68 @@
+#include "device/traffic.h"
+
+#include <cinttypes>
+#include <cstdio>
+
+#include "wire/command_names.h"
+
+namespace simulator {
+
+namespace {
+
+constexpr size_t kShownBytes = 24;
+
+std::string hexBytes(ByteView bytes) {
+  std::string text;
+  char digits[4];
+  for (uint8_t byte : bytes) {
+    std::snprintf(digits, sizeof digits, " %02X", byte);
+    text += digits;
+  }
+  return text;
+}
+
+std::string seconds3(Time time) {
+  const int64_t ms = std::chrono::duration_cast<milliseconds>(time).count();
+  char text[32];
+  std::snprintf(text, sizeof text, "%6" PRId64 ".%03" PRId64, ms / 1000, ms % 1000);
+  return text;
+}
+
+const char* arrow(Traffic::Kind kind) {
+  switch (kind) {
+    case Traffic::Kind::kReceived:
+      return " <- ";
+    case Traffic::Kind::kSent:
+      return " -> ";
+    case Traffic::Kind::kLost:
+      return " x- ";
+    case Traffic::Kind::kEvent:
+      break;
+  }
+  return " -- ";
+}
+
+std::string describeMessage(const Message& message) {
+  const int digits = static_cast<int>(2 * commandWidth(message.lingo));
+  char ids[16];
+  std::snprintf(ids, sizeof ids, "%02X %0*X ", message.lingo, digits, message.command);
+  std::string text = ids;
+  text += commandName(message);
+  text += hexBytes(ByteView(message.data).prefix(kShownBytes));
+  if (message.data.size() > kShownBytes) {
+    text += " ... (" + std::to_string(message.data.size()) + " bytes)";
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string describe(const Traffic& traffic) {
+  std::string line = seconds3(traffic.at) + arrow(traffic.kind);
+  if (traffic.kind == Traffic::Kind::kEvent) return line + traffic.note;
+  line += describeMessage(traffic.message);
+  if (!traffic.note.empty()) line += "  [" + traffic.note + "]";
+  return line;
+}
+
+}  // namespace simulator

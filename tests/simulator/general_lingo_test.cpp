@@ -1,0 +1,199 @@
+#include <gtest/gtest.h>
+
+#include "bench.h"
+#include "hex.h"
+
+namespace simulator {
+namespace {
+
+const char* const kAnnounce = "00 13 00 00 04 11 00 00 00 00 00 00 00 00";
+
+Personality answering(UnknownCommand unknown) {
+  Personality personality;
+  personality.unknownCommand = unknown;
+  return personality;
+}
+
+TEST(GeneralLingo, TellsTheMode) {
+  Bench bench;
+  EXPECT_EQ(bench.ask("00 03"), Payloads{"00 04 00"});
+  bench.enter();
+  EXPECT_EQ(bench.ask("00 03"), Payloads{"00 04 01"});
+}
+
+TEST(GeneralLingo, EntersAndLeavesTheExtendedMode) {
+  Bench bench;
+  EXPECT_EQ(bench.ask("00 05"), Payloads{"00 02 00 05"});
+  EXPECT_TRUE(bench.ipod.inExtendedMode());
+  EXPECT_EQ(bench.ask("00 06"), Payloads{"00 02 00 06"});
+  EXPECT_FALSE(bench.ipod.inExtendedMode());
+}
+
+TEST(GeneralLingo, ModeChangeCanPendFirst) {
+  Personality personality;
+  personality.modeChangePending = milliseconds(300);
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask("00 05"), Payloads{"00 02 06 05 00 00 01 2C"});
+  EXPECT_FALSE(bench.ipod.inExtendedMode());
+  EXPECT_EQ(bench.wait(milliseconds(299)), Payloads{});
+  EXPECT_EQ(bench.wait(milliseconds(1)), Payloads{"00 02 00 05"});
+  EXPECT_TRUE(bench.ipod.inExtendedMode());
+}
+
+TEST(GeneralLingo, ModeThatIsThereAlreadyDoesNotPend) {
+  Personality personality;
+  personality.modeChangePending = milliseconds(300);
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask("00 06"), Payloads{"00 02 00 06"});
+}
+
+TEST(GeneralLingo, ModeChangePausesWhatPlays) {
+  Bench bench;
+  bench.ipod.pressPlay(bench.now);
+  bench.enter();
+  EXPECT_EQ(bench.ipod.player().state(), PlayState::kPaused);
+  bench.ipod.pressPlay(bench.now);
+  bench.ask("00 05");
+  EXPECT_EQ(bench.ipod.player().state(), PlayState::kPlaying);
+  bench.ask("00 06");
+  EXPECT_EQ(bench.ipod.player().state(), PlayState::kPaused);
+}
+
+TEST(GeneralLingo, LeavingTheExtendedModeForgetsTheSelection) {
+  Bench bench;
+  bench.enter();
+  bench.select(2, 0);
+  EXPECT_EQ(bench.count(5), 3u);
+  bench.ask("00 06");
+  bench.enter();
+  EXPECT_EQ(bench.count(5), 5u);
+}
+
+TEST(GeneralLingo, IdentifyHasNoAnswerAndLeavesTheExtendedMode) {
+  Bench bench;
+  bench.enter();
+  EXPECT_EQ(bench.ask("00 01 02"), Payloads{});
+  EXPECT_FALSE(bench.ipod.inExtendedMode());
+  EXPECT_EQ(bench.ipod.announcedLingoes(), 0x04u);
+}
+
+TEST(GeneralLingo, IdentifyWithTheExtendedInterfaceEntersItsMode) {
+  Bench bench;
+  EXPECT_EQ(bench.ask("00 01 04"), Payloads{});
+  EXPECT_TRUE(bench.ipod.inExtendedMode());
+}
+
+TEST(GeneralLingo, IdentifyWithALingoBeyondTheMaskIsBorne) {
+  Bench bench;
+  EXPECT_EQ(bench.ask("00 01 FF"), Payloads{});
+  EXPECT_EQ(bench.ipod.announcedLingoes(), 0u);
+}
+
+TEST(GeneralLingo, TellsItsNameWithAFinalZero) {
+  Bench bench;
+  EXPECT_EQ(bench.ask("00 07"), Payloads{"00 08 50 6F 64 00"});
+}
+
+TEST(GeneralLingo, PersonalNameGoesBeforeTheLibrarys) {
+  Personality personality;
+  personality.name = "Zoe";
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask("00 07"), Payloads{"00 08 5A 6F 65 00"});
+}
+
+TEST(GeneralLingo, TellsVersionSerialAndModel) {
+  Personality personality;
+  personality.softwareVersion = {2, 0, 4};
+  personality.serialNumber = "9Z";
+  personality.modelId = 0x000B0011;
+  personality.modelNumber = "MB147";
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask("00 09"), Payloads{"00 0A 02 00 04"});
+  EXPECT_EQ(bench.ask("00 0B"), Payloads{"00 0C 39 5A 00"});
+  EXPECT_EQ(bench.ask("00 0D"), Payloads{"00 0E 00 0B 00 11 4D 42 31 34 37 00"});
+}
+
+TEST(GeneralLingo, TellsTheVersionOfEachLingo) {
+  Personality personality;
+  personality.lingoes[0x00] = {1, 6};
+  personality.lingoes[0x04] = {1, 12};
+  personality.lingoes[0x0A] = {1, 2};
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask("00 0F 00"), Payloads{"00 10 00 01 06"});
+  EXPECT_EQ(bench.ask("00 0F 04"), Payloads{"00 10 04 01 0C"});
+  EXPECT_EQ(bench.ask("00 0F 0A"), Payloads{"00 10 0A 01 02"});
+}
+
+TEST(GeneralLingo, VersionOfAnUnknownLingoIsABadParameter) {
+  Bench bench;
+  EXPECT_EQ(bench.ask("00 0F 09"), Payloads{"00 02 04 0F"});
+}
+
+TEST(GeneralLingo, UnknownCommandIsAnsweredAsTheModelDoes) {
+  EXPECT_EQ(Bench(answering(UnknownCommand::kUnknownId)).ask("00 77"), Payloads{"00 02 05 77"});
+  EXPECT_EQ(Bench(answering(UnknownCommand::kFailed)).ask("00 77"), Payloads{"00 02 02 77"});
+  EXPECT_EQ(Bench(answering(UnknownCommand::kSilence)).ask("00 77"), Payloads{});
+}
+
+TEST(GeneralLingo, CommandOfTheWrongSizeIsABadParameter) {
+  Bench bench;
+  EXPECT_EQ(bench.ask("00 0F"), Payloads{"00 02 04 0F"});
+  EXPECT_EQ(bench.ask("00 05 01"), Payloads{"00 02 04 05"});
+  EXPECT_EQ(bench.ask("00 13 00 00 04 11"), Payloads{"00 02 04 13"});
+}
+
+TEST(GeneralLingo, LingoOfItsOwnAccordIsIgnored) {
+  Bench bench;
+  EXPECT_EQ(bench.ask("03 01"), Payloads{});
+  EXPECT_EQ(bench.ask("63 01 02"), Payloads{});
+}
+
+TEST(GeneralLingo, FrameWithoutACommandIsIgnored) {
+  Bench bench;
+  EXPECT_EQ(bench.ask("00"), Payloads{});
+  EXPECT_EQ(bench.ask("04 00"), Payloads{});
+  EXPECT_EQ(bench.ipod.counters().malformedFrames, 2u);
+}
+
+TEST(IdentifyDeviceLingoes, IsRefusedWithoutTheGeneralLingo) {
+  Bench bench;
+  EXPECT_EQ(bench.ask("00 13 00 00 04 10 00 00 00 00 00 00 00 00"), Payloads{"00 02 02 13"});
+  EXPECT_EQ(bench.ipod.announcedLingoes(), 0u);
+}
+
+TEST(IdentifyDeviceLingoes, IsRefusedWithALingoThatTheModelDoesNotSpeak) {
+  Bench bench;
+  EXPECT_EQ(bench.ask("00 13 80 00 04 11 00 00 00 00 00 00 00 00"), Payloads{"00 02 02 13"});
+  EXPECT_EQ(bench.wait(seconds(20)), Payloads{});
+}
+
+TEST(IdentifyDeviceLingoes, LeavesTheExtendedMode) {
+  Bench bench;
+  bench.enter();
+  bench.ask(kAnnounce);
+  EXPECT_FALSE(bench.ipod.inExtendedMode());
+  EXPECT_EQ(bench.ipod.announcedLingoes(), 0x411u);
+}
+
+TEST(IdentifyDeviceLingoes, CanStaySilentForTheFirstAttempts) {
+  Personality personality;
+  personality.silentIdentifications = 2;
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask(kAnnounce), Payloads{});
+  EXPECT_EQ(bench.wait(seconds(1)), Payloads{});
+  EXPECT_EQ(bench.ask(kAnnounce), Payloads{});
+  EXPECT_EQ(bench.ask(kAnnounce), (Payloads{"00 02 00 13", "00 27 00"}));
+}
+
+TEST(IdentifyDeviceLingoes, IsSilentAgainForTheNextAccessory) {
+  Personality personality;
+  personality.silentIdentifications = 1;
+  Bench bench(personality);
+  bench.ask(kAnnounce);
+  EXPECT_EQ(bench.ask(kAnnounce).size(), 2u);
+  bench.ipod.hangUp(bench.now);
+  EXPECT_EQ(bench.ask(kAnnounce), Payloads{});
+}
+
+}  // namespace
+}  // namespace simulator
