@@ -1,0 +1,211 @@
+#include "link/pty_ipod.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace simulator {
+
+namespace {
+
+// So long the accessory can still read what was sent before a fault pulled the cable.
+constexpr Time kPullDelay = milliseconds(20);
+
+std::error_code codeOf(std::errc code) { return std::make_error_code(code); }
+
+bool isSymlink(const std::filesystem::path& file) {
+  std::error_code ignored;
+  return std::filesystem::is_symlink(std::filesystem::symlink_status(file, ignored));
+}
+
+}  // namespace
+
+PtyIpod::PtyIpod(SimulatedIpod& device, FrameKind frames, std::filesystem::path linkPath)
+    : ipod(device),
+      kind(frames),
+      link(std::move(linkPath)),
+      begin(std::chrono::steady_clock::now()),
+      waker(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
+  if (!waker) throw std::system_error(errno, std::generic_category(), "cannot make an event");
+}
+
+PtyIpod::~PtyIpod() { stop(); }
+
+void PtyIpod::start() {
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (running) return;
+  openPort();
+  running = true;
+  stopping = false;
+  thread = std::thread([this] { run(); });
+}
+
+void PtyIpod::stop() {
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    stopping = true;
+    wake();
+  }
+  if (thread.joinable()) thread.join();
+  const std::lock_guard<std::mutex> lock(mutex);
+  ipod.unplug(now());
+  closePort();
+}
+
+void PtyIpod::unplug() {
+  std::unique_lock<std::mutex> lock(mutex);
+  if (!port) return;
+  ipod.unplug(now());
+  pullAt = now();
+  wake();
+  changed.wait(lock, [this] { return !port || !running; });
+}
+
+void PtyIpod::plug() {
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (port || !running) return;
+  openPort();
+  wake();
+}
+
+std::string PtyIpod::slavePath() const {
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (!link.empty()) return link.string();
+  return port ? port->slavePath() : "";
+}
+
+bool PtyIpod::waitUntil(const std::function<bool(const SimulatedIpod&)>& condition, Time limit) {
+  std::unique_lock<std::mutex> lock(mutex);
+  return changed.wait_for(lock, limit, [&] { return condition(ipod); });
+}
+
+Time PtyIpod::now() const { return std::chrono::steady_clock::now() - begin; }
+
+void PtyIpod::run() {
+  std::unique_lock<std::mutex> lock(mutex);
+  while (!stopping) {
+    serve();
+    changed.notify_all();
+    const int masterEvents = POLLIN | (unwritten.empty() ? 0 : POLLOUT);
+    pollfd waits[] = {
+        {waker.get(), POLLIN, 0},
+        {port ? port->watch() : -1, POLLIN, 0},
+        {port && accessoryThere ? port->master() : -1, static_cast<short>(masterEvents), 0}};
+    const int limit = waitLimitMs();
+    lock.unlock();
+    poll(waits, std::size(waits), limit);
+    lock.lock();
+    eventfd_t ignored;
+    eventfd_read(waker.get(), &ignored);
+  }
+  running = false;
+  changed.notify_all();
+}
+
+void PtyIpod::serve() {
+  if (port) noticeAccessory();
+  if (port) receive();
+  send();
+  if (port) pullWhenDue();
+}
+
+void PtyIpod::noticeAccessory() {
+  const PtyPort::Presence presence = port->presence();
+  accessoryThere = presence.open;
+  if (presence.closed) changeAccessory();
+}
+
+// What the accessory wrote before it closed the slave still counts, and what it did not read does
+// not. What there is to read once another one has opened the slave is taken for that one's.
+void PtyIpod::changeAccessory() {
+  const Bytes last = port->read();
+  accessoryThere = port->presence().open;
+  if (!accessoryThere) ipod.receive(now(), last);
+  ipod.hangUp(now());
+  unwritten.clear();
+  port->dropUnread();
+  if (accessoryThere) ipod.receive(now(), last);
+}
+
+void PtyIpod::receive() {
+  if (accessoryThere && ipod.plugged()) ipod.receive(now(), port->read());
+}
+
+// Each write of the iPod is one here, unless the accessory is slow to read.
+void PtyIpod::send() {
+  flush();
+  for (const Bytes& bytes : ipod.takeOutput(now())) {
+    if (!port || !accessoryThere) continue;
+    const size_t written = unwritten.empty() ? port->write(bytes) : 0;
+    unwritten.insert(unwritten.end(), bytes.begin() + static_cast<std::ptrdiff_t>(written),
+                     bytes.end());
+  }
+}
+
+void PtyIpod::flush() {
+  if (unwritten.empty() || !port || !accessoryThere) return;
+  const size_t written = port->write(unwritten);
+  unwritten.erase(unwritten.begin(), unwritten.begin() + static_cast<std::ptrdiff_t>(written));
+}
+
+void PtyIpod::pullWhenDue() {
+  if (!ipod.plugged() && !pullAt) pullAt = now() + kPullDelay;
+  if (pullAt && *pullAt <= now()) closePort();
+}
+
+int PtyIpod::waitLimitMs() const {
+  std::optional<Time> next = ipod.nextWake();
+  if (pullAt && (!next || *pullAt < *next)) next = pullAt;
+  if (!next) return -1;
+  const Time left = std::max(*next - now(), Time(0));
+  const auto ms = std::chrono::ceil<milliseconds>(left).count();
+  return static_cast<int>(std::min<long>(ms, std::numeric_limits<int>::max()));
+}
+
+void PtyIpod::wake() { eventfd_write(waker.get(), 1); }
+
+void PtyIpod::openPort() {
+  port.emplace();
+  accessoryThere = false;
+  unwritten.clear();
+  pullAt.reset();
+  try {
+    makeLink();
+  } catch (...) {
+    port.reset();
+    throw;
+  }
+  ipod.plugIn(now(), kind);
+}
+
+void PtyIpod::closePort() {
+  if (!port) return;
+  removeLink();
+  port.reset();
+  accessoryThere = false;
+  unwritten.clear();
+  pullAt.reset();
+}
+
+// In one step: whoever opens the link finds the old slave or the new one.
+void PtyIpod::makeLink() const {
+  if (link.empty()) return;
+  if (!isSymlink(link) && std::filesystem::exists(link)) {
+    throw std::system_error(codeOf(std::errc::file_exists), link.string());
+  }
+  std::filesystem::path fresh = link;
+  fresh += ".new";
+  std::filesystem::remove(fresh);
+  std::filesystem::create_symlink(port->slavePath(), fresh);
+  std::filesystem::rename(fresh, link);
+}
+
+void PtyIpod::removeLink() const {
+  std::error_code ignored;
+  if (link.empty() || std::filesystem::read_symlink(link, ignored) != port->slavePath()) return;
+  std::filesystem::remove(link, ignored);
+}
+
+}  // namespace simulator

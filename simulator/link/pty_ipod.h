@@ -1,0 +1,107 @@
+#pragma once
+
+#include <condition_variable>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+#include "device/simulated_ipod.h"
+#include "link/pty_port.h"
+
+namespace simulator {
+
+/// Runs a simulated iPod in real time at the end of a pseudo-terminal.
+///
+///     SimulatedIpod ipod{personality("classic"), library};
+///     PtyIpod pty{ipod, FrameKind::kUsb, "/tmp/ipod"};
+///     pty.start();
+///
+/// From start() on, a thread of its own drives the iPod; everybody else reaches it through access()
+/// only. When the accessory closes the slave, the iPod forgets it and waits for the next one.
+/// Pulling the cable closes the master, so that the accessory's read fails. The functions may be
+/// called from any thread.
+class PtyIpod {
+ public:
+  /// The iPod must outlive this. With a `link`, a symbolic link of this name leads to the slave
+  /// while the cable is plugged; one that is there already is replaced, but nothing else is.
+  PtyIpod(SimulatedIpod& ipod, FrameKind kind, std::filesystem::path link = {});
+  /// Stops the thread, and takes the link away.
+  ~PtyIpod();
+  PtyIpod(const PtyIpod&) = delete;
+  PtyIpod& operator=(const PtyIpod&) = delete;
+
+  /// Plugs the iPod in and starts its thread. Throws std::system_error when there is no
+  /// pseudo-terminal or the link cannot be made.
+  void start();
+  void stop();
+
+  /// Pulls the cable, and returns when it is pulled; nothing happens when it is pulled already. Not
+  /// to be called by a hook of the iPod.
+  void unplug();
+  /// Plugs the cable again, at a new pseudo-terminal under the same link; nothing happens when it
+  /// is plugged. Throws like start().
+  void plug();
+
+  /// Where the accessory finds the iPod: the link, or the slave itself when there is no link. Empty
+  /// when the cable is pulled and there is no link.
+  std::string slavePath() const;
+
+  /// Calls `look` with the iPod, while its thread waits; returns what `look` returns.
+  template <typename Look>
+  auto access(Look look) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    const Rouse rouse{*this};
+    return look(ipod);
+  }
+  /// The same for something that needs the time, like a press on a button.
+  template <typename Act>
+  auto act(Act what) {
+    return access([&](SimulatedIpod& device) { return what(device, now()); });
+  }
+  /// Waits until `condition` holds of the iPod, at most so long; false when the time is over first.
+  bool waitUntil(const std::function<bool(const SimulatedIpod&)>& condition, Time limit);
+
+  /// The iPod's time: since this was constructed.
+  Time now() const;
+
+ private:
+  /// Wakes the thread at the end of its life.
+  struct Rouse {
+    PtyIpod& pty;
+    ~Rouse() { pty.wake(); }
+  };
+
+  void run();
+  void serve();
+  void noticeAccessory();
+  void changeAccessory();
+  void receive();
+  void send();
+  void flush();
+  void pullWhenDue();
+  int waitLimitMs() const;
+  void wake();
+  void openPort();
+  void closePort();
+  void makeLink() const;
+  void removeLink() const;
+
+  SimulatedIpod& ipod;
+  const FrameKind kind;
+  const std::filesystem::path link;
+  const std::chrono::steady_clock::time_point begin;
+  FileDescriptor waker;  ///< an event counter that ends the thread's poll
+
+  mutable std::mutex mutex;  ///< guards everything below, and the iPod
+  std::condition_variable changed;
+  std::optional<PtyPort> port;  ///< while the cable is plugged
+  bool accessoryThere = false;
+  Bytes unwritten;
+  std::optional<Time> pullAt;  ///< the iPod is unplugged: when its port is to follow
+  bool running = false;
+  bool stopping = false;
+  std::thread thread;
+};
+
+}  // namespace simulator

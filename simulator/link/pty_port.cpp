@@ -1,0 +1,111 @@
+#include "link/pty_port.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/inotify.h>
+#include <termios.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <system_error>
+
+namespace simulator {
+
+namespace {
+
+constexpr size_t kReadSize = 4096;
+
+[[noreturn]] void fail(const std::string& what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+std::string slaveNameOf(int master) {
+  char name[PATH_MAX];
+  if (ptsname_r(master, name, sizeof name) != 0) fail("cannot name a pseudo-terminal");
+  return name;
+}
+
+// On Linux the master's settings are those of the slave.
+void makeRaw(int master) {
+  termios settings;
+  if (tcgetattr(master, &settings) != 0) fail("cannot read a pseudo-terminal's settings");
+  cfmakeraw(&settings);
+  if (tcsetattr(master, TCSANOW, &settings) != 0) fail("cannot set up a pseudo-terminal");
+}
+
+}  // namespace
+
+PtyPort::PtyPort()
+    : masterEnd(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK)),
+      watcher(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+  if (!masterEnd) fail("cannot open a pseudo-terminal");
+  if (!watcher) fail("cannot watch files");
+  const bool usable = grantpt(masterEnd.get()) == 0 && unlockpt(masterEnd.get()) == 0;
+  if (!usable) fail("cannot unlock a pseudo-terminal");
+  makeRaw(masterEnd.get());
+  path = slaveNameOf(masterEnd.get());
+  if (inotify_add_watch(watcher.get(), path.c_str(), IN_OPEN | IN_CLOSE) < 0) {
+    fail("cannot watch " + path);
+  }
+}
+
+PtyPort::Presence PtyPort::presence() {
+  Presence now;
+  alignas(inotify_event) char events[kReadSize];
+  for (ssize_t size; (size = ::read(watcher.get(), events, sizeof events)) > 0;) {
+    for (ssize_t at = 0; at < size;) {
+      inotify_event event;
+      std::memcpy(&event, events + at, sizeof event);
+      at += static_cast<ssize_t>(sizeof event + event.len);
+      if (notice(event.mask)) now.closed = true;
+    }
+  }
+  now.open = everOpened && !hungUp();
+  return now;
+}
+
+// True when the last one who had the slave open closed it.
+bool PtyPort::notice(uint32_t event) {
+  if ((event & IN_OPEN) != 0) {
+    everOpened = true;
+    ++openCount;
+  }
+  if ((event & IN_CLOSE) == 0) return false;
+  openCount = std::max(openCount - 1, 0);
+  return openCount == 0;
+}
+
+// Nobody has the slave open; not told before somebody had.
+bool PtyPort::hungUp() const {
+  pollfd state{masterEnd.get(), 0, 0};
+  return poll(&state, 1, 0) > 0 && (state.revents & POLLHUP) != 0;
+}
+
+Bytes PtyPort::read() {
+  Bytes all;
+  uint8_t some[kReadSize];
+  for (ssize_t size; (size = ::read(masterEnd.get(), some, sizeof some)) > 0;) {
+    all.insert(all.end(), some, some + size);
+  }
+  return all;
+}
+
+size_t PtyPort::write(ByteView bytes) {
+  const ssize_t written = ::write(masterEnd.get(), bytes.begin(), bytes.size());
+  return written > 0 ? static_cast<size_t>(written) : 0;
+}
+
+// What was written to the master is on its way to the slave, or lies there already: settings that
+// are put into force with a flush drop it there, without the slave being opened.
+void PtyPort::dropUnread() {
+  tcflush(masterEnd.get(), TCOFLUSH);
+  termios settings;
+  if (tcgetattr(masterEnd.get(), &settings) == 0) {
+    tcsetattr(masterEnd.get(), TCSAFLUSH, &settings);
+  }
+}
+
+}  // namespace simulator
