@@ -29,8 +29,7 @@ int IpodController::onIncomingMessage(std::unique_ptr<LingoMessage> message) {
 }
 
 bool IpodController::waitAudioAttributes(uint32_t& rate) {
-  if (!transport) return false;
-  clearReplies();
+  if (!clearReplies()) return false;
   for (int i = 0; i < kAttributeWaits; ++i) {
     std::unique_ptr<LingoMessage> message = nextMessage();
     if (!message) continue;

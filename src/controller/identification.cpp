@@ -21,11 +21,10 @@ constexpr uint32_t kSampleRateCount = sizeof(kSampleRates);
 }  // namespace
 
 bool IpodController::indentifyIpod() {
-  if (!transport) {
+  if (!clearReplies()) {
     debugPrint("indentifyIpod C = false \n");
     return false;
   }
-  clearReplies();
   return identifyInAttempts([this] { announceLingoes(); },
                             [this](const LingoMessage& message) { answer(message); });
 }
@@ -94,8 +93,7 @@ void IpodController::answerDigitalAudio(const DigitalAudioMessage& message) {
 }
 
 bool IpodController::reenterExtendedMode() {
-  if (!transport) return false;
-  clearReplies();
+  if (!clearReplies()) return false;
   for (int i = 0; i < kReentryWaits; ++i) {
     const std::unique_ptr<LingoMessage> message = nextMessage();
     if (message && answersReentry(*message)) return true;

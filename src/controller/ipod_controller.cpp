@@ -15,9 +15,12 @@ IpodController::IpodController(int transportKind)
 IpodController::~IpodController() { releaseTransport(); }
 
 bool IpodController::connect(const char* deviceName, const LogoBitmap* image) {
-  if (!transport || !IdentifyIpod(deviceName, image != nullptr)) return false;
-  transport->addHandler(this, notificationTrampoline, DigitalAudioMessage::kTrackNewAudioAttributes,
-                        kDigitalAudioLingo);
+  if (!transport) return false;
+  constexpr uint16_t kCommand = DigitalAudioMessage::kTrackNewAudioAttributes;
+  // The identification takes the notifications itself, also when a connection was never closed.
+  transport->removeHandler(this, notificationTrampoline, kCommand, kDigitalAudioLingo);
+  if (!IdentifyIpod(deviceName, image != nullptr)) return false;
+  transport->addHandler(this, notificationTrampoline, kCommand, kDigitalAudioLingo);
   return true;
 }
 

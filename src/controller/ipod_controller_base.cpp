@@ -35,9 +35,7 @@ void IpodControllerBase::releaseTransport() {
 }
 
 bool IpodControllerBase::IdentifyIpod(const char* deviceName, bool showLogo) {
-  if (!transport) return false;
-  clearReplies();
-  if (!transport->open(deviceName)) return false;
+  if (!clearReplies() || !transport->open(deviceName)) return false;
   transport->startReadData();
   if (!indentifyIpod()) return false;
   debugPrint("indentifyIpod = 1 \n");

@@ -53,10 +53,10 @@ class Reply {
   std::unique_ptr<LingoMessage> message;
 };
 
-/// Every request that the library makes of the iPod, one operation each, in the order of the table
-/// of operations. An operation clears the replies that nobody took, sends its command and waits at
-/// most one second for each reply; it returns true on success and writes its outputs only then. All
-/// operations fail at once without a link.
+/// Every request that the library makes of the iPod, one operation each. An operation clears the
+/// replies that nobody took, sends its command and waits at most one second for each reply; it
+/// returns true on success and writes its outputs only then. Every operation that needs the link
+/// fails at once without one, and fails when there is no memory.
 ///
 /// Operations run on the host's threads, one at a time; only onIncomingMessage runs on the link's
 /// reader thread. Numbers behind "ExtIf" are commands of the Extended Interface lingo.
@@ -168,8 +168,7 @@ class IpodControllerBase {
   /// itself. False without a link or memory; whether the command arrived only an answer can show.
   template <class Lingo, class... Parameters, class... Arguments>
   bool tell(bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
-    Lingo command;
-    return transport && (command.*builder)(arguments...) && transmit(command);
+    return clearReplies() && send(builder, arguments...);
   }
 
   /// Sends a command as tell does and waits for the one message that must answer it.
@@ -184,17 +183,15 @@ class IpodControllerBase {
   bool acknowledged(bool (ExtendedInterfaceMessage::*builder)(Parameters...),
                     Arguments... arguments) {
     ExtendedInterfaceMessage command;
-    return transport && (command.*builder)(arguments...) && transmit(command) &&
+    return clearReplies() && transmit(command, builder, arguments...) &&
            awaitAcknowledgement(command.getCommand());
   }
 
-  /// Sends a command between messages that are still to be taken; otherwise as tell. Needs a link.
+  /// Sends a command between messages that are still to be taken; otherwise as tell.
   template <class Lingo, class... Parameters, class... Arguments>
   bool send(bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
     Lingo command;
-    if (!(command.*builder)(arguments...)) return false;
-    transport->sendMessage(command);
-    return true;
+    return transmit(command, builder, arguments...);
   }
 
   /// The shape of both identifications: up to three attempts, each of which announces the accessory
@@ -214,8 +211,9 @@ class IpodControllerBase {
     return concludeIdentification(attemptsLeft);
   }
 
-  /// Destroys the received messages that nobody took, so that none is taken for a new reply.
-  void clearReplies();
+  /// Destroys the received messages that nobody took, so that none is taken for a new reply. False
+  /// without a link.
+  bool clearReplies();
 
   /// Waits one second for a message.
   std::unique_ptr<LingoMessage> nextMessage();
@@ -239,7 +237,14 @@ class IpodControllerBase {
  private:
   static constexpr int kIdentificationAttempts = 3;
 
-  bool transmit(const LingoMessage& command);
+  /// Builds a command and sends it; false without a link or memory.
+  template <class Lingo, class... Parameters, class... Arguments>
+  bool transmit(Lingo& command, bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
+    if (!transport || !(command.*builder)(arguments...)) return false;
+    transport->sendMessage(command);
+    return true;
+  }
+
   std::unique_ptr<LingoMessage> nextReply(LingoId lingo);
   bool awaitAcknowledgement(uint16_t command);
   bool readMode(bool (ExtendedInterfaceMessage::*builder)(),

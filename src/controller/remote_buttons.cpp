@@ -46,9 +46,8 @@ bool IpodControllerBase::PressButton(int buttonCode) {
 }
 
 bool IpodControllerBase::SendAudioButton(uint32_t value) {
-  if (!transport) return false;
   for (int i = 0; i < kAudioReports; ++i) {
-    tell(&SimpleRemoteMessage::buildAudioButtonStatus, value);
+    if (!tell(&SimpleRemoteMessage::buildAudioButtonStatus, value)) return false;
     taskSleepMicro(kAudioPauseMicroseconds);
   }
   return true;

@@ -9,12 +9,9 @@ constexpr uint32_t kReplySeconds = 1;
 
 }  // namespace
 
-void IpodControllerBase::clearReplies() { transport->flushMessages(); }
-
-/// Always true: a command that did not go out shows in its missing reply.
-bool IpodControllerBase::transmit(const LingoMessage& command) {
-  clearReplies();
-  transport->sendMessage(command);
+bool IpodControllerBase::clearReplies() {
+  if (!transport) return false;
+  transport->flushMessages();
   return true;
 }
 

@@ -35,7 +35,7 @@ class DigitalAudioMessage final : public LingoMessage {
   bool buildAccAck(uint8_t status, uint8_t command);
 
   /// Carries the rate of each code in Hz. A code beyond the list repeats the rate before it (as the
-  /// first one: 0 Hz). Callers pass few: the payload holds 16383 rates at most, else this fails.
+  /// first one: 0 Hz). The payload's length is kept to 16 bits.
   bool buildRetAccSampleRateCaps(const uint8_t* rateCodes, uint32_t count);
 
   /// Sample rate in Hz, sound check and volume adjustment; exactly 12 bytes, else false with the

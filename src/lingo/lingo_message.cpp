@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr uint32_t kDataLimit = 0xFFFF;
 constexpr uint32_t kDumpedBytes = 2;
 
 /// What the capacity of encode must exceed the data by, whatever the form and the command's width.
@@ -57,7 +56,6 @@ bool LingoMessage::setData(const uint8_t* src, uint16_t length) {
 bool LingoMessage::appendData(const uint8_t* src, uint16_t length) {
   if (!data) return setData(src, length);
   const uint32_t joinedLength = uint32_t{dataLength} + length;
-  if (joinedLength > kDataLimit) return false;
   std::unique_ptr<uint8_t[]> joined = allocate(joinedLength);
   if (!joined) return false;
   copy(joined.get(), data.get(), dataLength);

@@ -21,7 +21,8 @@ constexpr uint8_t kStatusOk = 0;
 /// for each one that comes from it, and the width of their command ids.
 ///
 /// A message belongs to one thread at a time and has no lock. Operations that return bool fail only
-/// when there is no memory, unless they say otherwise; then the message is unchanged.
+/// when there is no memory, unless they say otherwise; setData and appendData then leave the data
+/// as they were.
 class LingoMessage {
  public:
   LingoMessage(const LingoMessage&) = delete;
@@ -42,7 +43,8 @@ class LingoMessage {
   virtual bool setData(const uint8_t* src, uint16_t length);
 
   /// Writes the frame's body (start byte to last data byte) and returns its size, kept to 16 bits.
-  /// 0 when the capacity is below the data length + 4. With a null buffer: the size needed.
+  /// 0 when the capacity is below the data length + 4; a long frame and a wide command id write up
+  /// to 3 bytes more than that. With a null buffer: the size needed.
   virtual uint16_t encode(uint8_t* buffer, uint32_t capacity) const = 0;
 
   virtual uint16_t getDataLength() const;
@@ -50,7 +52,7 @@ class LingoMessage {
   /// Prints lingo, command and the first two data bytes while the debug flag is set.
   virtual void dump() const;
 
-  /// Adds `length` bytes at the end of the data. Fails also when they would be more than 65535.
+  /// Adds `length` bytes at the end of the data. Of their number the low 16 bits are kept.
   virtual bool appendData(const uint8_t* src, uint16_t length);
 
   /// Frees the data. Always true.
@@ -81,11 +83,11 @@ class LingoMessage {
 
   /// Converts 16-bit characters to 8-bit ones. A character above 255 becomes a space and makes the
   /// result false.
-  static bool wideToNarrow(const WideString& wide, ByteString& narrow);
+  static bool wideToNarrow(const WideString& wide, ByteString& text);
 
   /// Converts a NUL-terminated UTF-8 text to 8-bit characters (Latin-1). False when a character did
-  /// not fit; `out` is then unchanged if one of them is beyond 16 bits. A length of 0 fails; other
-  /// lengths do not count: the text ends at its NUL.
+  /// not fit; `out` is then unchanged if one of them is malformed or beyond 16 bits. A length of 0
+  /// fails; other lengths do not count: the text ends at its NUL.
   static bool utf8ToNarrow(const char* text, uint32_t length, ByteString& out);
 
  protected:

@@ -25,6 +25,42 @@ int sequenceLengthAt(const char* text) {
   return LingoMessage::utf8SequenceLength(static_cast<uint8_t>(*text));
 }
 
+/// Fills a string of as many characters as the text has; false when one did not fit.
+bool widen(const char* text, WideString& wide) {
+  bool allFitted = true;
+  for (uint32_t i = 0; *text != '\0'; ++i) {
+    uint32_t codePoint = kMalformed;
+    text += LingoMessage::utf8DecodeChar(text, sequenceLengthAt(text), codePoint);
+    const bool fits = codePoint < kWideLimit;
+    wide[i] = fits ? static_cast<char16_t>(codePoint) : char16_t{kReplacement};
+    allFitted = allFitted && fits;
+  }
+  return allFitted;
+}
+
+/// Fills a string of the same length; false when a character did not fit.
+bool narrow(const WideString& wide, ByteString& text) {
+  bool allFitted = true;
+  for (uint32_t i = 0; i < wide.size(); ++i) {
+    const bool fits = wide[i] < kNarrowLimit;
+    text[i] = fits ? static_cast<char>(wide[i]) : kReplacement;
+    allFitted = allFitted && fits;
+  }
+  return allFitted;
+}
+
+enum class Conversion { kWhole, kNotWhole, kNoMemory };
+
+/// Converts UTF-8 to 8-bit characters. `out` stays as it was when a character is malformed or
+/// beyond 16 bits, and without memory.
+Conversion convert(const char* text, ByteString& out) {
+  WideString wide;
+  if (!wide.resize(LingoMessage::utf8CharCount(text))) return Conversion::kNoMemory;
+  if (!widen(text, wide)) return Conversion::kNotWhole;
+  if (!out.resize(wide.size())) return Conversion::kNoMemory;
+  return narrow(wide, out) ? Conversion::kWhole : Conversion::kNotWhole;
+}
+
 }  // namespace
 
 int LingoMessage::utf8SequenceLength(uint8_t lead) {
@@ -60,40 +96,21 @@ int LingoMessage::utf8DecodeChar(const char* bytes, int length, uint32_t& out) {
 }
 
 bool LingoMessage::utf8ToWide(const char* text, WideString& wide) {
-  if (!wide.resize(utf8CharCount(text))) return false;
-  bool allFitted = true;
-  for (uint32_t i = 0; *text != '\0'; ++i) {
-    uint32_t codePoint = kMalformed;
-    text += utf8DecodeChar(text, sequenceLengthAt(text), codePoint);
-    const bool fits = codePoint < kWideLimit;
-    wide[i] = fits ? static_cast<char16_t>(codePoint) : static_cast<char16_t>(kReplacement);
-    allFitted = allFitted && fits;
-  }
-  return allFitted;
+  return wide.resize(utf8CharCount(text)) && widen(text, wide);
 }
 
-bool LingoMessage::wideToNarrow(const WideString& wide, ByteString& narrow) {
-  if (!narrow.resize(wide.size())) return false;
-  bool allFitted = true;
-  for (uint32_t i = 0; i < wide.size(); ++i) {
-    const bool fits = wide[i] < kNarrowLimit;
-    narrow[i] = fits ? static_cast<char>(wide[i]) : kReplacement;
-    allFitted = allFitted && fits;
-  }
-  return allFitted;
+bool LingoMessage::wideToNarrow(const WideString& wide, ByteString& text) {
+  return text.resize(wide.size()) && narrow(wide, text);
 }
 
 bool LingoMessage::utf8ToNarrow(const char* text, uint32_t length, ByteString& out) {
-  if (text == nullptr || length == 0) return false;
-  WideString wide;
-  return utf8ToWide(text, wide) && wideToNarrow(wide, out);
+  return text != nullptr && length != 0 && convert(text, out) == Conversion::kWhole;
 }
 
 bool LingoMessage::decodeText(uint32_t offset, uint32_t length, ByteString& out) const {
   ByteString terminated;
-  if (!copyText(offset, length, terminated)) return false;
-  utf8ToNarrow(terminated.text(), length, out);
-  return true;
+  return copyText(offset, length, terminated) &&
+         convert(terminated.text(), out) != Conversion::kNoMemory;
 }
 
 bool LingoMessage::copyText(uint32_t offset, uint32_t length, ByteString& out) const {

@@ -91,9 +91,9 @@ class Transport {
   bool awaitReader();
 
   /// Closes for good: waits for the reader however long it takes and leaves the live transports.
-  /// After this only the destructor may be called. Every kind's destructor does it first, while the
-  /// reader can still call the kind's operations; an owner does it before what its handlers use
-  /// goes.
+  /// After this only flushMessages and the destructor may be called. Every kind's destructor does
+  /// it first, while the reader can still call the kind's operations; an owner does it before what
+  /// its handlers use goes.
   void shutDown();
 
  protected:
