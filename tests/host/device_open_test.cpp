@@ -106,6 +106,8 @@ TEST(CreateFileW, DoesNotFindAPathThatIsNoTerminal) {
 TEST(CreateFileW, DoesNotFindATerminalWhoseOtherSideHasGone) {
   PtyPair wire;
   const DeviceMapping devices("IPD1:", wire);
+  // While it is open no other program's terminal gets the same path.
+  const OwnedHandle device(openDevice(u"IPD1:"));
   wire.hangUp();
   EXPECT_EQ(openError(u"IPD1:"), ERROR_FILE_NOT_FOUND);
 }

@@ -70,6 +70,9 @@ class PtyPair {
   // The near end's terminal.
   const std::string& path() const { return nearEndPath; }
 
+  // The far end, -1 after a hang-up: for a test that must wait for other things beside it.
+  int descriptor() const { return farEnd; }
+
   // Writes to the device; false when it does not take everything in time.
   bool send(const Bytes& bytes) {
     std::size_t sent = 0;
@@ -125,7 +128,8 @@ class PtyPair {
     if (tcsetattr(farEnd, TCSANOW, &wanted) != 0) throw std::runtime_error("no such settings");
   }
 
-  // Pulls the plug: bytes that the device has not read yet may be lost.
+  // Pulls the plug: bytes that the device has not read yet may be lost. The path is free then for
+  // another program's terminal unless the device is still open.
   void hangUp() {
     if (farEnd >= 0) ::close(std::exchange(farEnd, -1));
   }

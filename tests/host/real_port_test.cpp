@@ -43,9 +43,9 @@ extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {
   void* const argument = va_arg(arguments, void*);
   va_end(arguments);
   const auto result = static_cast<int>(syscall(SYS_ioctl, descriptor, request, argument));
-  const bool isModemLine = request == TIOCMBIS || request == TIOCMBIC;
-  if (result == 0 || isModemLine) see(request, argument);
-  return result;
+  see(request, argument);
+  // A driver may still know its queue when its line has gone.
+  return request == TIOCOUTQ ? 0 : result;
 }
 
 extern "C" int fstat(int descriptor, struct stat* status) noexcept {

@@ -184,17 +184,6 @@ TEST_F(SerialPort, TotalWriteTimeoutEndsAWriteWithWhatWentOut) {
   EXPECT_EQ(wire.receive(write.bytes.size()), write.bytes);
 }
 
-// Waits 100 ms: 1 for each of 100 bytes, when the queue is full already.
-TEST_F(SerialPort, TotalWriteTimeoutGrowsWithTheBytes) {
-  setTimeouts({0, 0, 0, 0, 1});
-  EXPECT_TRUE(writeDevice(port.get(), Bytes(kTooMuch, 0x55)).result);
-  setTimeouts({0, 0, 0, 1, 0});
-  const auto start = Clock::now();
-  EXPECT_EQ(writeDevice(port.get(), Bytes(100, 0x55)), success({}));
-  EXPECT_GE(Clock::now() - start, milliseconds(100));
-  EXPECT_LT(Clock::now() - start, kGenerous);
-}
-
 TEST_F(SerialPort, WithoutWriteTimeoutsWriteWaits) {
   BackgroundCall<Transfer> write = writeTooMuchInBackground();
   EXPECT_TRUE(write.waitUntilBlocked());
