@@ -89,16 +89,31 @@ const std::string& nameForKind(const Track& track, MediaKind kind) {
   return track.album.empty() ? track.title : track.album;
 }
 
-// By track: its place when the tracks are sorted by the key.
-template <typename Key>
-std::vector<uint32_t> rankTracks(size_t count, Key key) {
-  std::vector<uint32_t> order(count);
-  std::iota(order.begin(), order.end(), 0);
-  std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) { return key(a) < key(b); });
-  std::vector<uint32_t> rank(count);
-  for (uint32_t place = 0; place < count; ++place)
-    rank[order[place]] = place;
+using Ranks = std::vector<uint32_t>;
+
+// By track: its place when the tracks are sorted by this number, those with the same number as they
+// were ranked before.
+Ranks rankBy(const std::vector<uint32_t>& numbers, const Ranks& before) {
+  const size_t count = numbers.size();
+  Ranks trackAt(count);
+  std::vector<uint64_t> sorted(count);
+  for (uint32_t track = 0; track < count; ++track) {
+    trackAt[before[track]] = track;
+    sorted[track] = uint64_t{numbers[track]} << 32 | before[track];
+  }
+  std::sort(sorted.begin(), sorted.end());
+  Ranks rank(count);
+  for (uint32_t place = 0; place < count; ++place) {
+    rank[trackAt[static_cast<uint32_t>(sorted[place])]] = place;
+  }
   return rank;
+}
+
+std::vector<uint32_t> numbersOf(const std::vector<Track>& tracks, uint32_t Track::*number) {
+  std::vector<uint32_t> numbers;
+  for (const Track& track : tracks)
+    numbers.push_back(track.*number);
+  return numbers;
 }
 
 }  // namespace
@@ -162,24 +177,20 @@ void Catalogue::buildTables() {
 }
 
 void Catalogue::buildRanks() {
-  const size_t count = content.tracks.size();
-  const auto inAlbum = [this](uint32_t i) {
-    const Track& t = track(i);
-    return std::tuple(albums.ofTrack[i], t.discNumber, t.trackNumber, titles.ofTrack[i]);
-  };
-  const std::vector<uint32_t> byArtist =
-      rankTracks(count, [&](uint32_t i) { return std::tuple(artists.ofTrack[i], inAlbum(i), i); });
-  const auto rankBy = [&](const std::vector<uint32_t>& entries) {
-    return rankTracks(count, [&](uint32_t i) { return std::tuple(entries[i], byArtist[i]); });
-  };
+  const std::vector<Track>& tracks = content.tracks;
+  Ranks asListed(tracks.size());
+  std::iota(asListed.begin(), asListed.end(), 0);
+  const Ranks byTitle = rankBy(titles.ofTrack, asListed);
+  const Ranks byNumber = rankBy(numbersOf(tracks, &Track::trackNumber), byTitle);
+  const Ranks byDisc = rankBy(numbersOf(tracks, &Track::discNumber), byNumber);
+  const Ranks byAlbum = rankBy(albums.ofTrack, byDisc);
+  const Ranks byArtist = rankBy(artists.ofTrack, byAlbum);
   ranks[kByDefault] = byArtist;
-  ranks[kByGenre] = rankBy(genres.ofTrack);
-  ranks[kByComposer] = rankBy(composers.ofTrack);
-  ranks[kByName] = rankBy(titles.ofTrack);
-  ranks[kByAlbum] =
-      rankTracks(count, [&](uint32_t i) { return std::tuple(inAlbum(i), byArtist[i]); });
-  ranks[kByReleaseDate] =
-      rankTracks(count, [&](uint32_t i) { return std::tuple(track(i).releaseYear, byArtist[i]); });
+  ranks[kByAlbum] = byAlbum;
+  ranks[kByGenre] = rankBy(genres.ofTrack, byArtist);
+  ranks[kByComposer] = rankBy(composers.ofTrack, byArtist);
+  ranks[kByName] = rankBy(titles.ofTrack, byArtist);
+  ranks[kByReleaseDate] = rankBy(numbersOf(tracks, &Track::releaseYear), byArtist);
 }
 
 }  // namespace simulator

@@ -8,6 +8,8 @@ namespace simulator {
 
 namespace {
 
+constexpr Time kShortestInterval = milliseconds(10);
+
 Message notification(PlayStatusChange change, std::optional<uint32_t> value) {
   PayloadWriter writer;
   writer.u8(static_cast<uint8_t>(change));
@@ -59,7 +61,8 @@ void Notifier::schedule() {
   const Time jitter = state.personality.notificationJitter;
   const auto jitterMs = std::chrono::duration_cast<milliseconds>(jitter).count();
   const Time late = milliseconds(state.random.below(static_cast<uint32_t>(jitterMs) + 1));
-  nextPosition = state.timers.at(state.now + state.personality.positionInterval + late, [this] {
+  const Time interval = std::max(state.personality.positionInterval, kShortestInterval);
+  nextPosition = state.timers.at(state.now + interval + late, [this] {
     tell(position());
     schedule();
   });

@@ -93,7 +93,10 @@ const Preset& findPreset(const std::string& name) {
   const auto found = std::find_if(std::begin(kPresets), std::end(kPresets),
                                   [&](const Preset& each) { return name == each.name; });
   if (found == std::end(kPresets)) {
-    throw std::invalid_argument("there is no personality '" + name + "'");
+    std::string known;
+    for (const Preset& preset : kPresets)
+      known += std::string(" ") + preset.name;
+    throw std::invalid_argument("there is no personality '" + name + "'; choose one of" + known);
   }
   return *found;
 }

@@ -85,6 +85,13 @@ void parseValues(const FaultRow& row, const std::string& values, Fault& fault,
   if (has(values, '/')) fault.value2 = parseNumber(second, text);
 }
 
+// "lost", "late=MS" or "corrupt[=N]".
+std::string usageOf(const FaultRow& row) {
+  const std::string values = row.values;
+  if (values.empty()) return row.name;
+  return row.name + (values.front() == '[' ? "[=" + values.substr(1) : "=" + values);
+}
+
 Fault parseFault(const std::string& text) {
   const auto [what, address] = cutAt(text, '@');
   const auto [name, values] = cutAt(what, '=');
@@ -93,8 +100,8 @@ Fault parseFault(const std::string& text) {
   fault.kind = row.kind;
   if (has(what, '=')) {
     parseValues(row, values, fault, text);
-  } else if (*row.values != '\0' && row.kind != FaultKind::kCorrupt) {
-    refuse(text, "write it as " + std::string(row.name) + "=" + row.values);
+  } else if (*row.values != '\0' && *row.values != '[') {
+    refuse(text, "write it as " + usageOf(row));
   }
   if (has(text, '@')) fault.target = parseTarget(address, text);
   return fault;
@@ -132,8 +139,7 @@ std::string faultHelp() {
   constexpr size_t kColumn = 28;
   std::string help;
   for (const FaultRow* row = faultRowsBegin(); row != faultRowsEnd(); ++row) {
-    std::string usage = "  " + std::string(row->name);
-    if (*row->values != '\0') usage += "=" + std::string(row->values);
+    std::string usage = "  " + usageOf(*row);
     usage.resize(std::max(kColumn, usage.size() + 1), ' ');
     help += usage + row->meaning + "\n";
   }

@@ -17,7 +17,7 @@ constexpr FaultRow kRows[] = {
     {FaultKind::kWrongStatus, FaultStage::kReply, "wrong-status", "STATUS",
      "is an acknowledgement with this status", true},
     {FaultKind::kCut, FaultStage::kReply, "cut", "N", "ends after N bytes of its frame", false},
-    {FaultKind::kCorrupt, FaultStage::kReply, "corrupt", "N",
+    {FaultKind::kCorrupt, FaultStage::kReply, "corrupt", "[N]",
      "has a bit flipped, N bytes before its checksum", false},
     {FaultKind::kNoise, FaultStage::kReply, "noise", "N[/BYTE]",
      "comes behind N bytes that are no frame, each BYTE or any", true},

@@ -14,7 +14,7 @@ struct FaultRow {
   FaultKind kind;
   FaultStage stage;
   const char* name;
-  const char* values;  ///< what the two numbers are, for the help; empty: none are taken
+  const char* values;  ///< what the numbers are, in brackets if they may be left out; empty: none
   const char* meaning;
   bool survivable;  ///< a host that only checks what it receives gets along with it
 };

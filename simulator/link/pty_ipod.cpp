@@ -13,8 +13,6 @@ namespace {
 // So long the accessory can still read what was sent before a fault pulled the cable.
 constexpr Time kPullDelay = milliseconds(20);
 
-std::error_code codeOf(std::errc code) { return std::make_error_code(code); }
-
 bool isSymlink(const std::filesystem::path& file) {
   std::error_code ignored;
   return std::filesystem::is_symlink(std::filesystem::symlink_status(file, ignored));
@@ -192,14 +190,17 @@ void PtyIpod::closePort() {
 // In one step: whoever opens the link finds the old slave or the new one.
 void PtyIpod::makeLink() const {
   if (link.empty()) return;
-  if (!isSymlink(link) && std::filesystem::exists(link)) {
-    throw std::system_error(codeOf(std::errc::file_exists), link.string());
-  }
+  std::error_code error;
   std::filesystem::path fresh = link;
   fresh += ".new";
-  std::filesystem::remove(fresh);
-  std::filesystem::create_symlink(port->slavePath(), fresh);
-  std::filesystem::rename(fresh, link);
+  if (!isSymlink(link) && std::filesystem::exists(link, error)) {
+    error = std::make_error_code(std::errc::file_exists);
+  } else {
+    std::filesystem::remove(fresh, error);
+    std::filesystem::create_symlink(port->slavePath(), fresh, error);
+    if (!error) std::filesystem::rename(fresh, link, error);
+  }
+  if (error) throw std::system_error(error, "cannot make the link " + link.string());
 }
 
 void PtyIpod::removeLink() const {

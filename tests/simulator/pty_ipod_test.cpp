@@ -11,6 +11,7 @@
 #include "faults/fault_spec.h"
 #include "hex.h"
 #include "host_end.h"
+#include "temporary_folder.h"
 
 namespace simulator {
 namespace {
@@ -34,14 +35,6 @@ Time cpuTime() {
 
 class PtyIpodTest : public testing::Test {
  protected:
-  PtyIpodTest() {
-    fs::path pattern = fs::temp_directory_path() / "ipodsim.XXXXXX";
-    std::string name = pattern.string();
-    folder = mkdtemp(name.data());
-    link = folder / "ipod";
-  }
-  ~PtyIpodTest() override { fs::remove_all(folder); }
-
   // Waits without doing anything, and returns the CPU time that was used meanwhile.
   Time cpuTimeOf(PtyIpod& pty, Time span) {
     const Time before = cpuTime();
@@ -50,8 +43,8 @@ class PtyIpodTest : public testing::Test {
   }
   static bool plain(const SimulatedIpod& ipod) { return !ipod.inExtendedMode(); }
 
-  fs::path folder;
-  fs::path link;
+  TemporaryFolder folder;
+  const fs::path link = folder / "ipod";
   SimulatedIpod ipod{Personality{}, smallLibrary()};
 };
 

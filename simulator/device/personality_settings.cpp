@@ -1,0 +1,205 @@
+#include "device/personality_settings.h"
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+
+namespace simulator {
+
+namespace {
+
+using Assign = std::function<void(Personality&, uint32_t)>;
+
+/// A switch takes one of some words, each standing for its place in the list, or a number.
+struct Setting {
+  const char* name;
+  std::vector<std::string> words;  ///< empty: a number
+  uint32_t least;                  ///< of a number, as `most`
+  uint32_t most;
+  const char* meaning;
+  Assign assign;
+};
+
+constexpr uint32_t kMostMs = 3600000;
+constexpr uint32_t kLeastIntervalMs = 10;
+constexpr uint32_t kMostAttempts = 1000;
+constexpr uint32_t kMostSpeed = 100;
+
+const std::vector<std::string>& noOrYes() {
+  static const std::vector<std::string> words = {"no", "yes"};
+  return words;
+}
+
+Setting flag(const char* name, const char* meaning, bool Personality::*field) {
+  return {name, noOrYes(), 0,
+          0,    meaning,   [field](Personality& p, uint32_t value) { p.*field = value != 0; }};
+}
+
+Setting span(const char* name, const char* meaning, Time Personality::*field, uint32_t least = 0) {
+  return {name,    {},
+          least,   kMostMs,
+          meaning, [field](Personality& p, uint32_t value) { p.*field = milliseconds(value); }};
+}
+
+template <typename Choice>
+Setting choice(const char* name, std::vector<std::string> words, const char* meaning,
+               Choice Personality::*field) {
+  return {
+      name,    std::move(words),
+      0,       0,
+      meaning, [field](Personality& p, uint32_t value) { p.*field = static_cast<Choice>(value); }};
+}
+
+std::vector<Setting> identificationSettings() {
+  return {
+      {"silent-identifications",
+       {},
+       0,
+       kMostAttempts,
+       "announcements that get no answer at first",
+       [](Personality& p, uint32_t value) { p.silentIdentifications = value; }},
+      choice("identification-end", {"chain", "mode"}, "how identification ends",
+             &Personality::identificationEnd),
+      span("accessory-info-patience", "ms that a question about the accessory waits",
+           &Personality::accessoryInfoPatience),
+      flag("repeats-accessory-info", "asks once more when it got no answer",
+           &Personality::repeatsAccessoryInfo),
+      flag("acknowledges-accessory-info", "acknowledges RetAccessoryInfo",
+           &Personality::acknowledgesAccessoryInfo),
+      flag("asks-sample-rates", "asks which sample rates the accessory plays",
+           &Personality::asksSampleRates),
+      span("audio-attributes-delay", "ms from there to the first TrackNewAudioAttributes",
+           &Personality::audioAttributesDelay),
+      flag("audio-ack-opens-notifications", "notifies nothing before their acknowledgement",
+           &Personality::audioAckOpensNotifications),
+  };
+}
+
+std::vector<Setting> answerSettings() {
+  return {
+      span("packet-gap", "ms of pause that end a packet", &Personality::packetGap),
+      choice("length-form", {"short", "long"}, "of the frames that it sends",
+             &Personality::lengthForm),
+      choice("unknown-command", {"unknown-id", "failed", "silence"}, "answer to the unknown",
+             &Personality::unknownCommand),
+      choice("outside-extended-mode", {"bad-parameter", "silence"}, "answer outside that mode",
+             &Personality::outsideExtendedMode),
+      flag("display-needs-extended-mode", "refuses images outside the extended mode",
+           &Personality::displayNeedsExtendedMode),
+      span("mode-change-pending", "ms that entering and leaving the mode pend",
+           &Personality::modeChangePending),
+      span("play-pending", "ms that PlayCurrentSelection pends", &Personality::playPending),
+      span("answer-delay", "ms before every answer", &Personality::answerDelay),
+      span("acknowledgement-delay", "ms more before an acknowledgement",
+           &Personality::acknowledgementDelay),
+      flag("count-before-select", "lets nothing be selected that was not counted",
+           &Personality::countBeforeSelect),
+      choice("track-selection", {"list", "alone"}, "what plays when a track is selected",
+             &Personality::trackSelection),
+  };
+}
+
+std::vector<Setting> playbackSettings() {
+  return {
+      {"previous-restarts-after",
+       {},
+       0,
+       kMostMs,
+       "ms of a track that previous leaves; 0: any",
+       [](Personality& p, uint32_t value) {
+         p.player.previousRestartsAfter = milliseconds(value);
+       }},
+      {"seek-speed",
+       {},
+       1,
+       kMostSpeed,
+       "how many times faster winding is",
+       [](Personality& p, uint32_t value) { p.player.seekSpeed = static_cast<int>(value); }},
+      span("position-interval", "ms between position notifications", &Personality::positionInterval,
+           kLeastIntervalMs),
+      span("notification-jitter", "ms by which they can be late", &Personality::notificationJitter),
+      {"image-interval",
+       {},
+       0,
+       kMostMs,
+       "ms after an image in which no other one is shown",
+       [](Personality& p, uint32_t value) { p.display.imageInterval = milliseconds(value); }},
+      {"colour", noOrYes(), 0, 0, "a colour screen",
+       [](Personality& p, uint32_t value) { p.display.colour = value != 0; }},
+  };
+}
+
+const std::vector<Setting>& settings() {
+  static const std::vector<Setting> all = [] {
+    std::vector<Setting> rows = identificationSettings();
+    for (const auto& more : {answerSettings(), playbackSettings()}) {
+      rows.insert(rows.end(), more.begin(), more.end());
+    }
+    return rows;
+  }();
+  return all;
+}
+
+// "no|yes", or "0...100".
+std::string valuesOf(const Setting& setting) {
+  if (setting.words.empty()) {
+    return std::to_string(setting.least) + "..." + std::to_string(setting.most);
+  }
+  std::string all;
+  for (const std::string& word : setting.words)
+    all += (all.empty() ? "" : "|") + word;
+  return all;
+}
+
+[[noreturn]] void refuse(const std::string& text, const std::string& why) {
+  throw std::invalid_argument("setting '" + text + "': " + why);
+}
+
+const Setting& find(const std::string& name, const std::string& text) {
+  const auto found = std::find_if(settings().begin(), settings().end(),
+                                  [&](const Setting& each) { return name == each.name; });
+  if (found == settings().end()) refuse(text, "there is no switch '" + name + "'");
+  return *found;
+}
+
+uint32_t parseNumber(const Setting& setting, const std::string& value, const std::string& text) {
+  constexpr size_t kMostDigits = 9;
+  const bool digits = !value.empty() && value.size() <= kMostDigits &&
+                      std::all_of(value.begin(), value.end(),
+                                  [](char letter) { return letter >= '0' && letter <= '9'; });
+  const uint32_t number = digits ? static_cast<uint32_t>(std::stoul(value)) : 0;
+  if (!digits || number < setting.least || number > setting.most) {
+    refuse(text, "write a number, " + valuesOf(setting));
+  }
+  return number;
+}
+
+uint32_t parseWord(const Setting& setting, const std::string& value, const std::string& text) {
+  const auto word = std::find(setting.words.begin(), setting.words.end(), value);
+  if (word == setting.words.end()) refuse(text, "write one of " + valuesOf(setting));
+  return static_cast<uint32_t>(word - setting.words.begin());
+}
+
+}  // namespace
+
+void applySetting(Personality& personality, const std::string& text) {
+  const size_t equals = text.find('=');
+  if (equals == std::string::npos) refuse(text, "write it as NAME=VALUE");
+  const Setting& setting = find(text.substr(0, equals), text);
+  const std::string value = text.substr(equals + 1);
+  setting.assign(personality, setting.words.empty() ? parseNumber(setting, value, text)
+                                                    : parseWord(setting, value, text));
+}
+
+std::string settingsHelp() {
+  constexpr size_t kColumn = 52;
+  std::string help;
+  for (const Setting& setting : settings()) {
+    std::string usage = std::string("  ") + setting.name + "=" + valuesOf(setting);
+    usage.resize(std::max(kColumn, usage.size() + 1), ' ');
+    help += usage + setting.meaning + "\n";
+  }
+  return help;
+}
+
+}  // namespace simulator
