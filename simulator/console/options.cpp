@@ -1,0 +1,203 @@
+#include "console/options.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <iostream>
+
+#include "device/personality_settings.h"
+#include "faults/fault_spec.h"
+
+namespace simulator {
+
+namespace {
+
+constexpr size_t kMostTracks = 1000000;
+
+constexpr char kDescription[] =
+    "A simulated iPod at a pseudo-terminal. An accessory opens the link like the device or the\n"
+    "serial line that a real iPod is plugged into, and speaks the iPod Accessory Protocol with "
+    "it.\n";
+
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  ipodsim                                   an iPod with built-in music on /tmp/ipod\n"
+    "  ipodsim --music ~/Music --trace           your own music; shows every message\n"
+    "  ipodsim --link ./ipod --screen ipod.png   writes what the screen shows\n"
+    "  ipodsim --personality nano --serial       another model, on a serial line\n"
+    "  ipodsim --fault lost@04:0018#2            the second answer to command 18 is lost\n"
+    "  ipodsim --fault random=1                  one answer in a hundred goes wrong\n"
+    "  ipodsim --interactive                     unplug it, skip, ... by typing\n"
+    "\n"
+    "Ctrl-C ends it. Exit status: 0 when it was ended, 1 when it could not run, 2 for a wrong\n"
+    "command line.\n";
+
+constexpr char kFaultUsage[] =
+    "--fault KIND[=VALUE[/VALUE2]][@LINGO:COMMAND[#N]]\n"
+    "\n"
+    "LINGO and COMMAND are hexadecimal and name the request that is answered, or a message that\n"
+    "the iPod sends on its own; * is any. #N is the N-th answer only, #N+ every one from the N-th\n"
+    "on; without, it is every answer. Each record of a listing is an answer of its own, except to\n"
+    "the faults of a whole listing.\n"
+    "\n"
+    "--fault random=PERCENT[/KIND,KIND...]      any answer, by chance; the same for the same "
+    "--seed\n"
+    "\n";
+
+// What CLI11 fills in, before it is checked.
+struct RawOptions {
+  std::string preset = personalityNames().front();
+  std::string name;
+  std::string version;
+  std::string limits;
+  std::vector<std::string> settings;
+  bool helpFaults = false;
+  bool helpPersonalities = false;
+};
+
+// Two numbers with one letter between them, like 320x240 or 1.14.
+bool parsePair(const std::string& text, char between, unsigned most, unsigned& first,
+               unsigned& second) {
+  char letter = 0;
+  char behind = 0;
+  const int found = std::sscanf(text.c_str(), "%5u%c%5u%c", &first, &letter, &second, &behind);
+  return found == 3 && letter == between && first <= most && second <= most;
+}
+
+void setVersion(Personality& personality, const std::string& text) {
+  unsigned major = 0;
+  unsigned minor = 0;
+  if (!parsePair(text, '.', 0xFF, major, minor)) {
+    throw std::invalid_argument("--ext-version " + text + ": write it like 1.14");
+  }
+  personality.lingoes[0x04] = {static_cast<uint8_t>(major), static_cast<uint8_t>(minor)};
+}
+
+void setLimits(Personality& personality, const std::string& text) {
+  unsigned width = 0;
+  unsigned height = 0;
+  if (!parsePair(text, 'x', 0xFFF, width, height)) {
+    throw std::invalid_argument("--image-limits " + text + ": write them like 320x240");
+  }
+  personality.display.limits = {static_cast<uint16_t>(width), static_cast<uint16_t>(height)};
+  personality.screenWidth = std::max(personality.screenWidth, personality.display.limits.width);
+  personality.screenHeight = std::max(personality.screenHeight, personality.display.limits.height);
+}
+
+// Lets a refusal say where to read on.
+template <typename Work>
+void withHint(const char* option, Work work) {
+  try {
+    work();
+  } catch (const std::invalid_argument& refused) {
+    throw std::invalid_argument(refused.what() + std::string("\nTry ipodsim ") + option + ".");
+  }
+}
+
+Personality makePersonality(const RawOptions& raw) {
+  Personality made = personality(raw.preset);
+  made.name = raw.name;
+  if (!raw.version.empty()) setVersion(made, raw.version);
+  if (!raw.limits.empty()) setLimits(made, raw.limits);
+  withHint("--help-personalities", [&] {
+    for (const std::string& setting : raw.settings)
+      applySetting(made, setting);
+  });
+  return made;
+}
+
+void checkFaults(const std::vector<std::string>& faults) {
+  Random random(1);
+  FaultPlan plan(random);
+  withHint("--help-faults", [&] {
+    for (const std::string& fault : faults)
+      addFault(plan, fault);
+  });
+}
+
+void describeLink(CLI::App& app, Options& options) {
+  app.add_option("--link", options.link, "Where the accessory finds the iPod")
+      ->capture_default_str()
+      ->type_name("PATH");
+  app.add_flag("--serial", options.serial, "Serial frames instead of USB ones");
+}
+
+void describeMusic(CLI::App& app, Options& options) {
+  CLI::Option* music = app.add_option("--music", options.music, "Play the audio files of a folder")
+                           ->type_name("DIR");
+  app.add_option("--library", options.library, "Play the music that a JSON file describes")
+      ->type_name("FILE")
+      ->excludes(music);
+  app.add_option("--tracks", options.tracks, "Cut the music to N tracks, or copy it up to N")
+      ->type_name("N")
+      ->check(CLI::Range(size_t{0}, kMostTracks));
+}
+
+void describeModel(CLI::App& app, Options& options, RawOptions& raw) {
+  app.add_option("--personality", raw.preset, "The model; see --help-personalities")
+      ->capture_default_str()
+      ->type_name("NAME");
+  app.add_option("--set", raw.settings, "Change a switch of the model")->type_name("NAME=VALUE");
+  app.add_option("--name", raw.name, "The iPod's name")->type_name("TEXT");
+  app.add_option("--ext-version", raw.version, "Version of its Extended Interface")
+      ->type_name("M.N");
+  app.add_option("--image-limits", raw.limits, "The largest image that it shows")->type_name("WxH");
+  app.add_option("--fault", options.faults, "Something that goes wrong; see --help-faults")
+      ->type_name("SPEC");
+  app.add_option("--seed", options.seed, "Seed of shuffling and of random faults")
+      ->capture_default_str()
+      ->type_name("N");
+}
+
+void describeOutput(CLI::App& app, Options& options, RawOptions& raw) {
+  app.add_option("--screen", options.screen, "Write the screen there when an image was uploaded")
+      ->type_name("FILE.png");
+  app.add_flag("--trace", options.trace, "Show every message");
+  app.add_flag("--quiet", options.quiet, "Say only when the iPod is ready and what goes wrong");
+  app.add_flag("--interactive", options.interactive, "Take commands on standard input; try help");
+  app.add_flag("--help-faults", raw.helpFaults, "What can go wrong, and how to write it");
+  app.add_flag("--help-personalities", raw.helpPersonalities, "The models and their switches");
+}
+
+std::string personalitiesHelp() {
+  constexpr size_t kColumn = 12;
+  std::string help = "--personality NAME\n\n";
+  for (const std::string& name : personalityNames()) {
+    help += "  " + name + std::string(kColumn - name.size(), ' ') + personalityMeaning(name) + "\n";
+  }
+  return help + "\n--set NAME=VALUE\n\n" + settingsHelp();
+}
+
+// False when the user only wanted to read.
+bool parse(CLI::App& app, int argc, const char* const* argv) {
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    std::cout << app.help();
+    return false;
+  } catch (const CLI::ParseError& error) {
+    throw std::invalid_argument(std::string(error.what()) + "\nTry ipodsim --help.");
+  }
+  return true;
+}
+
+}  // namespace
+
+std::optional<Options> parseOptions(int argc, const char* const* argv) {
+  Options options;
+  RawOptions raw;
+  CLI::App app(kDescription, "ipodsim");
+  app.footer(kExamples);
+  describeLink(app, options);
+  describeMusic(app, options);
+  describeModel(app, options, raw);
+  describeOutput(app, options, raw);
+  if (!parse(app, argc, argv)) return std::nullopt;
+  if (raw.helpFaults) std::cout << kFaultUsage << faultHelp();
+  if (raw.helpPersonalities) std::cout << personalitiesHelp();
+  if (raw.helpFaults || raw.helpPersonalities) return std::nullopt;
+  options.personality = makePersonality(raw);
+  checkFaults(options.faults);
+  return options;
+}
+
+}  // namespace simulator

@@ -1,0 +1,142 @@
+// The simulated iPod as a program.
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+
+#include "console/commands.h"
+#include "console/options.h"
+#include "database/resized_library.h"
+#include "faults/fault_spec.h"
+#include "link/pty_ipod.h"
+#include "music/built_in_library.h"
+#include "music/json_library.h"
+#include "music/music_folder.h"
+#include "screen/png_file.h"
+#include "screen/screen.h"
+
+namespace {
+
+using namespace simulator;
+
+enum ExitStatus { kEnded = 0, kCannotRun = 1, kWrongCommandLine = 2 };
+
+void say(const std::string& text) {
+  std::printf("%s\n", text.c_str());
+  std::fflush(stdout);
+}
+
+void complain(const std::string& text) { std::fprintf(stderr, "ipodsim: %s\n", text.c_str()); }
+
+MusicLibrary loadMusic(const Options& options) {
+  MusicLibrary library;
+  if (!options.music.empty()) {
+    std::vector<std::string> warnings;
+    library = loadMusicFolder(options.music, warnings);
+    for (const std::string& warning : warnings) {
+      if (!options.quiet) complain(warning);
+    }
+  } else {
+    library = options.library.empty() ? builtInLibrary() : loadJsonLibrary(options.library);
+  }
+  return options.tracks ? resizedLibrary(std::move(library), *options.tracks) : library;
+}
+
+void showScreen(const Options& options, const Picture& image) {
+  try {
+    const Personality& model = options.personality;
+    writePng(renderScreen(model.screenWidth, model.screenHeight, image), options.screen);
+    if (!options.quiet) say("screen written to " + options.screen.string());
+  } catch (const std::exception& error) {
+    complain(error.what());
+  }
+}
+
+void connectOutputs(SimulatedIpod& ipod, const Options& options) {
+  if (!options.screen.empty()) {
+    ipod.setImageHook([&options](const Picture& image) { showScreen(options, image); });
+  }
+  if (options.quiet && !options.trace) return;
+  ipod.setTrace([&options](const Traffic& traffic) {
+    if (options.trace || traffic.kind == Traffic::Kind::kEvent) say(describe(traffic));
+  });
+}
+
+// Signals that end the program come through a descriptor instead, in every thread.
+FileDescriptor catchSignals() {
+  sigset_t ending;
+  sigemptyset(&ending);
+  sigaddset(&ending, SIGINT);
+  sigaddset(&ending, SIGTERM);
+  sigprocmask(SIG_BLOCK, &ending, nullptr);
+  std::signal(SIGPIPE, SIG_IGN);
+  return FileDescriptor(signalfd(-1, &ending, SFD_CLOEXEC));
+}
+
+// The lines of standard input, as they become complete.
+class InputLines {
+ public:
+  /// Does the commands that have arrived; false when it is time to end.
+  bool serve(PtyIpod& pty) {
+    char some[1024];
+    const ssize_t size = read(STDIN_FILENO, some, sizeof some);
+    if (size <= 0) return false;
+    pending.append(some, static_cast<size_t>(size));
+    for (size_t end; (end = pending.find('\n')) != std::string::npos;) {
+      const CommandResult result = doCommand(pty, pending.substr(0, end));
+      pending.erase(0, end + 1);
+      if (!result.answer.empty()) say(result.answer);
+      if (result.quit) return false;
+    }
+    return true;
+  }
+
+ private:
+  std::string pending;
+};
+
+void runUntilEnded(PtyIpod& pty, const FileDescriptor& signals, bool interactive) {
+  InputLines input;
+  pollfd waits[] = {{signals.get(), POLLIN, 0}, {interactive ? STDIN_FILENO : -1, POLLIN, 0}};
+  while (poll(waits, std::size(waits), -1) >= 0) {
+    if (waits[0].revents != 0) return;
+    if (waits[1].revents != 0 && !input.serve(pty)) return;
+  }
+}
+
+void run(const Options& options) {
+  const FileDescriptor signals = catchSignals();
+  SimulatedIpod ipod(options.personality, loadMusic(options), options.seed);
+  for (const std::string& fault : options.faults)
+    addFault(ipod.faults(), fault);
+  PtyIpod pty(ipod, options.serial ? FrameKind::kSerial : FrameKind::kUsb, options.link);
+  pty.start();
+  pty.access([&](SimulatedIpod& device) {
+    connectOutputs(device, options);
+    say("iPod ready on " + options.link.string());
+  });
+  runUntilEnded(pty, signals, options.interactive);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::optional<Options> options;
+  try {
+    options = parseOptions(argc, argv);
+  } catch (const std::exception& error) {
+    complain(error.what());
+    return kWrongCommandLine;
+  }
+  if (!options) return kEnded;
+  try {
+    run(*options);
+  } catch (const std::exception& error) {
+    complain(error.what());
+    return kCannotRun;
+  }
+  return kEnded;
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <filesystem>
+
+#include "screen/display_image.h"
+
+namespace simulator {
+
+/// Writes the picture as a PNG file. Whoever looks at the file sees the old picture or the new one,
+/// never half of one. Throws std::runtime_error with a text for a person.
+void writePng(const Picture& picture, const std::filesystem::path& file);
+
+}  // namespace simulator

@@ -1,0 +1,220 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+
+#include "hex.h"
+#include "host_end.h"
+#include "program.h"
+#include "temporary_folder.h"
+
+namespace simulator {
+namespace {
+
+namespace fs = std::filesystem;
+
+const char* const kAskName = "55 02 00 07 F7";
+
+class IpodsimTest : public testing::Test {
+ protected:
+  std::unique_ptr<Program> run(std::vector<std::string> arguments) {
+    return std::make_unique<Program>(IPODSIM_PROGRAM, arguments);
+  }
+  std::unique_ptr<Program> runReady(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"--link", link.string()});
+    auto program = run(arguments);
+    EXPECT_EQ(program->readLine(), "iPod ready on " + link.string()) << program->errors();
+    return program;
+  }
+  // Exit status and the errors of a command line that is refused.
+  std::string refusal(const std::vector<std::string>& arguments, int status) {
+    auto program = run(arguments);
+    EXPECT_EQ(program->waitForEnd(), status);
+    return program->errors();
+  }
+
+  TemporaryFolder folder;
+  const fs::path link = folder / "ipod";
+};
+
+TEST_F(IpodsimTest, IsReadyAnswersAndEndsOnSignals) {
+  for (int number : {SIGINT, SIGTERM}) {
+    auto program = runReady({"--name", "Zoe"});
+    HostEnd host(link.string());
+    ASSERT_TRUE(host.write(kAskName));
+    EXPECT_EQ(host.read(9), "55 06 00 08 5A 6F 65 00 C4");
+    program->signal(number);
+    EXPECT_EQ(program->waitForEnd(), 0);
+    EXPECT_FALSE(fs::exists(fs::symlink_status(link)));
+  }
+}
+
+TEST_F(IpodsimTest, SpeaksSerialFrames) {
+  auto program = runReady({"--serial", "--name", "Zoe"});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write("FF 55 02 00 07 F7"));
+  EXPECT_EQ(host.read(10), "FF 55 06 00 08 5A 6F 65 00 C4");
+}
+
+TEST_F(IpodsimTest, ModelAndItsSwitchesComeFromTheCommandLine) {
+  auto program =
+      runReady({"--personality", "nano", "--ext-version", "1.11", "--image-limits", "120x65",
+                "--set", "unknown-command=silence", "--fault", "doubled@00:0F"});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write("55 02 00 77 87"));
+  ASSERT_TRUE(host.write("55 03 04 00 39 C0"));
+  EXPECT_EQ(host.read(16), "55 0D 04 00 3A 00 78 00 41 02 00 78 00 41 03 3E");
+  ASSERT_TRUE(host.write("55 03 00 0F 04 EA"));
+  EXPECT_EQ(host.read(16), "55 05 00 10 04 01 0B DB 55 05 00 10 04 01 0B DB");
+}
+
+TEST_F(IpodsimTest, TraceShowsEveryMessage) {
+  auto program = runReady({"--trace"});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write("55 02 00 03 FB"));
+  EXPECT_TRUE(program->readUntil(" <- 00 03 RequestRemoteUIMode"));
+  EXPECT_TRUE(program->readUntil(" -> 00 04 ReturnRemoteUIMode 00"));
+  host.close();
+  EXPECT_TRUE(program->readUntil(" -- the accessory closed the link"));
+}
+
+TEST_F(IpodsimTest, WritesTheScreenWhenAnImageWasUploaded) {
+  const fs::path screen = folder / "screen.png";
+  auto program = runReady({"--screen", screen.string()});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write("55 10 04 00 32 00 00 02 00 01 00 01 00 00 00 02 00 F8 BC"));
+  EXPECT_EQ(host.read(9), "55 06 04 00 01 00 00 32 C3");
+  EXPECT_TRUE(program->readUntil("screen written to " + screen.string()));
+  std::ifstream file(screen, std::ios::binary);
+  char signature[4] = {};
+  file.read(signature, sizeof signature);
+  EXPECT_EQ(std::string(signature, 4), "\x89PNG");
+}
+
+TEST_F(IpodsimTest, PlaysAMusicLibraryOfTheUsers) {
+  const fs::path file = folder / "library.json";
+  std::ofstream(file) << R"({"name": "Mine", "tracks": [{"title": "One"}]})";
+  auto program = runReady({"--library", file.string(), "--tracks", "3"});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write(kAskName));
+  EXPECT_EQ(host.read(10), "55 07 00 08 4D 69 6E 65 00 68");
+  ASSERT_TRUE(host.write("55 02 00 05 F9"));
+  EXPECT_EQ(host.read(7), "55 04 00 02 00 05 F5");
+  ASSERT_TRUE(host.write("55 04 04 00 18 05 DB"));
+  EXPECT_EQ(host.read(10), "55 07 04 00 19 00 00 00 03 D9");
+}
+
+TEST_F(IpodsimTest, PersonUnplugsAndPlugs) {
+  auto program = runReady({"--interactive", "--quiet", "--name", "Zoe"});
+  HostEnd host(link.string());
+  program->type("unplug");
+  EXPECT_EQ(program->readLine(), "unplugged");
+  EXPECT_TRUE(host.readFails());
+  EXPECT_FALSE(HostEnd(link.string()).isOpen());
+  program->type("plug");
+  EXPECT_EQ(program->readLine(), "plugged in on " + link.string());
+  HostEnd again(link.string());
+  ASSERT_TRUE(again.write(kAskName));
+  EXPECT_EQ(again.read(9), "55 06 00 08 5A 6F 65 00 C4");
+}
+
+TEST_F(IpodsimTest, PersonPlaysAndAsks) {
+  auto program = runReady({"--interactive", "--quiet"});
+  program->type("status");
+  EXPECT_EQ(program->readLine(), "plugged in");
+  EXPECT_EQ(program->readLine(), "stopped");
+  EXPECT_EQ(program->readLine(), "0 messages received, 0 sent, 0 faults");
+  program->type("play");
+  program->type("next");
+  program->type("previous");
+  program->type("pause");
+  program->type("status");
+  program->readLine();
+  EXPECT_EQ(program->readLine()->rfind("paused: ", 0), 0u);
+  program->readLine();
+}
+
+TEST_F(IpodsimTest, PersonTellsASampleRateAndLetsThingsGoWrong) {
+  auto program = runReady({"--interactive", "--quiet"});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write("55 02 00 03 FB"));
+  EXPECT_EQ(host.read(6), "55 03 00 04 00 F9");
+  program->type("rate 48000");
+  EXPECT_EQ(host.read(17), "55 0E 0A 04 00 00 BB 80 00 00 00 00 00 00 00 00 A9");
+  program->type("fault doubled@00:03");
+  program->type("status");
+  program->readUntil("messages");
+  ASSERT_TRUE(host.write("55 02 00 03 FB"));
+  EXPECT_EQ(host.read(12), "55 03 00 04 00 F9 55 03 00 04 00 F9");
+  program->type("clear");
+  program->type("status");
+  EXPECT_TRUE(program->readUntil("2 messages received, 4 sent, 1 faults"));
+}
+
+TEST_F(IpodsimTest, CommandsThatAreWrongAreExplained) {
+  auto program = runReady({"--interactive", "--quiet"});
+  program->type("");
+  program->type("dance");
+  EXPECT_EQ(program->readLine(), "there is no command 'dance'; try help");
+  program->type("rate fast");
+  EXPECT_EQ(program->readLine(), "write a rate in Hz, like: rate 48000");
+  program->type("fault what");
+  EXPECT_EQ(program->readLine(), "fault 'what': there is no fault 'what'");
+  program->type("help");
+  EXPECT_TRUE(program->readUntil("  unplug "));
+  EXPECT_TRUE(program->readUntil("  quit "));
+}
+
+TEST_F(IpodsimTest, QuitOrTheEndOfInputEndsIt) {
+  auto first = runReady({"--interactive"});
+  first->type("quit");
+  EXPECT_EQ(first->waitForEnd(), 0);
+  EXPECT_FALSE(fs::exists(fs::symlink_status(link)));
+  auto second = runReady({"--interactive"});
+  second->endInput();
+  EXPECT_EQ(second->waitForEnd(), 0);
+}
+
+TEST_F(IpodsimTest, HelpExplainsItself) {
+  for (const char* option : {"--help", "--help-faults", "--help-personalities"}) {
+    auto program = run({option});
+    EXPECT_TRUE(program->readUntil("--")) << option;
+    EXPECT_EQ(program->waitForEnd(), 0) << option;
+    EXPECT_EQ(program->errors(), "");
+  }
+}
+
+TEST_F(IpodsimTest, WrongCommandLinesAreExplained) {
+  EXPECT_EQ(refusal({"--personality", "x"}, 2),
+            "ipodsim: there is no personality 'x'; choose one of classic nano video mini touch "
+            "strict\n");
+  EXPECT_EQ(refusal({"--ext-version", "1"}, 2), "ipodsim: --ext-version 1: write it like 1.14\n");
+  EXPECT_EQ(refusal({"--ext-version", "1.256"}, 2),
+            "ipodsim: --ext-version 1.256: write it like 1.14\n");
+  EXPECT_EQ(refusal({"--image-limits", "1x"}, 2),
+            "ipodsim: --image-limits 1x: write them like 320x240\n");
+  EXPECT_EQ(refusal({"--fault", "x"}, 2),
+            "ipodsim: fault 'x': there is no fault 'x'\nTry ipodsim --help-faults.\n");
+  EXPECT_EQ(refusal({"--set", "x=1"}, 2),
+            "ipodsim: setting 'x=1': there is no switch 'x'\nTry ipodsim --help-personalities.\n");
+  EXPECT_NE(refusal({"--what"}, 2).find("Try ipodsim --help."), std::string::npos);
+  EXPECT_NE(refusal({"--music", "/tmp", "--library", "x"}, 2).find("excludes"), std::string::npos);
+}
+
+TEST_F(IpodsimTest, WhatCannotRunIsExplained) {
+  const std::string none = (folder / "none").string();
+  EXPECT_NE(refusal({"--music", none}, 1).find(none), std::string::npos);
+  EXPECT_NE(refusal({"--library", none}, 1).find(none), std::string::npos);
+  const fs::path file = folder / "broken.json";
+  std::ofstream(file) << "{\"tracks\": [{\"title\": 3}]}";
+  const std::string broken = refusal({"--library", file.string()}, 1);
+  EXPECT_NE(broken.find("tracks[0].title"), std::string::npos) << broken;
+  EXPECT_EQ(refusal({"--link", file.string()}, 1),
+            "ipodsim: cannot make the link " + file.string() + ": File exists\n");
+  EXPECT_EQ(refusal({"--link", none + "/ipod"}, 1),
+            "ipodsim: cannot make the link " + none + "/ipod: No such file or directory\n");
+}
+
+}  // namespace
+}  // namespace simulator
