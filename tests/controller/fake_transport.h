@@ -1,0 +1,88 @@
+#pragma once
+
+#include <deque>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "controller/call_log.h"
+#include "lingo/message_bytes.h"
+#include "link/transport.h"
+
+/// What the iPod sends, one message after another: payloads (lingo, command, data). An empty one is
+/// a second of silence.
+using Payloads = std::vector<Bytes>;
+
+const Bytes kSilence;
+
+/// A link in memory with an iPod of the test's making at its far end. Every call goes to the call
+/// log; a wait for a message that has not come ends at once.
+class FakeTransport final : public Transport {
+ public:
+  /// `onMade` is told each message that the iPod is going to send; null: nobody.
+  explicit FakeTransport(void (*onMade)(const LingoMessage*));
+  ~FakeTransport() override;
+
+  /// The iPod has sent these, before anything else happens.
+  void arrive(const Payloads& payloads);
+
+  /// The iPod will send these right after the queue is next cleared.
+  void arriveAfterFlush(const Payloads& payloads);
+
+  /// The iPod will send these when it gets a message with this body (hex, from the start byte on).
+  /// Each answer is given once, equal ones in the order of these calls.
+  void answer(const std::string& body, const Payloads& payloads);
+
+  /// The iPod will send these after all answers, whatever it gets.
+  void flood(uint32_t count, const Bytes& payload);
+
+  /// Hands a message to the registered handlers, as the reader thread does.
+  void notify(const Bytes& payload);
+
+  /// Messages that have come and were not taken.
+  uint32_t queued() const { return static_cast<uint32_t>(queue.size()); }
+
+  uint32_t registeredHandlers() const { return static_cast<uint32_t>(registered.size()); }
+
+  // What the calls of these names return.
+  bool opens = true;
+  bool starts = true;
+  bool closes = true;
+  bool sends = true;
+
+  bool open(const char* deviceName) override;
+  bool close() override;
+  bool startReadData() override;
+  int readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut) override;
+  std::unique_ptr<LingoMessage> getMessage(uint32_t nanoseconds, uint32_t seconds) override;
+  bool isOpen() const override;
+  bool sendSyncByte() override;
+  bool sendMessage(const LingoMessage& message) override;
+  int flushMessages() override;
+  bool addHandler(void* object, MessageHandler handler, uint16_t command, uint8_t lingo) override;
+  bool removeHandler(void* object, MessageHandler handler, uint16_t command,
+                     uint8_t lingo) override;
+  bool removeHandlers(void* object) override;
+  bool writeData(const uint8_t* bytes, uint32_t count) override;
+
+ private:
+  using Messages = std::deque<std::unique_ptr<LingoMessage>>;
+
+  struct Answer {
+    std::string body;
+    Messages messages;
+  };
+
+  std::unique_ptr<LingoMessage> make(const Bytes& payload) const;
+  Messages makeAll(const Payloads& payloads) const;
+
+  void (*const onMade)(const LingoMessage*);
+  Messages queue;
+  Messages behindFlush;
+  std::deque<Answer> answers;
+  uint32_t floodLeft = 0;
+  Bytes floodPayload;
+  std::vector<HandlerRecord> registered;
+  bool opened = false;
+};
