@@ -17,21 +17,20 @@ const int* currentIndex() { return browseTree.ipodLevelIndex[browseTree.ipodLeve
 int32_t firstIndex(bool playAll) { return playAll ? kPlayAllEntry : 0; }
 
 const int* openTree(int32_t type) {
-  constexpr int32_t kTop = 1;
   BrowseTree& tree = browseTree;
   tree.ipodLevelIndex[0] = -1;
   tree.ipodLevelType[0] = kNoType;
   tree.ipodLevelCount[0] = -1;
   tree.ipodPlayAll[0] = 0;
-  tree.ipodLevelIndex[kTop] = 0;
-  tree.ipodLevelType[kTop] = type;
-  tree.ipodLevel = kTop;
+  tree.ipodLevelIndex[kTopLevel] = 0;
+  tree.ipodLevelType[kTopLevel] = type;
+  tree.ipodLevel = kTopLevel;
   ipodController.ResetDbSelection();
   uint32_t count = countRecords(topLevelCategory(type));
   if (type == kPlaylists) --count;
-  tree.ipodLevelIndex[kTop] =
+  tree.ipodLevelIndex[kTopLevel] =
       type == kPlaylists ? kFirstOfferedPlaylist : firstIndex(hasPlayAll(type));
-  tree.openList(kTop, count, allowsTabs(type), hasPlayAll(type));
+  tree.openList(kTopLevel, count, allowsTabs(type), hasPlayAll(type));
   return currentIndex();
 }
 
@@ -44,7 +43,7 @@ const int* openCurrentItem(int32_t type, bool tracksOfSelection) {
   tree.ipodLevelType[level] = tracksOfSelection ? kTracks : type;
   tree.ipodLevel = level;
   countRecords(tree.ipodLevelType[parent]);
-  if (level < 2) {
+  if (level == kTopLevel) {
     selectRecord(tree.ipodLevelType[parent], tree.ipodLevelIndex[parent]);
   } else {
     selectRecordSorted(tree.ipodLevelType[parent], tree.ipodLevelIndex[parent],
@@ -167,6 +166,5 @@ int IPODCTL_CALL IpodGetMediaFileCount(int* count) {
 }
 
 int IPODCTL_CALL IpodGetNumberOfPlaylist(void) {
-  constexpr int32_t kTop = 1;
-  return static_cast<int>(countRecords(upDownTree.ipodLevelType[kTop]));
+  return static_cast<int>(countRecords(upDownTree.ipodLevelType[kTopLevel]));
 }

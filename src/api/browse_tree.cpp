@@ -15,6 +15,13 @@ enum SortOrder : uint8_t {
   kSortByDefault = 255,
 };
 
+/// The iPod's categories of the last three types, whose numbers differ from the types'.
+enum Category : uint8_t {
+  kComposerCategory = 6,
+  kAudiobookCategory = 7,
+  kPodcastCategory = 8,
+};
+
 uint32_t roundedUpQuotient(uint32_t dividend, uint32_t divisor) {
   return dividend / divisor + (dividend % divisor != 0 ? 1 : 0);
 }
@@ -30,11 +37,11 @@ bool hasPlayAll(int32_t type) { return type == kArtists || type == kAlbums; }
 uint8_t topLevelCategory(int32_t type) {
   switch (type) {
     case kType6:
-      return 7;
+      return kAudiobookCategory;
     case kType7:
-      return 8;
+      return kPodcastCategory;
     case kType8:
-      return 6;
+      return kComposerCategory;
     default:
       return static_cast<uint8_t>(type);
   }
@@ -89,9 +96,10 @@ void BrowseTree::openList(int32_t level, uint32_t count, bool tabsAllowed, bool 
 /// The play-all tab lies before the first one: its range ends where that one starts.
 void BrowseTree::goToTab(int32_t level, int32_t tab) {
   const int32_t start = tab * ipodTabSize;
+  const int64_t end = int64_t{start} + ipodTabSize;
   ipodLevelTab[level] = tab;
   ipodLevelStart[level] = start;
-  ipodLevelEnd[level] = std::min(start + ipodTabSize, ipodLevelCount[level].get());
+  ipodLevelEnd[level] = static_cast<int32_t>(std::min<int64_t>(end, ipodLevelCount[level]));
   ipodLevelIndex[level] = start;
 }
 

@@ -7,6 +7,9 @@
 /// Level 0 means that no list is open; the lists are at levels 1 to 7.
 constexpr int32_t kLevelCount = 8;
 
+/// The level of a list that was opened in a new tree.
+constexpr int32_t kTopLevel = 1;
+
 /// Items to a tab.
 constexpr int32_t ipodTabSize = 35;
 

@@ -118,7 +118,8 @@ void IPODCTL_CALL IpodSetSameIpod(int sameIpod) {
 }
 
 int IPODCTL_CALL IpodValidateUpDownTree(void) {
-  const LibraryLockHold lock;
-  if (lock) upDownTree = browseTree;
-  return 0;
+  LibraryLockHold lock;
+  if (!lock) return 0;
+  upDownTree = browseTree;
+  return lock.release();
 }

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr int32_t kTop = 1;
-
 bool sameText(const ByteString& left, const ByteString& right) {
   return left.size() == right.size() && std::memcmp(left.text(), right.text(), left.size()) == 0;
 }
@@ -21,10 +19,13 @@ bool sameText(const ByteString& left, const ByteString& right) {
 /// A group is the tracks in a row whose artist (or album) has the same name; no name is a name too.
 class GroupWalk {
  public:
-  GroupWalk(int32_t groupType, uint32_t startTrack, uint32_t trackCount, bool goForward)
-      : type(groupType), start(startTrack), count(trackCount), forward(goForward), track(start) {
-    group = nameOf(start);
-  }
+  GroupWalk(int32_t groupType, uint32_t startTrack, bool goForward)
+      : type(groupType),
+        start(startTrack),
+        forward(goForward),
+        group(nameOf(start)),
+        count(countTracks()),
+        track(start) {}
 
   uint32_t position() const { return track; }
   bool cameRound() const { return track == start; }
@@ -66,18 +67,18 @@ class GroupWalk {
 
   const int32_t type;
   const uint32_t start;
-  const uint32_t count;
   const bool forward;
+  ByteString group;
+  const uint32_t count;
   uint32_t track;
   uint32_t stepsTaken = 0;
-  ByteString group;
 };
 
 /// In a list of all tracks: by the names of the tracks around the playing one.
 bool stepAmongTracks(int32_t type, bool forward) {
   uint32_t playing = 0;
   if (!ipodController.GetCurrentTrackIndex(playing)) return false;
-  GroupWalk walk(type, playing, countTracks(), forward);
+  GroupWalk walk(type, playing, forward);
   if (!walk.leaveGroup()) return false;
   // Backward the walk meets the last track of the group; its first one comes after the next change.
   if (!forward && (walk.leaveGroup() || walk.cameRound())) walk.stepForward();
@@ -87,24 +88,24 @@ bool stepAmongTracks(int32_t type, bool forward) {
 
 /// The record after or before `index`. Of the playlists the first is the whole library, which is
 /// passed over; the round ends as many records before the last one.
-int32_t neighbourOf(int32_t index, int32_t first, int32_t count, bool forward) {
+int64_t neighbourOf(int64_t index, int64_t first, int64_t count, bool forward) {
   if (forward) return index + 1 >= count - first ? first : index + 1;
   return index - 1 < first ? count - first - 1 : index - 1;
 }
 
 /// Below a list: to the next record of that list.
 bool stepAmongRecords(bool forward) {
-  const int32_t type = upDownTree.ipodLevelType[kTop];
+  const int32_t type = upDownTree.ipodLevelType[kTopLevel];
   ipodController.ResetDbSelection();
   const auto count = static_cast<int32_t>(countRecords(type));
-  const int32_t index = upDownTree.ipodLevelIndex[kTop];
+  const int32_t index = upDownTree.ipodLevelIndex[kTopLevel];
   if (index == kPlayAllEntry) return false;
   const int32_t first = type == kPlaylists ? 1 : 0;
-  const int32_t neighbour = neighbourOf(index, first, count, forward);
+  const auto neighbour = static_cast<int32_t>(neighbourOf(index, first, count, forward));
   selectRecordSorted(type, neighbour, type);
   countTracks();
   ipodController.PlayCurrentSelection(0);
-  upDownTree.ipodLevelIndex[kTop] = neighbour;
+  upDownTree.ipodLevelIndex[kTopLevel] = neighbour;
   return true;
 }
 
@@ -112,8 +113,8 @@ bool stepAmongRecords(bool forward) {
 
 bool stepToGroup(bool forward) {
   const int32_t upDownLevel = upDownTree.ipodLevel;
-  const int32_t type = upDownTree.ipodLevelType[kTop];
+  const int32_t type = upDownTree.ipodLevelType[kTopLevel];
   if (upDownLevel == 0) return false;
-  if (upDownLevel > kTop) return stepAmongRecords(forward);
+  if (upDownLevel > kTopLevel) return stepAmongRecords(forward);
   return (type == kArtists || type == kAlbums) && stepAmongTracks(type, forward);
 }

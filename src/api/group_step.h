@@ -1,6 +1,6 @@
 #pragma once
 
-/// Plays the group before or after the one that the up-down snapshot was taken in: within a list of
-/// all tracks the artist or album whose tracks come next, below a list its next record. False when
-/// there is no other group. Callers hold the library lock.
+/// Plays the group before or after the one that the up-down snapshot was taken in: in a snapshot of
+/// level 1 the artist or album whose tracks come next in the playing list, below it the next record
+/// of the list of level 1. False when nothing was played. Callers hold the library lock.
 bool stepToGroup(bool forward);

@@ -9,11 +9,13 @@
  *     unsigned short name[64] = {0};
  *
  *     if (IpodConnect()) {
- *       index = IpodGetFirstItem(0, IPOD_ARTISTS, 0);      open the list of artists
- *       while (index && *index < 0) index = IpodGetNextItem();
- *       IpodGetItemName(0, name, 0, 63);                   the first artist's name
- *       IpodGetFirstItem(1, IPOD_TRACKS, 1);               all tracks of this artist
- *       IpodSongPlay(0);                                   play them from the first
+ *       index = IpodGetFirstItem(0, IPOD_ARTISTS, 0);          the list of artists
+ *       if (IpodGetNextItem()) {                               it is not empty; past "play all"
+ *         IpodDisableTabVisualizationActive();                 a long list: choose its first tab
+ *         IpodGetItemName(0, name, 0, 63);                     the first artist's name
+ *         IpodGetFirstItem(1, IPOD_TRACKS, 1);                 all tracks of this artist
+ *         IpodSongPlay(0);                                     play them from the first
+ *       }
  *       IpodDisconnect();
  *     }
  *
@@ -22,8 +24,8 @@
  *  1. Results. Most functions return 0 whatever happened; the others say so. A function that could
  *     not get an answer from the iPod never fails loudly: it leaves its outputs as its text says.
  *
- *  2. Null pointers. A null output pointer is never written through; apart from that the call does
- *     what it always does.
+ *  2. Null pointers. A null output pointer is never written through. Apart from that the call does
+ *     what it always does; only IpodGetTrackInfo does not ask for a text without a buffer.
  *
  *  3. Before the first IpodConnect no function that takes the library lock does anything: it
  *     returns 0 (or a null pointer) and writes nothing. Without an iPod the functions return after
@@ -31,20 +33,25 @@
  *
  *  4. Threads. Every function may be called from every thread. Those marked "Lock: taken" wait for
  *     one another, so at most one of them speaks to the iPod; a busy iPod can hold the lock for
- *     seconds. Those marked "Lock: none" never wait for it: they read or write one value and
- *     return, except IpodGetNumberOfPlaylist, which asks the iPod and may fail beside another
- *     request.
+ *     seconds. Those marked "Lock: none" never wait for it: they read or write single values and
+ *     return. Only IpodGetNumberOfPlaylist asks the iPod without the lock.
  *
  *  5. Texts. The iPod's text reaches the host as 16-bit units, one unit for each byte of the
  *     library's 8-bit text (Latin-1), so 0x00E9 is an e with an acute accent. A character that
- *     Latin-1 does not have arrives as a space; one beyond the 16-bit range, or a malformed one,
- *     empties the text. No terminator is written: clear the buffer before the call. A text is cut
- *     at `maxChars` units; with maxChars below 1 nothing is written.
+ *     Latin-1 does not have arrives as a space; one beyond the 16-bit range, or one that is cut
+ *     short, empties the text. No terminator is written: clear the buffer before the call. A text
+ *     is cut at `maxChars` units; with maxChars below 1 nothing is written.
  *
  *  6. Time is in milliseconds, sample rates are in Hz, all indexes count from 0.
  *
- *  7. Refresh. After a change of what plays, the library broadcasts the window message
- *     WM_IPOD_NOTIFY with both parameters 0. It carries no news: ask for what the screen shows.
+ *  7. Refresh. IpodSongPlay and the commands that IpodCommand names broadcast the window message
+ *     WM_IPOD_NOTIFY with both parameters 0, also when the iPod did not obey. It carries no news:
+ *     ask for what the screen shows. What the iPod does by itself, such as going on to the next
+ *     track, is not announced: ask for it about once a second while it plays.
+ *
+ *  8. Selection. The iPod keeps one selection of its database, and lists, counts and names are what
+ *     lies under it. Opening and leaving lists moves it with the host. Functions that move it for a
+ *     purpose of their own say so.
  */
 #ifndef IPODCTL_H
 #define IPODCTL_H
@@ -65,7 +72,7 @@ extern "C" {
 
 /* What a list holds: the browse type of IpodGetFirstItem and of IpodGetType. */
 enum IpodBrowseType {
-  IPOD_PLAYLISTS = 1, /* the whole library, which comes first on the iPod, is not offered */
+  IPOD_PLAYLISTS = 1, /* the first one, the whole library, is passed over: see IpodGetFirstItem */
   IPOD_ARTISTS = 2,
   IPOD_ALBUMS = 3,
   IPOD_GENRES = 4,
@@ -88,9 +95,9 @@ enum IpodCommandCode {
   IPOD_PREVIOUS = 9,
   IPOD_PLAY = 10,
   IPOD_PAUSE = 11,
-  IPOD_PREVIOUS_GROUP = 12, /* the album, artist, ... before the one of the up-down snapshot */
+  IPOD_PREVIOUS_GROUP = 12, /* the artist, album, ... before: see IpodCommand */
   IPOD_NEXT_GROUP = 13,
-  IPOD_PREVIOUS_TRACK_NO_RESTART = 14 /* always the track before */
+  IPOD_PREVIOUS_TRACK_NO_RESTART = 14 /* the track before, however far into this one */
 };
 
 /* Shuffle and repeat modes of the host. For repeat: off, one track, all. */
@@ -102,16 +109,20 @@ enum IpodPlayStatus { IPOD_STOPPED = 0, IPOD_PLAYING = 1, IPOD_PAUSED = 2 };
 /* ================================================================ connection and state */
 
 /*
- * Connects to the iPod on "IPD1:": opens the link, identifies the head unit, shows the logo of
- * "logo_zel.bmp" (a 24-bit uncompressed bitmap in the current directory; without it the connection
- * is made all the same), enters the Extended Interface mode and starts the audio stream at the
- * iPod's sample rate. Closes the browse tree; the up-down snapshot stays.
+ * Connects to the iPod on "IPD1:": opens the link, identifies the head unit, shows the logo, enters
+ * the Extended Interface mode and starts the audio stream at the iPod's sample rate. Whether or not
+ * an iPod answers, the browse tree is closed; the up-down snapshot stays.
+ *
+ * The logo is "logo_zel.bmp" in the current directory, a 24-bit uncompressed bitmap whose width is
+ * a multiple of 4. Without it, or when it is larger than the iPod's screen, the connection is made
+ * all the same.
  *
  * Result: 1 when a new connection was made; 0 when there is no iPod, when a connection exists
  *         already (it is kept), when the audio stream does not start, or when another call holds
  *         the lock: a connect never waits behind another call.
  * Time:   a fraction of a second with an iPod, about three seconds with a silent one, and the time
- *         of the logo's upload: one acknowledged packet for each row.
+ *         of the logo: one acknowledged packet for each of its rows and for each empty row above it
+ *         (half of the rows that it leaves free).
  * Lock:   tried, not waited for.
  */
 int IPODCTL_CALL IpodConnect(void);
@@ -164,21 +175,33 @@ int IPODCTL_CALL IpodValidateUpDownTree(void);
 /*
  * Carries out one command of the transport buttons.
  *
+ * The group commands, 12 and 13, go by the up-down snapshot (IpodValidateUpDownTree):
+ *   - taken in a list of level 1: for artists and albums they play the first track, in the playing
+ *     list, of the artist or album before or after the playing track's; for other lists they do
+ *     nothing;
+ *   - taken deeper: they play the record before or after the one that was opened in the list of
+ *     level 1 from its first track, round at the ends, and the snapshot moves on to it; below the
+ *     play-all entry they do nothing. They begin a new selection of the iPod's database.
+ *   - never taken: they do nothing.
+ *
  * command: an IpodCommandCode, 1 to 14; other values do nothing.
  * Result:  0, whether or not the iPod obeyed.
- * Refresh: WM_IPOD_NOTIFY after commands 3, 4 and 14, after command 10 when it started something,
- *          and after commands 12 and 13 when a step was made.
+ * Refresh: WM_IPOD_NOTIFY after commands 3, 4 and 14; after command 10 when the iPod acknowledged
+ *          it (an iPod without a play command is left alone when it plays); after commands 12 and
+ *          13 when a step was made.
  * Time:    several requests; 12 and 13 ask for every track's name until the group changes.
  * Lock:    taken.
  */
 int IPODCTL_CALL IpodCommand(int command);
 
 /*
- * Plays the current selection from one of its tracks and broadcasts WM_IPOD_NOTIFY. In the list of
- * level 1 the selection is the whole library.
+ * Plays the tracks of the current selection from one of them and broadcasts WM_IPOD_NOTIFY. It
+ * belongs in a list of tracks, whose item is the track; in every other list of level 2 and deeper
+ * the index still counts the tracks of what was opened. At level 1, where nothing has been opened,
+ * the selection is the whole library.
  *
- * index:  the item to play, from 0; -1 for the current item. The play-all entry, and an index at or
- *         beyond the number of tracks, play from the first track.
+ * index:  the track to play, from 0; -1 for the current item's index. The play-all entry, and an
+ *         index at or beyond the number of tracks, play from the first track.
  * Result: 0.
  * Lock:   taken.
  */
@@ -249,11 +272,18 @@ int IPODCTL_CALL IpodGetCurrentTrackPosition(int* position);
 
 /*
  * The tree has levels: level 0 means that no list is open, level 1 is the list opened first, each
- * descent adds one, up to level 7. In every list the host stands on one entry. Lists of playlists,
- * artists, albums and genres, and track lists opened with tracksOfSelection, with more than 35
- * items start in tab mode: their entries are tabs of 35 items, until a tab is chosen with
- * IpodDisableTabVisualizationActive. Lists of artists and albums, and track lists opened with
- * tracksOfSelection, begin with a play-all entry, index -1.
+ * descent adds one, up to level 7. In every list the host stands on one entry.
+ *
+ * Tabs. Lists of playlists, artists, albums and genres, and track lists opened with
+ * tracksOfSelection, with more than 35 items start in tab mode: their entries are tabs of 35 items.
+ * IpodDisableTabVisualizationActive chooses the current tab, whose items are then the entries.
+ *
+ * Play all. Lists of artists and albums, and track lists opened with tracksOfSelection, begin with
+ * a play-all entry, index -1. In tab mode it is the play-all tab, on which such a list opens.
+ *
+ * Playlists. The first playlist is the whole library. A list of playlists opens on the second one
+ * and counts one less, and moving about in it reaches neither the first nor the last one. In tab
+ * mode it opens on tab 1, and the tabs count from the whole library.
  *
  * Functions that return a pointer return the address of the level's current index, valid until the
  * library is unloaded; read it at once, the next call that moves in the tree changes it.
@@ -262,14 +292,17 @@ int IPODCTL_CALL IpodGetCurrentTrackPosition(int* position);
 /*
  * Opens a list: a new tree, or what is below the current entry.
  *
- * descend:           0 closes the tree and opens a top list; any other value opens the current
- *                    entry as the next level.
+ * descend:           0 closes the tree and opens a top list; any other value opens the record at
+ *                    the current index as the next level. In tab mode that is the tab's first item:
+ *                    choose a tab first. The play-all tab opens as "all" only before the first
+ *                    move, while its index is -1.
  * type:              what the new list holds, an IpodBrowseType, 1 to 8.
  * tracksOfSelection: with descend, not 0 opens all tracks below the current entry, whatever the
  *                    type, with a play-all entry. Ignored in a new tree.
  * Result:            the address of the new level's index; null when the type is out of range, when
  *                    the tree is at level 7, or before the first IpodConnect (nothing changes).
- *                    A list that the iPod does not count opens empty.
+ *                    A list that the iPod does not count opens empty: IpodGetNextItem returns null.
+ *                    A list of playlists then has the count -1 and is in tab mode.
  * Lock:              taken.
  */
 const int* IPODCTL_CALL IpodGetFirstItem(int descend, int type, int tracksOfSelection);
@@ -297,7 +330,8 @@ const int* IPODCTL_CALL IpodGetPrevItem(void);
 const int* IPODCTL_CALL IpodGetParentItem(void);
 
 /*
- * Asks whether the current entry leads to no tracks.
+ * Asks whether the current entry leads to no tracks. Afterwards no record of the list's type is
+ * selected.
  *
  * Result: 1 when it leads to none or the list is empty; 0 when it leads to some, in tab mode and in
  *         track lists.
@@ -354,8 +388,10 @@ int IPODCTL_CALL IpodEnableTabVisualizationActive(void);
 /*
  * Counts the items of the current list's type under the iPod's present selection.
  *
- * count:  receives the count, for playlists reduced by 2 when it is not 0; 0 when no list is open
- * or the iPod does not answer. Result: 0. Lock:   taken.
+ * count:  receives the count; for playlists 2 less, when it is not 0 (so -1 of a single one); 0
+ *         when no list is open or the iPod does not answer.
+ * Result: 0.
+ * Lock:   taken.
  */
 int IPODCTL_CALL IpodGetMediaFileCount(int* count);
 
@@ -364,8 +400,8 @@ int IPODCTL_CALL IpodGetMediaFileCount(int* count);
  * selection.
  *
  * Result: the count, 0 when the iPod does not answer.
- * Lock:   none, although it asks the iPod: beside another request it may return 0 and may make that
- *         request fail.
+ * Lock:   none, although it asks the iPod. Beside another call's request either of the two may take
+ *         the other's answer or lose its own: call it while no other call is under way.
  */
 int IPODCTL_CALL IpodGetNumberOfPlaylist(void);
 
@@ -378,7 +414,8 @@ int IPODCTL_CALL IpodGetNumberOfPlaylist(void);
  * first:    receives the name's first maxChars units.
  * second:   receives the next maxChars units of a longer name.
  * maxChars: the size of each buffer in units.
- * Result:   0. Without a current entry, or when the iPod does not answer, nothing is written.
+ * Result:   0. Without a current item, or when the iPod does not answer, nothing is written; a tab
+ *           whose names do not come is labelled " - ".
  * Lock:     taken.
  */
 int IPODCTL_CALL IpodGetItemName(int unused, unsigned short* first, unsigned short* second,
@@ -386,8 +423,9 @@ int IPODCTL_CALL IpodGetItemName(int unused, unsigned short* first, unsigned sho
 
 /*
  * Reads the name of the entry from which the up-down snapshot's list was opened: the album, artist
- * or playlist that the playing tracks come from. Arguments, result and lock as IpodGetItemName;
- * writes nothing when the snapshot has no parent level.
+ * or playlist that the playing tracks come from. Afterwards that entry is the iPod's selection.
+ * Arguments, result and lock as IpodGetItemName; writes nothing when the snapshot has no parent
+ * level.
  */
 int IPODCTL_CALL IpodGetParentUpDownName(int unused, unsigned short* first, unsigned short* second,
                                          int maxChars);

@@ -2,12 +2,13 @@
 
 #include "link/os_primitives.h"
 
+// Destroyed in reverse: the lock goes last.
+LibraryLock libraryLock;
 IpodController ipodController(kUsbLink);
 SharedValue<uint8_t> ipodConnected;
 SharedValue<uint8_t> ipodHasPlayPause;
 SharedValue<uint8_t> ipodPlayDelayFlag;
 SharedValue<uint32_t> ipodSampleRate;
-LibraryLock libraryLock;
 
 LibraryLock::~LibraryLock() {
   if (semaphore != nullptr) semMutexDelete(semaphore);
@@ -26,6 +27,11 @@ LibraryLockHold::LibraryLockHold() : semaphore(libraryLock.handle()) {
   if (semaphore != nullptr && semMutexTake(semaphore, 0, 0) != 0) semaphore = nullptr;
 }
 
-LibraryLockHold::~LibraryLockHold() {
-  if (semaphore != nullptr) semMutexGive(semaphore);
+LibraryLockHold::~LibraryLockHold() { release(); }
+
+int LibraryLockHold::release() {
+  if (semaphore == nullptr) return 0;
+  const int result = semMutexGive(semaphore);
+  semaphore = nullptr;
+  return result;
 }

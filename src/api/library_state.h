@@ -62,6 +62,9 @@ class LibraryLockHold {
 
   explicit operator bool() const { return semaphore != nullptr; }
 
+  /// Gives the lock back early and returns the result of that, 0.
+  int release();
+
  private:
   HANDLE semaphore;
 };

@@ -121,7 +121,7 @@ void playTrackBefore() {
   if (playingIndex() == track.index) ipodController.PlayControl(kPreviousTrack);
 }
 
-/// True when something was done: an iPod that plays already is left alone.
+/// True when something was done. An iPod that has only the toggle is left alone when it plays.
 bool play() {
   if (ipodHasPlayPause) {
     if (ipodPlayDelayFlag) taskSleepMicro(0);
@@ -203,11 +203,10 @@ int IPODCTL_CALL IpodCommand(int command) {
 }
 
 int IPODCTL_CALL IpodSongPlay(int index) {
-  constexpr int32_t kTop = 1;
   const LibraryLockHold lock;
   if (!lock) return 0;
   const uint32_t track = trackOfItem(index);
-  if (browseTree.ipodLevel == kTop) selectWholeLibrary(track);
+  if (browseTree.ipodLevel == kTopLevel) selectWholeLibrary(track);
   ipodController.PlayCurrentSelection(track);
   notifyHost();
   return 0;

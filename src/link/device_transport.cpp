@@ -20,8 +20,8 @@ DeviceTransport::~DeviceTransport() {
 }
 
 bool DeviceTransport::prepare() {
-  return Transport::prepare() && (handleGuard != nullptr || semMutexCreate(handleGuard) == 0) &&
-         (txGuard != nullptr || semMutexCreate(txGuard) == 0);
+  return (handleGuard != nullptr || semMutexCreate(handleGuard) == 0) &&
+         (txGuard != nullptr || semMutexCreate(txGuard) == 0) && Transport::prepare();
 }
 
 bool DeviceTransport::open(const char* name) {
@@ -31,6 +31,7 @@ bool DeviceTransport::open(const char* name) {
   if (!deviceName.assign(text, static_cast<uint32_t>(std::strlen(text)))) return false;
   HANDLE opened = nullptr;
   if (openDevice(opened, deviceName.text()) != 0) return false;
+  rxCount = 0;  // what a lost link left of a frame is no part of the new stream
   deviceHandle = opened;
   return true;
 }
@@ -85,7 +86,7 @@ uint32_t DeviceTransport::frameMessage(const LingoMessage& message) {
 
 HANDLE openDeviceFile(const char* name) {
   const auto length = static_cast<uint32_t>(std::strlen(name));
-  WideString wideName;
+  TextString<WCHAR> wideName;
   if (!wideName.resize(length)) return INVALID_HANDLE_VALUE;
   for (uint32_t i = 0; i < length; ++i)
     wideName[i] = static_cast<uint8_t>(name[i]);

@@ -47,8 +47,7 @@ bool DeviceTransport::locateFrame(uint32_t start, Frame& frame) const {
   if (rxCount < lengthField + kShortLengthSize) return false;
   frame = {start, lengthField + kShortLengthSize, rxArea[lengthField]};
   if (frame.length == kLongFormMarker) {
-    // One byte short of the long length; the completeness test below makes up for it.
-    if (rxCount < lengthField + kLongLengthSize - 1) return false;
+    if (rxCount < lengthField + kLongLengthSize) return false;
     uint16_t longLength = 0;
     LingoMessage::getUint16(rxArea + lengthField + 1, longLength);
     frame = {start, lengthField + kLongLengthSize, longLength};

@@ -7,7 +7,9 @@
 MessageQueue::MessageQueue() { prepare(); }
 
 MessageQueue::~MessageQueue() {
+  semMutexGive(queueMutex);
   semMutexDelete(queueMutex);
+  semMutexGive(messageReady);
   semMutexDelete(messageReady);
 }
 
@@ -48,8 +50,4 @@ void MessageQueue::flush() {
 
 void MessageQueue::wake() { semMutexGive(messageReady); }
 
-void MessageQueue::restart() {
-  const SemaphoreHold hold(queueMutex);
-  semMutexTryLock(messageReady);
-  if (!messageQueue.empty()) semMutexGive(messageReady);
-}
+void MessageQueue::clearSignal() { semMutexTryLock(messageReady); }

@@ -10,7 +10,7 @@
 
 /// The received messages that no handler took, oldest first. The reader thread appends, the host's
 /// threads take. `queueMutex` guards the messages and is held for a few steps only; `messageReady`
-/// is a signal, set while the queue holds something.
+/// is a signal: set when the queue is no longer empty, and again by each taker that leaves some.
 class MessageQueue {
  public:
   MessageQueue();
@@ -37,8 +37,9 @@ class MessageQueue {
   /// Lets whoever waits for the signal go on.
   void wake();
 
-  /// Forgets signals that stand for no message.
-  void restart();
+  /// Takes the signal back. Messages that are still queued are then silent until the queue has been
+  /// emptied.
+  void clearSignal();
 
  private:
   HANDLE queueMutex = nullptr;

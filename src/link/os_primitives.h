@@ -39,8 +39,8 @@ int threadJoin(HANDLE handle, uint32_t milliseconds);
 /// Sleeps whole milliseconds: what is less than one is cut off. Always 0.
 int taskSleepMicro(int32_t microseconds);
 
-/// Writes to a device and flushes it. The number of bytes written, 0 when the write fails, -1 when
-/// the handle is INVALID_HANDLE_VALUE.
+/// Writes to a device and flushes it. The number of bytes written, which is what went out before it
+/// failed when it did, or -1 when the handle is INVALID_HANDLE_VALUE.
 int deviceWrite(HANDLE handle, const uint8_t* bytes, uint32_t count);
 
 /// Reads from a serial port whose reads return at once: looks for data every 100 ms until some

@@ -64,8 +64,9 @@ int SerialTransport::readDevice(HANDLE device, uint8_t* buffer, uint32_t maximum
 }
 
 /// Looks for a start byte right behind a sync byte. The byte behind a lone sync byte is looked at
-/// again: it may be a sync byte itself. When there is none, the index stays where the bytes ended,
-/// so that many bytes of the next data are skipped.
+/// again: it may be a sync byte itself. Behind a sync byte that came last stands what the frames
+/// before have left there: a start byte holds the place until the next byte has come. When there is
+/// none, the index stays where the bytes ended, so that many bytes of the next data are skipped.
 bool SerialTransport::findStart(FrameScan& scan) {
   while (scan.index < rxCount) {
     if (!scan.syncSeen && rxArea[scan.index] == kSyncByte) {
@@ -76,7 +77,7 @@ bool SerialTransport::findStart(FrameScan& scan) {
       ++scan.index;
       continue;
     }
-    if (scan.index < rxCount && rxArea[scan.index] == kStartByte) return true;
+    if (scan.index < kReceiveCapacity && rxArea[scan.index] == kStartByte) return true;
     scan.syncSeen = false;
   }
   return false;

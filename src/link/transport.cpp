@@ -16,7 +16,7 @@ constexpr uint32_t kReaderPollMilliseconds = 100;
 
 }  // namespace
 
-Transport::Transport() { Transport::prepare(); }
+Transport::Transport() = default;
 
 Transport::~Transport() { TransportRegistry::instance().remove(this); }
 
@@ -30,14 +30,14 @@ void Transport::shutDown() {
   // counts; a thread that the system has ended cannot give it, so its handle counts too.
   while (readerInside && threadJoin(readerThread, kReaderPollMilliseconds) != 0) {
   }
-  awaitReader();
+  if (!awaitReader()) CloseHandle(readerThread);
+  readerThread = nullptr;
   TransportRegistry::instance().remove(this);
 }
 
 bool Transport::startReadData() {
   if (readDataActive || !isOpen() || !awaitReader()) return false;
-  messages.restart();
-  rxCount = 0;  // what a lost link left of a frame is no part of the new stream
+  messages.clearSignal();
   readDataActive = 1;
   readerInside = 1;
   if (threadCreate(readerThread, threadEntry, this) == 0) return true;
@@ -108,7 +108,10 @@ void Transport::deliver(const uint8_t* payload, uint16_t length) {
 std::unique_ptr<LingoMessage> Transport::getMessage(uint32_t nanoseconds, uint32_t seconds) {
   if (!readDataActive && threadExited) return nullptr;
   if (!messages.awaitSignal(nanoseconds, seconds)) return nullptr;
-  if (!readDataActive || threadExited) return nullptr;
+  if (!readDataActive || threadExited) {
+    if (!readDataActive) messages.wake();  // whoever else waits must hear of the stop, too
+    return nullptr;
+  }
   return messages.takeFirst();
 }
 

@@ -35,16 +35,18 @@ class Transport {
   /// Closes the device and stops the reader. Always true.
   virtual bool close() = 0;
 
-  /// Starts the reader thread. False when it runs already, when the device is not open, or when the
-  /// system has no thread.
+  /// Starts the reader thread. False when it runs already, when the one before has not left within
+  /// a second, when the device is not open, or when the system has no thread.
   virtual bool startReadData();
 
-  /// Closes the device and waits until the reader has ended, at most 300 ms. Always true.
+  /// Closes the device and waits until the reader has ended, at most 300 ms; does nothing when the
+  /// reader was stopped before. Always true.
   virtual bool stopReadData();
 
   /// Reader thread only. Waits for the next frame and copies its payload to `dest`. Returns the
-  /// payload's length and sets `payloadOut` to `dest`; 0 for a bad frame, -1 when there is nothing
-  /// to read any more, both with a null `payloadOut`.
+  /// payload's length and sets `payloadOut` to `dest`; 0 for a bad frame and -1 when there is
+  /// nothing to read any more, both with a null `payloadOut`. A good long frame without a payload
+  /// is 0, too.
   virtual int readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut) = 0;
 
   /// Takes the oldest queued message, waiting for one at most nanoseconds + seconds (0, 0: without
@@ -97,8 +99,9 @@ class Transport {
   void shutDown();
 
  protected:
-  /// Makes the semaphores that are missing and enters the transport among the live ones. False when
-  /// the system has no room; the transport does not open then.
+  /// Makes the semaphores that are missing and enters the transport among the live ones. Called by
+  /// the constructor of every kind, whose operations can be called from then on, and again by open.
+  /// False when the system has no room; the transport does not open then.
   virtual bool prepare();
 
   std::atomic<uint8_t> readDataActive{0};
@@ -110,7 +113,7 @@ class Transport {
   uint8_t rxPayload[kPayloadCapacity];
 
   /// Raw received bytes, `rxCount` of them valid. Reader thread only.
-  uint8_t rxArea[kReceiveCapacity];
+  uint8_t rxArea[kReceiveCapacity] = {};
   uint32_t rxCount = 0;
 
  private:
