@@ -1,0 +1,100 @@
+#pragma once
+
+#include <desk.h>
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+#include "host/background_call.h"
+#include "host/pty_pair.h"
+#include "link/link_kinds.h"
+#include "link/refused_closes.h"
+
+/// Calls `condition` until it holds; false when it does not in time.
+template <class Condition>
+bool eventually(const Condition& condition) {
+  for (const host_test::Patience patience; !patience.isOver(); std::this_thread::yield())
+    if (condition()) return true;
+  return false;
+}
+
+/// The number of this process's threads that sleep in one of these calls of the kernel's.
+inline int threadsIn(std::initializer_list<long> calls) {
+  int count = 0;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::string current;
+    std::ifstream(task.path() / "syscall") >> current;
+    for (const long call : calls)
+      count += current == std::to_string(call) ? 1 : 0;
+  }
+  return count;
+}
+
+/// Whether a reader waits for bytes.
+inline bool isAReaderBlocked() { return threadsIn(host_test::kPollCalls) > 0; }
+
+/// Runs a call that may hang on a thread of its own; false when it does not return in time.
+template <class Call>
+bool returnsInTime(Call call) {
+  host_test::BackgroundCall background([call]() mutable {
+    call();
+    return true;
+  });
+  return background.result().has_value();
+}
+
+/// A transport with a wire to its device. The test holds the iPod's end.
+class DeviceLink {
+ public:
+  explicit DeviceLink(const LinkKind& linkKind)
+      : kind(linkKind), transport(linkKind.create()), devices(kind.deviceName, wire) {}
+
+  bool start() { return transport->open(kind.deviceName) && transport->startReadData(); }
+
+  /// `frame` as it goes over this kind of link.
+  Bytes onWire(const Bytes& frame) const { return kind.sync + frame; }
+
+  bool send(const Bytes& frame) { return wire.send(onWire(frame)); }
+
+  /// The command of the next message, -1 when none comes.
+  int takenCommand() {
+    const auto message =
+        transport->getMessage(0, static_cast<uint32_t>(host_test::kPatience.count()));
+    return message ? message->getCommand() : -1;
+  }
+
+  const LinkKind& kind;
+  host_test::PtyPair wire;
+  std::unique_ptr<Transport> transport;
+
+ private:
+  host_test::DeviceMapping devices;
+};
+
+/// Checks at its end that no handle was closed twice, none is left, and no thread runs on.
+class HandleBalance {
+ public:
+  HandleBalance() : handles(deskOpenHandles()), refused(refusedCloses()) {}
+  HandleBalance(const HandleBalance&) = delete;
+  HandleBalance& operator=(const HandleBalance&) = delete;
+  ~HandleBalance() {
+    EXPECT_EQ(deskOpenHandles(), handles);
+    EXPECT_EQ(deskRunningThreads(), 0u);
+    EXPECT_EQ(refusedCloses(), refused);
+  }
+
+ private:
+  unsigned handles;
+  int refused;
+};
+
+// General commands 1 to 3, and the first with a wrong checksum.
+inline const Bytes kFrame1 = {0x55, 0x02, 0x00, 0x01, 0xFD};
+inline const Bytes kFrame2 = {0x55, 0x03, 0x00, 0x02, 0x07, 0xF4};
+inline const Bytes kFrame3 = {0x55, 0x02, 0x00, 0x03, 0xFB};
+inline const Bytes kBadFrame = {0x55, 0x02, 0x00, 0x01, 0xFE};

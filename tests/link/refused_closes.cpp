@@ -1,0 +1,25 @@
+#include "link/refused_closes.h"
+
+#include <dlfcn.h>
+#include <windows.h>
+
+#include <atomic>
+
+namespace {
+
+std::atomic<int> refused{0};
+
+using CloseFunction = BOOL(WINAPI*)(HANDLE);
+
+}  // namespace
+
+int refusedCloses() { return refused; }
+
+/// Stands in front of the platform's.
+BOOL WINAPI CloseHandle(HANDLE object) {
+  static const auto platformsClose =
+      reinterpret_cast<CloseFunction>(dlsym(RTLD_NEXT, "CloseHandle"));
+  const BOOL closed = platformsClose(object);
+  if (closed == FALSE && object != nullptr) ++refused;
+  return closed;
+}
