@@ -87,9 +87,15 @@ TEST(RetAccSampleRateCaps, TakesAsManyRatesAsAPayloadHolds) {
   EXPECT_EQ(Bytes(data.end() - 4, data.end()), (Bytes{0x00, 0x00, 0xAC, 0x44}));
 }
 
-TEST(RetAccSampleRateCaps, RefusesMoreRatesThanAPayloadHolds) {
+TEST(RetAccSampleRateCaps, KeepsItsLengthTo16Bits) {
   DigitalAudioMessage message;
-  EXPECT_FALSE(buildRates(message, Bytes(16384, 7)));
+  EXPECT_TRUE(buildRates(message, Bytes(16384, 7)));
+  EXPECT_EQ(message.getCommand(), 0x03);
+  EXPECT_EQ(message.getDataLength(), 0);
+
+  DigitalAudioMessage oneMore;
+  EXPECT_TRUE(buildRates(oneMore, Bytes(16384, 7) + Bytes{0}));
+  EXPECT_EQ(dataOf(oneMore), (Bytes{0x00, 0x00, 0x1F, 0x40}));
 }
 
 using Decoded = DecoderRow<DigitalAudioMessage>;

@@ -184,10 +184,12 @@ TEST(SetDisplayImage, TellsTheWholeStrideButSendsItsLow16BitsOfBytes) {
                                     0x03, row[0], row[1], row[2]}));
 }
 
-TEST(SetDisplayImage, RefusesARowThatFillsMoreThanAPayload) {
-  const Bytes row(65535, 0);
+TEST(SetDisplayImage, KeepsItsLengthTo16Bits) {
+  const Bytes row = countingBytes(65535);
   Message message;
-  EXPECT_FALSE(message.buildSetDisplayImage(2, 0, 1, 1, 65525, row.data()));
+  EXPECT_TRUE(message.buildSetDisplayImage(2, 0, 1, 1, 65535, row.data()));
+  EXPECT_EQ(message.getDataLength(), 10);
+  EXPECT_EQ(dataOf(message), (Bytes{0x00, 0x00, 0x02, 0x00, 0x01, 0x00, 0x01, 0x00, 0x00, 0xFF}));
 }
 
 using Decoded = DecoderRow<Message>;

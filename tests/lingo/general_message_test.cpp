@@ -231,11 +231,12 @@ TEST(GetAccessoryInfo, OfAnotherTypeBelowTenTellsTheTypeOnly) {
   }
 }
 
-TEST(GetAccessoryInfo, OfTypeTenAndAboveIsRefused) {
+TEST(GetAccessoryInfo, OfTypeTenAndAboveIsRefusedAndTellsTheTypeOnly) {
   for (const uint8_t type : Bytes{10, 11, 0x7F, 0x80, 0xFF}) {
     SCOPED_TRACE(int(type));
     AccessoryInfoQuestion question = unanswered();
     EXPECT_FALSE(decodeQuestion({type, 1, 2, 3, 4, 5, 6, 7}, question));
+    expectSame(question, {type, 0xA2A3A4A5, 0xA6, 0xA7, 0xA8, 0xA9});
   }
 }
 
@@ -250,15 +251,17 @@ TEST(GetAccessoryInfo, WithoutPayloadLeavesTheCallersTypeAndJudgesIt) {
   EXPECT_EQ(question.type, 10);
 }
 
-TEST(GetAccessoryInfo, TooShortForItsFieldsIsRefused) {
+TEST(GetAccessoryInfo, TooShortForItsFieldsIsRefusedAndTellsTheTypeOnly) {
   const Bytes whole = {0x02, 0x12, 0x34, 0x56, 0x78, 0x09, 0x0A, 0x0B};
   for (uint32_t length = 1; length < 8; ++length) {
     SCOPED_TRACE(length);
     AccessoryInfoQuestion question = unanswered();
     EXPECT_FALSE(decodeQuestion(Bytes(whole.begin(), whole.begin() + length), question));
+    expectSame(question, {0x02, 0xA2A3A4A5, 0xA6, 0xA7, 0xA8, 0xA9});
   }
   AccessoryInfoQuestion question = unanswered();
   EXPECT_FALSE(decodeQuestion({0x03}, question));
+  expectSame(question, {0x03, 0xA2A3A4A5, 0xA6, 0xA7, 0xA8, 0xA9});
 }
 
 TEST(GetAccessoryInfo, MayBeLongerThanItsFields) {

@@ -107,6 +107,79 @@ TEST_P(BuilderWithoutMemory, AsksForSome) {
 INSTANTIATE_TEST_SUITE_P(Commands, BuilderWithoutMemory, testing::ValuesIn(kBuildings),
                          rowName<Building>);
 
+/// A reply with a text, whose decoder needs memory.
+struct TextDecoding : NamedRow {
+  std::unique_ptr<LingoMessage> (*create)();
+  bool (*decode)(const LingoMessage&, uint32_t&, ByteString&);
+};
+
+template <class Message, uint16_t command>
+std::unique_ptr<LingoMessage> received() {
+  auto message = std::make_unique<Message>();
+  receive(*message, command, {0x00, 0x00, 0x00, 0x07, 0x41, 0x42});
+  return message;
+}
+
+template <class Message, bool (Message::*decode)(ByteString&) const>
+bool decodeText(const LingoMessage& message, uint32_t&, ByteString& text) {
+  return (static_cast<const Message&>(message).*decode)(text);
+}
+
+bool decodeTrackInfo(const LingoMessage& message, uint32_t& number, ByteString& text) {
+  uint8_t infoType = 0xA5;
+  const bool accepted =
+      static_cast<const Extended&>(message).decodeReturnIndexedPlayingTrackInfo(infoType, text);
+  if (infoType != 0xA5) number = infoType;
+  return accepted;
+}
+
+template <class Message, bool (Message::*decode)(uint32_t&, ByteString&) const>
+bool decodeNumberAndText(const LingoMessage& message, uint32_t& number, ByteString& text) {
+  return (static_cast<const Message&>(message).*decode)(number, text);
+}
+
+const TextDecoding kTextDecodings[] = {
+    {"GeneralIpodName", received<General, 0x08>,
+     decodeText<General, &General::decodeReturnIpodName>},
+    {"SerialNum", received<General, 0x0C>,
+     decodeText<General, &General::decodeReturnIpodSerialNum>},
+    {"ModelNum", received<General, 0x0E>,
+     decodeNumberAndText<General, &General::decodeReturnIpodModelNum>},
+    {"IndexedPlayingTrackInfo", received<Extended, 0x000D>, decodeTrackInfo},
+    {"IpodName", received<Extended, 0x0015>, decodeText<Extended, &Extended::decodeReturnIpodName>},
+    {"CategorizedDatabaseRecord", received<Extended, 0x001B>,
+     decodeNumberAndText<Extended, &Extended::decodeReturnCategorizedDatabaseRecord>},
+    {"TrackTitle", received<Extended, 0x0021>,
+     decodeText<Extended, &Extended::decodeReturnIndexedPlayingTrackTitle>},
+    {"ArtistName", received<Extended, 0x0023>,
+     decodeText<Extended, &Extended::decodeReturnIndexedPlayingTrackArtistName>},
+    {"AlbumName", received<Extended, 0x0025>,
+     decodeText<Extended, &Extended::decodeReturnIndexedPlayingTrackAlbumName>},
+};
+
+class TextDecoderWithoutMemory : public testing::TestWithParam<TextDecoding> {};
+
+TEST_P(TextDecoderWithoutMemory, FailsAndLeavesTheOutputs) {
+  const std::unique_ptr<LingoMessage> message = GetParam().create();
+  forEachFailure([&](const FailurePoint& point) {
+    uint32_t number = 0xA5A5A5A5;
+    ByteString text = byteString("before");
+    const MemoryLimit memory(point);
+    const bool accepted = GetParam().decode(*message, number, text);
+    const bool struck = memory.struck();
+    EXPECT_EQ(memory.unchecked(), 0u);
+    EXPECT_EQ(accepted, !struck);
+    if (struck) {
+      EXPECT_EQ(number, 0xA5A5A5A5u);
+      EXPECT_EQ(textOf(text), "before");
+    }
+    return struck;
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, TextDecoderWithoutMemory, testing::ValuesIn(kTextDecodings),
+                         rowName<TextDecoding>);
+
 TEST(SetDataWithoutMemory, FailsAndLeavesTheData) {
   General message;
   ASSERT_TRUE(message.setData(kRow, 3));

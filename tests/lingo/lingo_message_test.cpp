@@ -94,14 +94,23 @@ TEST(AppendData, BehindDataThatSetDataShortenedKeepsTheShortLength) {
   EXPECT_EQ(dataOf(message), (Bytes{0, 1, 5}));
 }
 
-TEST(AppendData, FillsUpToTheLargestLengthAndRefusesMore) {
+TEST(AppendData, FillsUpToTheLargestLength) {
   const Bytes bytes(65535, 0x5A);
   GeneralMessage message;
   ASSERT_TRUE(message.appendData(bytes.data(), 65530));
   EXPECT_TRUE(message.appendData(kTen, 5));
   EXPECT_EQ(message.getDataLength(), 65535);
-  EXPECT_FALSE(message.appendData(kTen, 1));
-  EXPECT_EQ(message.getDataLength(), 65535);
+  EXPECT_EQ(dataOf(message), Bytes(65530, 0x5A) + (Bytes{0, 1, 2, 3, 4}));
+}
+
+TEST(AppendData, BeyondTheLargestLengthKeepsTheLow16BitsOfIt) {
+  const Bytes bytes(65534, 0x5A);
+  GeneralMessage message;
+  ASSERT_TRUE(message.appendData(bytes.data(), 65534));
+  EXPECT_TRUE(message.appendData(kTen, 5));
+  EXPECT_EQ(dataOf(message), (Bytes{0x5A, 0x5A, 0x5A}));
+  EXPECT_TRUE(message.appendData(kTen, 2));
+  EXPECT_EQ(dataOf(message), (Bytes{0x5A, 0x5A, 0x5A, 0, 1}));
 }
 
 TEST(GetData, CopiesIntoABufferThatJustFits) {

@@ -527,6 +527,13 @@ TEST_F(ReadSerialFrame, ForgetsTheSyncByteThatEndedDiscardedData) {
   EXPECT_EQ(read(), kNoMore);
 }
 
+TEST_F(ReadSerialFrame, IsFoundBehindASyncByteReadAloneWhereTheFrameBeforeHadItsStartByte) {
+  platform.arrive(Bytes{0xFF, 0x55, 0x02, 0x00, 0x05, 0xF9}, Bytes{0xFF},
+                  Bytes{0x55, 0x02, 0x00, 0x01, 0xFD});
+  EXPECT_EQ(read(), frame({0x00, 0x05}));
+  EXPECT_EQ(read(), frame({0x00, 0x01}));
+}
+
 TEST_F(ReadSerialFrame, IsLookedForFromTheFrontAgainInTheNextCall) {
   platform.arrive(Bytes{0xAA, 0xBB, 0xFF, 0x55, 0x02, 0x00, 0x01, 0xFD},
                   Bytes{0xFF, 0x55, 0x02, 0x00, 0x05, 0xF9});

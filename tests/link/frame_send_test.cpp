@@ -217,6 +217,15 @@ TEST_P(WriteData, TellsWhatItWritesOn) {
             std::string(kind().writingText) + "\nWRITE!!!\nbytes inviati 1 \n");
 }
 
+TEST_P(WriteData, AsksTheSystemOnAClosedDeviceToo) {
+  const uint8_t bytes[] = {0x00};
+  transport->close();
+  platform.calls.clear();
+  EXPECT_EQ(printedInDebug([&] { EXPECT_FALSE(transport->writeData(bytes, 1)); }),
+            std::string(kind().writingText) + "\nWRITE!!!\nbytes inviati 0 \n");
+  EXPECT_THAT(platform.calls, ElementsAre("WriteFile(null, 1, null)", "FlushFileBuffers(null)"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Kinds, SendMessage, testing::ValuesIn(kLinkKinds), rowName<LinkKind>);
 INSTANTIATE_TEST_SUITE_P(Kinds, SendSyncByte, testing::ValuesIn(kLinkKinds), rowName<LinkKind>);
 INSTANTIATE_TEST_SUITE_P(Kinds, WriteData, testing::ValuesIn(kLinkKinds), rowName<LinkKind>);

@@ -144,6 +144,27 @@ TEST_F(LinkThreads, FlushWhileAnotherThreadWaitsWithoutLimit) {
   EXPECT_EQ(waiter.result(), true);
 }
 
+TEST_F(LinkThreads, WaitWithoutLimitUntilTheReaderIsStopped) {
+  ASSERT_TRUE(link.start());
+  std::atomic<int> returned{0};
+  const auto waitForever = [&] {
+    const bool gotNothing = transport().getMessage(0, 0) == nullptr;
+    ++returned;
+    return gotNothing;
+  };
+  BackgroundCall first(waitForever);
+  BackgroundCall second(waitForever);
+  BackgroundCall third(waitForever);
+  ASSERT_TRUE(eventually([] { return threadsIn({SYS_futex}) == 3; }));
+  EXPECT_TRUE(returnsInTime([&] { transport().close(); }));
+  EXPECT_TRUE(eventually([&] { return returned == 3; })) << returned << " of 3 have returned";
+  // Frees those that would wait on, so that the test ends.
+  EXPECT_TRUE(eventually([&] { return returned == 3 || (link.start() && !link.send(kFrame1)); }));
+  EXPECT_EQ(first.result(), true);
+  EXPECT_EQ(second.result(), true);
+  EXPECT_EQ(third.result(), true);
+}
+
 TEST_F(LinkThreads, FlushAfterTheSignalWasConsumed) {
   ASSERT_TRUE(link.start());
   ASSERT_TRUE(link.send(kFrame1 + kFrame2));

@@ -259,6 +259,15 @@ TEST_F(Reader, RunsAgainOnceTheDeviceIsOpenAgain) {
   platform.runThread();
 }
 
+TEST_F(Reader, StartsOverWithoutWhatTheLostLinkLeftOfAFrame) {
+  platform.arrive(Bytes{0x55, 0x02, 0x00});
+  platform.runThread();
+  start();
+  platform.arrive(kFrame2);
+  meanwhile([&] { EXPECT_EQ(takenCommand(*transport), 2); });
+  platform.runThread();
+}
+
 TEST_F(Reader, StartsOverWithoutTheSignalOfItsEnd) {
   platform.runThread();
   start();
@@ -344,6 +353,27 @@ TEST_F(Reader, IsAwaitedASecondAtMost) {
   EXPECT_TRUE(transport->awaitReader());
 }
 
+TEST_F(Reader, HasLeftWhenItsTransportIsShutDown) {
+  transport->shutDown();
+  EXPECT_FALSE(transport->isOpen());
+  EXPECT_THAT(platform.callsOf("CloseHandle(thread"), SizeIs(1));
+  EXPECT_EQ(transport->flushMessages(), 0);
+}
+
+TEST_F(Reader, GivesItsSemaphoresBackFree) {
+  platform.calls.clear();
+  kUsbKind.create();
+  int givenAndClosed = 0;
+  for (size_t i = 1; i < platform.calls.size(); ++i) {
+    const std::string& call = platform.calls[i];
+    if (call.rfind("CloseHandle(semaphore", 0) != 0) continue;
+    const std::string name =
+        call.substr(strlen("CloseHandle("), call.size() - strlen("CloseHandle()"));
+    givenAndClosed += platform.calls[i - 1] == "ReleaseSemaphore(" + name + ", 1)" ? 1 : 0;
+  }
+  EXPECT_GE(givenAndClosed, 2) << "the queue's lock and its signal";
+}
+
 using FlushMessages = Reader;
 
 TEST_F(FlushMessages, DestroysWhatIsQueuedAndItsSignal) {
@@ -389,6 +419,19 @@ TEST_F(FlushMessages, EndsWhenARestartHasTakenTheSignalOfWhatIsQueued) {
     EXPECT_EQ(takenCommand(*transport), 2);
     EXPECT_EQ(takenCommand(*transport), -1);
   });
+  platform.runThread();
+}
+
+TEST_F(FlushMessages, MakesMessagesAudibleAgainThatARestartHasSilenced) {
+  platform.arrive(kFrame1);
+  platform.runThread();
+  start();
+  platform.arrive(kFrame2);
+  platform.arrivals.push_back({kFrame3, false, [&] {
+                                 EXPECT_EQ(takenCommand(*transport), -1);
+                                 transport->flushMessages();
+                               }});
+  meanwhile([&] { EXPECT_EQ(takenCommand(*transport), 3); });
   platform.runThread();
 }
 
