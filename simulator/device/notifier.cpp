@@ -32,12 +32,10 @@ void Notifier::update(PlayerChanges changes) {
   const bool playing = state.player.state() == PlayState::kPlaying;
   if (!wanted() || !playing || changes.track) stop();
   if (!wanted()) return;
-  if (changes.track && state.player.currentTrack()) {
+  if (changes.track) {
     tell(notification(PlayStatusChange::kTrackIndex, state.player.list().currentIndex()));
   }
-  if (changes.stopped && !state.player.currentTrack()) {
-    tell(notification(PlayStatusChange::kStopped, std::nullopt));
-  }
+  if (changes.stopped) tell(notification(PlayStatusChange::kStopped, std::nullopt));
   if (playing && nextPosition == 0) schedule();
 }
 
@@ -50,7 +48,7 @@ Message Notifier::strayNotification() const { return position(); }
 
 bool Notifier::wanted() const {
   const bool held = state.personality.audioAckOpensNotifications && state.audioAckOutstanding;
-  return state.extendedMode && state.notificationsOn && !held;
+  return state.notificationsOn && !held;
 }
 
 Message Notifier::position() const {

@@ -160,6 +160,11 @@ TEST_F(DatabaseTest, SortOrderRulesAlbumsByTheirFirstTrack) {
   EXPECT_EQ(names(Category::kAlbum), (Names{"First", "Second", "Hive"}));
 }
 
+TEST_F(DatabaseTest, SortOrderByNameMeansTheNamesOfTheListItself) {
+  select(Category::kPlaylist, 0, SortOrder::kName);
+  EXPECT_EQ(names(Category::kAlbum), (Names{"First", "Hive", "Second"}));
+}
+
 TEST_F(DatabaseTest, IndexOfASelectionIsThatOfTheListBeforeIt) {
   select(Category::kPlaylist, 0, SortOrder::kReleaseDate);
   select(Category::kAlbum, 0, SortOrder::kDefault);

@@ -349,5 +349,16 @@ TEST(Notifications, CanWaitForTheAcknowledgementOfTheAudioAttributes) {
   EXPECT_EQ(bench.wait(milliseconds(500)), Payloads{"04 00 27 04 00 00 05 DC"});
 }
 
+TEST(Notifications, DoNotWaitForAnAcknowledgementThatTheLastAccessoryOwed) {
+  Personality personality;
+  personality.audioAckOpensNotifications = true;
+  Bench bench(personality);
+  bench.ipod.announceSampleRate(bench.now, 48000);
+  bench.ipod.hangUp(bench.now);
+  bench.enter();
+  bench.ask("04 00 26 01");
+  EXPECT_EQ(bench.ask("04 00 28 00 00 00 00").size(), 2u);
+}
+
 }  // namespace
 }  // namespace simulator

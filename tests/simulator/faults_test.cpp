@@ -118,6 +118,13 @@ TEST_F(FaultsTest, NothingGetsBetweenTheWritesOfASplitFrame) {
   EXPECT_EQ(bench.takeRaw(), (Payloads{"50 6F 64 00 CF", "55 03 00 04 00 F9"}));
 }
 
+TEST_F(FaultsTest, SecondWriteOfASplitFrameIsForgottenWithTheAccessory) {
+  fault("split=4/50@00:07#1");
+  askRaw("00 07");
+  bench.ipod.hangUp(bench.now);
+  EXPECT_EQ(askRaw("00 03"), Payloads{"55 03 00 04 00 F9"});
+}
+
 TEST_F(FaultsTest, SplitBeyondTheFrameSplitsNothing) {
   fault("split=9@00:07#1");
   fault("split=0@00:07#2");
@@ -282,6 +289,19 @@ TEST_F(FaultsTest, CableIsPulledAfterBytesReceived) {
   EXPECT_EQ(askRaw("00 07"), Payloads{});
   EXPECT_FALSE(bench.ipod.plugged());
   EXPECT_EQ(bench.ipod.counters().bytesReceived, 7u);
+}
+
+TEST_F(FaultsTest, BytesUntilTheCableIsPulledAreCountedForEachAccessory) {
+  fault("unplug-sent=12");
+  fault("unplug-received=12");
+  askRaw("00 07");
+  bench.ipod.hangUp(bench.now);
+  askRaw("00 07");
+  EXPECT_TRUE(bench.ipod.plugged());
+  bench.ipod.hangUp(bench.now);
+  askRaw("00 03");
+  EXPECT_EQ(askRaw("00 03"), Payloads{"55 03 00 04 00 F9"});
+  EXPECT_FALSE(bench.ipod.plugged());
 }
 
 TEST_F(FaultsTest, ClearedPlanDoesNoHarm) {

@@ -27,6 +27,7 @@ const Row kRows[] = {
     {"two frames", kUsb, "55 02 00 01 FD 55 02 00 03 FB", {"00 01", "00 03"}},
     {"a sync byte on usb is noise", kUsb, "FF 55 02 00 01 FD", {"00 01"}},
     {"sync bytes alone", kSerial, "FF FF", {}},
+    {"one sync byte too many", kSerial, "FF FF 55 02 00 01 FD", {"00 01"}},
     {"sync bytes before a frame", kSerial, "FF FF FF 55 02 00 01 FD", {"00 01"}},
     {"noise before a frame", kUsb, "00 13 A9 55 02 00 01 FD", {"00 01"}},
     {"noise between frames",

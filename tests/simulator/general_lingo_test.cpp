@@ -40,6 +40,16 @@ TEST(GeneralLingo, ModeChangeCanPendFirst) {
   EXPECT_TRUE(bench.ipod.inExtendedMode());
 }
 
+TEST(GeneralLingo, PendingModeChangeIsForgottenWithTheAccessory) {
+  Personality personality;
+  personality.modeChangePending = milliseconds(300);
+  Bench bench(personality);
+  bench.ask("00 05");
+  bench.ipod.hangUp(bench.now);
+  EXPECT_EQ(bench.wait(seconds(1)), Payloads{});
+  EXPECT_FALSE(bench.ipod.inExtendedMode());
+}
+
 TEST(GeneralLingo, ModeThatIsThereAlreadyDoesNotPend) {
   Personality personality;
   personality.modeChangePending = milliseconds(300);

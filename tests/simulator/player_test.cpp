@@ -104,6 +104,8 @@ TEST_F(PlayerTest, NextAtTheLastTrackStops) {
   player.play(kAnna, 2, seconds(0));
   player.next(seconds(1));
   EXPECT_EQ(player.state(), PlayState::kStopped);
+  player.resume(seconds(2));
+  EXPECT_EQ(index(), 0);
 }
 
 TEST_F(PlayerTest, NextAtTheLastTrackWrapsWithRepeatAll) {

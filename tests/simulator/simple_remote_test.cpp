@@ -135,6 +135,11 @@ TEST_F(SimpleRemoteTest, AudioButtonsActTheSameWay) {
   EXPECT_EQ(index(), 1u);
 }
 
+TEST_F(SimpleRemoteTest, AudioButtonsBeyondTheSecondByteDoNothing) {
+  bench.send("02 04 00 00 10 00");
+  EXPECT_EQ(bench.ipod.heldButtons(), 0u);
+}
+
 TEST_F(SimpleRemoteTest, UnknownCommandHasNoAnswer) {
   EXPECT_EQ(bench.ask("02 77 01"), Payloads{});
   EXPECT_EQ(player().state(), PlayState::kPlaying);
