@@ -47,10 +47,33 @@ void startAndWait(LPTHREAD_START_ROUTINE start, HANDLE parameter) {
   std::exit(7);
 }
 
-TEST(ProcessDeathTest, EndsCleanlyWhileThreadsUseThePlatform) {
-  testing::FLAGS_gtest_death_test_style = "threadsafe";
+HANDLE handleForTheEnd = nullptr;
+
+void useHandleAtTheEnd() {
+  const bool isUsable = WaitForSingleObject(handleForTheEnd, 0) == WAIT_OBJECT_0;
+  if (!isUsable || !CloseHandle(handleForTheEnd)) std::_Exit(1);
+}
+
+// Handlers run in the opposite order of their registration: this one after all that the platform may
+// have registered when it was used first.
+[[noreturn]] void endWithALateUser() {
+  std::atexit(useHandleAtTheEnd);
+  handleForTheEnd = CreateSemaphoreW(nullptr, 1, 1, nullptr);
+  std::exit(7);
+}
+
+class ProcessDeathTest : public testing::Test {
+ protected:
+  ProcessDeathTest() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+};
+
+TEST_F(ProcessDeathTest, EndsCleanlyWhileThreadsUseThePlatform) {
   const PtyPair wire;
   EXPECT_EXIT(endWithEverythingOpen(wire), testing::ExitedWithCode(7), "");
+}
+
+TEST_F(ProcessDeathTest, HasThePlatformToItsVeryEnd) {
+  EXPECT_EXIT(endWithALateUser(), testing::ExitedWithCode(7), "");
 }
 
 }  // namespace
