@@ -136,6 +136,7 @@ TEST(RtsLine, FollowsTheState) {
   const PtyPair wire;
   const DeviceMapping devices("COM1:", wire);
   const OwnedHandle port(openDevice(u"COM1:"));
+  rtsRaised = std::nullopt;
   DCB state = {};
   ASSERT_TRUE(GetCommState(port.get(), &state));
   EXPECT_EQ(rtsRaised.load(), std::nullopt);
