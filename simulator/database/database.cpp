@@ -168,11 +168,18 @@ bool Database::inUserPlaylist() const {
   return selection[kPlaylistLevel] && selection[kPlaylistLevel]->record > 0;
 }
 
+bool Database::isNarrowed() const {
+  const bool below = std::any_of(selection.begin() + kGenreLevel, selection.begin() + kTrackLevel,
+                                 [](const auto& each) { return each.has_value(); });
+  return below || inUserPlaylist();
+}
+
 // A playlist of the user keeps its own order unless another one is asked for.
 void Database::sortTracks(std::vector<uint32_t>& tracks) const {
-  const bool asListed = order == SortOrder::kDefault || order == SortOrder::kPlaylist;
-  if (asListed) return;
-  const std::vector<uint32_t>& rank = catalogue.trackRanks(order);
+  const bool plain = order == SortOrder::kDefault && !isNarrowed();
+  const SortOrder wanted = plain ? allTracksOrder : order;
+  if (wanted == SortOrder::kDefault || wanted == SortOrder::kPlaylist) return;
+  const std::vector<uint32_t>& rank = catalogue.trackRanks(wanted);
   std::stable_sort(tracks.begin(), tracks.end(),
                    [&](uint32_t a, uint32_t b) { return rank[a] < rank[b]; });
 }

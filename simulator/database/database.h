@@ -20,7 +20,9 @@ namespace simulator {
 /// track.
 class Database {
  public:
-  explicit Database(const Catalogue& music) : catalogue(music) {}
+  /// Without a sort order that was asked for, all tracks together are sorted by `allTracks`.
+  explicit Database(const Catalogue& music, SortOrder allTracks = SortOrder::kDefault)
+      : catalogue(music), allTracksOrder(allTracks) {}
 
   /// Selects nothing, sorts by default, and forgets which categories were counted.
   void reset();
@@ -62,9 +64,11 @@ class Database {
   bool passes(uint32_t track, Level level) const;
   MediaKind kindOf(Category category) const;
   bool inUserPlaylist() const;
+  bool isNarrowed() const;
   void sortTracks(std::vector<uint32_t>& tracks) const;
 
   const Catalogue& catalogue;
+  const SortOrder allTracksOrder;
   std::array<std::optional<Selected>, kLevels> selection;
   SortOrder order = SortOrder::kDefault;
   std::bitset<kLastCategory + 1> counted;

@@ -4,11 +4,19 @@
 
 namespace simulator {
 
+namespace {
+
+SortOrder orderOfAllTracks(TrackOrder order) {
+  return order == TrackOrder::kByName ? SortOrder::kName : SortOrder::kDefault;
+}
+
+}  // namespace
+
 DeviceState::DeviceState(Personality model, MusicLibrary library, uint32_t seed)
     : personality(std::move(model)),
       catalogue(std::move(library)),
       random(seed),
-      database(catalogue),
+      database(catalogue, orderOfAllTracks(personality.trackOrder)),
       player(catalogue, personality.player, random),
       display(personality.display),
       faults(random) {}

@@ -29,6 +29,9 @@ enum class UnknownCommand { kUnknownId, kFailed, kSilence };
 /// What an Extended Interface command is answered with outside the extended mode.
 enum class OutsideExtendedMode { kBadParameter, kSilence };
 
+/// How the list of all tracks is sorted when the accessory asks for no order.
+enum class TrackOrder { kByArtist, kByName };
+
 /// What plays when the accessory selects a single track.
 enum class TrackSelection {
   kWithItsList,  ///< that track, within the list that it was selected from
@@ -93,6 +96,7 @@ struct Personality {
   /// be selected.
   bool countBeforeSelect = true;
   TrackSelection trackSelection = TrackSelection::kWithItsList;
+  TrackOrder trackOrder = TrackOrder::kByArtist;
 
   // Playing and its notifications
   PlayerHabits player;

@@ -96,6 +96,8 @@ std::vector<Setting> answerSettings() {
            &Personality::countBeforeSelect),
       choice("track-selection", {"list", "alone"}, "what plays when a track is selected",
              &Personality::trackSelection),
+      choice("track-order", {"artist", "name"}, "of the list of all tracks",
+             &Personality::trackOrder),
   };
 }
 

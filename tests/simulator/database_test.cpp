@@ -177,6 +177,23 @@ TEST_F(DatabaseTest, PlainSelectionSortsByDefaultAgain) {
   EXPECT_EQ(names(Category::kTrack).front(), "Able");
 }
 
+TEST_F(DatabaseTest, AllTracksTogetherCanBeSortedByName) {
+  MusicLibrary library = smallLibrary();
+  library.tracks[2].title = "Zebra";  // Anna's first
+  const Catalogue other(library);
+  Database byName(other, SortOrder::kName);
+  EXPECT_EQ(byName.recordName(Category::kTrack, 4), "Zebra");
+  EXPECT_EQ(byName.select(Category::kPlaylist, 0, SortOrder::kDefault), Status::kOk);
+  EXPECT_EQ(byName.recordName(Category::kTrack, 4), "Zebra");
+  EXPECT_EQ(byName.select(Category::kArtist, 0, SortOrder::kDefault), Status::kOk);
+  EXPECT_EQ(byName.recordName(Category::kTrack, 0), "Zebra");
+  byName.reset();
+  EXPECT_EQ(byName.select(Category::kPlaylist, 0, SortOrder::kArtist), Status::kOk);
+  EXPECT_EQ(byName.recordName(Category::kTrack, 0), "Zebra");
+  EXPECT_EQ(byName.select(Category::kPlaylist, 1, SortOrder::kDefault), Status::kOk);
+  EXPECT_EQ(byName.recordName(Category::kTrack, 0), "Echo");
+}
+
 TEST_F(DatabaseTest, SelectedTrackNarrowsNoList) {
   select(Category::kTrack, 3);
   EXPECT_EQ(database.selectedTrack(), 3u);

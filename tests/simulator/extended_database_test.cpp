@@ -164,6 +164,16 @@ TEST_F(ExtendedDatabaseTest, BrowsingDoesNotDisturbWhatPlays) {
   EXPECT_EQ(bench.ask("04 00 20 00 00 00 03"), Payloads{"04 00 21 54 68 65 20 44 65 6C 74 61 00"});
 }
 
+TEST(AllTracks, CanBeSortedByName) {
+  Personality personality;
+  personality.trackOrder = TrackOrder::kByName;
+  MusicLibrary library = smallLibrary();
+  library.tracks[2].title = "Zebra";
+  Bench bench(personality, library);
+  bench.enter();
+  EXPECT_EQ(bench.list(5), (Names{"Baker", "Charlie", "The Delta", "Echo", "Zebra"}));
+}
+
 TEST(SelectTrack, CanPlayTheTrackAlone) {
   Personality personality;
   personality.trackSelection = TrackSelection::kAlone;

@@ -220,6 +220,15 @@ TEST_F(FaultsTest, ShuffledListingHasTheSameRecordsInAnotherOrder) {
   EXPECT_EQ(mixed, inOrder);
 }
 
+TEST_F(FaultsTest, ShuffledListingIsNeverInOrder) {
+  bench.enter();
+  fault("shuffled-listing@04:1A");
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(bench.ask("04 00 1A 06 00 00 00 00 00 00 00 02").at(0),
+              "04 00 1B 00 00 00 01 44 6F 72 6E 00");
+  }
+}
+
 TEST_F(FaultsTest, NotificationsComeBetweenRecords) {
   bench.enter();
   fault("notifications-between=1@04:1A");

@@ -68,6 +68,7 @@ TEST(Identification, ExtraQuestionsComeAfterThoseOffered) {
   bench.ask(kAnnounce);
   EXPECT_EQ(bench.ask("00 28 00 00 00 00 02"), Payloads{"00 27 01"});
   EXPECT_EQ(bench.ask("00 28 01 41 00"), Payloads{"00 27 03 04"});
+  EXPECT_EQ(bench.ask("00 28 03 04 01 07"), Payloads{"0A 02"});
 }
 
 TEST(Identification, AccessoryInfoCanBeAcknowledged) {

@@ -54,6 +54,7 @@ TEST(PersonalitySettings, TakeWords) {
   EXPECT_EQ(with("unknown-command=silence").unknownCommand, UnknownCommand::kSilence);
   EXPECT_EQ(with("outside-extended-mode=silence").outsideExtendedMode,
             OutsideExtendedMode::kSilence);
+  EXPECT_EQ(with("track-order=name").trackOrder, TrackOrder::kByName);
   EXPECT_EQ(with("track-selection=alone").trackSelection, TrackSelection::kAlone);
 }
 
