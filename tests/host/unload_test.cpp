@@ -32,7 +32,9 @@ class LoadedPlatform {
   LoadedPlatform() : library(dlopen(COREDLL_PATH, RTLD_NOW | RTLD_LOCAL)) {}
   LoadedPlatform(const LoadedPlatform&) = delete;
   LoadedPlatform& operator=(const LoadedPlatform&) = delete;
-  ~LoadedPlatform() { dlclose(library); }
+  ~LoadedPlatform() {
+    if (isLoaded()) dlclose(library);
+  }
 
   bool isLoaded() const { return library != nullptr; }
 
