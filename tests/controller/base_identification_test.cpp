@@ -36,9 +36,7 @@ class BaseIdentification : public ControllerFixture<IpodControllerBase> {
     ipod().answer(kIdentify, messages);
     EXPECT_TRUE(controller().indentifyIpod());
     EXPECT_EQ(liveMessages(), 0u);
-    Calls sent = linesOf(callLog(), "send");
-    sent.erase(sent.begin());
-    return sent;
+    return behindFirst(1, linesOf(callLog(), "send"));
   }
 };
 

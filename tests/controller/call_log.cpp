@@ -1,6 +1,7 @@
 #include "controller/call_log.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 
 Calls& callLog() {
@@ -29,6 +30,11 @@ Calls repeated(uint32_t times, const Calls& calls) {
   for (uint32_t i = 0; i < times; ++i)
     all.insert(all.end(), calls.begin(), calls.end());
   return all;
+}
+
+Calls behindFirst(uint32_t count, const Calls& calls) {
+  return {calls.begin() + std::min<std::ptrdiff_t>(count, calls.end() - calls.begin()),
+          calls.end()};
 }
 
 Calls linesOf(const Calls& calls, const std::string& start) {

@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <iterator>
 #include <utility>
 
 #include "lingo/received_message.h"
 
 namespace {
+
+/// More than any test waits for messages: whoever gets here would wait for ever.
+constexpr uint32_t kEndlessWaits = 100000;
 
 void logRegistration(const char* call, uint16_t command, uint8_t lingo) {
   char line[32];
@@ -71,6 +75,10 @@ int FakeTransport::readFrame(uint8_t* /*dest*/, int /*capacity*/, uint8_t*& payl
 }
 
 std::unique_ptr<LingoMessage> FakeTransport::getMessage(uint32_t nanoseconds, uint32_t seconds) {
+  if (++waits > kEndlessWaits) {
+    std::fputs("the controller waits without end\n", stderr);
+    std::abort();
+  }
   callLog().push_back("wait " + std::to_string(nanoseconds) + " ns " + std::to_string(seconds) +
                       " s");
   if (queue.empty() && floodLeft > 0) {

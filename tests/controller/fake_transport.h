@@ -17,7 +17,7 @@ using Payloads = std::vector<Bytes>;
 const Bytes kSilence;
 
 /// A link in memory with an iPod of the test's making at its far end. Every call goes to the call
-/// log; a wait for a message that has not come ends at once.
+/// log; a wait for a message that has not come ends at once, and waits without end abort the test.
 class FakeTransport final : public Transport {
  public:
   /// `onMade` is told each message that the iPod is going to send; null: nobody.
@@ -81,6 +81,7 @@ class FakeTransport final : public Transport {
   Messages queue;
   Messages behindFlush;
   std::deque<Answer> answers;
+  uint32_t waits = 0;
   uint32_t floodLeft = 0;
   Bytes floodPayload;
   std::vector<HandlerRecord> registered;

@@ -37,9 +37,7 @@ class Identification : public ControllerTest {
     ipod().answer(kIdentify, messages);
     EXPECT_TRUE(controller().indentifyIpod());
     EXPECT_EQ(liveMessages(), 0u);
-    Calls sent = linesOf(callLog(), "send");
-    sent.erase(sent.begin());
-    return sent;
+    return behindFirst(1, linesOf(callLog(), "send"));
   }
 
   /// An iPod that asks for the sample rates and then tells its versions one by one.

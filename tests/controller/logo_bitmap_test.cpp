@@ -318,27 +318,32 @@ TEST_P(ImpossibleSize, IsRefused) {
   }
 }
 
-const SizeRow kImpossibleSizes[] = {{0, 1},
-                                    {1, 0},
-                                    {0, 0},
-                                    {0, 0x7FFFFFFF},
-                                    {0xFFFFFFFF, 1},
-                                    {1, 0xFFFFFFFF},
-                                    {0xFFFFFFFC, 0xFFFFFFFF},
-                                    {0x80000000, 1},
-                                    {4, 0x80000000},
-                                    {0x80000000, 0x80000000},
-                                    {0x7FFFFFFF, 1},
-                                    {1, 0x7FFFFFFF},
-                                    {0x7FFFFFFF, 0x7FFFFFFF},
-                                    {0x10000, 0x10000},
-                                    {0x8000, 0x8000},
-                                    {0x4000, 0x4000},
-                                    {0x40000000, 4},
-                                    {0x55555556, 1},
-                                    {1, 0x55555556},
-                                    {0x2AAAAAAB, 2},
-                                    {100, 100}};
+const SizeRow kImpossibleSizes[] = {
+    {0, 1},
+    {1, 0},
+    {0, 0},
+    {0, 0x7FFFFFFF},
+    {0xFFFFFFFF, 1},
+    {1, 0xFFFFFFFF},
+    {0xFFFFFFFC, 0xFFFFFFFF},
+    {0x80000000, 1},
+    {4, 0x80000000},
+    {0x80000000, 0x80000000},
+    {0x7FFFFFFF, 1},
+    {1, 0x7FFFFFFF},
+    {0x7FFFFFFF, 0x7FFFFFFF},
+    {0x10000, 0x10000},
+    {0x8000, 0x8000},
+    {0x4000, 0x4000},
+    {0x40000000, 4},
+    {0x55555556, 1},
+    {1, 0x55555556},
+    {0x2AAAAAAB, 2},
+    {100, 100},
+    // 26, 26 and 13 bytes in 64 bits: one side is negative, or both.
+    {0x77A90C3E, 0xB68FA971},
+    {0xB68FA971, 0x77A90C3E},
+    {0xACE30E8D, 0xFCB65D2B}};
 
 INSTANTIATE_TEST_SUITE_P(Of, ImpossibleSize, testing::ValuesIn(kImpossibleSizes));
 

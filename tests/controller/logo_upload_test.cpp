@@ -73,7 +73,7 @@ class LogoUpload : public ControllerTest {
     ipod().answer(kLimitsRequest, limits);
     EXPECT_TRUE(controller().IdentifyIpod("IPD1:", true));
     EXPECT_EQ(liveMessages(), ipod().queued());
-    return {callLog().begin() + kStepsBefore, callLog().end()};
+    return behindFirst(kStepsBefore, callLog());
   }
 };
 
