@@ -10,7 +10,7 @@
 #include "console/commands.h"
 #include "console/options.h"
 #include "database/resized_library.h"
-#include "faults/fault_spec.h"
+#include "faults/fault_text.h"
 #include "link/pty_ipod.h"
 #include "music/built_in_library.h"
 #include "music/json_library.h"

@@ -5,7 +5,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "faults/fault_spec.h"
+#include "faults/fault_text.h"
 
 namespace simulator {
 
@@ -111,7 +111,7 @@ constexpr Command kCommands[] = {
     {"next", "", "skip to the next track", next},
     {"previous", "", "skip back", previous},
     {"rate", "HZ", "tell the accessory this sample rate", rate},
-    {"fault", "SPEC", "let something go wrong, as with --fault", fault},
+    {"fault", "KIND", "let something go wrong, as with --fault", fault},
     {"clear", "", "let nothing go wrong any more", clear},
     {"status", "", "what the iPod is doing", status},
     {"help", "", "this list", help},

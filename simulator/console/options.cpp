@@ -5,7 +5,7 @@
 #include <iostream>
 
 #include "device/personality_settings.h"
-#include "faults/fault_spec.h"
+#include "faults/fault_text.h"
 
 namespace simulator {
 
@@ -142,7 +142,7 @@ void describeModel(CLI::App& app, Options& options, RawOptions& raw) {
       ->type_name("M.N");
   app.add_option("--image-limits", raw.limits, "The largest image that it shows")->type_name("WxH");
   app.add_option("--fault", options.faults, "Something that goes wrong; see --help-faults")
-      ->type_name("SPEC");
+      ->type_name("KIND...");
   app.add_option("--seed", options.seed, "Seed of shuffling and of random faults")
       ->capture_default_str()
       ->type_name("N");

@@ -57,6 +57,7 @@ NameTable gatherNames(const std::vector<Track>& tracks, const NameOfTrack& nameO
 // By old number: its place when the names are sorted.
 std::vector<uint32_t> sortedPlaces(const std::vector<std::string>& names) {
   std::vector<std::string> keys;
+  keys.reserve(names.size());
   for (const std::string& name : names)
     keys.push_back(sortKey(name));
   std::vector<uint32_t> order(names.size());
@@ -111,6 +112,7 @@ Ranks rankBy(const std::vector<uint32_t>& numbers, const Ranks& before) {
 
 std::vector<uint32_t> numbersOf(const std::vector<Track>& tracks, uint32_t Track::*number) {
   std::vector<uint32_t> numbers;
+  numbers.reserve(tracks.size());
   for (const Track& track : tracks)
     numbers.push_back(track.*number);
   return numbers;

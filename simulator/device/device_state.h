@@ -9,7 +9,7 @@ namespace simulator {
 
 /// What the lingoes of one iPod share: its parts, its mode, and the way out for their messages.
 struct DeviceState {
-  DeviceState(Personality personality, MusicLibrary library, uint32_t seed);
+  DeviceState(Personality model, MusicLibrary library, uint32_t seed);
   DeviceState(const DeviceState&) = delete;
   DeviceState& operator=(const DeviceState&) = delete;
 

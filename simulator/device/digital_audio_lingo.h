@@ -16,9 +16,9 @@ class DigitalAudioLingo {
 
   void handle(const Message& message);
 
-  /// Begins with an accessory that announced the lingo; `onTold` is called once the audio
+  /// Begins with an accessory that announced the lingo; `whenTold` is called once the audio
   /// attributes were told for the first time.
-  void start(std::function<void()> onTold);
+  void start(std::function<void()> whenTold);
   /// Forgets the accessory.
   void stop();
   /// Tells the attributes again when the track that plays now has another rate.

@@ -19,7 +19,7 @@ class Notifier {
   bool wanted() const;
   Message position() const;
   void schedule();
-  void tell(const Message& notification);
+  void tell(const Message& told);
 
   DeviceState& state;
   Timers::Id nextPosition = 0;  ///< 0: none is due

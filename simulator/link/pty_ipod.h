@@ -23,9 +23,9 @@ namespace simulator {
 /// called from any thread.
 class PtyIpod {
  public:
-  /// The iPod must outlive this. With a `link`, a symbolic link of this name leads to the slave
+  /// The iPod must outlive this. With a `linkPath`, a symbolic link of this name leads to the slave
   /// while the cable is plugged; one that is there already is replaced, but nothing else is.
-  PtyIpod(SimulatedIpod& ipod, FrameKind kind, std::filesystem::path link = {});
+  PtyIpod(SimulatedIpod& device, FrameKind frames, std::filesystem::path linkPath = {});
   /// Stops the thread, and takes the link away.
   ~PtyIpod();
   PtyIpod(const PtyIpod&) = delete;

@@ -67,7 +67,7 @@ class DisplayImage {
  private:
   Status begin(ByteView packet, Time now);
   Status append(ByteView data, Time now);
-  bool takesFormat(uint8_t format) const;
+  bool takesFormat(uint8_t number) const;
   void finish(Time now);
 
   DisplayHabits habits;

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "bench.h"
-#include "faults/fault_spec.h"
+#include "faults/fault_text.h"
 #include "hex.h"
 
 namespace simulator {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "bench.h"
-#include "faults/fault_spec.h"
+#include "faults/fault_text.h"
 #include "hex.h"
 
 namespace simulator {

@@ -8,7 +8,7 @@
 #include <fstream>
 
 #include "bench.h"
-#include "faults/fault_spec.h"
+#include "faults/fault_text.h"
 #include "hex.h"
 #include "host_end.h"
 #include "temporary_folder.h"

@@ -1,4 +1,4 @@
-#include "faults/fault_spec.h"
+#include "faults/fault_text.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@ namespace {
 const Cause kCount{0x04, 0x0018};
 const Cause kName{0x00, 0x07};
 
-class FaultSpecTest : public testing::Test {
+class FaultTextTest : public testing::Test {
  protected:
   void add(const std::string& text) { addFault(plan, text); }
   // The names of the faults that strike the next reply to this request.
@@ -34,20 +34,20 @@ class FaultSpecTest : public testing::Test {
   FaultPlan plan{random};
 };
 
-TEST_F(FaultSpecTest, WithoutATargetStrikesEveryReply) {
+TEST_F(FaultTextTest, WithoutATargetStrikesEveryReply) {
   add("lost");
   EXPECT_EQ(strike(kCount), "lost");
   EXPECT_EQ(strike(kName), "lost");
 }
 
-TEST_F(FaultSpecTest, StrikesRepliesToOneCommand) {
+TEST_F(FaultTextTest, StrikesRepliesToOneCommand) {
   add("doubled@04:0018");
   EXPECT_EQ(strike(kName), "");
   EXPECT_EQ(strike(kCount), "doubled");
   EXPECT_EQ(strike(kCount), "doubled");
 }
 
-TEST_F(FaultSpecTest, StrikesTheNthReplyOnly) {
+TEST_F(FaultTextTest, StrikesTheNthReplyOnly) {
   add("lost@04:18#2");
   EXPECT_EQ(strike(kCount), "");
   EXPECT_EQ(strike(kName), "");
@@ -55,14 +55,14 @@ TEST_F(FaultSpecTest, StrikesTheNthReplyOnly) {
   EXPECT_EQ(strike(kCount), "");
 }
 
-TEST_F(FaultSpecTest, StrikesFromTheNthReplyOn) {
+TEST_F(FaultTextTest, StrikesFromTheNthReplyOn) {
   add("lost@00:07#2+");
   EXPECT_EQ(strike(kName), "");
   EXPECT_EQ(strike(kName), "lost");
   EXPECT_EQ(strike(kName), "lost");
 }
 
-TEST_F(FaultSpecTest, StarIsAnyLingoOrCommand) {
+TEST_F(FaultTextTest, StarIsAnyLingoOrCommand) {
   add("lost@04:*#2");
   EXPECT_EQ(strike(kName), "");
   EXPECT_EQ(strike(kCount), "");
@@ -73,13 +73,13 @@ TEST_F(FaultSpecTest, StarIsAnyLingoOrCommand) {
   EXPECT_EQ(strike(kName), "lost");
 }
 
-TEST_F(FaultSpecTest, SeveralFaultsStrikeTogether) {
+TEST_F(FaultTextTest, SeveralFaultsStrikeTogether) {
   add("late=20@00:07");
   add("noise=3");
   EXPECT_EQ(strike(kName), "late, noise");
 }
 
-TEST_F(FaultSpecTest, ValuesAreDecimalHexadecimalOrNegative) {
+TEST_F(FaultTextTest, ValuesAreDecimalHexadecimalOrNegative) {
   add("drift=-2");
   EXPECT_EQ(plan.drift(kCount), 0xFFFFFFFEu);
   plan.clear();
@@ -87,14 +87,14 @@ TEST_F(FaultSpecTest, ValuesAreDecimalHexadecimalOrNegative) {
   EXPECT_EQ(plan.drift(kCount), 16u);
 }
 
-TEST_F(FaultSpecTest, SecondValueFollowsASlash) {
+TEST_F(FaultTextTest, SecondValueFollowsASlash) {
   add("noise=3/0xAA");
   Outgoing outgoing;
   const Fate fate = plan.decide(outgoing, FrameKind::kUsb);
   EXPECT_EQ(fate.noise, (Bytes{0xAA, 0xAA, 0xAA}));
 }
 
-TEST_F(FaultSpecTest, RandomFaultsHaveAChanceAndKinds) {
+TEST_F(FaultTextTest, RandomFaultsHaveAChanceAndKinds) {
   add("random=100/lost");
   EXPECT_EQ(strike(kName), "lost");
   plan.clear();
@@ -105,12 +105,12 @@ TEST_F(FaultSpecTest, RandomFaultsHaveAChanceAndKinds) {
   EXPECT_NE(strike(kName), "");
 }
 
-TEST_F(FaultSpecTest, CorruptNeedsNoValue) {
+TEST_F(FaultTextTest, CorruptNeedsNoValue) {
   add("corrupt");
   EXPECT_EQ(strike(kName), "corrupt");
 }
 
-TEST_F(FaultSpecTest, RefusalsSayWhatIsWrong) {
+TEST_F(FaultTextTest, RefusalsSayWhatIsWrong) {
   EXPECT_EQ(refusal("slow=3"), "fault 'slow=3': there is no fault 'slow'");
   EXPECT_EQ(refusal("late"), "fault 'late': write it as late=MS");
   EXPECT_EQ(refusal("late=abc"), "fault 'late=abc': 'abc' is not a number");

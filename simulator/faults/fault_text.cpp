@@ -1,6 +1,7 @@
-#include "faults/fault_spec.h"
+#include "faults/fault_text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <sstream>
 #include <stdexcept>
@@ -114,7 +115,7 @@ RandomFaults parseRandom(const std::string& values, const std::string& text) {
   const bool good = !percent.empty() && *end == '\0' && chance >= 0 && chance <= kMostPercent;
   if (!good) refuse(text, "write the chance in percent, from 0 to 100");
   RandomFaults faults;
-  faults.perThousand = static_cast<uint32_t>(chance * 10 + 0.5);
+  faults.perThousand = static_cast<uint32_t>(std::lround(chance * 10));
   std::istringstream list(names);
   for (std::string name; std::getline(list, name, ',');) {
     const FaultRow& row = parseKind(name, text);
