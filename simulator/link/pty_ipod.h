@@ -20,7 +20,7 @@ namespace simulator {
 /// From start() on, a thread of its own drives the iPod; everybody else reaches it through access()
 /// only. When the accessory closes the slave, the iPod forgets it and waits for the next one.
 /// Pulling the cable closes the master, so that the accessory's read fails. The functions may be
-/// called from any thread.
+/// called from any thread, but not by hooks of the iPod: those run while it is locked.
 class PtyIpod {
  public:
   /// The iPod must outlive this. With a `linkPath`, a symbolic link of this name leads to the slave
@@ -36,8 +36,7 @@ class PtyIpod {
   void start();
   void stop();
 
-  /// Pulls the cable, and returns when it is pulled; nothing happens when it is pulled already. Not
-  /// to be called by a hook of the iPod.
+  /// Pulls the cable, and returns when it is pulled; nothing happens when it is pulled already.
   void unplug();
   /// Plugs the cable again, at a new pseudo-terminal under the same link; nothing happens when it
   /// is plugged. Throws like start().
