@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -44,7 +45,8 @@ inline Bytes countingBytes(uint32_t count) {
   return bytes;
 }
 
-inline Bytes operator+(Bytes left, const Bytes& right) {
-  left.insert(left.end(), right.begin(), right.end());
-  return left;
+inline Bytes operator+(const Bytes& left, const Bytes& right) {
+  Bytes joined(left.size() + right.size());
+  std::copy(right.begin(), right.end(), std::copy(left.begin(), left.end(), joined.begin()));
+  return joined;
 }
