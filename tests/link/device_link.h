@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -74,6 +75,27 @@ class DeviceLink {
 
  private:
   host_test::DeviceMapping devices;
+};
+
+/// A handler that holds its reader until it is released.
+class StuckHandler {
+ public:
+  static void handle(void* object, std::unique_ptr<LingoMessage>) {
+    auto& self = *static_cast<StuckHandler*>(object);
+    self.entered.set_value();
+    self.released.get_future().wait_for(host_test::kPatience);
+  }
+
+  /// Waits until the reader is in the handler; false when it does not come in time.
+  bool isEntered() {
+    return entered.get_future().wait_for(host_test::kPatience) == std::future_status::ready;
+  }
+
+  void release() { released.set_value(); }
+
+ private:
+  std::promise<void> entered;
+  std::promise<void> released;
 };
 
 /// Checks at its end that no handle was closed twice, none is left, and no thread runs on.

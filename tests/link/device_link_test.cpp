@@ -259,31 +259,20 @@ TEST(GetMessage, GivesNothingAfterTheTimeAskedFor) {
 class StuckReader : public testing::Test {
  protected:
   StuckReader() {
-    link.transport->addHandler(this, handle, 0x01, 0x00);
+    link.transport->addHandler(&handler, StuckHandler::handle, 0x01, 0x00);
     EXPECT_TRUE(link.start());
     EXPECT_TRUE(link.send(kFrame1));
-    EXPECT_EQ(entered.get_future().wait_for(host_test::kPatience), std::future_status::ready);
+    EXPECT_TRUE(handler.isEntered());
   }
 
   void release() {
-    released.set_value();
+    handler.release();
     EXPECT_TRUE(link.transport->awaitReader());
   }
 
   HandleBalance balance;
+  StuckHandler handler;
   DeviceLink link{kUsbKind};
-
- private:
-  static void handle(void* object, std::unique_ptr<LingoMessage>) {
-    auto& self = *static_cast<StuckReader*>(object);
-    self.entered.set_value();
-    self.released.get_future().wait_for(host_test::kPatience);
-  }
-
-  std::promise<void> entered;
-
- protected:
-  std::promise<void> released;
 };
 
 /// Waits for a stated time-out: 300 ms.
@@ -313,7 +302,7 @@ TEST_F(StuckReader, IsWaitedForByTheTransportsEnd) {
   });
   EXPECT_TRUE(link.wire.waitUntilDeviceCloses());
   EXPECT_FALSE(end.isDone());
-  released.set_value();
+  handler.release();
   EXPECT_EQ(end.result(), true);
   EXPECT_EQ(deskRunningThreads(), 0u);
 }

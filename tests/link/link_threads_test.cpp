@@ -91,6 +91,24 @@ TEST_F(LinkThreads, OpenAndCloseLeaveNoHandleBehind) {
   }
 }
 
+TEST_F(LinkThreads, CloseTheDeviceOnceFromTwoThreadsAtOnce) {
+  std::atomic<int> rounds{0};
+  std::atomic<int> closed{0};
+  Repeating closer([&] {
+    if (closed == rounds) return;
+    transport().close();
+    ++closed;
+  });
+  for (int i = 0; i < 1000; ++i) {
+    ASSERT_TRUE(transport().open(link.kind.deviceName));
+    ++rounds;
+    transport().close();
+    ASSERT_TRUE(eventually([&] { return closed == rounds; }));
+    ASSERT_EQ(refusedCloses(), 0);
+  }
+  EXPECT_TRUE(closer.end());
+}
+
 TEST_F(LinkThreads, CloseAtAnyMomentOfTheReadersStart) {
   for (int i = 0; i < 100; ++i) {
     ASSERT_TRUE(link.start());
@@ -104,7 +122,7 @@ TEST_F(LinkThreads, CloseAtAnyMomentOfTheReadersStart) {
 }
 
 TEST_F(LinkThreads, DestroyATransportWhoseReaderIsBusy) {
-  for (int i = 0; i < 50; ++i) {
+  for (int i = 0; i < 20; ++i) {
     ASSERT_TRUE(link.start());
     for (int frames = 0; frames < 10; ++frames)
       ASSERT_TRUE(link.send(kFrame1));
@@ -358,6 +376,28 @@ TEST_F(TwoLinks, AreBothClosedByABadChecksumOnOne) {
   EXPECT_FALSE(second->isOpen());
 }
 
+/// A reader that closes all transports holds on to the first one, whose own reader is stuck, and
+/// meanwhile the second one, whose turn comes later, is opened again. Waits for a stated time-out:
+/// 300 ms.
+TEST_F(TwoLinks, KeepTheDeviceThatWasOpenedWhileTheOldReaderWasOnItsWayOut) {
+  StuckHandler stuck;
+  ASSERT_TRUE(first->addHandler(&stuck, StuckHandler::handle, 0x01, 0x00));
+  ASSERT_TRUE(startFirst());
+  ASSERT_TRUE(startSecond());
+  ASSERT_TRUE(firstWire.send(kFrame1));
+  ASSERT_TRUE(stuck.isEntered());
+  ASSERT_TRUE(secondWire.send(kBadFrame));
+  ASSERT_TRUE(firstWire.waitUntilDeviceCloses());
+
+  EXPECT_TRUE(startSecond());
+  ASSERT_TRUE(secondWire.send(kFrame2));
+  const auto message = second->getMessage(0, 10);
+  EXPECT_NE(message, nullptr);
+  EXPECT_TRUE(second->isOpen());
+  stuck.release();
+  EXPECT_TRUE(first->awaitReader());
+}
+
 TEST_F(TwoLinks, FailAtOnce) {
   for (int i = 0; i < 50; ++i) {
     SCOPED_TRACE(i);
@@ -395,12 +435,10 @@ TEST_F(TwoLinks, OpenBesideAFailureOfTheOther) {
     ASSERT_TRUE(returnsInTime([&] { startSecond(); }));
     ASSERT_TRUE(first->awaitReader());
   }
-  // Every reader that ends closes both links.
   first->close();
-  second->close();
   ASSERT_TRUE(first->awaitReader());
+  second->close();
   ASSERT_TRUE(second->awaitReader());
-  EXPECT_TRUE(startFirst());
   EXPECT_TRUE(startSecond());
   ASSERT_TRUE(secondWire.send(kFrame2));
   const auto message = second->getMessage(0, 10);

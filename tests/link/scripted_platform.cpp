@@ -87,6 +87,12 @@ BOOL ScriptedPlatform::releaseSemaphore(HANDLE handle, LONG count) {
 }
 
 DWORD ScriptedPlatform::wait(HANDLE object, DWORD milliseconds) {
+  const DWORD result = waitFor(object, milliseconds);
+  if (result == WAIT_TIMEOUT) waited += milliseconds;
+  return result;
+}
+
+DWORD ScriptedPlatform::waitFor(HANDLE object, DWORD milliseconds) {
   if (!waitResults.empty()) {
     const DWORD result = waitResults.front();
     waitResults.pop_front();
@@ -206,7 +212,10 @@ HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES attributes, DWORD stackSize,
   return ScriptedPlatform::instance().createThread(start, parameter);
 }
 
-void WINAPI Sleep(DWORD milliseconds) { record("Sleep", text(milliseconds)); }
+void WINAPI Sleep(DWORD milliseconds) {
+  record("Sleep", text(milliseconds));
+  ScriptedPlatform::instance().sleep(milliseconds);
+}
 
 DWORD WINAPI GetLastError() { return ScriptedPlatform::instance().lastError; }
 

@@ -40,6 +40,9 @@ class ScriptedPlatform {
   /// The calls that begin with `name`.
   std::vector<std::string> callsOf(const std::string& name) const;
 
+  /// Milliseconds that sleeps, and waits that ended for nothing, have taken.
+  uint64_t waited = 0;
+
   /// Closes of handles that were not open (any more).
   int wrongCloses = 0;
 
@@ -82,6 +85,7 @@ class ScriptedPlatform {
   HANDLE createSemaphore(LONG initialCount, LONG maximumCount);
   BOOL releaseSemaphore(HANDLE semaphore, LONG count);
   DWORD wait(HANDLE object, DWORD milliseconds);
+  void sleep(DWORD milliseconds) { waited += milliseconds; }
   BOOL close(HANDLE object);
   HANDLE createThread(LPTHREAD_START_ROUTINE start, void* argument);
   HANDLE createDevice();
@@ -102,6 +106,7 @@ class ScriptedPlatform {
   };
 
   HANDLE addHandle(const char* kind);
+  DWORD waitFor(HANDLE object, DWORD milliseconds);
   DWORD waitForThread();
   DWORD waitForSemaphore(Semaphore& semaphore, DWORD milliseconds);
 
