@@ -1,0 +1,2 @@
+// The C program is a C++ program too.
+#include "c_header_test.c"

@@ -1,0 +1,371 @@
+#include <algorithm>
+
+#include "api/api_test.h"
+#include "lingo/row_name.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr int kPreviousGroup = 12;
+constexpr int kNextGroup = 13;
+constexpr char kTracks[] = "05";
+
+class GroupStepTest : public ConnectedApiTest {
+ protected:
+  std::vector<std::string> step(int code) {
+    forgetEvents();
+    EXPECT_EQ(IpodCommand(code), 0);
+    return events();
+  }
+};
+
+// ---------------------------------------------------------------- among all tracks
+
+class AmongTracksTest : public GroupStepTest {
+ protected:
+  /// The events of a step without the count of the tracks.
+  std::vector<std::string> walk(int code) {
+    std::vector<std::string> happened = step(code);
+    happened.erase(std::remove(happened.begin(), happened.end(), "04 00 18 05"), happened.end());
+    return happened;
+  }
+
+  /// The playing list's artists, one a track, in the tree of artists.
+  void listArtists(const std::vector<std::string>& names) { list(2, "22", "23", names); }
+
+  /// Its albums, in the tree of albums.
+  void listAlbums(const std::vector<std::string>& names) { list(3, "24", "25", names); }
+
+ private:
+  void list(int type, const std::string& request, const std::string& reply,
+            const std::vector<std::string>& names) {
+    openTree(type, 12);
+    IpodValidateUpDownTree();
+    count(kTracks, static_cast<std::uint32_t>(names.size()));
+    std::uint32_t index = 0;
+    for (const std::string& name : names) {
+      ipod.answer("04 00 " + request + word(index), {"04 00 " + reply + textBytes(name)});
+      ++index;
+    }
+  }
+};
+
+TEST_F(AmongTracksTest, ReadsTheIndexTheOwnNameAndTheTrackCountInThisOrder) {
+  listArtists({"Abba", "Beck"});
+  playingIndex(0);
+  EXPECT_THAT(step(kNextGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 00", "04 00 18 05", "04 00 22 00 00 00 01",
+                          "04 00 28 00 00 00 01", kRefresh));
+}
+
+TEST_F(AmongTracksTest, NextPlaysTheFirstTrackOfTheNextArtist) {
+  listArtists({"Abba", "Abba", "Abba", "Beck", "Cher"});
+  playingIndex(1);
+  EXPECT_THAT(walk(kNextGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 01", "04 00 22 00 00 00 02",
+                          "04 00 22 00 00 00 03", "04 00 28 00 00 00 03", kRefresh));
+}
+
+TEST_F(AmongTracksTest, NextPlaysTheFirstTrackOfTheNextAlbum) {
+  listAlbums({"Ants", "Ants", "Bees"});
+  playingIndex(0);
+  EXPECT_THAT(walk(kNextGroup),
+              ElementsAre("04 00 1E", "04 00 24 00 00 00 00", "04 00 24 00 00 00 01",
+                          "04 00 24 00 00 00 02", "04 00 28 00 00 00 02", kRefresh));
+}
+
+TEST_F(AmongTracksTest, NextWrapsFromTheLastTrackToTheFirst) {
+  listArtists({"Abba", "Beck", "Beck"});
+  playingIndex(1);
+  EXPECT_THAT(walk(kNextGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 01", "04 00 22 00 00 00 02",
+                          "04 00 22 00 00 00 00", "04 00 28 00 00 00 00", kRefresh));
+}
+
+TEST_F(AmongTracksTest, PreviousPlaysTheFirstTrackOfTheArtistBefore) {
+  listArtists({"Abba", "Beck", "Beck", "Cher"});
+  playingIndex(3);
+  EXPECT_THAT(walk(kPreviousGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 03", "04 00 22 00 00 00 02",
+                          "04 00 22 00 00 00 01", "04 00 22 00 00 00 00", "04 00 28 00 00 00 01",
+                          kRefresh));
+}
+
+TEST_F(AmongTracksTest, PreviousPlaysTheFirstTrackOfTheAlbumBefore) {
+  listAlbums({"Ants", "Bees", "Bees", "Cats"});
+  playingIndex(3);
+  EXPECT_THAT(walk(kPreviousGroup),
+              ElementsAre("04 00 1E", "04 00 24 00 00 00 03", "04 00 24 00 00 00 02",
+                          "04 00 24 00 00 00 01", "04 00 24 00 00 00 00", "04 00 28 00 00 00 01",
+                          kRefresh));
+}
+
+TEST_F(AmongTracksTest, PreviousLeavesTheOwnGroupFirst) {
+  listArtists({"Abba", "Beck", "Cher", "Cher"});
+  playingIndex(3);
+  EXPECT_THAT(walk(kPreviousGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 03", "04 00 22 00 00 00 02",
+                          "04 00 22 00 00 00 01", "04 00 22 00 00 00 00", "04 00 28 00 00 00 01",
+                          kRefresh));
+}
+
+TEST_F(AmongTracksTest, PreviousWrapsFromTheFirstTrackToTheLast) {
+  listArtists({"Abba", "Beck", "Cher", "Cher"});
+  playingIndex(0);
+  EXPECT_THAT(walk(kPreviousGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 00", "04 00 22 00 00 00 03",
+                          "04 00 22 00 00 00 02", "04 00 22 00 00 00 01", "04 00 28 00 00 00 02",
+                          kRefresh));
+}
+
+TEST_F(AmongTracksTest, PreviousWrapsWhenItStepsForwardFromTheLastTrack) {
+  listArtists({"Abba", "Beck", "Beck", "Cher"});
+  playingIndex(1);
+  EXPECT_THAT(walk(kPreviousGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 01", "04 00 22 00 00 00 00",
+                          "04 00 22 00 00 00 03", "04 00 28 00 00 00 00", kRefresh));
+}
+
+TEST_F(AmongTracksTest, PreviousPlaysTheFirstTrackOfTheOnlyOtherGroup) {
+  listArtists({"Abba", "Beck", "Beck", "Beck"});
+  playingIndex(0);
+  const std::vector<std::string> happened = walk(kPreviousGroup);
+  EXPECT_THAT(happened, testing::Contains("04 00 28 00 00 00 01"));
+  EXPECT_EQ(happened.back(), kRefresh);
+}
+
+TEST_F(AmongTracksTest, AGroupOfTracksWithoutANameIsAGroup) {
+  listArtists({"Abba", "", "", "Cher"});
+  ipod.answer("04 00 22 00 00 00 01", {"04 00 23 00 00"});
+  ipod.answer("04 00 22 00 00 00 02", {"04 00 23 00 00"});
+  playingIndex(1);
+  EXPECT_THAT(walk(kNextGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 01", "04 00 22 00 00 00 02",
+                          "04 00 22 00 00 00 03", "04 00 28 00 00 00 03", kRefresh));
+}
+
+TEST_F(AmongTracksTest, ATrackWithoutANameIsInAnotherGroupThanOneWithAName) {
+  listArtists({"Abba", "", "Abba"});
+  ipod.answer("04 00 22 00 00 00 01", {"04 00 23 00 00"});
+  playingIndex(0);
+  EXPECT_THAT(walk(kNextGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 00", "04 00 22 00 00 00 01",
+                          "04 00 28 00 00 00 01", kRefresh));
+}
+
+TEST_F(AmongTracksTest, ANameThatTheIpodDoesNotTellIsEmpty) {
+  listArtists({"Abba", "Beck", "Beck", "Abba"});
+  ipod.refuse("04 00 22 00 00 00 01");
+  ipod.refuse("04 00 22 00 00 00 02");
+  playingIndex(1);
+  EXPECT_THAT(walk(kNextGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 01", "04 00 22 00 00 00 02",
+                          "04 00 22 00 00 00 03", "04 00 28 00 00 00 03", kRefresh));
+}
+
+TEST_F(AmongTracksTest, NamesMustBeEqualToTheLastByte) {
+  listArtists({"Abba", "Abbe", "Abb", "abba"});
+  for (const std::uint32_t index : {0u, 1u, 2u}) {
+    playingIndex(index);
+    EXPECT_EQ(walk(kNextGroup).at(3), "04 00 28" + word(index + 1));
+  }
+}
+
+TEST_F(AmongTracksTest, WithOneGroupOnlyReadsOneRoundAndDoesNothing) {
+  listArtists({"Abba", "Abba", "Abba"});
+  playingIndex(1);
+  for (const int code : {kNextGroup, kPreviousGroup}) {
+    const std::vector<std::string> happened = walk(code);
+    EXPECT_EQ(std::count(happened.begin(), happened.end(), kRefresh), 0);
+    EXPECT_THAT(happened, testing::Not(testing::Contains(testing::StartsWith("04 00 28"))));
+    EXPECT_THAT(happened, testing::Contains("04 00 22 00 00 00 00"));
+    EXPECT_THAT(happened, testing::Contains("04 00 22 00 00 00 02"));
+    EXPECT_LE(happened.size(), 5u);
+  }
+}
+
+TEST_F(AmongTracksTest, WithOneTrackDoesNothing) {
+  listArtists({"Abba"});
+  playingIndex(0);
+  for (const int code : {kNextGroup, kPreviousGroup}) {
+    const std::vector<std::string> happened = walk(code);
+    EXPECT_EQ(std::count(happened.begin(), happened.end(), kRefresh), 0);
+    EXPECT_THAT(happened, testing::Not(testing::Contains(testing::StartsWith("04 00 28"))));
+  }
+}
+
+TEST_F(AmongTracksTest, WithoutAnIndexDoesNothing) {
+  listArtists({"Abba", "Beck"});
+  ipod.refuse("04 00 1E");
+  EXPECT_THAT(walk(kNextGroup), ElementsAre("04 00 1E"));
+  EXPECT_THAT(walk(kPreviousGroup), ElementsAre("04 00 1E"));
+}
+
+/// Counts that do not fit the playing index.
+struct OddCount : NamedRow {
+  const char* countReply;
+  std::uint32_t index;
+};
+
+class OddCountTest : public AmongTracksTest, public testing::WithParamInterface<OddCount> {};
+
+TEST_P(OddCountTest, EndsTheWalkAfterOneRoundAtMost) {
+  listArtists({"Abba", "Abba", "Abba"});
+  ipod.answer("04 00 22", {"04 00 23 41 62 62 61 00"});
+  ipod.answer("04 00 18 05", {GetParam().countReply});
+  playingIndex(GetParam().index);
+  for (const int code : {kNextGroup, kPreviousGroup}) {
+    const std::vector<std::string> happened = walk(code);
+    EXPECT_LE(happened.size(), 2u + 4u) << testing::PrintToString(happened);
+    EXPECT_THAT(happened, testing::Not(testing::Contains(testing::StartsWith("04 00 28"))));
+    EXPECT_THAT(happened, testing::Not(testing::Contains(kRefresh)));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Counts, OddCountTest,
+    testing::Values(OddCount{"CountZero", "04 00 19 00 00 00 00", 0},
+                    OddCount{"CountZeroIndexFive", "04 00 19 00 00 00 00", 5},
+                    OddCount{"NoCount", "00 02 05 00", 5},
+                    OddCount{"IndexIsTheCount", "04 00 19 00 00 00 03", 3},
+                    OddCount{"IndexIsAboveTheCount", "04 00 19 00 00 00 03", 9},
+                    OddCount{"IndexIsTheLargest", "04 00 19 00 00 00 03", 0x7FFFFFFF}),
+    rowName<OddCount>);
+
+TEST_F(AmongTracksTest, WithNothingPlayingStepsForwardToTheFirstTrack) {
+  listArtists({"Abba", "Abba", "Beck"});
+  playingIndex(0xFFFFFFFF);
+  EXPECT_THAT(walk(kNextGroup),
+              ElementsAre("04 00 1E", "04 00 22 FF FF FF FF", "04 00 22 00 00 00 00",
+                          "04 00 28 00 00 00 00", kRefresh));
+}
+
+TEST_F(AmongTracksTest, PostsAlsoWhenTheIpodRefusesToPlay) {
+  listArtists({"Abba", "Beck"});
+  playingIndex(0);
+  ipod.refuse("04 00 28");
+  EXPECT_EQ(walk(kNextGroup).back(), kRefresh);
+}
+
+TEST_F(GroupStepTest, InAListOfAnotherTypeAtLevelOneDoesNothing) {
+  for (const int type : {1, 4, 5, 6, 7, 8}) {
+    openTree(type, 12);
+    IpodValidateUpDownTree();
+    playingIndex(0);
+    EXPECT_THAT(step(kNextGroup), IsEmpty()) << type;
+    EXPECT_THAT(step(kPreviousGroup), IsEmpty()) << type;
+  }
+}
+
+TEST_F(GroupStepTest, WithoutASnapshotDoesNothing) {
+  openTree(IPOD_ARTISTS, 12);
+  EXPECT_THAT(step(kNextGroup), IsEmpty());
+  EXPECT_THAT(step(kPreviousGroup), IsEmpty());
+}
+
+// ---------------------------------------------------------------- below a record of the first list
+
+/// A step from one record of the first list to another, with the requests that it makes.
+struct RecordStep : NamedRow {
+  int type;
+  std::uint32_t records;  ///< what the iPod counts of this type
+  int from;
+  int code;
+  const char* countRequest;
+  const char* selectRequest;
+  int to;
+};
+
+class BelowARecordTest : public GroupStepTest {
+ protected:
+  /// The snapshot of the tracks below one record of the first list.
+  void openBelow(int type, std::uint32_t records, int index) {
+    openTree(type, records);
+    browseTree.ipodLevelIndex[1] = index;
+    ASSERT_NE(IpodGetFirstItem(1, IPOD_TRACKS, 1), nullptr);
+    IpodValidateUpDownTree();
+    ipod.answer("04 00 18", {"04 00 19" + word(records)});
+  }
+};
+
+class RecordStepTest : public BelowARecordTest, public testing::WithParamInterface<RecordStep> {};
+
+TEST_P(RecordStepTest, SelectsTheOtherRecordAndPlaysItsFirstTrack) {
+  const RecordStep& row = GetParam();
+  openBelow(row.type, row.records, row.from);
+  EXPECT_THAT(step(row.code), ElementsAre("04 00 16", row.countRequest, row.selectRequest,
+                                          "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
+  EXPECT_EQ(upDownTree.ipodLevelIndex[1], row.to);
+  EXPECT_EQ(browseTree.ipodLevelIndex[1], row.from);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Steps, RecordStepTest,
+    testing::Values(
+        RecordStep{"NextAlbum", 3, 4, 1, 13, "04 00 18 03", "04 00 38 03 00 00 00 02 03", 2},
+        RecordStep{"AfterTheLastAlbumTheFirst", 3, 4, 3, 13, "04 00 18 03",
+                   "04 00 38 03 00 00 00 00 03", 0},
+        RecordStep{"PreviousAlbum", 3, 4, 2, 12, "04 00 18 03", "04 00 38 03 00 00 00 01 03", 1},
+        RecordStep{"BeforeTheFirstAlbumTheLast", 3, 4, 0, 12, "04 00 18 03",
+                   "04 00 38 03 00 00 00 03 03", 3},
+        RecordStep{"NextArtist", 2, 300, 255, 13, "04 00 18 02", "04 00 38 02 00 00 01 00 01", 256},
+        RecordStep{"BeforeTheFirstArtistTheLast", 2, 300, 0, 12, "04 00 18 02",
+                   "04 00 38 02 00 00 01 2B 01", 299},
+        RecordStep{"NextGenre", 4, 4, 0, 13, "04 00 18 04", "04 00 38 04 00 00 00 01 00", 1},
+        RecordStep{"NextTrack", 5, 4, 0, 13, "04 00 18 05", "04 00 38 05 00 00 00 01 04", 1},
+        RecordStep{"NextOfType6", 6, 4, 0, 13, "04 00 18 06", "04 00 38 06 00 00 00 01 FF", 1},
+        RecordStep{"NextOfType7", 7, 4, 3, 13, "04 00 18 07", "04 00 38 07 00 00 00 00 FF", 0},
+        RecordStep{"NextOfType8", 8, 4, 0, 12, "04 00 18 08", "04 00 38 08 00 00 00 03 FF", 3},
+        RecordStep{"NextPlaylist", 1, 5, 1, 13, "04 00 18 01", "04 00 38 01 00 00 00 02 04", 2},
+        RecordStep{"AfterTheLastPlaylistTheFirstThatIsNotTheLibrary", 1, 5, 3, 13, "04 00 18 01",
+                   "04 00 38 01 00 00 00 01 04", 1},
+        RecordStep{"PreviousPlaylist", 1, 5, 3, 12, "04 00 18 01", "04 00 38 01 00 00 00 02 04", 2},
+        RecordStep{"BeforeTheFirstPlaylistTheLast", 1, 5, 1, 12, "04 00 18 01",
+                   "04 00 38 01 00 00 00 03 04", 3}),
+    rowName<RecordStep>);
+
+TEST_F(BelowARecordTest, FromThePlayAllEntryDoesNothing) {
+  openBelow(IPOD_ALBUMS, 4, -1);
+  EXPECT_THAT(step(kNextGroup), ElementsAre("04 00 16", "04 00 18 03"));
+  EXPECT_THAT(step(kPreviousGroup), ElementsAre("04 00 16", "04 00 18 03"));
+  EXPECT_EQ(upDownTree.ipodLevelIndex[1], -1);
+}
+
+TEST_F(BelowARecordTest, StepsOnFromWhereTheLastStepCame) {
+  openBelow(IPOD_ALBUMS, 4, 0);
+  EXPECT_THAT(step(kNextGroup), testing::Contains("04 00 38 03 00 00 00 01 03"));
+  EXPECT_THAT(step(kNextGroup), testing::Contains("04 00 38 03 00 00 00 02 03"));
+  EXPECT_THAT(step(kPreviousGroup), testing::Contains("04 00 38 03 00 00 00 01 03"));
+}
+
+TEST_F(BelowARecordTest, DoesNotMindRefusals) {
+  openBelow(IPOD_ALBUMS, 4, 1);
+  for (const char* request : {"04 00 16", "04 00 38", "04 00 18 05", "04 00 28"})
+    ipod.refuse(request);
+  EXPECT_THAT(step(kNextGroup), ElementsAre("04 00 16", "04 00 18 03", "04 00 38 03 00 00 00 02 03",
+                                            "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
+  EXPECT_EQ(upDownTree.ipodLevelIndex[1], 2);
+}
+
+TEST_F(BelowARecordTest, UsesTheFirstListAlsoFromDeeperLevels) {
+  openTree(IPOD_GENRES, 4);
+  count("02", 3);
+  count("03", 3);
+  ASSERT_NE(IpodGetFirstItem(1, IPOD_ARTISTS, 0), nullptr);
+  ASSERT_NE(IpodGetFirstItem(1, IPOD_ALBUMS, 0), nullptr);
+  IpodValidateUpDownTree();
+  count(kTracks, 7);
+  EXPECT_THAT(step(kNextGroup), ElementsAre("04 00 16", "04 00 18 04", "04 00 38 04 00 00 00 01 00",
+                                            "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
+}
+
+TEST_F(BelowARecordTest, RefersToTheSnapshotWhateverTheHostBrowses) {
+  openBelow(IPOD_ALBUMS, 4, 1);
+  openTree(IPOD_ARTISTS, 9);
+  count("03", 4);
+  EXPECT_THAT(step(kNextGroup), testing::Contains("04 00 38 03 00 00 00 02 03"));
+}
+
+}  // namespace

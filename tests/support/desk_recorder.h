@@ -1,0 +1,30 @@
+#pragma once
+
+#include <isochplay_desk.h>
+
+#include <functional>
+
+#include "support/event_log.h"
+
+/// While one lives, calls of the audio library and posted window messages are events of the log:
+/// "SelectFrequency(48000 Hz)", "PostMessageW(0xffff, 0x2400, 0, 0)". One at a time.
+class DeskRecorder {
+ public:
+  explicit DeskRecorder(EventLog& log);
+  ~DeskRecorder();
+  DeskRecorder(const DeskRecorder&) = delete;
+  DeskRecorder& operator=(const DeskRecorder&) = delete;
+
+  /// Also called for each posted message, on the posting thread. Set it while nothing is posted.
+  std::function<void()> onMessage;
+
+  /// The format tag of the stream started last.
+  int formatTag() const { return lastFormatTag; }
+
+ private:
+  static void takeAudioCall(void* context, const IsochplayCall* call);
+  static void takeMessage(void* context, HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+  EventLog& log;
+  int lastFormatTag = -1;
+};
