@@ -1,0 +1,36 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "simulator/temporary_folder.h"
+
+namespace session {
+
+/// The folder in which the host program runs: the current directory while this lives, empty at
+/// first.
+class HostFolder {
+ public:
+  HostFolder();
+  ~HostFolder();
+  HostFolder(const HostFolder&) = delete;
+  HostFolder& operator=(const HostFolder&) = delete;
+
+  /// Puts the head unit's own logo there.
+  void putLogo() const;
+  /// Puts a logo file of these bytes there.
+  void writeLogo(const std::string& bytes) const;
+
+  std::filesystem::path operator/(const std::string& name) const { return folder / name; }
+
+ private:
+  const std::filesystem::path before;
+  const simulator::TemporaryFolder folder;
+};
+
+/// The head unit's own logo as it lies in its folder.
+std::filesystem::path headUnitLogo();
+
+std::string contentOf(const std::filesystem::path& file);
+
+}  // namespace session

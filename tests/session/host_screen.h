@@ -1,0 +1,55 @@
+#pragma once
+
+#include <ipodctl.h>
+
+#include <string>
+#include <utility>
+
+#include "session/known_music.h"
+
+/// What a head unit's screen shows, read through the exports.
+namespace session {
+
+/// The name of a list's play-all entry on this screen; the library marks it by four units of its
+/// own.
+constexpr char kPlayAll[] = "[play all]";
+
+/// A host's buffer of 16-bit units, cleared.
+class TextBuffer {
+ public:
+  static constexpr int kSize = 120;
+
+  unsigned short* units() { return content; }
+  /// One byte a unit; zero units are left out.
+  std::string text() const;
+
+ private:
+  unsigned short content[kSize] = {};
+};
+
+std::string itemName();
+/// The name of what the up-down snapshot's list was opened from.
+std::string parentUpDownName();
+std::string ipodName();
+std::string serialNumber();
+
+/// The current entry and those that follow it, once round, by name; comes back to where it was.
+/// `index` is the list's current index.
+Names entriesOnce(const int* index);
+/// A whole list that was just opened, by name: page by page when it is in tabs, without the
+/// play-all entry.
+Names wholeList(const int* index);
+/// Moves to the item with this name; false when there is none. Chooses its tab.
+bool goToItem(const int* index, const std::string& name);
+
+int valueOf(int (*read)(int*));
+std::pair<int, int> playStatusAndIndex();
+
+struct TrackTexts {
+  int index = -2;
+  int result = -2;
+  std::string artist, album, title, genre, fifth;
+};
+TrackTexts trackTexts();
+
+}  // namespace session
