@@ -9,7 +9,7 @@ namespace coredll {
 HANDLE HandleTable::open(std::shared_ptr<KernelObject> object) {
   constexpr std::uintptr_t kStep = 4;
   const std::lock_guard lock(mutex);
-  const HANDLE handle = reinterpret_cast<HANDLE>(nextValue);
+  HANDLE handle = reinterpret_cast<HANDLE>(nextValue);
   objects.emplace(handle, std::move(object));
   nextValue += kStep;
   return handle;

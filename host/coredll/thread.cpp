@@ -68,7 +68,7 @@ HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES, DWORD, LPTHREAD_START_ROUTINE 
   }
   return coredll::newHandle(nullptr, [&] {
     const auto thread = std::make_shared<coredll::Thread>();
-    const HANDLE handle = coredll::handles().open(thread);
+    HANDLE handle = coredll::handles().open(thread);
     if (threadId != nullptr) *threadId = static_cast<DWORD>(reinterpret_cast<uintptr_t>(handle));
     if (coredll::launch(thread, start, parameter)) return handle;
     CloseHandle(handle);

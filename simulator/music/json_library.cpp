@@ -16,8 +16,9 @@ namespace {
 using nlohmann::json;
 using nlohmann::ordered_json;
 
-constexpr size_t kLargestFile = 32 * 1024 * 1024;  // bytes: room for more than 100,000 tracks
-constexpr int kDeepestNesting = 8;                 // the format itself has four levels
+constexpr size_t kLargestFile =
+    size_t{32} * 1024 * 1024;       // bytes: room for more than 100,000 tracks
+constexpr int kDeepestNesting = 8;  // the format itself has four levels
 constexpr uint32_t kLargestNumber = std::numeric_limits<uint32_t>::max();
 constexpr std::string_view kDefaultName = "iPod";
 

@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr size_t kLargestPlaylistFile = 16 * 1024 * 1024;  // bytes
+constexpr size_t kLargestPlaylistFile = size_t{16} * 1024 * 1024;  // bytes
 
 std::string utf8Of(const fs::path& path) { return toUtf8(path.native()); }
 

@@ -11,7 +11,7 @@ namespace {
 struct Sequence {
   uint8_t firstLead;
   uint8_t lastLead;
-  size_t length;          ///< bytes, the lead byte included
+  uint8_t length;         ///< bytes, the lead byte included
   uint8_t lowestSecond;   ///< the bounds of the second byte shut out overlong forms, surrogates
   uint8_t highestSecond;  ///< and code points above U+10FFFF
 };
