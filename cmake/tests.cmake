@@ -1,6 +1,17 @@
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
+# Tests derive from classes of the product, which has no type information. Optimising the matchers
+# would take most of the time of a build; what they test is optimised.
+set(IPODCTL_TEST_OPTIONS -fno-rtti -O0)
+
+# Reads GoogleTest's headers once for all test programs.
+file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/googletest_headers.cpp CONTENT "int main() {}\n")
+add_executable(googletest_headers ${PROJECT_BINARY_DIR}/googletest_headers.cpp)
+target_compile_options(googletest_headers PRIVATE $<$<COMPILE_LANGUAGE:CXX>:${IPODCTL_TEST_OPTIONS}>)
+target_link_libraries(googletest_headers PRIVATE ipodctl_warnings GTest::gmock GTest::gtest)
+target_precompile_headers(googletest_headers PRIVATE $<$<COMPILE_LANGUAGE:CXX>:<gmock/gmock.h$<ANGLE-R>>)
+
 # ipodctl_test(NAME SOURCES file... LIBRARIES target... [LABEL ring] [ENVIRONMENT NAME=value...])
 # One test program. Each of its tests is a CTest test of its own, labelled with its ring: unit,
 # device or session.
@@ -11,6 +22,8 @@ function(ipodctl_test name)
   endif()
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_options(${name} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:${IPODCTL_TEST_OPTIONS}>)
+  target_precompile_headers(${name} REUSE_FROM googletest_headers)
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} ipodctl_warnings GTest::gmock
                                         GTest::gtest_main)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
