@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "screen/display_image.h"
+
+namespace session {
+
+/// A 24-bit bitmap file, read by the tests' own means.
+class BitmapFile {
+ public:
+  explicit BitmapFile(std::string content) : bytes(std::move(content)) {}
+
+  int width() const { return static_cast<int>(number(18)); }
+  int height() const { return static_cast<int>(number(22)); }
+  /// From the left and from the top.
+  simulator::Colour at(int x, int y) const;
+
+ private:
+  uint32_t number(size_t offset) const;
+
+  const std::string bytes;
+};
+
+/// How many pixels of the bitmap differ from the picture's, whose place for it begins at this
+/// column and row. The screen's pixels have 5 bits of red and blue and 6 of green.
+int differentPixels(const BitmapFile& bitmap, const simulator::Picture& picture, uint16_t left,
+                    uint16_t top);
+
+/// A bitmap file that says this of itself, whatever pixels it has.
+std::string bitmapFile(int32_t width, int32_t height, int bitsPerPixel, const std::string& pixels);
+
+}  // namespace session
