@@ -107,10 +107,10 @@ class Transport {
   std::atomic<uint8_t> readDataActive{0};
 
   /// The outgoing frame: sync byte, body, checksum.
-  uint8_t txFrame[kSyncSize + kLargestBody + kChecksumSize];
+  uint8_t txFrame[kSyncSize + kLargestBody + kChecksumSize] = {};
 
   /// The payload of the frame just read. Reader thread only.
-  uint8_t rxPayload[kPayloadCapacity];
+  uint8_t rxPayload[kPayloadCapacity] = {};
 
   /// Raw received bytes, `rxCount` of them valid. Reader thread only.
   uint8_t rxArea[kReceiveCapacity] = {};
