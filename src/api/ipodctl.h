@@ -1,5 +1,5 @@
 /*
- * ipodctl - control an Apple iPod from a head unit's user interface
+ * ipodctl - control an iPod from a head unit's user interface
  *
  * The 35 functions of the library. Plain C (C89 and later) and C++.
  *
