@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "screen/display_image.h"
 
@@ -11,6 +12,8 @@ namespace session {
 class BitmapFile {
  public:
   explicit BitmapFile(std::string content) : bytes(std::move(content)) {}
+
+  const std::string& content() const { return bytes; }
 
   int width() const { return static_cast<int>(number(18)); }
   int height() const { return static_cast<int>(number(22)); }
