@@ -28,5 +28,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "headunit: unknown argument: %s\n\n%s", argv[1], kUsage);
     return 2;
   }
+  // What the audio system says comes in between, also in a pipe.
+  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   return runSession() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

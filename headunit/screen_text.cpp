@@ -7,6 +7,7 @@ namespace {
 constexpr unsigned short kPlayAllUnit = 0xFFFF;
 constexpr unsigned short kFirstPrintable = 0x20;
 constexpr unsigned short kFirstTwoByte = 0x80;
+constexpr char kNoLatin[] = "(no Latin letters)";
 
 void appendCharacter(std::string& text, unsigned short character) {
   if (character < kFirstPrintable) return;
@@ -25,7 +26,8 @@ std::string TextBuffer::text() const {
   std::string text;
   for (const unsigned short unit : content)
     appendCharacter(text, unit);
-  return text;
+  const bool isBlank = text.find_first_not_of(' ') == std::string::npos;
+  return isBlank && !text.empty() ? kNoLatin : text;
 }
 
 std::string clockTime(int milliseconds) {

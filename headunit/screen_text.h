@@ -11,7 +11,8 @@ class TextBuffer {
   unsigned short* units() { return content.data(); }
 
   /// What was written, as UTF-8: each unit is one Latin-1 character, the play-all mark becomes
-  /// "[play all]", control characters are left out.
+  /// "[play all]", control characters are left out, and a text of spaces only, as a name in another
+  /// script arrives, is called that.
   std::string text() const;
 
  private:

@@ -24,10 +24,7 @@ void begin(const char* title) {
   std::printf("\n---- %d. %s\n", ++number, title);
 }
 
-void show(const std::string& text) {
-  std::printf("   %s\n", text.c_str());
-  std::fflush(stdout);
-}
+void show(const std::string& text) { std::printf("   %s\n", text.c_str()); }
 
 std::string itemName() {
   TextBuffer name;
