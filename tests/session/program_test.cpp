@@ -1,0 +1,166 @@
+// The head unit's program, as a person runs it, with an iPod in this process or in the simulator's
+// program. It takes its time: about six seconds for a session, which it spends listening.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <png.h>
+
+#include <cstring>
+#include <optional>
+#include <stdexcept>
+
+#include "screen/display_image.h"
+#include "session/bitmap_file.h"
+#include "session/known_music.h"
+#include "session/session_ipod.h"
+#include "simulator/program.h"
+
+namespace session {
+namespace {
+
+using simulator::Picture;
+using simulator::Program;
+using simulator::SimulatedIpod;
+using testing::HasSubstr;
+
+constexpr simulator::Time kLimit = simulator::seconds(40);
+
+constexpr char kFirstTrackPlays[] = "   track 0, playing at 0:0";
+
+/// What the session shows, in its order.
+constexpr const char* kSteps[] = {
+    "---- 1. Connect, with the logo",
+    "Tavrel version is 01.29",
+    "   connected",
+    "---- 2. The artists",
+    "   in tabs:",
+    "   [play all]",
+    "   the first tab:",
+    "   Aalto Varispeed",
+    "---- 3. Albums of Aalto Varispeed",
+    "   Changing Rates",
+    "---- 4. Tracks of Changing Rates",
+    "---- 5. Play from the first track; the position moves",
+    kFirstTrackPlays,
+    kFirstTrackPlays,
+    kFirstTrackPlays,
+    "---- 6. Next track",
+    "   track 1, playing at 0:0",
+    "---- 7. Pause, and play on",
+    "   track 1, paused at 0:0",
+    "   track 1, playing at 0:0",
+    "---- 8. Shuffle",
+    "   shuffle mode 2",
+    "   shuffle mode 1",
+    "---- 9. The playing track's texts",
+    "   artist: Aalto Varispeed",
+    "   album:  Changing Rates",
+    "---- 10. Name and serial number",
+    "   name:          Demo iPod",
+    "   serial number: 8K821D0ZY5N",
+    "---- 11. Skip on: a track at another sample rate announces itself",
+    "   track 2, playing at 0:0",
+    "---- 12. Disconnect",
+    "   disconnected",
+};
+
+/// The program's next line with this text.
+std::optional<std::string> lineWith(Program& program, const std::string& text) {
+  std::optional<std::string> line;
+  do {
+    line = program.readLine(kLimit);
+  } while (line && line->find(text) == std::string::npos);
+  return line;
+}
+
+void expectSteps(Program& headUnit) {
+  Names positions;
+  for (const std::string step : kSteps) {
+    const std::optional<std::string> line = lineWith(headUnit, step);
+    ASSERT_TRUE(line) << step;
+    if (step == kFirstTrackPlays) positions.push_back(*line);
+  }
+  ASSERT_EQ(positions.size(), 3u);
+  EXPECT_LT(positions.front(), positions.back());
+  EXPECT_EQ(headUnit.waitForEnd(), 0);
+}
+
+Picture readPng(const std::filesystem::path& file) {
+  png_image image;
+  std::memset(&image, 0, sizeof image);
+  image.version = PNG_IMAGE_VERSION;
+  if (png_image_begin_read_from_file(&image, file.c_str()) == 0) {
+    throw std::runtime_error("no picture in " + file.string());
+  }
+  image.format = PNG_FORMAT_RGB;
+  Picture picture{static_cast<uint16_t>(image.width), static_cast<uint16_t>(image.height), {}};
+  picture.pixels.resize(size_t{image.width} * image.height);
+  png_image_finish_read(&image, nullptr, picture.pixels.data(), 0, nullptr);
+  return picture;
+}
+
+TEST(HeadUnit, TakesAWholeSession) {
+  SessionIpod ipod;
+  ipod.folder.putLogo();
+  Program headUnit(HEADUNIT_PROGRAM, {});
+  expectSteps(headUnit);
+  EXPECT_THAT(headUnit.errors(), HasSubstr("isochplay: SelectFrequency("));
+  ipod.look([](SimulatedIpod& device) {
+    EXPECT_EQ(device.display().shownCount(), 1u);
+    EXPECT_EQ(device.frameCounters().badChecksums, 0u);
+    EXPECT_EQ(device.frameCounters().skippedBytes, 0u);
+    EXPECT_EQ(device.frameCounters().abandoned, 0u);
+  });
+  EXPECT_TRUE(ipod.waitUntil([](const SimulatedIpod& device) { return !device.inExtendedMode(); }));
+}
+
+// The screen has 320 x 240 pixels: the logo of 240 x 120 stands 40 from the left, 60 from the top.
+TEST(HeadUnit, LeavesItsLogoOnTheSimulatorsScreen) {
+  const HostFolder folder;
+  folder.putLogo();
+  const std::string link = (folder / "ipod").string();
+  const host_test::DeviceMapping devices("IPD1:=" + link);
+  Program simulator(IPODSIM_PROGRAM,
+                    {"--quiet", "--link", link, "--screen", (folder / "screen.png").string()});
+  ASSERT_TRUE(simulator.readUntil("iPod ready on " + link));
+  Program headUnit(HEADUNIT_PROGRAM, {});
+  expectSteps(headUnit);
+  const Picture screen = readPng(folder / "screen.png");
+  ASSERT_EQ(screen.width, 320);
+  ASSERT_EQ(screen.height, 240);
+  EXPECT_EQ(differentPixels(BitmapFile(contentOf(headUnitLogo())), screen, 40, 60), 0);
+}
+
+TEST(HeadUnit, SaysThatThereIsNoIpod) {
+  const HostFolder folder;
+  const host_test::DeviceMapping devices("IPD1:=" + (folder / "nothing").string());
+  Program headUnit(HEADUNIT_PROGRAM, {});
+  EXPECT_TRUE(headUnit.readUntil("No iPod connected"));
+  EXPECT_TRUE(headUnit.readUntil("   There is no iPod that answers on \"IPD1:\"."));
+  EXPECT_EQ(headUnit.waitForEnd(), 1);
+}
+
+TEST(HeadUnit, SaysWhenTheIpodIsLost) {
+  SessionIpod ipod;
+  Program headUnit(HEADUNIT_PROGRAM, {});
+  ASSERT_TRUE(headUnit.readUntil("---- 5.", kLimit));
+  ipod.pty().unplug();
+  EXPECT_TRUE(headUnit.readUntil("   The iPod no longer answers.", kLimit));
+  EXPECT_TRUE(headUnit.readUntil("   disconnected", kLimit));
+  EXPECT_EQ(headUnit.waitForEnd(), 1);
+}
+
+TEST(HeadUnit, RefusesAnArgumentThatItDoesNotKnow) {
+  Program headUnit(HEADUNIT_PROGRAM, {"--fast"});
+  EXPECT_EQ(headUnit.waitForEnd(), 2);
+  EXPECT_THAT(headUnit.errors(), HasSubstr("headunit: unknown argument: --fast"));
+}
+
+TEST(HeadUnit, ExplainsItself) {
+  Program headUnit(HEADUNIT_PROGRAM, {"--help"});
+  EXPECT_TRUE(headUnit.readUntil("usage: headunit [--help]"));
+  EXPECT_EQ(headUnit.waitForEnd(), 0);
+}
+
+}  // namespace
+}  // namespace session

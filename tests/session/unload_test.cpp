@@ -1,0 +1,104 @@
+// A program that loads and unloads the library again and again: nothing of it stays behind.
+
+#include <desk.h>
+#include <gtest/gtest.h>
+
+#include "session/counted_heap.h"
+#include "session/loaded_library.h"
+#include "session/session_ipod.h"
+#include "simulator/program.h"
+
+namespace session {
+namespace {
+
+constexpr int kRounds = 100;
+
+/// What must be the same before and after.
+struct Remains {
+  OpenThings open;
+  long objects = 0;
+};
+
+bool operator==(const Remains& left, const Remains& right) {
+  return left.open == right.open && left.objects == right.objects;
+}
+
+std::ostream& operator<<(std::ostream& out, const Remains& remains) {
+  return out << remains.open << ", " << remains.objects << " objects";
+}
+
+Remains remains() { return {openThings(), liveObjects()}; }
+
+using Use = void (*)(const LoadedLibrary& library);
+
+/// With an iPod in another process, so that this one's heap tells of the library alone.
+class UnloadedLibrary : public testing::Test {
+ protected:
+  // A sanitizer starts a thread of its own with the program's first.
+  UnloadedLibrary() {
+    std::thread([] {}).join();
+  }
+
+  void SetUp() override { ASSERT_TRUE(ipodsim.readUntil("iPod ready")); }
+
+  static void loadOnce(Use use) {
+    const LoadedLibrary library;
+    EXPECT_TRUE(LoadedLibrary::isLoaded());
+    use(library);
+  }
+
+  // What the first round leaves is the platform's: it stays loaded.
+  void loadAgainAndAgain(Use use) {
+    const unsigned threads = openThings().threads;
+    loadOnce(use);
+    ASSERT_TRUE(eventually([&] { return openThings().threads == threads; }));
+    const Remains before = remains();
+    for (int round = 0; round < kRounds; ++round) {
+      loadOnce(use);
+      ASSERT_FALSE(LoadedLibrary::isLoaded()) << round;
+      ASSERT_EQ(deskRunningThreads(), 0u) << round;
+      ASSERT_TRUE(eventually([&] { return remains() == before; }))
+          << round << ": " << remains() << ", before: " << before;
+    }
+  }
+
+  const HostFolder folder;
+  const host_test::DeviceMapping devices{"IPD1:=" + (folder / "ipod").string()};
+  simulator::Program ipodsim{IPODSIM_PROGRAM, {"--quiet", "--link", (folder / "ipod").string()}};
+};
+
+TEST_F(UnloadedLibrary, LeavesNothingBehindUnused) {
+  loadAgainAndAgain([](const LoadedLibrary& library) { EXPECT_EQ(library.IpodIsConnect(), 0); });
+}
+
+TEST_F(UnloadedLibrary, LeavesNothingBehindAfterAConnection) {
+  loadAgainAndAgain([](const LoadedLibrary& library) {
+    ASSERT_EQ(library.IpodConnect(), 1);
+    library.IpodGetFirstItem(0, IPOD_ARTISTS, 0);
+    library.IpodSongPlay(0);
+    library.IpodDisconnect();
+  });
+}
+
+TEST_F(UnloadedLibrary, LeavesNothingBehindWithAConnectionThatWasNeverClosed) {
+  loadAgainAndAgain([](const LoadedLibrary& library) { ASSERT_EQ(library.IpodConnect(), 1); });
+}
+
+TEST_F(UnloadedLibrary, LeavesNothingBehindWithoutAnIpod) {
+  const host_test::DeviceMapping noDevices("");
+  loadAgainAndAgain([](const LoadedLibrary& library) { ASSERT_EQ(library.IpodConnect(), 0); });
+}
+
+TEST_F(UnloadedLibrary, StartsAfresh) {
+  {
+    const LoadedLibrary library;
+    ASSERT_EQ(library.IpodConnect(), 1);
+    ASSERT_NE(library.IpodGetFirstItem(0, IPOD_ARTISTS, 0), nullptr);
+  }
+  const LoadedLibrary library;
+  EXPECT_EQ(library.IpodIsConnect(), 0);
+  EXPECT_EQ(library.IpodGetFirstItem(0, IPOD_ARTISTS, 0), nullptr) << "no lock yet";
+}
+
+}  // namespace
+}  // namespace session
