@@ -1,3 +1,5 @@
+#include <optional>
+
 #include "api/api_test.h"
 
 using testing::ElementsAre;
@@ -14,16 +16,17 @@ class DisconnectedTest : public ConnectedApiTest {
     IpodValidateUpDownTree();
     IpodDisconnect();
     forgetEvents();
+    quickTimeOuts.emplace();
   }
 
   // Nothing is sent, and nothing waited for.
   void TearDown() override {
     EXPECT_THAT(requests(), IsEmpty());
-    EXPECT_EQ(quickTimeOuts.passed(), 0);
+    EXPECT_EQ(quickTimeOuts->passed(), 0);
     ConnectedApiTest::TearDown();
   }
 
-  QuickTimeOuts quickTimeOuts;
+  std::optional<QuickTimeOuts> quickTimeOuts;
   int value = -77;
   Units buffer = untouched(8);
 };
