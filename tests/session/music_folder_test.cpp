@@ -88,8 +88,8 @@ TEST_F(MusicFolderSession, PlaysEachTrackAsLongAsItsFile) {
     IpodCommand(IPOD_END_SEEK);
     EXPECT_GE(time, simulator::milliseconds(kLengths[track] - 100) / 8) << track;
     ipod.look([&](simulator::SimulatedIpod& device) {
-      const Track& ended = byTitle(musicWith(device.library(), &Track::album, "Harbour Sketches"))
-                               .at(static_cast<size_t>(track));
+      const Track ended = byTitle(musicWith(device.library(), &Track::album, "Harbour Sketches"))
+                              .at(static_cast<size_t>(track));
       EXPECT_NEAR(ended.lengthMs, kLengths[track], 100) << track;
     });
   }
