@@ -234,6 +234,16 @@ INSTANTIATE_TEST_SUITE_P(
                     OddCount{"IndexIsTheLargest", "04 00 19 00 00 00 03", 0x7FFFFFFF}),
     rowName<OddCount>);
 
+TEST_F(AmongTracksTest, FromAnIndexBehindTheLastTrackLooksAtEveryTrack) {
+  listArtists({"Abba", "Abba", "Beck"});
+  ipod.answer("04 00 22 00 00 00 09", {"04 00 23 41 62 62 61 00"});
+  playingIndex(9);
+  EXPECT_THAT(walk(kNextGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 09", "04 00 22 00 00 00 00",
+                          "04 00 22 00 00 00 01", "04 00 22 00 00 00 02", "04 00 28 00 00 00 02",
+                          kRefresh));
+}
+
 TEST_F(AmongTracksTest, WithNothingPlayingStepsForwardToTheFirstTrack) {
   listArtists({"Abba", "Abba", "Beck"});
   playingIndex(0xFFFFFFFF);
@@ -305,6 +315,14 @@ INSTANTIATE_TEST_SUITE_P(
     Steps, RecordStepTest,
     testing::Values(
         RecordStep{"NextAlbum", 3, 4, 1, 13, "04 00 18 03", "04 00 38 03 00 00 00 02 03", 2},
+        RecordStep{"NextAlbumThatIsTheLast", 3, 4, 2, 13, "04 00 18 03",
+                   "04 00 38 03 00 00 00 03 03", 3},
+        RecordStep{"PreviousAlbumThatIsTheFirst", 3, 4, 1, 12, "04 00 18 03",
+                   "04 00 38 03 00 00 00 00 03", 0},
+        RecordStep{"NextPlaylistThatIsTheLast", 1, 5, 2, 13, "04 00 18 01",
+                   "04 00 38 01 00 00 00 03 04", 3},
+        RecordStep{"PreviousPlaylistThatIsTheFirst", 1, 5, 2, 12, "04 00 18 01",
+                   "04 00 38 01 00 00 00 01 04", 1},
         RecordStep{"AfterTheLastAlbumTheFirst", 3, 4, 3, 13, "04 00 18 03",
                    "04 00 38 03 00 00 00 00 03", 0},
         RecordStep{"PreviousAlbum", 3, 4, 2, 12, "04 00 18 03", "04 00 38 03 00 00 00 01 03", 1},
