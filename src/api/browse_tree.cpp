@@ -138,7 +138,7 @@ void BrowseTree::leaveLevel() {
   ipodTabVisualization[level] = 0;
   ipodEnableTab[level] = 0;
   ipodPlayAll[level] = 0;
-  ipodLevel = std::max(level - 1, 0);
+  ipodLevel = std::max<int32_t>(level - 1, 0);
 }
 
 bool BrowseTree::onPlayAll(int32_t level) const {

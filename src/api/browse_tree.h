@@ -48,7 +48,7 @@ struct BrowseTree {
   SharedValue<int32_t> ipodLevel;
   SharedValue<int32_t> ipodLevelCount[kLevelCount];  ///< items in the list
   SharedValue<int32_t> ipodLevelType[kLevelCount];   ///< BrowseType
-  SharedValue<int32_t> ipodLevelIndex[kLevelCount];  ///< current item
+  SharedValue<int> ipodLevelIndex[kLevelCount];      ///< current item; the host reads it itself
   SharedValue<int32_t> ipodLevelEnd[kLevelCount];    ///< next and previous stay below this
   SharedValue<int32_t> ipodLevelStart[kLevelCount];  ///< and not below this
   SharedValue<int32_t> ipodLevelTab[kLevelCount];    ///< current tab
