@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <ostream>
 #include <vector>
 
 #include "session/loaded_library.h"
@@ -92,6 +93,14 @@ class BadInput : public testing::TestWithParam<State> {
       EXPECT_EQ(exports.IpodGetParentUpDownName(size, first.units(), second.units(), size), 0);
     });
   }
+  void readTextsNowhere(int size) const {
+    EXPECT_EQ(exports.IpodGetName(nullptr, size), 0);
+    EXPECT_EQ(exports.IpodGetSerialNumber(nullptr, size), 0);
+    EXPECT_EQ(exports.IpodGetItemName(0, nullptr, nullptr, size), 0);
+    EXPECT_EQ(exports.IpodGetParentUpDownName(0, nullptr, nullptr, size), 0);
+    EXPECT_EQ(exports.IpodGetTrackInfo(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, size),
+              answers() || !isUsed() ? 0 : -1);
+  }
   void readTrackInfo(GuardedUnits& buffer, int size) {
     GuardedInt index;
     inTime("IpodGetTrackInfo", [&] {
@@ -107,16 +116,18 @@ class BadInput : public testing::TestWithParam<State> {
   const LoadedLibrary exports;
 };
 
-std::string nameOf(const testing::TestParamInfo<State>& state) {
+const char* nameOf(State state) {
   constexpr const char* kNames[] = {"BeforeTheFirstConnection", "Connected", "Disconnected",
                                     "Vanished"};
-  return kNames[static_cast<int>(state.param)];
+  return kNames[static_cast<int>(state)];
 }
+
+void PrintTo(State state, std::ostream* out) { *out << nameOf(state); }
 
 INSTANTIATE_TEST_SUITE_P(, BadInput,
                          testing::Values(State::kBeforeTheFirstConnection, State::kConnected,
                                          State::kDisconnected, State::kVanished),
-                         nameOf);
+                         [](const auto& state) { return nameOf(state.param); });
 
 TEST_P(BadInput, NullPointersAreNotWrittenThrough) {
   const struct {
@@ -215,8 +226,9 @@ TEST_P(BadInput, CommandsAndModesOutOfRangeDoNothing) {
     inTime("IpodCommand", [&] { EXPECT_EQ(exports.IpodCommand(number), 0); });
     inTime("IpodSetShuffleMode", [&] { EXPECT_EQ(exports.IpodSetShuffleMode(number), 0); });
     inTime("IpodSetRepeatMode", [&] { EXPECT_EQ(exports.IpodSetRepeatMode(number), 0); });
-    exports.IpodSetSameIpod(number == 0 ? 1 : number);
-    EXPECT_EQ(exports.isIpodAudioPresent(number, number, number, number), 1);
+    inTime("IpodSetSameIpod", [&] { exports.IpodSetSameIpod(number); });
+    inTime("isIpodAudioPresent",
+           [&] { EXPECT_EQ(exports.isIpodAudioPresent(number, number, number, number), 1); });
   }
   EXPECT_EQ(received(), before) << "nothing was asked of the iPod";
 }

@@ -148,6 +148,17 @@ TEST_F(HostThreads, ThatConnectMeanwhileDoNotWaitAndChangeNothing) {
                }});
 }
 
+// Takes a second: so long the other call waits for its lost answer.
+TEST_F(HostThreads, ThatConnectDoNotWaitForABusyCall) {
+  ipod.addFault("lost@00:07");
+  std::thread busy([] { EXPECT_EQ(ipodName(), ""); });
+  EXPECT_TRUE(ipod.waitUntil([](const SimulatedIpod& device) {
+    return device.countReceived(simulator::Lingo::kGeneral, simulator::kRequestIpodName) > 0;
+  }));
+  EXPECT_LT(durationOf([] { EXPECT_EQ(IpodConnect(), 0); }), simulator::milliseconds(500));
+  busy.join();
+}
+
 TEST_F(HostThreads, FollowEveryAnnouncementBesideTheirRequests) {
   ipod.takeAudioCalls();
   runTogether({[this] { readTheDevicePage(); }, [this] { browse(); }});
@@ -157,8 +168,9 @@ TEST_F(HostThreads, FollowEveryAnnouncementBesideTheirRequests) {
   const auto acknowledged = [](const SimulatedIpod& device) {
     return device.countReceived(simulator::Lingo::kDigitalAudio, simulator::kAccAck);
   };
-  ASSERT_TRUE(ipod.waitUntil(
-      [&](const SimulatedIpod& device) { return announced(device) == acknowledged(device); }));
+  ASSERT_TRUE(ipod.waitUntil([&](const SimulatedIpod& device) {
+    return !device.nextWake() && announced(device) == acknowledged(device);
+  }));
   std::vector<std::string> expected;
   const size_t count = ipod.look(announced) - 1;  // one came with the identification
   for (size_t i = 0; i < count; ++i)
