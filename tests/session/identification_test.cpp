@@ -72,9 +72,8 @@ INSTANTIATE_TEST_SUITE_P(, EveryModel, testing::ValuesIn(simulator::personalityN
 TEST_P(EveryModel, ConnectsAndPlays) {
   SessionIpod ipod(simulator::personality(GetParam()));
   ASSERT_EQ(IpodConnect(), 1);
-  ASSERT_TRUE(ipod.waitUntil(
-      [](const SimulatedIpod& device) { return device.inExtendedMode() && !device.nextWake(); }));
-  ASSERT_TRUE(eventually([] { return ipodName() == "Demo iPod"; }));
+  ASSERT_TRUE(ipod.settle());
+  EXPECT_TRUE(ipod.look([](SimulatedIpod& device) { return device.inExtendedMode(); }));
   ASSERT_TRUE(goToItem(IpodGetFirstItem(0, IPOD_ARTISTS, 0), "Brevity Street"));
   IpodGetFirstItem(1, IPOD_TRACKS, 0);
   IpodSongPlay(0);

@@ -13,6 +13,7 @@ namespace session {
 namespace {
 
 constexpr simulator::Time kDeadline = simulator::seconds(10);
+constexpr uint32_t kUsualRate = 44100;
 constexpr char kWindowMessage[] = "PostMessageW(";
 
 unsigned entriesOf(const char* directory) {
@@ -35,6 +36,22 @@ SessionIpod::SessionIpod(simulator::Personality model, simulator::MusicLibrary m
 
 bool SessionIpod::waitUntil(const std::function<bool(const simulator::SimulatedIpod&)>& condition) {
   return cable.waitUntil(condition, kDeadline);
+}
+
+// What the library acknowledges last it has read last.
+bool SessionIpod::settle() {
+  const auto acknowledged = [](const simulator::SimulatedIpod& ipod) {
+    return ipod.countReceived(simulator::Lingo::kDigitalAudio, simulator::kAccAck);
+  };
+  if (!waitUntil([](const simulator::SimulatedIpod& ipod) { return !ipod.nextWake(); })) {
+    return false;
+  }
+  const size_t before = look(acknowledged);
+  cable.act([](simulator::SimulatedIpod& ipod, simulator::Time now) {
+    ipod.announceSampleRate(now, kUsualRate);
+  });
+  return waitUntil(
+      [&](const simulator::SimulatedIpod& ipod) { return acknowledged(ipod) > before; });
 }
 
 void SessionIpod::addFault(const std::string& text) {

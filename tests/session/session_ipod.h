@@ -28,6 +28,10 @@ class SessionIpod {
   /// Waits until `condition` holds of the iPod; false when it does not in time.
   bool waitUntil(const std::function<bool(const simulator::SimulatedIpod&)>& condition);
 
+  /// Waits until the iPod has nothing more to say and the library, which is connected, has read all
+  /// of it; false when that is not so in time.
+  bool settle();
+
   /// What `look` says of the iPod.
   template <typename Look>
   auto look(Look look) {
