@@ -123,6 +123,8 @@ enum IpodPlayStatus { IPOD_STOPPED = 0, IPOD_PLAYING = 1, IPOD_PAUSED = 2 };
  * Time:   a fraction of a second with an iPod, about three seconds with a silent one, and the time
  *         of the logo: one acknowledged packet for each of its rows and for each empty row above it
  *         (half of the rows that it leaves free).
+ * Then:   some iPods still acknowledge the connection when it is made already. A request that meets
+ *         such an acknowledgement fails: an empty first list is worth a second try.
  * Lock:   tried, not waited for.
  */
 int IPODCTL_CALL IpodConnect(void);
