@@ -1,4 +1,10 @@
-find_package(GTest REQUIRED)
+if(CMAKE_CROSSCOMPILING)
+  # Debian has the sources for those who compile for another processor.
+  set(INSTALL_GTEST OFF)
+  add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+else()
+  find_package(GTest REQUIRED)
+endif()
 include(GoogleTest)
 
 # Tests derive from classes of the product, which has no type information. Optimising the matchers
@@ -26,6 +32,16 @@ function(ipodctl_test name)
   target_precompile_headers(${name} REUSE_FROM googletest_headers)
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} ipodctl_warnings GTest::gmock
                                         GTest::gtest_main)
+  if(CMAKE_CROSSCOMPILING)
+    string(JOIN "|" emulator ${CMAKE_CROSSCOMPILING_EMULATOR})
+    target_compile_definitions(${name} PRIVATE TEST_EMULATOR="${emulator}")
+    # Starting the emulator costs more than most tests. Death tests start their own program again,
+    # without the emulator.
+    add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 --gtest_filter=-*DeathTest*)
+    set_tests_properties(${name} PROPERTIES LABELS ${ARG_LABEL} TIMEOUT 600
+                                            ENVIRONMENT "${ARG_ENVIRONMENT}")
+    return()
+  endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
                        PROPERTIES LABELS ${ARG_LABEL} TIMEOUT 120 ENVIRONMENT "${ARG_ENVIRONMENT}")
 endfunction()

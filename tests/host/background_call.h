@@ -15,15 +15,10 @@
 #include <thread>
 #include <utility>
 
+#include "host/kernel_calls.h"
 #include "host/pty_pair.h"
 
 namespace host_test {
-
-#ifdef SYS_poll
-constexpr std::initializer_list<long> kPollCalls = {SYS_poll, SYS_ppoll};
-#else
-constexpr std::initializer_list<long> kPollCalls = {SYS_ppoll};
-#endif
 
 // A call that never returns costs the test a failure, not the process: its thread is left behind.
 template <typename Result>

@@ -2,7 +2,6 @@
 
 #include <desk.h>
 #include <gtest/gtest.h>
-#include <sys/syscall.h>
 
 #include <filesystem>
 #include <fstream>

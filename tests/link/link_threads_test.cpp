@@ -170,10 +170,11 @@ TEST_F(LinkThreads, WaitWithoutLimitUntilTheReaderIsStopped) {
     ++returned;
     return gotNothing;
   };
+  const int before = threadsIn(host_test::kFutexCalls);
   BackgroundCall first(waitForever);
   BackgroundCall second(waitForever);
   BackgroundCall third(waitForever);
-  ASSERT_TRUE(eventually([] { return threadsIn({SYS_futex}) == 3; }));
+  ASSERT_TRUE(eventually([&] { return threadsIn(host_test::kFutexCalls) == before + 3; }));
   EXPECT_TRUE(returnsInTime([&] { transport().close(); }));
   EXPECT_TRUE(eventually([&] { return returned == 3; })) << returned << " of 3 have returned";
   // Frees those that would wait on, so that the test ends.

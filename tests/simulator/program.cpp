@@ -5,7 +5,13 @@
 #include <sys/wait.h>
 
 #include <csignal>
+#include <sstream>
 #include <stdexcept>
+
+/// What runs the programs of another processor, its words between bars.
+#ifndef TEST_EMULATOR
+#define TEST_EMULATOR ""
+#endif
 
 namespace simulator {
 
@@ -38,15 +44,27 @@ std::string readAll(const FileDescriptor& from) {
   return all;
 }
 
+std::vector<std::string> commandLine(const std::string& file,
+                                     const std::vector<std::string>& arguments) {
+  std::vector<std::string> words;
+  std::istringstream emulator(TEST_EMULATOR);
+  for (std::string word; std::getline(emulator, word, '|');)
+    words.push_back(word);
+  words.push_back(file);
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  return words;
+}
+
 }  // namespace
 
 Program::Program(const std::string& file, const std::vector<std::string>& arguments) {
   Pipe in;
   Pipe out;
   Pipe error;
-  std::vector<char*> argv{const_cast<char*>(file.c_str())};
-  for (const std::string& argument : arguments)
-    argv.push_back(const_cast<char*>(argument.c_str()));
+  const std::vector<std::string> words = commandLine(file, arguments);
+  std::vector<char*> argv;
+  for (const std::string& word : words)
+    argv.push_back(const_cast<char*>(word.c_str()));
   argv.push_back(nullptr);
   child = fork();
   if (child < 0) throw std::runtime_error("no process");
@@ -54,7 +72,7 @@ Program::Program(const std::string& file, const std::vector<std::string>& argume
     dup2(in.readEnd.get(), STDIN_FILENO);
     dup2(out.writeEnd.get(), STDOUT_FILENO);
     dup2(error.writeEnd.get(), STDERR_FILENO);
-    execv(file.c_str(), argv.data());
+    execvp(argv.front(), argv.data());
     _exit(127);
   }
   input = std::move(in.writeEnd);
