@@ -128,6 +128,11 @@ DWORD WINAPI WaitForSingleObject(HANDLE object, DWORD milliseconds);
  */
 BOOL WINAPI CloseHandle(HANDLE object);
 
+/* ---------------------------------------------------------------- interlocked access */
+
+/* Stores `value` in *target when that holds `comparand`. Returns what it held. */
+LONG WINAPI InterlockedCompareExchange(LONG volatile* target, LONG value, LONG comparand);
+
 /* ---------------------------------------------------------------- threads and time */
 
 typedef DWORD(WINAPI* LPTHREAD_START_ROUTINE)(LPVOID parameter);

@@ -79,7 +79,8 @@ std::string describePlaying(const SimulatedIpod& ipod, Time now) {
   const std::optional<uint32_t> current = ipod.player().currentTrack();
   if (!current) return "stopped";
   const Track& track = ipod.library().tracks[*current];
-  const long second = std::chrono::duration_cast<seconds>(ipod.player().position(now)).count();
+  const auto position = std::chrono::duration_cast<seconds>(ipod.player().position(now));
+  const auto second = static_cast<long>(position.count());
   char times[48];
   std::snprintf(times, sizeof times, "%ld:%02ld of %u:%02u", second / 60, second % 60,
                 track.lengthMs / 60000, track.lengthMs / 1000 % 60);

@@ -159,7 +159,7 @@ int PtyIpod::waitLimitMs() const {
   if (!next) return -1;
   const Time left = std::max(*next - now(), Time(0));
   const auto ms = std::chrono::ceil<milliseconds>(left).count();
-  return static_cast<int>(std::min<long>(ms, std::numeric_limits<int>::max()));
+  return static_cast<int>(std::min<int64_t>(ms, std::numeric_limits<int>::max()));
 }
 
 void PtyIpod::wake() { eventfd_write(waker.get(), 1); }

@@ -1,0 +1,22 @@
+# ARM Linux, 32 bits and without a floating-point unit, as the device's processor; its programs run
+# under an emulator. The libraries that the desk's programs need come from scripts/armel-sysroot.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR arm)
+set(CMAKE_C_COMPILER arm-linux-gnueabi-gcc)
+set(CMAKE_CXX_COMPILER arm-linux-gnueabi-g++)
+
+get_filename_component(IPODCTL_SYSROOT "${CMAKE_CURRENT_LIST_DIR}/../../build/armel-sysroot" ABSOLUTE)
+set(CMAKE_FIND_ROOT_PATH ${IPODCTL_SYSROOT} /usr/arm-linux-gnueabi)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(ENV{PKG_CONFIG_LIBDIR} ${IPODCTL_SYSROOT}/usr/lib/arm-linux-gnueabi/pkgconfig)
+set(ENV{PKG_CONFIG_SYSROOT_DIR} ${IPODCTL_SYSROOT})
+set(IPODCTL_SYSROOT_LIBRARIES ${IPODCTL_SYSROOT}/lib/arm-linux-gnueabi:${IPODCTL_SYSROOT}/usr/lib/arm-linux-gnueabi)
+string(REPLACE ":" " -Wl,-rpath-link," IPODCTL_RPATH_LINK ${IPODCTL_SYSROOT_LIBRARIES})
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,-rpath-link,${IPODCTL_RPATH_LINK}")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "-Wl,-rpath-link,${IPODCTL_RPATH_LINK}")
+
+set(CMAKE_CROSSCOMPILING_EMULATOR
+    qemu-arm;-L;/usr/arm-linux-gnueabi;-E;LD_LIBRARY_PATH=${IPODCTL_SYSROOT_LIBRARIES})

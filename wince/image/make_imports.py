@@ -1,0 +1,43 @@
+#!/usr/bin/env python3
+"""Writes the assembler source of a DLL's import thunks: make_imports.py DLL LIST > SOURCE.S
+
+LIST has a function's name a line; '#' begins a comment. Each function gets a thunk, which jumps to
+the address in its slot of the import address table. The linker drops the thunks that nobody calls,
+and their slots with them.
+"""
+
+import pathlib
+import sys
+
+THUNK = """\
+    .section .text.import.{name}, "ax", %progbits
+    .global {name}
+    .type {name}, %function
+{name}:
+    ldr ip, 1f
+    ldr pc, [ip]
+1:  .word __imp_{name}
+    .section .iat.{dll}.{name}, "aw", %progbits
+    .global __imp_{name}
+__imp_{name}:
+    .word 0
+"""
+
+
+def names_in(text):
+    lines = (line.split("#")[0].split() for line in text.splitlines())
+    return [words[0] for words in lines if words]
+
+
+def source(dll, names):
+    return "    .arm\n" + "".join(THUNK.format(dll=dll, name=name) for name in names)
+
+
+def main():
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    sys.stdout.write(source(sys.argv[1], names_in(pathlib.Path(sys.argv[2]).read_text())))
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,169 @@
+#!/usr/bin/env python3
+"""Makes a DLL of the platform out of a linked ELF file: write_image.py ELF DEF DLL
+
+The ELF file is linked with ipodctl.ld at the image's preferred address and has kept its relocations.
+DEF names the exports and their ordinals. Says what the image consists of.
+"""
+
+import pathlib
+import re
+import struct
+import sys
+
+from elftools.elf.elffile import ELFFile
+from elftools.elf.relocation import RelocationSection
+
+import pe_image as pe
+
+IMPORTED_DLLS = ("coredll", "isochplay")
+
+# Relocations that need nothing when the whole image moves: none, branches, and differences.
+R_ARM_NONE, R_ARM_PC24, R_ARM_REL32, R_ARM_CALL, R_ARM_JUMP24, R_ARM_V4BX, R_ARM_PREL31 = (
+    0, 1, 3, 28, 29, 40, 42)
+RELATIVE = {R_ARM_NONE, R_ARM_PC24, R_ARM_REL32, R_ARM_CALL, R_ARM_JUMP24, R_ARM_V4BX, R_ARM_PREL31}
+
+# Those that put an address into a word.
+R_ARM_ABS32, R_ARM_TARGET1 = 2, 38
+ABSOLUTE = {R_ARM_ABS32, R_ARM_TARGET1}
+
+SECTION_FLAGS = {
+    ".text": pe.CODE | pe.EXECUTE | pe.READ,
+    ".rdata": pe.INITIALISED | pe.READ,
+    ".data": pe.INITIALISED | pe.READ | pe.WRITE,
+    ".idata": pe.INITIALISED | pe.READ | pe.WRITE,
+}
+
+
+class BadInput(Exception):
+    """The ELF file cannot become an image."""
+
+
+class LinkedFile:
+    """What the image needs to know of the ELF file."""
+
+    def __init__(self, stream):
+        self.elf = ELFFile(stream)
+        table = self.elf.get_section_by_name(".symtab")
+        self.symbols = {symbol.name: symbol["st_value"] for symbol in table.iter_symbols()
+                        if symbol.name and symbol["st_shndx"] != "SHN_UNDEF"}
+        self.base = self.symbols["imageBase"]
+
+    def rva(self, name):
+        if name not in self.symbols:
+            raise BadInput(f"there is no {name} in the linked file")
+        return self.symbols[name] - self.base
+
+    def section(self, name):
+        """Address and content."""
+        found = self.elf.get_section_by_name(name)
+        if found is None:
+            raise BadInput(f"there is no section {name} in the linked file")
+        return found["sh_addr"] - self.base, bytearray(found.data())
+
+    def absolute_words(self):
+        """Addresses of all words that hold an address of the image."""
+        words = []
+        for relocations in self.elf.iter_sections():
+            if isinstance(relocations, RelocationSection) and self._is_loaded(relocations):
+                words += self._absolute_words_of(relocations)
+        return words
+
+    def _is_loaded(self, relocations):
+        target = self.elf.get_section(relocations["sh_info"])
+        return target["sh_flags"] & 2 != 0  # SHF_ALLOC
+
+    def _absolute_words_of(self, relocations):
+        symbols = self.elf.get_section(relocations["sh_link"])
+        for relocation in relocations.iter_relocations():
+            kind = relocation["r_info_type"]
+            symbol = symbols.get_symbol(relocation["r_info_sym"])
+            if kind in RELATIVE:
+                continue
+            if kind not in ABSOLUTE:
+                raise BadInput(f"relocation {kind} of {symbol.name} cannot be rebased")
+            if relocation["r_offset"] % 4 != 0:
+                raise BadInput(f"the address of {symbol.name} does not stand in a whole word")
+            if symbol["st_shndx"] not in ("SHN_ABS", "SHN_UNDEF"):
+                yield relocation["r_offset"] - self.base
+
+    def import_table(self, dll):
+        """The address of a DLL's slots and the names of the functions in them."""
+        begin = self.rva(f"{dll}Slots")
+        slots = {address - self.base: name[len("__imp_"):]
+                 for name, address in self.symbols.items() if name.startswith("__imp_")}
+        names = []
+        while begin + 4 * len(names) in slots:
+            names.append(slots[begin + 4 * len(names)])
+        return begin, names
+
+
+def ordinals_of(definition):
+    """Names and ordinals of a module-definition file."""
+    return {name: int(ordinal)
+            for name, ordinal in re.findall(r"^\s+(\w+) @(\d+)", definition, re.MULTILINE)}
+
+
+def loaded_sections(linked):
+    sections = {}
+    for name in SECTION_FLAGS:
+        rva, data = linked.section(name)
+        sections[name] = pe.Section(name, rva, data, len(data), SECTION_FLAGS[name])
+    bss_rva, bss = linked.section(".bss")
+    sections[".data"].memory_size = bss_rva + len(bss) - sections[".data"].rva
+    return sections
+
+
+def bind_imports(linked, section):
+    """Appends the import directory to the section of the tables and fills these."""
+    dlls = [(f"{dll}.dll", *linked.import_table(dll)) for dll in IMPORTED_DLLS]
+    dlls = [dll for dll in dlls if dll[2]]
+    tables_size = len(section.data)
+    directory, slots = pe.import_directory(section.rva + tables_size, dlls)
+    for rva, content in slots.items():
+        struct.pack_into("<I", section.data, rva - section.rva, content)
+    section.data += directory
+    section.memory_size = len(section.data)
+    return {
+        pe.IMPORTS: (section.rva + tables_size, 20 * (len(dlls) + 1)),
+        pe.IMPORT_ADDRESSES: (section.rva, tables_size),
+    }
+
+
+def added_section(sections, name, content_at, flags):
+    """A section behind the others, whose content depends on where it stands."""
+    rva = max(section.end for section in sections.values())
+    data = content_at(rva)
+    sections[name] = pe.Section(name, rva, data, len(data), flags)
+    return rva, len(data)
+
+
+def image_of(linked, definition, dll):
+    """The image's bytes."""
+    sections = loaded_sections(linked)
+    directories = bind_imports(linked, sections[".idata"])
+    exports = {name: (ordinal, linked.rva(name))
+               for name, ordinal in ordinals_of(definition).items()}
+    directories[pe.EXPORTS] = added_section(
+        sections, ".edata", lambda rva: pe.export_directory(rva, dll, exports),
+        pe.INITIALISED | pe.READ)
+    relocations = pe.relocation_directory(linked.absolute_words())
+    directories[pe.RELOCATIONS] = added_section(
+        sections, ".reloc", lambda rva: relocations, pe.INITIALISED | pe.READ | pe.DISCARDABLE)
+    return pe.file_of(list(sections.values()), linked.base, linked.rva("_DllMainCRTStartup"),
+                      directories)
+
+
+def main():
+    if len(sys.argv) != 4:
+        sys.exit(__doc__)
+    elf, definition, dll = map(pathlib.Path, sys.argv[1:])
+    with elf.open("rb") as stream:
+        try:
+            image = image_of(LinkedFile(stream), definition.read_text(), dll.name)
+        except (BadInput, ValueError) as error:
+            sys.exit(f"write_image.py: {elf}: {error}")
+    dll.write_bytes(image)
+
+
+if __name__ == "__main__":
+    main()
