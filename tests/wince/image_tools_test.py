@@ -1,0 +1,152 @@
+#!/usr/bin/python3
+"""The bytes that the tools for the device's image write."""
+
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "wince/image"))
+
+import import_library
+import make_imports
+import pe_image
+import write_image
+
+
+class RelocationDirectory(unittest.TestCase):
+    def test_has_a_block_for_each_page_padded_to_words(self):
+        self.assertEqual(
+            pe_image.relocation_directory([0x2004, 0x1008, 0x1ffc, 0x100c]),
+            bytes.fromhex("00 10 00 00  10 00 00 00  08 30 0c 30 fc 3f 00 00"
+                          "00 20 00 00  0c 00 00 00  04 30 00 00"))
+
+    def test_names_each_word_once(self):
+        self.assertEqual(pe_image.relocation_directory([0x1000, 0x1000]),
+                         bytes.fromhex("00 10 00 00  0c 00 00 00  00 30 00 00"))
+
+    def test_of_nothing_is_empty(self):
+        self.assertEqual(pe_image.relocation_directory([]), b"")
+
+
+class ExportDirectory(unittest.TestCase):
+    def test_orders_functions_by_ordinal_and_names_by_letter(self):
+        self.assertEqual(
+            pe_image.export_directory(0x3000, "a.dll", {"Zoe": (5, 0x1111), "Amy": (6, 0x2222)}),
+            bytes.fromhex("00000000 00000000 0000 0000 3c300000 05000000 02000000 02000000"
+                          "28300000 30300000 38300000"
+                          "11110000 22220000"
+                          "42300000 46300000"
+                          "0100 0000") + b"a.dll\0Amy\0Zoe\0")
+
+    def test_refuses_ordinals_with_gaps(self):
+        with self.assertRaisesRegex(ValueError, "gaps"):
+            pe_image.export_directory(0x3000, "a.dll", {"A": (1, 0), "B": (3, 0)})
+
+    def test_refuses_an_ordinal_that_is_used_twice(self):
+        with self.assertRaisesRegex(ValueError, "repeat"):
+            pe_image.export_directory(0x3000, "a.dll", {"A": (1, 0), "B": (1, 0)})
+
+
+class ImportDirectory(unittest.TestCase):
+    def test_describes_each_dll_and_fills_its_slots(self):
+        directory, slots = pe_image.import_directory(0x5000, [("k.dll", 0x4000, ["Go"])])
+        self.assertEqual(directory, bytes.fromhex(
+            "28500000 00000000 00000000 35500000 00400000"
+            "00000000 00000000 00000000 00000000 00000000"
+            "30500000 00000000"
+            "0000") + b"Go\0k.dll\0")
+        self.assertEqual(slots, {0x4000: 0x5030})
+
+
+class Checksum(unittest.TestCase):
+    def test_adds_words_with_their_carry_and_the_size_without_itself(self):
+        self.assertEqual(pe_image.checksum(bytes.fromhex("ffff 0200 aaaa bbbb 01"), 4), 3 + 9)
+
+
+class ImportThunks(unittest.TestCase):
+    def test_are_made_for_each_name_of_a_list_with_comments(self):
+        self.assertEqual(make_imports.names_in("# all\nSleep\n\nfree   # heap\n"), ["Sleep", "free"])
+
+    def test_jump_through_a_slot(self):
+        text = make_imports.source("coredll", ["Sleep"])
+        self.assertIn("Sleep:\n    ldr ip, 1f\n    ldr pc, [ip]\n1:  .word __imp_Sleep\n", text)
+        self.assertIn('.section .iat.coredll.Sleep, "aw"', text)
+
+
+class ImportLibrary(unittest.TestCase):
+    def test_has_a_short_record_for_each_export(self):
+        self.assertEqual(
+            import_library.import_record("a.dll", "Go", 7),
+            bytes.fromhex("0000 ffff 0000 c001 00000000 09000000 0700 0400") + b"Go\0a.dll\0")
+
+    def test_is_read_by_another_reader(self):
+        with tempfile.TemporaryDirectory() as folder:
+            library = pathlib.Path(folder) / "a.lib"
+            library.write_bytes(import_library.library_of("a.dll", {"Go": 1, "Away": 2}))
+            listing = subprocess.run(["llvm-nm-14", "--print-armap", library], check=True,
+                                     capture_output=True, text=True).stdout
+        for line in ("Go in a.dll", "Away in a.dll", "T __imp_Go", "T Away"):
+            self.assertIn(line, listing)
+
+
+class LinkedFile(unittest.TestCase):
+    """What the tool says of files that cannot become an image."""
+
+    SOURCE = """
+        .arm
+        .text
+        .global _DllMainCRTStartup, IpodConnect
+    _DllMainCRTStartup:
+    IpodConnect:
+        bx lr
+        .word known
+        {text}
+        .data
+    known:
+        .word known
+        .section .rodata
+        .word known - .
+        .section .iat.coredll.Sleep, "aw", %progbits
+        .global __imp_Sleep
+    __imp_Sleep:
+        .word 0
+        .bss
+        .space 4
+    """
+
+    def image(self, text="", definition="    IpodConnect @1\n"):
+        with tempfile.TemporaryDirectory() as folder:
+            folder = pathlib.Path(folder)
+            (folder / "a.s").write_text(self.SOURCE.format(text=text))
+            subprocess.run(["arm-none-eabi-as", "-march=armv7-a", "a.s", "-o", "a.o"], cwd=folder,
+                           check=True)
+            subprocess.run(["arm-none-eabi-ld", "--emit-relocs", "-T",
+                            ROOT / "wince/image/ipodctl.ld", "a.o", "-o", "a.elf"], cwd=folder,
+                           check=True)
+            with (folder / "a.elf").open("rb") as stream:
+                return write_image.image_of(write_image.LinkedFile(stream), definition, "a.dll")
+
+    def test_that_is_good_becomes_an_image(self):
+        image = self.image()
+        self.assertEqual(image[:2], b"MZ")
+        # The two words that hold an address; differences and branches need nothing.
+        self.assertIn(bytes.fromhex("00100000 0c000000 0430 0000 00300000 0c000000 0030 0000"), image)
+
+    def test_with_half_an_address_in_an_instruction_is_refused(self):
+        with self.assertRaisesRegex(write_image.BadInput, "relocation 43 of .* cannot be rebased"):
+            self.image("movw r0, #:lower16:known")
+
+    def test_with_an_address_across_words_is_refused(self):
+        with self.assertRaisesRegex(write_image.BadInput, "does not stand in a whole word"):
+            self.image(".byte 0\n .4byte known\n .align")
+
+    def test_without_an_export_is_refused(self):
+        with self.assertRaisesRegex(write_image.BadInput, "no IpodPlay in the linked file"):
+            self.image(definition="    IpodPlay @1\n")
+
+
+if __name__ == "__main__":
+    unittest.main()
