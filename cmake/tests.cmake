@@ -18,6 +18,18 @@ target_compile_options(googletest_headers PRIVATE $<$<COMPILE_LANGUAGE:CXX>:${IP
 target_link_libraries(googletest_headers PRIVATE ipodctl_warnings GTest::gmock GTest::gtest)
 target_precompile_headers(googletest_headers PRIVATE $<$<COMPILE_LANGUAGE:CXX>:<gmock/gmock.h$<ANGLE-R>>)
 
+# ipodctl_program(NAME SOURCES file... LIBRARIES target...)
+# A test program that CTest does not run by itself.
+function(ipodctl_program name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_options(${name} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:${IPODCTL_TEST_OPTIONS}>)
+  target_precompile_headers(${name} REUSE_FROM googletest_headers)
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} ipodctl_warnings GTest::gmock
+                                        GTest::gtest_main)
+endfunction()
+
 # ipodctl_test(NAME SOURCES file... LIBRARIES target... [LABEL ring] [ENVIRONMENT NAME=value...]
 #              [EXCEPT test...])
 # One test program. Each of its tests is a CTest test of its own, labelled with its ring: unit,
@@ -27,12 +39,7 @@ function(ipodctl_test name)
   if(NOT ARG_LABEL)
     set(ARG_LABEL unit)
   endif()
-  add_executable(${name} ${ARG_SOURCES})
-  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-  target_compile_options(${name} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:${IPODCTL_TEST_OPTIONS}>)
-  target_precompile_headers(${name} REUSE_FROM googletest_headers)
-  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} ipodctl_warnings GTest::gmock
-                                        GTest::gtest_main)
+  ipodctl_program(${name} SOURCES ${ARG_SOURCES} LIBRARIES ${ARG_LIBRARIES})
   if(CMAKE_CROSSCOMPILING)
     string(JOIN "|" emulator ${CMAKE_CROSSCOMPILING_EMULATOR})
     target_compile_definitions(${name} PRIVATE TEST_EMULATOR="${emulator}")
@@ -46,4 +53,13 @@ function(ipodctl_test name)
   endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
                        PROPERTIES LABELS ${ARG_LABEL} TIMEOUT 120 ENVIRONMENT "${ARG_ENVIRONMENT}")
+endfunction()
+
+# image_test(NAME): the test program once more on the image for Windows CE, which a stand-in for the
+# library loads.
+function(image_test name)
+  add_test(NAME image_${name} COMMAND ${name} --gtest_filter=-*DeathTest*)
+  set_tests_properties(image_${name} PROPERTIES LABELS session TIMEOUT 600
+    ENVIRONMENT "ARM_LIBRARY_PATH=$<TARGET_FILE_DIR:ipodctl_loader>;IPODCTL_LIBRARY=$<TARGET_FILE:ipodctl_loader>")
+  add_dependencies(${name} ipodctl_loader)
 endfunction()
