@@ -3,9 +3,10 @@
 #define TESTS_HOST_PLATFORM_LAYOUT_H
 
 #include <assert.h>
-#include <mmsystem.h>
 #include <stddef.h>
 #include <windows.h>
+
+#include <mmsystem.h>
 
 static_assert(sizeof(BYTE) == 1, "8 bits");
 static_assert(sizeof(WORD) == 2, "16 bits");

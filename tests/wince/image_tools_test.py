@@ -117,12 +117,12 @@ class LinkedFile(unittest.TestCase):
         .space 4
     """
 
-    def image(self, text="", definition="    IpodConnect @1\n"):
+    def image(self, text="", definition="    IpodConnect @1\n", architecture="armv4t"):
         with tempfile.TemporaryDirectory() as folder:
             folder = pathlib.Path(folder)
             (folder / "a.s").write_text(self.SOURCE.format(text=text))
-            subprocess.run(["arm-none-eabi-as", "-march=armv7-a", "a.s", "-o", "a.o"], cwd=folder,
-                           check=True)
+            subprocess.run(["arm-none-eabi-as", "-march=" + architecture, "a.s", "-o", "a.o"],
+                           cwd=folder, check=True)
             subprocess.run(["arm-none-eabi-ld", "--emit-relocs", "-T",
                             ROOT / "wince/image/ipodctl.ld", "a.o", "-o", "a.elf"], cwd=folder,
                            check=True)
@@ -135,9 +135,17 @@ class LinkedFile(unittest.TestCase):
         # The two words that hold an address; differences and branches need nothing.
         self.assertIn(bytes.fromhex("00100000 0c000000 0430 0000 00300000 0c000000 0030 0000"), image)
 
-    def test_with_half_an_address_in_an_instruction_is_refused(self):
+    def test_with_half_an_address_is_refused(self):
         with self.assertRaisesRegex(write_image.BadInput, "relocation 43 of .* cannot be rebased"):
-            self.image("movw r0, #:lower16:known")
+            self.image(".arch armv7-a\n movw r0, #:lower16:known\n .eabi_attribute 6, 2")
+
+    def test_for_a_later_processor_is_refused(self):
+        with self.assertRaisesRegex(write_image.BadInput, "the code needs architecture 4"):
+            self.image("ldrd r0, r1, [r2]", architecture="armv5te")
+
+    def test_with_wide_characters_of_32_bits_is_refused(self):
+        with self.assertRaisesRegex(write_image.BadInput, "TAG_ABI_PCS_WCHAR_T is 4, not 2"):
+            self.image(".eabi_attribute 18, 4")
 
     def test_with_an_address_across_words_is_refused(self):
         with self.assertRaisesRegex(write_image.BadInput, "does not stand in a whole word"):

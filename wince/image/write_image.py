@@ -26,6 +26,11 @@ RELATIVE = {R_ARM_NONE, R_ARM_PC24, R_ARM_REL32, R_ARM_CALL, R_ARM_JUMP24, R_ARM
 R_ARM_ABS32, R_ARM_TARGET1 = 2, 38
 ABSOLUTE = {R_ARM_ABS32, R_ARM_TARGET1}
 
+# What the code may count on: at most ARMv4T, which has no doubleword loads, 16-bit wide characters
+# and enumerations that are integers. An absent attribute says that the code does not care.
+LARGEST_ARCHITECTURE = 2  # v4T
+REQUIRED_ATTRIBUTES = {"TAG_ABI_PCS_WCHAR_T": 2, "TAG_ABI_ENUM_SIZE": 2}
+
 SECTION_FLAGS = {
     ".text": pe.CODE | pe.EXECUTE | pe.READ,
     ".rdata": pe.INITIALISED | pe.READ,
@@ -59,6 +64,20 @@ class LinkedFile:
         if found is None:
             raise BadInput(f"there is no section {name} in the linked file")
         return found["sh_addr"] - self.base, bytearray(found.data())
+
+    def check_attributes(self):
+        """The code is for the device's processor, and calls as its programs do."""
+        attributes = self._attributes()
+        if attributes.get("TAG_CPU_ARCH", 0) > LARGEST_ARCHITECTURE:
+            raise BadInput(f"the code needs architecture {attributes['TAG_CPU_ARCH']}")
+        for tag, required in REQUIRED_ATTRIBUTES.items():
+            if attributes.get(tag, required) != required:
+                raise BadInput(f"{tag} is {attributes[tag]}, not {required}")
+
+    def _attributes(self):
+        section = self.elf.get_section_by_name(".ARM.attributes")
+        return {attribute.tag: attribute.value for part in section.iter_subsections()
+                for whole in part.iter_subsubsections() for attribute in whole.iter_attributes()}
 
     def absolute_words(self):
         """Addresses of all words that hold an address of the image."""
@@ -139,6 +158,7 @@ def added_section(sections, name, content_at, flags):
 
 def image_of(linked, definition, dll):
     """The image's bytes."""
+    linked.check_attributes()
     sections = loaded_sections(linked)
     directories = bind_imports(linked, sections[".idata"])
     exports = {name: (ordinal, linked.rva(name))
