@@ -97,7 +97,7 @@ MemoryCase prepared(const std::function<void()>& prepare, MemoryCase row) {
   return row;
 }
 
-std::vector<MemoryCase> memoryCases() {
+std::vector<MemoryCase> readingCases() {
   return {
       textCase(
           "Name", [](auto* name) { return IpodGetName(name, kRoom); }, "Anna"),
@@ -116,6 +116,11 @@ std::vector<MemoryCase> memoryCases() {
       numberCase("Position", IpodGetCurrentTrackPosition, 0, 5000),
       prepared([] { IpodGetFirstItem(0, IPOD_GENRES, 0); },
                numberCase("MediaFileCount", IpodGetMediaFileCount, 0, 40)),
+  };
+}
+
+std::vector<MemoryCase> commandCases() {
+  return {
       actionCase("SetShuffle", [] { return IpodSetShuffleMode(2); }),
       actionCase("SetRepeat", [] { return IpodSetRepeatMode(2); }),
       actionCase("SongPlay", [] { return IpodSongPlay(0); }),
@@ -133,6 +138,11 @@ std::vector<MemoryCase> memoryCases() {
             IpodValidateUpDownTree();
           },
           actionCase("PreviousArtist", [] { return IpodCommand(IPOD_PREVIOUS_GROUP); })),
+  };
+}
+
+std::vector<MemoryCase> listCases() {
+  return {
       prepared([] { IpodGetFirstItem(0, IPOD_GENRES, 0); }, tabLabelCase()),
       {{"FirstItem"},
        [] {},
@@ -163,6 +173,13 @@ std::vector<MemoryCase> memoryCases() {
        },
        [] { return IpodGetNumberOfPlaylist() == 40; }},
   };
+}
+
+std::vector<MemoryCase> memoryCases() {
+  std::vector<MemoryCase> cases = readingCases();
+  for (const auto& more : {commandCases(), listCases()})
+    cases.insert(cases.end(), more.begin(), more.end());
+  return cases;
 }
 
 class WithoutMemoryTest : public ConnectedApiTest {
