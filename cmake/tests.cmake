@@ -30,6 +30,36 @@ function(ipodctl_program name)
                                         GTest::gtest_main)
 endfunction()
 
+# product_behind(VARIABLE FILE): sets VARIABLE to what a program links to get the product in which the
+# program's own functions stand before some of the platform's. With MinGW each name is known once in a
+# program and GoogleTest needs the system's: FILE in tests/windows says which names are others in the
+# program and in a copy of the product.
+function(product_behind variable file)
+  if(NOT WIN32)
+    set(${variable} ipodctl_objects PARENT_SCOPE)
+    return()
+  endif()
+  set(source ${PROJECT_SOURCE_DIR}/tests/windows/${file})
+  file(STRINGS ${source} functions REGEX "^OWN_IMPORT")
+  list(TRANSFORM functions REPLACE "^OWN_IMPORT.([A-Za-z]+).*" "\\1")
+  list(TRANSFORM functions REPLACE "(.+)" "\\1=own\\1" OUTPUT_VARIABLE own_names)
+  list(TRANSFORM functions REPLACE "(.+)" "__imp_\\1 ownImport\\1")
+  list(JOIN functions "\n" functions)
+  get_filename_component(name ${file} NAME_WE)
+  set(product ${CMAKE_CURRENT_BINARY_DIR}/${name}_product.a)
+  file(CONFIGURE OUTPUT ${product}.names CONTENT "${functions}\n")
+  add_library(${name}_archive STATIC $<TARGET_OBJECTS:ipodctl_objects>)
+  add_custom_command(OUTPUT ${product}
+    COMMAND ${CMAKE_OBJCOPY} --redefine-syms=${product}.names $<TARGET_FILE:${name}_archive> ${product}
+    DEPENDS ${name}_archive ${product}.names VERBATIM)
+  add_library(${name}_product INTERFACE ${product})
+  target_sources(${name}_product INTERFACE ${source})
+  target_include_directories(${name}_product INTERFACE ${PROJECT_SOURCE_DIR}/src)
+  target_compile_definitions(${name}_product INTERFACE _KERNEL32_ ${own_names})
+  target_link_libraries(${name}_product INTERFACE ${product})
+  set(${variable} ${name}_product PARENT_SCOPE)
+endfunction()
+
 # ipodctl_test(NAME SOURCES file... LIBRARIES target... [LABEL ring] [ENVIRONMENT NAME=value...]
 #              [EXCEPT test...])
 # One test program. Each of its tests is a CTest test of its own, labelled with its ring: unit,

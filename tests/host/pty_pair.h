@@ -17,9 +17,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -28,28 +26,11 @@
 #include <utility>
 #include <vector>
 
+#include "host/patience.h"
+
 namespace host_test {
 
 using Bytes = std::vector<std::uint8_t>;
-
-// How long a test waits for what must happen before it fails.
-constexpr std::chrono::seconds kPatience{10};
-
-// A wait in steps, each with what is left of the patience.
-class Patience {
- public:
-  bool isOver() const { return std::chrono::steady_clock::now() >= end; }
-
-  // For poll().
-  int left() const {
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-    return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
-  }
-
- private:
-  const std::chrono::steady_clock::time_point end = std::chrono::steady_clock::now() + kPatience;
-};
 
 // The near end is raw from the start, so nothing is echoed or translated before a device opens it.
 class PtyPair {

@@ -31,6 +31,12 @@ void record(const char* name, const Arguments&... arguments) {
 
 std::string named(HANDLE handle) { return ScriptedPlatform::instance().nameOf(handle); }
 
+template <class Attributes, class Size, class... Others>
+Size stackSizeOf(HANDLE(WINAPI*)(Attributes, Size, Others...));
+
+/// 32 bits on the device, a pointer's size on other Windows.
+using StackSize = decltype(stackSizeOf(&CreateThread));
+
 BOOL answer(bool succeeded) { return succeeded ? TRUE : FALSE; }
 
 }  // namespace
@@ -205,10 +211,11 @@ BOOL WINAPI CloseHandle(HANDLE object) {
   return ScriptedPlatform::instance().close(object);
 }
 
-HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES attributes, DWORD stackSize,
+HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES attributes, StackSize stackSize,
                            LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD creationFlags,
                            LPDWORD) {
-  record("CreateThread", text(attributes), text(stackSize), text(parameter), text(creationFlags));
+  record("CreateThread", text(attributes), std::to_string(stackSize), text(parameter),
+         text(creationFlags));
   return ScriptedPlatform::instance().createThread(start, parameter);
 }
 

@@ -10,6 +10,7 @@
 #include "host/pty_pair.h"
 #include "link/pty_ipod.h"
 #include "music/built_in_library.h"
+#include "session/eventually.h"
 #include "session/host_folder.h"
 #include "support/desk_recorder.h"
 #include "support/event_log.h"
@@ -58,15 +59,6 @@ class SessionIpod {
   simulator::PtyIpod cable;
   const host_test::DeviceMapping devices;
 };
-
-/// Calls `condition` until it holds; false when it does not in time.
-template <class Condition>
-bool eventually(Condition condition) {
-  for (const host_test::Patience patience; !patience.isOver(); std::this_thread::yield()) {
-    if (condition()) return true;
-  }
-  return false;
-}
 
 /// How long a call takes.
 template <class Call>

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "host/pty_pair.h"
+#include "host/patience.h"
 
 bool beginsWith(const std::string& text, const std::string& beginning) {
   return text.compare(0, beginning.size(), beginning) == 0;

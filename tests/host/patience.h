@@ -1,0 +1,30 @@
+#ifndef TESTS_HOST_PATIENCE_H
+#define TESTS_HOST_PATIENCE_H
+
+#include <algorithm>
+#include <chrono>
+
+namespace host_test {
+
+// How long a test waits for what must happen before it fails.
+constexpr std::chrono::seconds kPatience{10};
+
+// A wait in steps, each with what is left of the patience.
+class Patience {
+ public:
+  bool isOver() const { return std::chrono::steady_clock::now() >= end; }
+
+  // For poll().
+  int left() const {
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+    return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
+  }
+
+ private:
+  const std::chrono::steady_clock::time_point end = std::chrono::steady_clock::now() + kPatience;
+};
+
+}  // namespace host_test
+
+#endif

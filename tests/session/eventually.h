@@ -1,0 +1,18 @@
+#pragma once
+
+#include <thread>
+
+#include "host/patience.h"
+
+namespace session {
+
+/// Calls `condition` until it holds; false when it does not in time.
+template <class Condition>
+bool eventually(Condition condition) {
+  for (const host_test::Patience patience; !patience.isOver(); std::this_thread::yield()) {
+    if (condition()) return true;
+  }
+  return false;
+}
+
+}  // namespace session

@@ -1,0 +1,5 @@
+#include <windows.h>
+
+#include "windows/own_import.h"
+
+OWN_IMPORT(Sleep);
