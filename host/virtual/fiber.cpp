@@ -1,0 +1,90 @@
+#include "fiber.h"
+
+#include <cstdlib>
+#include <utility>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/common_interface_defs.h>
+#endif
+#if defined(__SANITIZE_THREAD__)
+// The compiler's header leaves them out.
+extern "C" {
+void* __tsan_get_current_fiber();
+void* __tsan_create_fiber(unsigned flags);
+void __tsan_destroy_fiber(void* fiber);
+void __tsan_switch_to_fiber(void* fiber, unsigned flags);
+}
+#endif
+
+namespace virtual_platform {
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+void beginSwitch(void** fakeStack, const FiberMarks& next) {
+  __sanitizer_start_switch_fiber(fakeStack, next.stackBottom, next.stackSize);
+}
+void endSwitch(void* fakeStack, FiberMarks& before) {
+  __sanitizer_finish_switch_fiber(fakeStack, &before.stackBottom, &before.stackSize);
+}
+#else
+void beginSwitch(void**, const FiberMarks&) {}
+void endSwitch(void*, FiberMarks&) {}
+#endif
+
+#if defined(__SANITIZE_THREAD__)
+void* currentThreadMark() { return __tsan_get_current_fiber(); }
+void* newThreadMark() { return __tsan_create_fiber(0); }
+void dropThreadMark(void* mark) { __tsan_destroy_fiber(mark); }
+void switchThreadMark(void* mark) { __tsan_switch_to_fiber(mark, 0); }
+#else
+void* currentThreadMark() { return nullptr; }
+void* newThreadMark() { return nullptr; }
+void dropThreadMark(void*) {}
+void switchThreadMark(void*) {}
+#endif
+
+// Of the switch that goes on.
+Fiber* arriving = nullptr;
+FiberMarks* left = nullptr;
+
+}  // namespace
+
+Fiber::Fiber() { marks.threadMark = currentThreadMark(); }
+
+Fiber::Fiber(std::function<void()> fiberBody)
+    : stack(std::make_unique<FiberStack>()), body(std::move(fiberBody)) {
+  getcontext(&context);
+  context.uc_stack.ss_sp = stack->bottom();
+  context.uc_stack.ss_size = FiberStack::size();
+  context.uc_link = nullptr;
+  makecontext(&context, &Fiber::enter, 0);
+  marks = {stack->bottom(), FiberStack::size(), newThreadMark()};
+}
+
+Fiber::~Fiber() {
+  if (stack) dropThreadMark(marks.threadMark);
+}
+
+void Fiber::switchTo(Fiber& next) {
+  void* fakeStack = nullptr;
+  swap(next, &fakeStack);
+  endSwitch(fakeStack, *left);
+}
+
+void Fiber::leaveTo(Fiber& next) { swap(next, nullptr); }
+
+void Fiber::enter() {
+  endSwitch(nullptr, *left);
+  arriving->body();
+  std::abort();
+}
+
+void Fiber::swap(Fiber& next, void** fakeStack) {
+  arriving = &next;
+  left = &marks;
+  beginSwitch(fakeStack, next.marks);
+  switchThreadMark(next.marks.threadMark);
+  swapcontext(&context, &next.context);
+}
+
+}  // namespace virtual_platform

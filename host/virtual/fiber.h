@@ -1,0 +1,50 @@
+// A flow of control with a stack of its own. All fibers share one thread of the system.
+#ifndef VIRTUAL_FIBER_H
+#define VIRTUAL_FIBER_H
+
+#include <ucontext.h>
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+
+#include "fiber_stack.h"
+
+namespace virtual_platform {
+
+// What a sanitizer must know of a fiber; empty without one.
+struct FiberMarks {
+  const void* stackBottom = nullptr;
+  std::size_t stackSize = 0;
+  void* threadMark = nullptr;
+};
+
+class Fiber {
+ public:
+  // Stands for the system's thread that runs now.
+  Fiber();
+  // Runs `body` when it is switched to for the first time. The body must not return: it switches
+  // away for ever.
+  explicit Fiber(std::function<void()> body);
+  ~Fiber();
+  Fiber(const Fiber&) = delete;
+  Fiber& operator=(const Fiber&) = delete;
+
+  // Called in this fiber: goes on in `next`, and returns when somebody switches back.
+  void switchTo(Fiber& next);
+  // Likewise, but nobody will switch back.
+  void leaveTo(Fiber& next);
+
+ private:
+  static void enter();
+  void swap(Fiber& next, void** fakeStack);
+
+  std::unique_ptr<FiberStack> stack;  // none for the system's thread
+  std::function<void()> body;
+  ucontext_t context = {};
+  FiberMarks marks;
+};
+
+}  // namespace virtual_platform
+
+#endif

@@ -1,0 +1,55 @@
+#include "fiber_stack.h"
+
+#include <sys/mman.h>
+
+#include <new>
+#include <vector>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
+#endif
+
+namespace virtual_platform {
+namespace {
+
+constexpr std::size_t kGuardSize = 65536;  // a page, whatever the processor's is
+constexpr std::size_t kStackSize = 1024 * 1024;
+
+// Never destroyed: the last fiber may go while the process ends.
+std::vector<void*>& spareStacks() {
+  static auto& spare = *new std::vector<void*>;
+  return spare;
+}
+
+void* mapStack() {
+  void* const area = mmap(nullptr, kGuardSize + kStackSize, PROT_READ | PROT_WRITE,
+                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (area == MAP_FAILED || mprotect(area, kGuardSize, PROT_NONE) != 0) throw std::bad_alloc();
+  return static_cast<char*>(area) + kGuardSize;
+}
+
+// The fiber before has never returned from its first functions, whose marks are still there.
+void forgetFrames([[maybe_unused]] void* bottom) {
+#if defined(__SANITIZE_ADDRESS__)
+  __asan_unpoison_memory_region(bottom, kStackSize);
+#endif
+}
+
+}  // namespace
+
+FiberStack::FiberStack() {
+  auto& spare = spareStacks();
+  if (spare.empty()) {
+    lowest = mapStack();
+    return;
+  }
+  lowest = spare.back();
+  spare.pop_back();
+  forgetFrames(lowest);
+}
+
+FiberStack::~FiberStack() { spareStacks().push_back(lowest); }
+
+std::size_t FiberStack::size() { return kStackSize; }
+
+}  // namespace virtual_platform

@@ -1,0 +1,154 @@
+#include "open_device.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "call.h"
+#include "coredll/comm_timeouts.h"
+#include "virtual_world.h"
+
+namespace virtual_platform {
+namespace {
+
+constexpr DWORD kUsualSpeed = 9600;
+constexpr BYTE kUsualByteSize = 8;
+
+// A driver at the end of its data does not answer in no time.
+constexpr Time kEndOfFileTime = std::chrono::milliseconds(1);
+
+DCB initialState() {
+  DCB state = {};
+  state.DCBlength = sizeof state;
+  state.BaudRate = kUsualSpeed;
+  state.fBinary = TRUE;
+  state.fDtrControl = DTR_CONTROL_ENABLE;
+  state.fRtsControl = RTS_CONTROL_ENABLE;
+  state.ByteSize = kUsualByteSize;
+  return state;
+}
+
+std::optional<Time> endOf(const coredll::TimeLimit& limit) {
+  if (!limit) return std::nullopt;
+  return now() + std::chrono::milliseconds(*limit);
+}
+
+std::optional<Time> earlier(std::optional<Time> first, std::optional<Time> second) {
+  if (!first || !second) return first ? first : second;
+  return std::min(*first, *second);
+}
+
+constexpr coredll::TransferPlan kReadWhatComes{1, std::nullopt, std::nullopt};
+
+}  // namespace
+
+struct OpenDevice::Transfer {
+  bool isRead;
+  coredll::TransferPlan plan;
+  std::string call;
+  std::function<std::size_t(DWORD)> moveRest;
+};
+
+OpenDevice::OpenDevice(VirtualDevice& opened, bool isPort)
+    : NamedObject("device"),
+      isSerialPort(isPort),
+      state(initialState()),
+      device(opened),
+      worldId(VirtualWorld::current()->id()) {
+  VirtualWorld::current()->setOpen(device, true);
+  device.opened(now());
+}
+
+DWORD OpenDevice::read(BYTE* buffer, DWORD count, DWORD& moved) {
+  const Transfer transfer{true, isSerialPort ? coredll::readPlan(timeouts, count) : kReadWhatComes,
+                          text("ReadFile(%s, %u)", name().c_str(), count), [&](DWORD done) {
+                            return device.read(now(), buffer + done, count - done);
+                          }};
+  const DWORD error = run(transfer, moved);
+  if (error != ERROR_SUCCESS) moved = 0;
+  return error;
+}
+
+DWORD OpenDevice::write(const BYTE* bytes, DWORD count, DWORD& moved) {
+  const coredll::TransferPlan whole{count, std::nullopt, std::nullopt};
+  const Transfer transfer{false, isSerialPort ? coredll::writePlan(timeouts, count) : whole,
+                          text("WriteFile(%s, %u)", name().c_str(), count), [&](DWORD done) {
+                            return device.write(now(), bytes + done, count - done);
+                          }};
+  return run(transfer, moved);
+}
+
+DWORD OpenDevice::flush() {
+  beginCall();
+  DWORD error = ERROR_SUCCESS;
+  if (isClosed || !isHere()) {
+    error = ERROR_OPERATION_ABORTED;
+  } else if (device.writeReadiness(now()) == Readiness::kFailed) {
+    error = ERROR_GEN_FAILURE;
+  }
+  note(text("FlushFileBuffers(%s): error %u", name().c_str(), error));
+  return error;
+}
+
+void OpenDevice::close() {
+  NamedObject::close();
+  await("CloseHandle(" + name() + ")", std::nullopt, [this] { return callsInside == 0; });
+  if (!isHere()) return;
+  device.closed(now());
+  VirtualWorld::current()->setOpen(device, false);
+}
+
+DWORD OpenDevice::run(const Transfer& transfer, DWORD& moved) {
+  ++callsInside;
+  beginCall();
+  DWORD error = ERROR_OPERATION_ABORTED;
+  if (isHere()) error = transfer.isRead ? transferAll(transfer, moved) : awaitTurn(transfer);
+  if (!transfer.isRead && error == ERROR_SUCCESS) {
+    isWriting = true;
+    error = transferAll(transfer, moved);
+    isWriting = false;
+  }
+  if (transfer.isRead && error == ERROR_GEN_FAILURE && moved > 0) error = ERROR_SUCCESS;
+  --callsInside;
+  note(text("%s: error %u, %u bytes", transfer.call.c_str(), error, moved));
+  return error;
+}
+
+// The writes of several threads follow each other whole.
+DWORD OpenDevice::awaitTurn(const Transfer& transfer) {
+  await(transfer.call, std::nullopt, [this] { return isClosed || !isWriting; });
+  return isClosed ? ERROR_OPERATION_ABORTED : ERROR_SUCCESS;
+}
+
+Readiness OpenDevice::readiness(const Transfer& transfer) {
+  return transfer.isRead ? device.readReadiness(now()) : device.writeReadiness(now());
+}
+
+DWORD OpenDevice::transferAll(const Transfer& transfer, DWORD& moved) {
+  const std::optional<Time> end = endOf(transfer.plan.total);
+  std::optional<Time> deadline = end;
+  const auto wake = [this] { return device.nextWake(); };
+  for (bool inTime = true; !isClosed;) {
+    const Readiness found = readiness(transfer);
+    if (found == Readiness::kFailed) return ERROR_GEN_FAILURE;
+    if (found == Readiness::kEnded) {
+      await(transfer.call, now() + kEndOfFileTime, [this] { return isClosed; });
+      return isClosed ? ERROR_OPERATION_ABORTED : ERROR_SUCCESS;
+    }
+    if (found == Readiness::kReady) {
+      moved += static_cast<DWORD>(transfer.moveRest(moved));
+      deadline = earlier(end, endOf(transfer.plan.interval));
+    }
+    if (moved >= transfer.plan.enough || !inTime) return ERROR_SUCCESS;
+    inTime = await(
+        transfer.call, deadline,
+        [&] { return isClosed || readiness(transfer) != Readiness::kWaits; }, wake);
+  }
+  return ERROR_OPERATION_ABORTED;
+}
+
+bool OpenDevice::isHere() const {
+  const VirtualWorld* const world = VirtualWorld::current();
+  return world != nullptr && world->id() == worldId;
+}
+
+}  // namespace virtual_platform

@@ -1,0 +1,164 @@
+#include "scheduler.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace virtual_platform {
+namespace {
+
+// Time passes in calls too, or a loop of calls would keep a deadline from ever coming.
+constexpr Time kCallTime = std::chrono::microseconds(1);
+// More than a long session makes; only a loop without an end makes so many.
+constexpr std::uint64_t kMostSteps = 20000000;
+// The library's threads have this long to end after the host's.
+constexpr Time kLeavingTime = std::chrono::seconds(10);
+
+std::optional<Time> earlier(std::optional<Time> first, std::optional<Time> second) {
+  if (!first || !second) return first ? first : second;
+  return std::min(*first, *second);
+}
+
+}  // namespace
+
+struct Scheduler::Thread {
+  Thread(Owner threadOwner, unsigned number, std::function<void()> body)
+      : owner(threadOwner),
+        name((owner == Owner::kHost ? "host " : "library ") + std::to_string(number)),
+        fiber(std::move(body)) {}
+
+  const Owner owner;
+  const std::string name;
+  Fiber fiber;
+  std::optional<Wait> wait;
+  DWORD lastError = ERROR_SUCCESS;
+  bool ended = false;
+};
+
+Scheduler::Scheduler(std::uint64_t seed) : random(seed) {}
+
+Scheduler::~Scheduler() = default;
+
+void Scheduler::spawn(Owner owner, std::function<void()> body) {
+  reap();
+  threads.push_back(std::make_unique<Thread>(owner, ++made[static_cast<int>(owner)],
+                                             [this, body = std::move(body)] {
+                                               body();
+                                               end();
+                                             }));
+  ++running[static_cast<int>(owner)];
+}
+
+std::string Scheduler::run() {
+  outside = std::make_unique<Fiber>();
+  if (Thread* const first = next()) {
+    current = first;
+    outside->switchTo(first->fiber);
+  }
+  current = nullptr;
+  return std::exchange(failure, {});
+}
+
+void Scheduler::pass() {
+  clock += kCallTime;
+  ++steps;
+  switchFrom(*current);
+}
+
+bool Scheduler::await(Wait wait) {
+  const auto isOver = wait.isOver;
+  if (isOver()) return true;
+  if (wait.deadline && *wait.deadline <= clock) return false;
+  Thread& self = *current;
+  self.wait = std::move(wait);
+  switchFrom(self);
+  self.wait.reset();
+  return isOver();
+}
+
+std::string Scheduler::threadName() const { return current ? current->name : "outside"; }
+
+DWORD& Scheduler::lastError() { return current->lastError; }
+
+// In the thread that ends, as its last step.
+void Scheduler::end() {
+  Thread& self = *current;
+  self.ended = true;
+  --running[static_cast<int>(self.owner)];
+  if (running[static_cast<int>(Owner::kHost)] == 0 && !hostsEnded) hostsEnded = clock;
+  Thread* const following = next();
+  current = following;
+  self.fiber.leaveTo(following ? following->fiber : *outside);
+}
+
+void Scheduler::switchFrom(Thread& thread) {
+  Thread* const following = next();
+  if (following == &thread) return;
+  current = following;
+  thread.fiber.switchTo(following ? following->fiber : *outside);
+}
+
+// Who runs now; null when the run is over.
+Scheduler::Thread* Scheduler::next() {
+  while (mayGoOn()) {
+    if (Thread* const picked = pickRunnable()) return picked;
+    if (!jump()) break;
+  }
+  if (running[0] + running[1] > 0) failure = complaint();
+  return nullptr;
+}
+
+bool Scheduler::mayGoOn() {
+  if (running[0] + running[1] == 0 || steps > kMostSteps) return false;
+  return !hostsEnded || clock <= *hostsEnded + kLeavingTime;
+}
+
+Scheduler::Thread* Scheduler::pickRunnable() {
+  runnable.clear();
+  for (const auto& thread : threads) {
+    if (thread->ended) continue;
+    const auto& wait = thread->wait;
+    if (!wait || wait->isOver() || (wait->deadline && *wait->deadline <= clock)) {
+      runnable.push_back(thread.get());
+    }
+  }
+  if (runnable.empty()) return nullptr;
+  return runnable.size() == 1 ? runnable.front() : runnable[draw() % runnable.size()];
+}
+
+// Moves the clock to the next moment when somebody may be able to run; false when there is none.
+bool Scheduler::jump() {
+  std::optional<Time> moment;
+  for (const auto& thread : threads) {
+    if (thread->ended || !thread->wait) continue;
+    moment = earlier(moment, thread->wait->deadline);
+    if (thread->wait->nextChange) moment = earlier(moment, thread->wait->nextChange());
+  }
+  if (moment) clock = std::max(*moment, clock + kCallTime);
+  return moment.has_value();
+}
+
+std::string Scheduler::complaint() const {
+  std::string text = steps > kMostSteps ? "calls without an end:" : "threads that do not end:";
+  for (const auto& thread : threads) {
+    if (thread->ended) continue;
+    text += " " + thread->name + " " + (thread->wait ? "in " + thread->wait->what : "runs") + ";";
+  }
+  return text;
+}
+
+void Scheduler::reap() {
+  const auto isGone = [this](const auto& thread) {
+    return thread->ended && thread.get() != current;
+  };
+  threads.erase(std::remove_if(threads.begin(), threads.end(), isGone), threads.end());
+}
+
+// SplitMix64.
+std::uint64_t Scheduler::draw() {
+  std::uint64_t mixed = random += 0x9e3779b97f4a7c15u;
+  mixed = (mixed ^ (mixed >> 30)) * 0xbf58476d1ce4e5b9u;
+  mixed = (mixed ^ (mixed >> 27)) * 0x94d049bb133111ebu;
+  return mixed ^ (mixed >> 31);
+}
+
+}  // namespace virtual_platform

@@ -1,0 +1,61 @@
+#include <windows.h>
+
+#include "call.h"
+#include "coredll/handle_table.h"
+#include "waiting.h"
+
+namespace virtual_platform {
+namespace {
+
+class Semaphore final : public Waitable {
+ public:
+  Semaphore(LONG initialCount, LONG maximumCount)
+      : Waitable("semaphore"), count(initialCount), maximum(maximumCount) {}
+
+  // The count before; below 0 when the release would exceed the maximum.
+  LONG release(LONG releaseCount) {
+    beginCall();
+    const LONG before = releaseCount > maximum - count ? -1 : count;
+    if (before >= 0) count += releaseCount;
+    note(text("ReleaseSemaphore(%s, %d) from %d", name().c_str(), releaseCount, before));
+    return before;
+  }
+
+ protected:
+  bool isSignalled() const override { return count > 0; }
+  void take() override { --count; }
+
+ private:
+  LONG count;
+  const LONG maximum;
+};
+
+HANDLE createSemaphore(LONG initialCount, LONG maximumCount) {
+  beginCall();
+  const auto semaphore = std::make_shared<Semaphore>(initialCount, maximumCount);
+  note(
+      text("CreateSemaphoreW(%d, %d) = %s", initialCount, maximumCount, semaphore->name().c_str()));
+  return coredll::handles().open(semaphore);
+}
+
+}  // namespace
+}  // namespace virtual_platform
+
+HANDLE WINAPI CreateSemaphoreW(LPSECURITY_ATTRIBUTES, LONG initialCount, LONG maximumCount,
+                               LPCWSTR name) {
+  if (name != nullptr || maximumCount < 1 || initialCount < 0 || initialCount > maximumCount) {
+    return coredll::fail<HANDLE>(ERROR_INVALID_PARAMETER, nullptr);
+  }
+  return coredll::newHandle(
+      nullptr, [&] { return virtual_platform::createSemaphore(initialCount, maximumCount); });
+}
+
+BOOL WINAPI ReleaseSemaphore(HANDLE semaphore, LONG releaseCount, LPLONG previousCount) {
+  const auto released = coredll::objectOf<virtual_platform::Semaphore>(semaphore);
+  if (!released) return FALSE;
+  if (releaseCount < 1) return coredll::fail(ERROR_INVALID_PARAMETER, FALSE);
+  const LONG before = released->release(releaseCount);
+  if (before < 0) return coredll::fail(ERROR_TOO_MANY_POSTS, FALSE);
+  if (previousCount != nullptr) *previousCount = before;
+  return TRUE;
+}

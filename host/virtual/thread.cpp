@@ -1,0 +1,77 @@
+#include <desk.h>
+#include <windows.h>
+
+#include "call.h"
+#include "coredll/handle_table.h"
+#include "virtual_world.h"
+#include "waiting.h"
+
+namespace virtual_platform {
+namespace {
+
+class Thread final : public Waitable {
+ public:
+  Thread() : Waitable("thread") {}
+  void end() { ended = true; }
+
+ protected:
+  bool isSignalled() const override { return ended; }
+
+ private:
+  bool ended = false;
+};
+
+HANDLE createThread(VirtualWorld& world, LPTHREAD_START_ROUTINE start, LPVOID parameter,
+                    LPDWORD threadId) {
+  beginCall();
+  const auto thread = std::make_shared<Thread>();
+  HANDLE handle = coredll::handles().open(thread);
+  if (threadId != nullptr) *threadId = static_cast<DWORD>(reinterpret_cast<uintptr_t>(handle));
+  note("CreateThread() = " + thread->name());
+  world.threads().spawn(Owner::kLibrary, [thread, start, parameter] {
+    start(parameter);
+    thread->end();
+    note(thread->name() + " ends");
+  });
+  // Nothing runs on a thread any more that its world has given up.
+  world.atEnd([thread] { thread->end(); });
+  return handle;
+}
+
+// Outside of a world; a world's threads have their own.
+DWORD outsideError = ERROR_SUCCESS;
+
+DWORD& lastError() {
+  VirtualWorld* const world = VirtualWorld::current();
+  return world ? world->threads().lastError() : outsideError;
+}
+
+}  // namespace
+}  // namespace virtual_platform
+
+HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES, DWORD, LPTHREAD_START_ROUTINE start,
+                           LPVOID parameter, DWORD creationFlags, LPDWORD threadId) {
+  if (start == nullptr || creationFlags != 0) {
+    return coredll::fail<HANDLE>(ERROR_INVALID_PARAMETER, nullptr);
+  }
+  auto* const world = virtual_platform::VirtualWorld::current();
+  if (world == nullptr) return coredll::fail<HANDLE>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
+  return coredll::newHandle(
+      nullptr, [&] { return virtual_platform::createThread(*world, start, parameter, threadId); });
+}
+
+void WINAPI Sleep(DWORD milliseconds) {
+  const std::string call = "Sleep(" + std::to_string(milliseconds) + ")";
+  virtual_platform::beginCall();
+  virtual_platform::await(call, virtual_platform::deadlineIn(milliseconds), [] { return false; });
+  virtual_platform::note(call);
+}
+
+DWORD WINAPI GetLastError() { return virtual_platform::lastError(); }
+
+void WINAPI SetLastError(DWORD error) { virtual_platform::lastError() = error; }
+
+unsigned deskRunningThreads() {
+  const auto* const world = virtual_platform::VirtualWorld::current();
+  return world ? world->threads().libraryThreads() : 0;
+}
