@@ -1,0 +1,89 @@
+#include "virtual_ipod.h"
+
+#include <algorithm>
+
+namespace virtual_platform {
+
+VirtualIpod::VirtualIpod(simulator::SimulatedIpod& device, simulator::FrameKind frames)
+    : ipod(device), kind(frames) {
+  plug(Time(0));
+}
+
+void VirtualIpod::plug(Time now) {
+  ipod.plugIn(now, kind);
+  loss.reset();
+  unread.clear();
+  passedBytes[0] = passedBytes[1] = 0;
+}
+
+void VirtualIpod::unplug(Time now, Loss how) {
+  if (!isPlugged()) return;
+  ipod.unplug(now);
+  loss = how;
+  cut.reset();
+  unread.clear();
+}
+
+void VirtualIpod::unplugAfter(Direction direction, std::size_t bytes, Loss how) {
+  cut = Cut{direction, bytes, how};
+}
+
+void VirtualIpod::opened(Time now) {
+  fetch(now);
+  unread.clear();  // what it said to nobody is lost
+  isOpen = true;
+  pass(now, Direction::kFromIpod, 0);
+}
+
+void VirtualIpod::closed(Time now) {
+  isOpen = false;
+  unread.clear();
+  if (isPlugged()) ipod.hangUp(now);
+}
+
+Readiness VirtualIpod::readReadiness(Time now) {
+  fetch(now);
+  if (!unread.empty()) return Readiness::kReady;
+  if (loss == Loss::kEndOfFile) return Readiness::kEnded;
+  if (loss == Loss::kReadError || loss == Loss::kGone) return Readiness::kFailed;
+  return Readiness::kWaits;
+}
+
+Readiness VirtualIpod::writeReadiness(Time) {
+  const bool fails = loss == Loss::kWriteError || loss == Loss::kGone;
+  return fails ? Readiness::kFailed : Readiness::kReady;
+}
+
+std::size_t VirtualIpod::read(Time now, BYTE* buffer, std::size_t count) {
+  const std::size_t most = untilCut(Direction::kFromIpod, std::min(count, unread.size()));
+  std::copy_n(unread.begin(), most, buffer);
+  unread.erase(unread.begin(), unread.begin() + static_cast<std::ptrdiff_t>(most));
+  pass(now, Direction::kFromIpod, most);
+  return most;
+}
+
+std::size_t VirtualIpod::write(Time now, const BYTE* bytes, std::size_t count) {
+  if (!isPlugged()) return count;
+  const std::size_t most = untilCut(Direction::kToIpod, count);
+  ipod.receive(now, {bytes, most});
+  pass(now, Direction::kToIpod, most);
+  return most;
+}
+
+std::size_t VirtualIpod::untilCut(Direction direction, std::size_t count) const {
+  if (!cut || cut->direction != direction) return count;
+  return std::min(count, cut->bytes - std::min(cut->bytes, passed(direction)));
+}
+
+void VirtualIpod::pass(Time now, Direction direction, std::size_t count) {
+  passedBytes[indexOf(direction)] += count;
+  if (cut && cut->direction == direction && passed(direction) >= cut->bytes) unplug(now, cut->how);
+}
+
+void VirtualIpod::fetch(Time now) {
+  for (const simulator::Bytes& bytes : ipod.takeOutput(now)) {
+    if (isOpen && isPlugged()) unread.insert(unread.end(), bytes.begin(), bytes.end());
+  }
+}
+
+}  // namespace virtual_platform

@@ -1,0 +1,73 @@
+// A simulated iPod at the end of a device's name, in the world's time.
+#ifndef VIRTUAL_IPOD_H
+#define VIRTUAL_IPOD_H
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "device/simulated_ipod.h"
+#include "virtual_device.h"
+
+namespace virtual_platform {
+
+// What a program finds at a device whose iPod is pulled while it is open. Except where a write
+// fails, nobody takes what is written.
+enum class Loss {
+  kEndOfFile,   // reads end with no bytes
+  kReadError,   // reads fail
+  kWriteError,  // writes fail, reads wait for ever
+  kSilence,     // reads wait for ever
+  kGone         // reads and writes fail
+};
+
+enum class Direction { kFromIpod, kToIpod };
+
+class VirtualIpod final : public VirtualDevice {
+ public:
+  // The iPod, which must outlive this, is plugged at the world's start.
+  VirtualIpod(simulator::SimulatedIpod& device, simulator::FrameKind frames);
+
+  void plug(Time now);
+  void unplug(Time now, Loss how);
+  // Pulls it, once, as soon as so many bytes of a direction have passed since it was plugged. Those
+  // still arrive.
+  void unplugAfter(Direction direction, std::size_t bytes, Loss how);
+
+  bool isPlugged() const { return !loss; }
+  // Since it was plugged.
+  std::size_t passed(Direction direction) const { return passedBytes[indexOf(direction)]; }
+
+  bool canBeOpened() const override { return isPlugged(); }
+  void opened(Time now) override;
+  void closed(Time now) override;
+  Readiness readReadiness(Time now) override;
+  Readiness writeReadiness(Time now) override;
+  std::size_t read(Time now, BYTE* buffer, std::size_t count) override;
+  std::size_t write(Time now, const BYTE* bytes, std::size_t count) override;
+  std::optional<Time> nextWake() const override { return ipod.nextWake(); }
+
+ private:
+  struct Cut {
+    Direction direction;
+    std::size_t bytes;
+    Loss how;
+  };
+
+  static std::size_t indexOf(Direction direction) { return static_cast<std::size_t>(direction); }
+  std::size_t untilCut(Direction direction, std::size_t count) const;
+  void pass(Time now, Direction direction, std::size_t count);
+  void fetch(Time now);
+
+  simulator::SimulatedIpod& ipod;
+  const simulator::FrameKind kind;
+  std::optional<Loss> loss;
+  std::optional<Cut> cut;
+  std::size_t passedBytes[2] = {0, 0};  // by direction
+  bool isOpen = false;
+  std::vector<BYTE> unread;
+};
+
+}  // namespace virtual_platform
+
+#endif
