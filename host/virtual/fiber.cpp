@@ -62,7 +62,9 @@ Fiber::Fiber(std::function<void()> fiberBody)
 }
 
 Fiber::~Fiber() {
-  if (stack) dropThreadMark(marks.threadMark);
+  if (!stack) return;
+  if (isInside) stack->keep();
+  dropThreadMark(marks.threadMark);
 }
 
 void Fiber::switchTo(Fiber& next) {
@@ -71,10 +73,14 @@ void Fiber::switchTo(Fiber& next) {
   endSwitch(fakeStack, *left);
 }
 
-void Fiber::leaveTo(Fiber& next) { swap(next, nullptr); }
+void Fiber::leaveTo(Fiber& next) {
+  isInside = false;
+  swap(next, nullptr);
+}
 
 void Fiber::enter() {
   endSwitch(nullptr, *left);
+  arriving->isInside = true;
   arriving->body();
   std::abort();
 }

@@ -42,6 +42,7 @@ class Fiber {
   std::unique_ptr<FiberStack> stack;  // none for the system's thread
   std::function<void()> body;
   ucontext_t context = {};
+  bool isInside = false;  // its body has begun and not ended
   FiberMarks marks;
 };
 

@@ -7,6 +7,7 @@
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/asan_interface.h>
+#include <sanitizer/lsan_interface.h>
 #endif
 
 namespace virtual_platform {
@@ -48,7 +49,16 @@ FiberStack::FiberStack() {
   forgetFrames(lowest);
 }
 
-FiberStack::~FiberStack() { spareStacks().push_back(lowest); }
+FiberStack::~FiberStack() {
+  if (!isKept) spareStacks().push_back(lowest);
+}
+
+void FiberStack::keep() {
+  isKept = true;
+#if defined(__SANITIZE_ADDRESS__)
+  __lsan_register_root_region(lowest, kStackSize);
+#endif
+}
 
 std::size_t FiberStack::size() { return kStackSize; }
 

@@ -16,11 +16,16 @@ class FiberStack {
   FiberStack(const FiberStack&) = delete;
   FiberStack& operator=(const FiberStack&) = delete;
 
+  // The stack is never used again: the fiber was given up in the middle, and others may still use
+  // what lies here.
+  void keep();
+
   void* bottom() const { return lowest; }
   static std::size_t size();  // bytes
 
  private:
   void* lowest;
+  bool isKept = false;
 };
 
 }  // namespace virtual_platform

@@ -12,6 +12,7 @@ VirtualIpod::VirtualIpod(simulator::SimulatedIpod& device, simulator::FrameKind 
 void VirtualIpod::plug(Time now) {
   ipod.plugIn(now, kind);
   loss.reset();
+  cut.reset();
   unread.clear();
   passedBytes[0] = passedBytes[1] = 0;
 }

@@ -1,0 +1,102 @@
+// Sessions in virtual time: the exports, the reader thread and a simulated iPod.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <ipodctl.h>
+
+#include <string>
+#include <vector>
+
+#include "session/host_folder.h"
+#include "virtual/virtual_session.h"
+
+namespace virtual_session {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+using virtual_platform::Loss;
+
+using Trace = std::vector<std::string>;
+
+class VirtualSessionTest : public testing::Test {
+ protected:
+  VirtualSessionTest() { warmUp(); }
+
+  const session::HostFolder folder;  // without a logo
+};
+
+Trace traceOfASession(std::uint64_t seed) {
+  VirtualSession session(seed);
+  EXPECT_EQ(session.run([&] { session.play(); }), "");
+  return session.world.trace();
+}
+
+TEST_F(VirtualSessionTest, PlaysWhateverTheOrderOfTheThreads) {
+  for (std::uint64_t seed = 1; seed <= 200; ++seed) {
+    const OpenThings before = openThings();
+    {
+      VirtualSession session(seed);
+      Calls calls;
+      ASSERT_EQ(session.run([&] { calls = session.play(); }), "") << seed;
+      ASSERT_EQ(resultsOf(calls), resultsOfASession()) << seed;
+      ASSERT_EQ(findFault(calls), "") << seed;
+      ASSERT_THAT(session.world.trace(), Contains(HasSubstr(": SelectFrequency(48000 Hz)")));
+    }
+    ASSERT_EQ(openThings(), before) << seed;
+  }
+}
+
+TEST_F(VirtualSessionTest, RunsTheSameWithTheSameSeed) {
+  const Trace first = traceOfASession(5);
+  EXPECT_EQ(first, traceOfASession(5));
+  EXPECT_NE(first, traceOfASession(6));
+}
+
+TEST_F(VirtualSessionTest, TakesTheTimeOfTheIpodAndNotOfTheDesk) {
+  VirtualSession session(1);
+  ASSERT_EQ(session.run([&] { session.play(); }), "");
+  EXPECT_GT(session.world.now(), milliseconds(200));
+  EXPECT_LT(session.world.now(), milliseconds(2000));
+}
+
+class LostIpod : public VirtualSessionTest, public testing::WithParamInterface<Loss> {};
+
+INSTANTIATE_TEST_SUITE_P(Loss, LostIpod,
+                         testing::Values(Loss::kEndOfFile, Loss::kReadError, Loss::kWriteError,
+                                         Loss::kSilence, Loss::kGone));
+
+TEST_P(LostIpod, LeavesNothingBehindAndCanBeConnectedAgain) {
+  for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+    const OpenThings before = openThings();
+    {
+      VirtualSession session(seed);
+      Calls lost, again;
+      session.world.spawn([&] {
+        Sleep(500);  // beside what plays
+        session.cable.unplug(session.world.now(), GetParam());
+      });
+      ASSERT_EQ(session.run([&] {
+        IpodConnect();
+        IpodGetFirstItem(0, IPOD_TRACKS, 0);
+        IpodSongPlay(0);
+        Sleep(1000);
+        lost = session.play();
+        session.cable.plug(session.world.now());
+        again = session.play();
+      }),
+                "")
+          << seed;
+      ASSERT_EQ(lost.front().result, 0) << "a connection is there until IpodDisconnect";
+      ASSERT_EQ(findFault(lost), "") << seed;
+      ASSERT_EQ(resultsOf(again), resultsOfASession()) << seed;
+      ASSERT_EQ(findFault(again), "") << seed;
+    }
+    ASSERT_EQ(openThings(), before) << seed;
+  }
+}
+
+}  // namespace
+}  // namespace virtual_session
