@@ -37,7 +37,7 @@ class Scheduler {
   void spawn(Owner owner, std::function<void()> body);
 
   // Runs until every thread has ended, or the host's have and the others had their time to, or
-  // nobody can run ever again, or too many calls were made. Returns what went wrong; empty: nothing.
+  // nobody can run ever again, or a loop of calls has no end. Returns what went wrong; empty: nothing.
   std::string run();
 
   // In a thread: lets a moment pass, and perhaps other threads run.
@@ -65,7 +65,7 @@ class Scheduler {
 
   std::uint64_t random;
   Time clock{0};
-  std::uint64_t steps = 0;
+  unsigned callsSinceJump = 0;
   unsigned running[2] = {0, 0};  // by owner
   unsigned made[2] = {0, 0};
   std::optional<Time> hostsEnded;

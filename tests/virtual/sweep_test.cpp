@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 #include <ipodctl.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <iostream>
@@ -29,6 +30,8 @@ constexpr const char* kLossNames[] = {"end-of-file", "read-error", "write-error"
 
 // The answer to the last command; in some orders of the threads the link closes before it is read.
 constexpr int kFarewellBytes = 10;
+
+constexpr unsigned kCaseSeconds = 60;
 
 struct Cut {
   Direction direction;
@@ -94,6 +97,7 @@ class Sweep : public testing::Test {
 
   void tryCase(const Case& each) {
     if (!isWanted(each)) return;
+    alarm(kCaseSeconds);  // for each case anew: a sweep may take long
     bool disturbed = false;
     ASSERT_EQ(faultOf(each, disturbed), "") << "VIRTUAL_CASE=" << each.name();
     ++cases;

@@ -136,6 +136,15 @@ TEST(VirtualWorld, GivesUpThreadsOfTheLibraryThatOutliveTheHost) {
   EXPECT_TRUE(CloseHandle(thread));
 }
 
+TEST(VirtualWorld, ReportsALoopOfCallsWithoutAnEnd) {
+  VirtualWorld world(1);
+  EXPECT_EQ(world.run([] {
+    for (;;)
+      Sleep(0);
+  }),
+            "calls without an end: host 1 runs;");
+}
+
 TEST(OutsideOfAWorld, AWaitThatWouldHaveToWaitFails) {
   const Semaphore semaphore(1);
   EXPECT_EQ(WaitForSingleObject(semaphore.handle, INFINITE), WAIT_OBJECT_0);
