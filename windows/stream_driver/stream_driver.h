@@ -4,7 +4,7 @@
  *
  *     IPODCTL_DEVICES="IPD1:=COM2"
  *
- * The DLL takes the place of one function that ipodctl.dll imports, CreateFileW, and that for the names
+ * What is no serial port does not open. The DLL takes the place of one function that ipodctl.dll imports, CreateFileW, and that for the names
  * in the variable alone. All reading, writing and closing is the system's.
  */
 #ifndef STREAM_DRIVER_H
