@@ -14,7 +14,7 @@ namespace virtual_platform {
 namespace {
 
 constexpr std::size_t kGuardSize = 65536;  // a page, whatever the processor's is
-constexpr std::size_t kStackSize = 1024 * 1024;
+constexpr std::size_t kStackSize = 1048576;
 
 // Never destroyed: the last fiber may go while the process ends.
 std::vector<void*>& spareStacks() {
