@@ -35,12 +35,12 @@ class Message {
   void send(Socket to) const {
     Message size;
     size.put<uint32_t>(static_cast<uint32_t>(bytes.size()));
-    for (const std::string& part : {size.bytes, bytes}) {
-      for (size_t sent = 0; sent < part.size();) {
-        const auto now = ::send(to, part.data() + sent, static_cast<int>(part.size() - sent), 0);
-        if (now <= 0) throw std::runtime_error("the other side has gone");
-        sent += static_cast<size_t>(now);
-      }
+    // In one piece: a second one would wait until the other side has acknowledged the first.
+    const std::string whole = size.bytes + bytes;
+    for (size_t sent = 0; sent < whole.size();) {
+      const auto now = ::send(to, whole.data() + sent, static_cast<int>(whole.size() - sent), 0);
+      if (now <= 0) throw std::runtime_error("the other side has gone");
+      sent += static_cast<size_t>(now);
     }
   }
   /// Throws at the end of the connection.
@@ -92,8 +92,6 @@ inline Socket connectTo(uint16_t port) {
   const Socket connection = socket(AF_INET, SOCK_STREAM, 0);
   if (connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
     throw std::runtime_error("no connection");
-  const int now = 1;
-  setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&now), sizeof now);
   return connection;
 }
 

@@ -7,7 +7,6 @@
 #include <ipodctl.h>
 #include <isochplay.h>
 #include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <windows.h>
