@@ -15,6 +15,8 @@ void VirtualIpod::plug(Time now) {
   cut.reset();
   unread.clear();
   passedBytes[0] = passedBytes[1] = 0;
+  for (SpoiledLine& line : lines)
+    line.heal();
 }
 
 void VirtualIpod::unplug(Time now, Loss how) {
@@ -27,6 +29,10 @@ void VirtualIpod::unplug(Time now, Loss how) {
 
 void VirtualIpod::unplugAfter(Direction direction, std::size_t bytes, Loss how) {
   cut = Cut{direction, bytes, how};
+}
+
+void VirtualIpod::spoil(Direction direction, const ByteFault& fault) {
+  lines[indexOf(direction)].spoil(fault);
 }
 
 void VirtualIpod::opened(Time now) {
@@ -66,7 +72,8 @@ std::size_t VirtualIpod::read(Time now, BYTE* buffer, std::size_t count) {
 std::size_t VirtualIpod::write(Time now, const BYTE* bytes, std::size_t count) {
   if (!isPlugged()) return count;
   const std::size_t most = untilCut(Direction::kToIpod, count);
-  ipod.receive(now, {bytes, most});
+  const std::vector<BYTE> arrived = lines[indexOf(Direction::kToIpod)].carry(bytes, most);
+  ipod.receive(now, {arrived.data(), arrived.size()});
   pass(now, Direction::kToIpod, most);
   return most;
 }
@@ -83,7 +90,10 @@ void VirtualIpod::pass(Time now, Direction direction, std::size_t count) {
 
 void VirtualIpod::fetch(Time now) {
   for (const simulator::Bytes& bytes : ipod.takeOutput(now)) {
-    if (isOpen && isPlugged()) unread.insert(unread.end(), bytes.begin(), bytes.end());
+    if (!isOpen || !isPlugged()) continue;
+    const std::vector<BYTE> arrived =
+        lines[indexOf(Direction::kFromIpod)].carry(bytes.data(), bytes.size());
+    unread.insert(unread.end(), arrived.begin(), arrived.end());
   }
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "byte_fault.h"
 #include "device/simulated_ipod.h"
 #include "virtual_device.h"
 
@@ -33,6 +34,9 @@ class VirtualIpod final : public VirtualDevice {
   // Pulls it, once, as soon as so many bytes of a direction have passed since it was plugged. Those
   // still arrive.
   void unplugAfter(Direction direction, std::size_t bytes, Loss how);
+  // Spoils the bytes of a direction until it is plugged again.
+  void spoil(Direction direction, const ByteFault& fault);
+  bool hasSpoiled(Direction direction) const { return lines[indexOf(direction)].hasStruck(); }
 
   bool isPlugged() const { return !loss; }
   // Since it was plugged.
@@ -64,6 +68,7 @@ class VirtualIpod final : public VirtualDevice {
   std::optional<Loss> loss;
   std::optional<Cut> cut;
   std::size_t passedBytes[2] = {0, 0};  // by direction
+  SpoiledLine lines[2];                 // by direction
   bool isOpen = false;
   std::vector<BYTE> unread;
 };

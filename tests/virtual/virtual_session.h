@@ -40,6 +40,9 @@ class VirtualSession {
   /// and disconnects. Returns the calls.
   Calls play();
 
+  /// In the run: plugs an iPod that is well.
+  void mend();
+
   simulator::SimulatedIpod ipod;
   virtual_platform::VirtualIpod cable{ipod, simulator::FrameKind::kUsb};
   virtual_platform::VirtualWorld world;

@@ -1,0 +1,40 @@
+// A cable that spoils the bytes of one direction at one place.
+#ifndef VIRTUAL_BYTE_FAULT_H
+#define VIRTUAL_BYTE_FAULT_H
+
+#include <windows.h>
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+namespace virtual_platform {
+
+struct ByteFault {
+  enum class Kind { kFlipped, kLost, kDoubled, kInserted };
+
+  Kind kind;
+  std::size_t at;  // the byte that it strikes, counted from 0
+  BYTE value;      // kFlipped: the bits that change; kInserted: the byte that comes before
+};
+
+class SpoiledLine {
+ public:
+  // Counts from the next byte on.
+  void spoil(const ByteFault& byteFault);
+  void heal() { fault.reset(); }
+  bool hasStruck() const { return struck; }
+
+  std::vector<BYTE> carry(const BYTE* bytes, std::size_t count);
+
+ private:
+  void carryByte(BYTE byte, std::vector<BYTE>& arrived);
+
+  std::optional<ByteFault> fault;
+  std::size_t carried = 0;
+  bool struck = false;
+};
+
+}  // namespace virtual_platform
+
+#endif
