@@ -17,6 +17,8 @@ void VirtualIpod::plug(Time now) {
   passedBytes[0] = passedBytes[1] = 0;
   for (SpoiledLine& line : lines)
     line.heal();
+  delivery = {};
+  heldUntil.reset();
 }
 
 void VirtualIpod::unplug(Time now, Loss how) {
@@ -50,6 +52,8 @@ void VirtualIpod::closed(Time now) {
 
 Readiness VirtualIpod::readReadiness(Time now) {
   fetch(now);
+  if (heldUntil && now < *heldUntil) return Readiness::kWaits;
+  heldUntil.reset();
   if (!unread.empty()) return Readiness::kReady;
   if (loss == Loss::kEndOfFile) return Readiness::kEnded;
   if (loss == Loss::kReadError || loss == Loss::kGone) return Readiness::kFailed;
@@ -62,10 +66,12 @@ Readiness VirtualIpod::writeReadiness(Time) {
 }
 
 std::size_t VirtualIpod::read(Time now, BYTE* buffer, std::size_t count) {
-  const std::size_t most = untilCut(Direction::kFromIpod, std::min(count, unread.size()));
+  const std::size_t most = untilCut(
+      Direction::kFromIpod, untilPause(std::min({count, unread.size(), delivery.longestRead})));
   std::copy_n(unread.begin(), most, buffer);
   unread.erase(unread.begin(), unread.begin() + static_cast<std::ptrdiff_t>(most));
   pass(now, Direction::kFromIpod, most);
+  if (delivery.pauseAt == passed(Direction::kFromIpod)) heldUntil = now + delivery.pause;
   return most;
 }
 
@@ -76,6 +82,19 @@ std::size_t VirtualIpod::write(Time now, const BYTE* bytes, std::size_t count) {
   ipod.receive(now, {arrived.data(), arrived.size()});
   pass(now, Direction::kToIpod, most);
   return most;
+}
+
+std::optional<Time> VirtualIpod::nextWake() const {
+  const std::optional<Time> wake = ipod.nextWake();
+  if (!wake || !heldUntil) return heldUntil ? heldUntil : wake;
+  return std::min(*wake, *heldUntil);
+}
+
+// A place that a longer read has passed already does not come again.
+std::size_t VirtualIpod::untilPause(std::size_t count) const {
+  const std::size_t done = passed(Direction::kFromIpod);
+  const bool isAhead = delivery.pauseAt && *delivery.pauseAt > done;
+  return isAhead ? std::min(count, *delivery.pauseAt - done) : count;
 }
 
 std::size_t VirtualIpod::untilCut(Direction direction, std::size_t count) const {
@@ -90,11 +109,15 @@ void VirtualIpod::pass(Time now, Direction direction, std::size_t count) {
 
 void VirtualIpod::fetch(Time now) {
   for (const simulator::Bytes& bytes : ipod.takeOutput(now)) {
-    if (!isOpen || !isPlugged()) continue;
-    const std::vector<BYTE> arrived =
-        lines[indexOf(Direction::kFromIpod)].carry(bytes.data(), bytes.size());
-    unread.insert(unread.end(), arrived.begin(), arrived.end());
+    if (isOpen && isPlugged()) append(now, bytes);
   }
+}
+
+void VirtualIpod::append(Time now, const simulator::Bytes& bytes) {
+  if (unread.empty() && delivery.gathering > Time(0)) heldUntil = now + delivery.gathering;
+  const std::vector<BYTE> arrived =
+      lines[indexOf(Direction::kFromIpod)].carry(bytes.data(), bytes.size());
+  unread.insert(unread.end(), arrived.begin(), arrived.end());
 }
 
 }  // namespace virtual_platform

@@ -24,6 +24,14 @@ enum class Loss {
 
 enum class Direction { kFromIpod, kToIpod };
 
+// How a program gets the bytes that the iPod has sent.
+struct Delivery {
+  std::optional<std::size_t> pauseAt;  // a read ends behind so many bytes, and the next one waits
+  Time pause{0};                       // for so long
+  std::size_t longestRead = static_cast<std::size_t>(-1);
+  Time gathering{0};  // so long after the first byte that is there, everything comes in one read
+};
+
 class VirtualIpod final : public VirtualDevice {
  public:
   // The iPod, which must outlive this, is plugged at the world's start.
@@ -38,6 +46,9 @@ class VirtualIpod final : public VirtualDevice {
   void spoil(Direction direction, const ByteFault& fault);
   bool hasSpoiled(Direction direction) const { return lines[indexOf(direction)].hasStruck(); }
 
+  // Until it is plugged again.
+  void deliver(const Delivery& wanted) { delivery = wanted; }
+
   bool isPlugged() const { return !loss; }
   // Since it was plugged.
   std::size_t passed(Direction direction) const { return passedBytes[indexOf(direction)]; }
@@ -49,7 +60,7 @@ class VirtualIpod final : public VirtualDevice {
   Readiness writeReadiness(Time now) override;
   std::size_t read(Time now, BYTE* buffer, std::size_t count) override;
   std::size_t write(Time now, const BYTE* bytes, std::size_t count) override;
-  std::optional<Time> nextWake() const override { return ipod.nextWake(); }
+  std::optional<Time> nextWake() const override;
 
  private:
   struct Cut {
@@ -62,6 +73,8 @@ class VirtualIpod final : public VirtualDevice {
   std::size_t untilCut(Direction direction, std::size_t count) const;
   void pass(Time now, Direction direction, std::size_t count);
   void fetch(Time now);
+  void append(Time now, const simulator::Bytes& bytes);
+  std::size_t untilPause(std::size_t count) const;
 
   simulator::SimulatedIpod& ipod;
   const simulator::FrameKind kind;
@@ -69,6 +82,8 @@ class VirtualIpod final : public VirtualDevice {
   std::optional<Cut> cut;
   std::size_t passedBytes[2] = {0, 0};  // by direction
   SpoiledLine lines[2];                 // by direction
+  Delivery delivery;
+  std::optional<Time> heldUntil;  // nothing can be read before
   bool isOpen = false;
   std::vector<BYTE> unread;
 };
