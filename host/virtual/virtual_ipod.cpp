@@ -17,6 +17,9 @@ void VirtualIpod::plug(Time now) {
   passedBytes[0] = passedBytes[1] = 0;
   for (SpoiledLine& line : lines)
     line.heal();
+  frameCount = 0;
+  swappedFrame.reset();
+  deferred.clear();
   delivery = {};
   heldUntil.reset();
 }
@@ -35,6 +38,11 @@ void VirtualIpod::unplugAfter(Direction direction, std::size_t bytes, Loss how) 
 
 void VirtualIpod::spoil(Direction direction, const ByteFault& fault) {
   lines[indexOf(direction)].spoil(fault);
+}
+
+void VirtualIpod::swapFrame(std::size_t number) {
+  swappedFrame = number;
+  swapped = false;
 }
 
 void VirtualIpod::opened(Time now) {
@@ -109,8 +117,20 @@ void VirtualIpod::pass(Time now, Direction direction, std::size_t count) {
 
 void VirtualIpod::fetch(Time now) {
   for (const simulator::Bytes& bytes : ipod.takeOutput(now)) {
-    if (isOpen && isPlugged()) append(now, bytes);
+    if (isOpen && isPlugged()) takeFrame(now, bytes);
   }
+}
+
+void VirtualIpod::takeFrame(Time now, const simulator::Bytes& bytes) {
+  if (frameCount++ == swappedFrame) {
+    deferred = bytes;
+    return;
+  }
+  append(now, bytes);
+  if (deferred.empty()) return;
+  append(now, deferred);
+  deferred.clear();
+  swapped = true;
 }
 
 void VirtualIpod::append(Time now, const simulator::Bytes& bytes) {

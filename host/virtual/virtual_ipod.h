@@ -46,6 +46,10 @@ class VirtualIpod final : public VirtualDevice {
   void spoil(Direction direction, const ByteFault& fault);
   bool hasSpoiled(Direction direction) const { return lines[indexOf(direction)].hasStruck(); }
 
+  // The frame from the iPod with this number, from 0, comes behind the one that follows it, if it is
+  // not plugged again before.
+  void swapFrame(std::size_t number);
+  bool hasSwapped() const { return swapped; }
   // Until it is plugged again.
   void deliver(const Delivery& wanted) { delivery = wanted; }
 
@@ -73,6 +77,7 @@ class VirtualIpod final : public VirtualDevice {
   std::size_t untilCut(Direction direction, std::size_t count) const;
   void pass(Time now, Direction direction, std::size_t count);
   void fetch(Time now);
+  void takeFrame(Time now, const simulator::Bytes& bytes);
   void append(Time now, const simulator::Bytes& bytes);
   std::size_t untilPause(std::size_t count) const;
 
@@ -82,6 +87,10 @@ class VirtualIpod final : public VirtualDevice {
   std::optional<Cut> cut;
   std::size_t passedBytes[2] = {0, 0};  // by direction
   SpoiledLine lines[2];                 // by direction
+  std::size_t frameCount = 0;           // from the iPod, since it was plugged
+  std::optional<std::size_t> swappedFrame;
+  simulator::Bytes deferred;  // of the swapped frame, until the next one comes
+  bool swapped = false;
   Delivery delivery;
   std::optional<Time> heldUntil;  // nothing can be read before
   bool isOpen = false;

@@ -126,7 +126,10 @@ Calls VirtualSession::play() {
   return calls;
 }
 
-void VirtualSession::mend() { cable.plug(world.now()); }
+void VirtualSession::mend() {
+  ipod.faults().clear();
+  cable.plug(world.now());
+}
 
 void VirtualSession::call(Calls& calls, const std::string& name,
                           const std::function<int()>& exported) {
