@@ -6,6 +6,7 @@
 
 #include "call.h"
 #include "coredll/handle_table.h"
+#include "failures.h"
 #include "open_device.h"
 #include "virtual_world.h"
 
@@ -39,6 +40,8 @@ HANDLE openDevice(const std::string& name) {
     error = ERROR_FILE_NOT_FOUND;
   } else if (world->isOpen(*device)) {
     error = ERROR_SHARING_VIOLATION;
+  } else if (failuresOf("CreateFileW").strikesNext()) {
+    error = ERROR_NOT_ENOUGH_MEMORY;
   }
   if (error != ERROR_SUCCESS) {
     note(text("CreateFileW(%s): error %u", name.c_str(), error));

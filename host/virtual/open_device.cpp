@@ -5,6 +5,7 @@
 
 #include "call.h"
 #include "coredll/comm_timeouts.h"
+#include "failures.h"
 #include "virtual_world.h"
 
 namespace virtual_platform {
@@ -84,6 +85,8 @@ DWORD OpenDevice::flush() {
     error = ERROR_OPERATION_ABORTED;
   } else if (device.writeReadiness(now()) == Readiness::kFailed) {
     error = ERROR_GEN_FAILURE;
+  } else if (failuresOf("FlushFileBuffers").strikesNext()) {
+    error = ERROR_GEN_FAILURE;
   }
   note(text("FlushFileBuffers(%s): error %u", name().c_str(), error));
   return error;
@@ -126,6 +129,9 @@ Readiness OpenDevice::readiness(const Transfer& transfer) {
 DWORD OpenDevice::transferAll(const Transfer& transfer, DWORD& moved) {
   const std::optional<Time> end = endOf(transfer.plan.total);
   std::optional<Time> deadline = end;
+  if (failuresOf(transfer.isRead ? "ReadFile" : "WriteFile").strikesNext()) {
+    return isClosed ? ERROR_OPERATION_ABORTED : ERROR_GEN_FAILURE;
+  }
   const auto wake = [this] { return device.nextWake(); };
   for (bool inTime = true; !isClosed;) {
     const Readiness found = readiness(transfer);

@@ -2,6 +2,7 @@
 
 #include "call.h"
 #include "coredll/handle_table.h"
+#include "failures.h"
 #include "waiting.h"
 
 namespace virtual_platform {
@@ -32,6 +33,10 @@ class Semaphore final : public Waitable {
 
 HANDLE createSemaphore(LONG initialCount, LONG maximumCount) {
   beginCall();
+  if (failuresOf("CreateSemaphoreW").strikesNext()) {
+    note("CreateSemaphoreW() fails");
+    return coredll::fail<HANDLE>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
+  }
   const auto semaphore = std::make_shared<Semaphore>(initialCount, maximumCount);
   note(
       text("CreateSemaphoreW(%d, %d) = %s", initialCount, maximumCount, semaphore->name().c_str()));

@@ -3,6 +3,7 @@
 
 #include "call.h"
 #include "coredll/handle_table.h"
+#include "failures.h"
 #include "virtual_world.h"
 #include "waiting.h"
 
@@ -24,6 +25,10 @@ class Thread final : public Waitable {
 HANDLE createThread(VirtualWorld& world, LPTHREAD_START_ROUTINE start, LPVOID parameter,
                     LPDWORD threadId) {
   beginCall();
+  if (failuresOf("CreateThread").strikesNext()) {
+    note("CreateThread() fails");
+    return coredll::fail<HANDLE>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
+  }
   const auto thread = std::make_shared<Thread>();
   HANDLE handle = coredll::handles().open(thread);
   if (threadId != nullptr) *threadId = static_cast<DWORD>(reinterpret_cast<uintptr_t>(handle));

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "virtual/failures.h"
 #include "virtual/virtual_world.h"
 
 namespace virtual_platform {
@@ -145,6 +146,31 @@ TEST_P(VirtualDeviceTest, FailureComesBehindTheBytes) {
     EXPECT_EQ(readSome(handle, 10), (Moved{TRUE, ERROR_SUCCESS, 1}));
     EXPECT_EQ(readSome(handle, 10), (Moved{FALSE, ERROR_GEN_FAILURE, 0}));
     CloseHandle(handle);
+  });
+}
+
+TEST_P(VirtualDeviceTest, CallFailsOnceWhenItIsTold) {
+  device.toRead = {0x55, 0x02};
+  failuresOf("ReadFile").arm({1, false});
+  run([&] {
+    const HANDLE handle = openDevice();
+    EXPECT_EQ(readSome(handle, 1), (Moved{TRUE, ERROR_SUCCESS, 1}));
+    EXPECT_EQ(readSome(handle, 1), (Moved{FALSE, ERROR_GEN_FAILURE, 0}));
+    EXPECT_EQ(readSome(handle, 1), (Moved{TRUE, ERROR_SUCCESS, 1}));
+    CloseHandle(handle);
+  });
+  disarmAllFailures();
+}
+
+TEST_P(VirtualDeviceTest, CallFailsFromThenOnUntilItIsMended) {
+  failuresOf("CreateFileW").arm({0, true});
+  run([&] {
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_EQ(openDevice(), INVALID_HANDLE_VALUE);
+      EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
+    }
+    disarmAllFailures();
+    EXPECT_TRUE(CloseHandle(openDevice()));
   });
 }
 

@@ -11,6 +11,7 @@
 
 #include "session/counted_heap.h"
 #include "simulator/small_library.h"
+#include "virtual/failures.h"
 
 namespace virtual_session {
 namespace {
@@ -127,6 +128,7 @@ Calls VirtualSession::play() {
 }
 
 void VirtualSession::mend() {
+  virtual_platform::disarmAllFailures();
   ipod.faults().clear();
   cable.plug(world.now());
 }

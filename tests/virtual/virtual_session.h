@@ -40,7 +40,7 @@ class VirtualSession {
   /// and disconnects. Returns the calls.
   Calls play();
 
-  /// In the run: plugs an iPod that is well.
+  /// In the run: plugs an iPod that is well into a platform that works.
   void mend();
 
   simulator::SimulatedIpod ipod;
