@@ -31,9 +31,9 @@ class Failures {
   std::size_t struckCount = 0;
 };
 
-// Those of a platform function, in a world or outside. They fail as when the system has no room for
-// what is to be made (CreateSemaphoreW, CreateThread, CreateFileW) and as a broken device does
-// (ReadFile, WriteFile, FlushFileBuffers).
+// Those of a platform function, in a world or outside, or of what else a test has a name for. The
+// platform's fail as when the system has no room for what is to be made (CreateSemaphoreW,
+// CreateThread, CreateFileW) and as a broken device does (ReadFile, WriteFile, FlushFileBuffers).
 Failures& failuresOf(const std::string& function);
 
 void disarmAllFailures();

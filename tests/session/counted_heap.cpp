@@ -7,6 +7,7 @@
 namespace {
 
 std::atomic<long> live{0};
+std::atomic<bool (*)()> refusal{nullptr};
 
 void* allocate(std::size_t size) noexcept {
   void* const memory = std::malloc(size);
@@ -28,6 +29,8 @@ void* operator new(std::size_t size) {
   return memory;
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  bool (*const refuses)() = refusal;
+  if (refuses != nullptr && refuses()) return nullptr;
   return allocate(size == 0 ? 1 : size);
 }
 void* operator new[](std::size_t size) { return operator new(size); }
@@ -44,5 +47,7 @@ void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(m
 namespace session {
 
 long liveObjects() { return live; }
+
+void setRefusal(bool (*refuses)()) { refusal = refuses; }
 
 }  // namespace session

@@ -1,6 +1,7 @@
-// Every call of the platform that can fail fails, once and from then on always.
+// Every call of the platform that can fail and every allocation of the library fails, once and from then on always.
 #include "virtual/failures.h"
 
+#include "session/counted_heap.h"
 #include "virtual/sweep.h"
 
 namespace virtual_session {
@@ -51,6 +52,22 @@ INSTANTIATE_TEST_SUITE_P(All, PlatformFailureSweep,
                                          "FlushFileBuffers"));
 
 TEST_P(PlatformFailureSweep, FailsEveryCall) { failEach(GetParam(), failuresOf(GetParam())); }
+
+// The library's own allocations are new (std::nothrow).
+class AllocationFailureSweep : public FailureSweep {
+ protected:
+  AllocationFailureSweep() {
+    session::setRefusal([] { return allocations().strikesNext(); });
+  }
+  ~AllocationFailureSweep() override { session::setRefusal(nullptr); }
+
+  static Failures& allocations() {
+    static Failures& all = failuresOf("allocation");
+    return all;
+  }
+};
+
+TEST_F(AllocationFailureSweep, FailsEveryAllocation) { failEach("allocation", allocations()); }
 
 }  // namespace
 }  // namespace virtual_session
