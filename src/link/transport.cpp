@@ -16,7 +16,8 @@ constexpr uint32_t kReaderPollMilliseconds = 100;
 
 }  // namespace
 
-Transport::Transport() = default;
+// Even when it cannot enter itself yet: the registry must outlive it.
+Transport::Transport() { TransportRegistry::instance(); }
 
 Transport::~Transport() { TransportRegistry::instance().remove(this); }
 

@@ -41,7 +41,8 @@ __attribute__((constructor(101))) void failAtLoading() {
   semaphores().arm({std::strtoul(wanted, nullptr, 10), text.find(":always") != std::string::npos});
 }
 
-// In the process of its own.
+// In the process of its own, at whose end the library goes, too: under a sanitizer without touching
+// what is gone before.
 void expectSessionsAroundTheFailure() {
   Calls first;
   Calls second;
