@@ -83,9 +83,8 @@ DWORD OpenDevice::flush() {
   DWORD error = ERROR_SUCCESS;
   if (isClosed || !isHere()) {
     error = ERROR_OPERATION_ABORTED;
-  } else if (device.writeReadiness(now()) == Readiness::kFailed) {
-    error = ERROR_GEN_FAILURE;
-  } else if (failuresOf("FlushFileBuffers").strikesNext()) {
+  } else if (device.writeReadiness(now()) == Readiness::kFailed ||
+             failuresOf("FlushFileBuffers").strikesNext()) {
     error = ERROR_GEN_FAILURE;
   }
   note(text("FlushFileBuffers(%s): error %u", name().c_str(), error));
