@@ -55,6 +55,7 @@ void VirtualIpod::opened(Time now) {
 void VirtualIpod::closed(Time now) {
   isOpen = false;
   unread.clear();
+  deferred.clear();
   if (isPlugged()) ipod.hangUp(now);
 }
 

@@ -1,4 +1,5 @@
-// Every call of the platform that can fail and every allocation of the library fails, once and from then on always.
+// Every call of the platform that can fail and every allocation of the library fails, once and from
+// then on always.
 #include "virtual/failures.h"
 
 #include "session/counted_heap.h"
