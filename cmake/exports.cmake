@@ -1,10 +1,16 @@
+# exported_names(DEF_FILE RESULT): the names of a module-definition file, in their order.
+function(exported_names def_file result)
+  file(STRINGS ${def_file} names REGEX "@[0-9]+")
+  list(TRANSFORM names REPLACE "^ *([A-Za-z0-9_]+) @.*" "\\1")
+  set(${result} ${names} PARENT_SCOPE)
+endfunction()
+
 # export_definitions(TARGET DEF_FILE): the shared library TARGET exports the names of a module-definition
 # file and nothing else, as the DLL made from the same file does.
 function(export_definitions target def_file)
-  file(STRINGS ${def_file} entries REGEX "@[0-9]+")
+  exported_names(${def_file} exports)
   set(names "")
-  foreach(entry IN LISTS entries)
-    string(REGEX REPLACE "^ *([A-Za-z0-9_]+) @.*" "\\1" name "${entry}")
+  foreach(name IN LISTS exports)
     string(APPEND names "    ${name};\n")
   endforeach()
   set(version_script ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)

@@ -9,7 +9,8 @@ import pathlib
 import struct
 import sys
 
-from write_image import ordinals_of
+import project_scripts
+from export_lists import ordinals_of
 
 MACHINE_ARM = 0x01C0
 IMPORT_BY_NAME = 1 << 2  # and of code

@@ -9,6 +9,9 @@ and their slots with them.
 import pathlib
 import sys
 
+import project_scripts
+from export_lists import names_in
+
 THUNK = """\
     .section .text.import.{name}, "ax", %progbits
     .global {name}
@@ -22,11 +25,6 @@ THUNK = """\
 __imp_{name}:
     .word 0
 """
-
-
-def names_in(text):
-    lines = (line.split("#")[0].split() for line in text.splitlines())
-    return [words[0] for words in lines if words]
 
 
 def source(dll, names):

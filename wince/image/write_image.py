@@ -6,7 +6,6 @@ DEF names the exports and their ordinals. Says what the image consists of.
 """
 
 import pathlib
-import re
 import struct
 import sys
 
@@ -14,6 +13,8 @@ from elftools.elf.elffile import ELFFile
 from elftools.elf.relocation import RelocationSection
 
 import pe_image as pe
+import project_scripts
+from export_lists import ordinals_of
 
 IMPORTED_DLLS = ("coredll", "isochplay")
 
@@ -114,12 +115,6 @@ class LinkedFile:
         while begin + 4 * len(names) in slots:
             names.append(slots[begin + 4 * len(names)])
         return begin, names
-
-
-def ordinals_of(definition):
-    """Names and ordinals of a module-definition file."""
-    return {name: int(ordinal)
-            for name, ordinal in re.findall(r"^\s+(\w+) @(\d+)", definition, re.MULTILINE)}
 
 
 def loaded_sections(linked):
