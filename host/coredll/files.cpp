@@ -11,6 +11,7 @@
 #include "serial_port.h"
 #include "stream_device.h"
 #include "terminal.h"
+#include "transfer.h"
 
 namespace coredll {
 namespace {
@@ -30,19 +31,6 @@ HANDLE openDevice(LPCWSTR name) {
   return handles().open(makeDevice(entry->isSerialPort, std::move(terminal), std::move(wake)));
 }
 
-// Runs `call` on the handle's device, with `moved` at 0, for a transfer of `count` bytes.
-template <typename Call>
-BOOL transferOn(HANDLE file, LPCVOID buffer, DWORD count, LPDWORD moved, LPOVERLAPPED overlapped,
-                Call call) {
-  if (moved == nullptr) return fail(ERROR_INVALID_PARAMETER, FALSE);
-  *moved = 0;
-  const auto device = objectOf<Device>(file);
-  if (!device) return FALSE;
-  const bool isBufferMissing = buffer == nullptr && count > 0;
-  if (isBufferMissing || overlapped != nullptr) return fail(ERROR_INVALID_PARAMETER, FALSE);
-  return count == 0 ? TRUE : report(call(*device));
-}
-
 }  // namespace
 }  // namespace coredll
 
@@ -58,14 +46,15 @@ HANDLE WINAPI CreateFileW(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_AT
 
 BOOL WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD count, LPDWORD read,
                      LPOVERLAPPED overlapped) {
-  return coredll::transferOn(file, buffer, count, read, overlapped, [&](coredll::Device& device) {
-    return device.read(static_cast<BYTE*>(buffer), count, *read);
-  });
+  return coredll::transferOn<coredll::Device>(
+      file, buffer, count, read, overlapped, [&](coredll::Device& device) {
+        return device.read(static_cast<BYTE*>(buffer), count, *read);
+      });
 }
 
 BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD count, LPDWORD written,
                       LPOVERLAPPED overlapped) {
-  return coredll::transferOn(
+  return coredll::transferOn<coredll::Device>(
       file, buffer, count, written, overlapped, [&](coredll::Device& device) {
         return device.write(static_cast<const BYTE*>(buffer), count, *written);
       });

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "call.h"
-#include "coredll/handle_table.h"
+#include "coredll/transfer.h"
 #include "failures.h"
 #include "open_device.h"
 #include "virtual_world.h"
@@ -52,20 +52,6 @@ HANDLE openDevice(const std::string& name) {
   return coredll::handles().open(opened);
 }
 
-template <typename Call>
-BOOL transferOn(HANDLE file, LPCVOID buffer, DWORD count, LPDWORD moved, LPOVERLAPPED overlapped,
-                Call call) {
-  if (moved == nullptr) return coredll::fail(ERROR_INVALID_PARAMETER, FALSE);
-  *moved = 0;
-  const auto device = coredll::objectOf<OpenDevice>(file);
-  if (!device) return FALSE;
-  const bool isBufferMissing = buffer == nullptr && count > 0;
-  if (isBufferMissing || overlapped != nullptr) {
-    return coredll::fail(ERROR_INVALID_PARAMETER, FALSE);
-  }
-  return count == 0 ? TRUE : coredll::report(call(*device));
-}
-
 }  // namespace
 }  // namespace virtual_platform
 
@@ -83,7 +69,7 @@ HANDLE WINAPI CreateFileW(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_AT
 
 BOOL WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD count, LPDWORD read,
                      LPOVERLAPPED overlapped) {
-  return virtual_platform::transferOn(
+  return coredll::transferOn<virtual_platform::OpenDevice>(
       file, buffer, count, read, overlapped, [&](virtual_platform::OpenDevice& device) {
         return device.read(static_cast<BYTE*>(buffer), count, *read);
       });
@@ -91,7 +77,7 @@ BOOL WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD count, LPDWORD read,
 
 BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD count, LPDWORD written,
                       LPOVERLAPPED overlapped) {
-  return virtual_platform::transferOn(
+  return coredll::transferOn<virtual_platform::OpenDevice>(
       file, buffer, count, written, overlapped, [&](virtual_platform::OpenDevice& device) {
         return device.write(static_cast<const BYTE*>(buffer), count, *written);
       });
