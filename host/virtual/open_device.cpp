@@ -1,6 +1,5 @@
 #include "open_device.h"
 
-#include <algorithm>
 #include <functional>
 
 #include "call.h"
@@ -31,11 +30,6 @@ DCB initialState() {
 std::optional<Time> endOf(const coredll::TimeLimit& limit) {
   if (!limit) return std::nullopt;
   return now() + std::chrono::milliseconds(*limit);
-}
-
-std::optional<Time> earlier(std::optional<Time> first, std::optional<Time> second) {
-  if (!first || !second) return first ? first : second;
-  return std::min(*first, *second);
 }
 
 constexpr coredll::TransferPlan kReadWhatComes{1, std::nullopt, std::nullopt};
@@ -79,7 +73,10 @@ DWORD OpenDevice::write(const BYTE* bytes, DWORD count, DWORD& moved) {
 }
 
 DWORD OpenDevice::flush() {
+  ++callsInside;
   beginCall();
+  if (isHere()) awaitWritten();
+  --callsInside;
   DWORD error = ERROR_SUCCESS;
   if (isClosed || !isHere()) {
     error = ERROR_OPERATION_ABORTED;
@@ -89,6 +86,14 @@ DWORD OpenDevice::flush() {
   }
   note(text("FlushFileBuffers(%s): error %u", name().c_str(), error));
   return error;
+}
+
+// What was written has left when more could follow it.
+void OpenDevice::awaitWritten() {
+  await(
+      "FlushFileBuffers(" + name() + ")", std::nullopt,
+      [this] { return isClosed || device.writeReadiness(now()) != Readiness::kWaits; },
+      [this] { return device.nextWake(); });
 }
 
 void OpenDevice::close() {

@@ -31,6 +31,7 @@ class OpenDevice final : public NamedObject {
   struct Transfer;
 
   DWORD run(const Transfer& transfer, DWORD& moved);
+  void awaitWritten();
   DWORD awaitTurn(const Transfer& transfer);
   Readiness readiness(const Transfer& transfer);
   DWORD transferAll(const Transfer& transfer, DWORD& moved);

@@ -13,11 +13,6 @@ constexpr unsigned kMostCalls = 300000;
 // The library's threads have this long to end after the host's.
 constexpr Time kLeavingTime = std::chrono::seconds(10);
 
-std::optional<Time> earlier(std::optional<Time> first, std::optional<Time> second) {
-  if (!first || !second) return first ? first : second;
-  return std::min(*first, *second);
-}
-
 }  // namespace
 
 struct Scheduler::Thread {

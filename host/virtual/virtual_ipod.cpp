@@ -3,7 +3,6 @@
 #include <algorithm>
 
 namespace virtual_platform {
-
 VirtualIpod::VirtualIpod(simulator::SimulatedIpod& device, simulator::FrameKind frames)
     : ipod(device), kind(frames) {
   plug(Time(0));
@@ -13,8 +12,13 @@ void VirtualIpod::plug(Time now) {
   ipod.plugIn(now, kind);
   loss.reset();
   cut.reset();
+  pull.reset();
+  stop.reset();
   unread.clear();
   passedBytes[0] = passedBytes[1] = 0;
+  for (auto& each : ends)
+    each.clear();
+  road.heal();
   for (SpoiledLine& line : lines)
     line.heal();
   frameCount = 0;
@@ -29,11 +33,17 @@ void VirtualIpod::unplug(Time now, Loss how) {
   ipod.unplug(now);
   loss = how;
   cut.reset();
+  pull.reset();
   unread.clear();
+  road.clear();
 }
 
 void VirtualIpod::unplugAfter(Direction direction, std::size_t bytes, Loss how) {
   cut = Cut{direction, bytes, how};
+}
+
+void VirtualIpod::stopReading(std::size_t bytes, Time patience, Loss how) {
+  stop = Stop{bytes, patience, how, false};
 }
 
 void VirtualIpod::spoil(Direction direction, const ByteFault& fault) {
@@ -56,6 +66,7 @@ void VirtualIpod::closed(Time now) {
   isOpen = false;
   unread.clear();
   deferred.clear();
+  road.clear();
   if (isPlugged()) ipod.hangUp(now);
 }
 
@@ -69,7 +80,8 @@ Readiness VirtualIpod::readReadiness(Time now) {
   return Readiness::kWaits;
 }
 
-Readiness VirtualIpod::writeReadiness(Time) {
+Readiness VirtualIpod::writeReadiness(Time now) {
+  if (takesNoMore(now)) return Readiness::kWaits;
   const bool fails = loss == Loss::kWriteError || loss == Loss::kGone;
   return fails ? Readiness::kFailed : Readiness::kReady;
 }
@@ -86,17 +98,35 @@ std::size_t VirtualIpod::read(Time now, BYTE* buffer, std::size_t count) {
 
 std::size_t VirtualIpod::write(Time now, const BYTE* bytes, std::size_t count) {
   if (!isPlugged()) return count;
-  const std::size_t most = untilCut(Direction::kToIpod, count);
+  const std::size_t most = untilCut(Direction::kToIpod, untilStop(count));
   const std::vector<BYTE> arrived = lines[indexOf(Direction::kToIpod)].carry(bytes, most);
   ipod.receive(now, {arrived.data(), arrived.size()});
   pass(now, Direction::kToIpod, most);
+  ends[indexOf(Direction::kToIpod)].push_back(passed(Direction::kToIpod));
   return most;
 }
 
 std::optional<Time> VirtualIpod::nextWake() const {
-  const std::optional<Time> wake = ipod.nextWake();
-  if (!wake || !heldUntil) return heldUntil ? heldUntil : wake;
-  return std::min(*wake, *heldUntil);
+  std::optional<Time> wake = earlier(ipod.nextWake(), heldUntil);
+  if (pull) wake = earlier(wake, pull->moment);
+  return earlier(wake, road.nextArrival());
+}
+
+std::size_t VirtualIpod::untilStop(std::size_t count) const {
+  if (!stop) return count;
+  return std::min(count, stop->bytes - std::min(stop->bytes, passed(Direction::kToIpod)));
+}
+
+void VirtualIpod::pullWhenDue(Time now) {
+  if (pull && now >= pull->moment) unplug(now, pull->how);
+}
+
+bool VirtualIpod::takesNoMore(Time now) {
+  pullWhenDue(now);
+  if (!stop || !isPlugged() || passed(Direction::kToIpod) < stop->bytes) return false;
+  if (!stop->isFelt) unplugAt(now + stop->patience, stop->how);
+  stop->isFelt = true;
+  return true;
 }
 
 // A place that a longer read has passed already does not come again.
@@ -117,9 +147,12 @@ void VirtualIpod::pass(Time now, Direction direction, std::size_t count) {
 }
 
 void VirtualIpod::fetch(Time now) {
+  pullWhenDue(now);
   for (const simulator::Bytes& bytes : ipod.takeOutput(now)) {
     if (isOpen && isPlugged()) takeFrame(now, bytes);
   }
+  for (const simulator::Bytes& bytes : road.takeArrived(now))
+    append(now, bytes);
 }
 
 void VirtualIpod::takeFrame(Time now, const simulator::Bytes& bytes) {
@@ -127,9 +160,9 @@ void VirtualIpod::takeFrame(Time now, const simulator::Bytes& bytes) {
     deferred = bytes;
     return;
   }
-  append(now, bytes);
+  road.send(now, bytes);
   if (deferred.empty()) return;
-  append(now, deferred);
+  road.send(now, deferred);
   deferred.clear();
   swapped = true;
 }
@@ -139,6 +172,8 @@ void VirtualIpod::append(Time now, const simulator::Bytes& bytes) {
   const std::vector<BYTE> arrived =
       lines[indexOf(Direction::kFromIpod)].carry(bytes.data(), bytes.size());
   unread.insert(unread.end(), arrived.begin(), arrived.end());
+  auto& fromIpod = ends[indexOf(Direction::kFromIpod)];
+  fromIpod.push_back((fromIpod.empty() ? 0 : fromIpod.back()) + arrived.size());
 }
 
 }  // namespace virtual_platform

@@ -4,10 +4,12 @@
 
 #include <cstddef>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "byte_fault.h"
 #include "device/simulated_ipod.h"
+#include "frame_road.h"
 #include "virtual_device.h"
 
 namespace virtual_platform {
@@ -42,6 +44,8 @@ class VirtualIpod final : public VirtualDevice {
   // Pulls it, once, as soon as so many bytes of a direction have passed since it was plugged. Those
   // still arrive.
   void unplugAfter(Direction direction, std::size_t bytes, Loss how);
+  // Pulls it then, unless it is plugged again before.
+  void unplugAt(Time moment, Loss how) { pull = Pull{moment, how}; }
   // Spoils the bytes of a direction until it is plugged again.
   void spoil(Direction direction, const ByteFault& fault);
   bool hasSpoiled(Direction direction) const { return lines[indexOf(direction)].hasStruck(); }
@@ -52,10 +56,22 @@ class VirtualIpod final : public VirtualDevice {
   bool hasSwapped() const { return swapped; }
   // Until it is plugged again.
   void deliver(const Delivery& wanted) { delivery = wanted; }
+  // Until it is plugged again.
+  void rewrite(FrameRewriter wanted) { road.rewrite(std::move(wanted)); }
+  bool hasRewritten() const { return road.hasRewritten(); }
+
+  // It takes so many bytes of what is written and no more: writes and flushes wait. So long after
+  // the first of them has begun to wait, it is pulled.
+  void stopReading(std::size_t bytes, Time patience, Loss how);
+  bool hasStoppedReading() const { return stop && stop->isFelt; }
 
   bool isPlugged() const { return !loss; }
   // Since it was plugged.
   std::size_t passed(Direction direction) const { return passedBytes[indexOf(direction)]; }
+  // Since it was plugged, what had passed behind each frame; to the iPod, behind each write.
+  const std::vector<std::size_t>& frameEnds(Direction direction) const {
+    return ends[indexOf(direction)];
+  }
 
   bool canBeOpened() const override { return isPlugged(); }
   void opened(Time now) override;
@@ -73,6 +89,18 @@ class VirtualIpod final : public VirtualDevice {
     Loss how;
   };
 
+  struct Pull {
+    Time moment;
+    Loss how;
+  };
+
+  struct Stop {
+    std::size_t bytes;
+    Time patience;
+    Loss how;
+    bool isFelt;  // a write has begun to wait
+  };
+
   static std::size_t indexOf(Direction direction) { return static_cast<std::size_t>(direction); }
   std::size_t untilCut(Direction direction, std::size_t count) const;
   void pass(Time now, Direction direction, std::size_t count);
@@ -80,14 +108,21 @@ class VirtualIpod final : public VirtualDevice {
   void takeFrame(Time now, const simulator::Bytes& bytes);
   void append(Time now, const simulator::Bytes& bytes);
   std::size_t untilPause(std::size_t count) const;
+  std::size_t untilStop(std::size_t count) const;
+  void pullWhenDue(Time now);
+  bool takesNoMore(Time now);
 
   simulator::SimulatedIpod& ipod;
   const simulator::FrameKind kind;
   std::optional<Loss> loss;
   std::optional<Cut> cut;
+  std::optional<Pull> pull;
+  std::optional<Stop> stop;
   std::size_t passedBytes[2] = {0, 0};  // by direction
+  std::vector<std::size_t> ends[2];     // by direction
   SpoiledLine lines[2];                 // by direction
-  std::size_t frameCount = 0;           // from the iPod, since it was plugged
+  FrameRoad road;
+  std::size_t frameCount = 0;  // from the iPod, since it was plugged
   std::optional<std::size_t> swappedFrame;
   simulator::Bytes deferred;  // of the swapped frame, until the next one comes
   bool swapped = false;
