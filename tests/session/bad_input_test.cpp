@@ -5,11 +5,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <climits>
 #include <ostream>
-#include <vector>
 
+#include "session/guarded.h"
 #include "session/loaded_library.h"
 #include "session/session_ipod.h"
 
@@ -23,34 +22,6 @@ enum class State { kBeforeTheFirstConnection, kConnected, kDisconnected, kVanish
 constexpr int kNumbers[] = {INT_MIN, INT_MIN + 1, -36, -35,     -2,          -1,     0,
                             15,      70,          71,  0x10000, INT_MAX - 1, INT_MAX};
 constexpr int kSizesOfNothing[] = {0, -1, INT_MIN};
-
-/// A value between two guards.
-struct GuardedInt {
-  static constexpr int kUntouched = -77777;
-  int guards[3] = {kUntouched, kUntouched, kUntouched};
-
-  int* value() { return &guards[1]; }
-  bool isUntouched() const { return isGuarded() && guards[1] == kUntouched; }
-  bool isGuarded() const { return guards[0] == kUntouched && guards[2] == kUntouched; }
-};
-
-/// A text buffer with guards on both sides.
-class GuardedUnits {
- public:
-  unsigned short* units() { return content.data() + kGuard; }
-  /// Whether nothing was written outside the first `size` units.
-  bool isUntouchedBut(size_t size) const {
-    const auto untouched = [](unsigned short unit) { return unit == kUntouched; };
-    const auto begin = content.begin() + kGuard;
-    return std::all_of(content.begin(), begin, untouched) &&
-           std::all_of(begin + static_cast<std::ptrdiff_t>(size), content.end(), untouched);
-  }
-
- private:
-  static constexpr size_t kGuard = 64;
-  static constexpr unsigned short kUntouched = 0xEEEE;
-  std::vector<unsigned short> content = std::vector<unsigned short>(3 * kGuard, kUntouched);
-};
 
 class BadInput : public testing::TestWithParam<State> {
  protected:

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <memory>
+
+#include "race/stoppable_thread.h"
+#include "session/session_ipod.h"
+
+namespace race {
+
+/// While it lives, the iPod announces one sample rate after the other, at most so often.
+std::unique_ptr<StoppableThread> announceRates(session::SessionIpod& ipod, int most);
+
+}  // namespace race

@@ -1,0 +1,140 @@
+// Many threads that use the library first, and a library that is unloaded while its iPod still
+// talks.
+
+#include <desk.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include "race/announced_rates.h"
+#include "race/starting_line.h"
+#include "session/eventually.h"
+#include "session/guarded.h"
+#include "session/loaded_library.h"
+
+namespace race {
+namespace {
+
+using session::eventually;
+using session::LoadedLibrary;
+using session::OpenThings;
+using session::openThings;
+
+constexpr int kThreads = 8;
+constexpr int kUsualRounds = 6;
+constexpr int kAllRounds = 200;
+constexpr unsigned kRoundSeconds = 30;
+
+int wantedRounds() { return std::getenv("RACE_ALL") != nullptr ? kAllRounds : kUsualRounds; }
+
+/// What a host thread calls first. Returns how many connections it made.
+using FirstCall = int (*)(const LoadedLibrary& library);
+
+int readTheName(const LoadedLibrary& library) {
+  session::GuardedUnits name;
+  constexpr int kUnits = 20;
+  EXPECT_EQ(library.IpodGetName(name.units(), kUnits), 0);
+  EXPECT_TRUE(name.isUntouchedBut(kUnits));
+  return 0;
+}
+
+int askWhetherConnected(const LoadedLibrary& library) {
+  const int connected = library.IpodIsConnect();
+  EXPECT_TRUE(connected == 0 || connected == 1) << connected;
+  return 0;
+}
+
+int openAList(const LoadedLibrary& library) {
+  library.IpodGetFirstItem(0, IPOD_ARTISTS, 0);
+  return 0;
+}
+
+constexpr FirstCall kConnect = [](const LoadedLibrary& library) { return library.IpodConnect(); };
+constexpr std::array<FirstCall, kThreads> kFirstCalls{
+    kConnect, kConnect, kConnect, kConnect, kConnect, readTheName, askWhetherConnected, openAList};
+
+/// Lets every thread make its first call at once.
+int useFirst(const LoadedLibrary& library) {
+  std::atomic<int> connections{0};
+  StartingLine line(kThreads);
+  std::vector<std::thread> threads;
+  for (const FirstCall call : kFirstCalls) {
+    threads.emplace_back([&, call] {
+      line.cross();
+      connections += call(library);
+    });
+  }
+  for (std::thread& thread : threads)
+    thread.join();
+  return connections;
+}
+
+class RacedLoading : public testing::Test {
+ protected:
+  // A sanitizer starts a thread of its own with the program's first.
+  RacedLoading() {
+    std::thread([] {}).join();
+  }
+  void TearDown() override { RecordProperty("cases", cases); }
+
+  /// Loads the library for every round, and holds what is left against what the first one left.
+  template <class Use>
+  void loadAgainAndAgain(Use use) {
+    const unsigned threads = openThings().threads;
+    OpenThings before;
+    for (; cases <= wantedRounds(); ++cases) {
+      alarm(kRoundSeconds);
+      {
+        const LoadedLibrary library;
+        use(library);
+      }
+      if (puller.joinable()) puller.join();
+      ASSERT_FALSE(LoadedLibrary::isLoaded()) << cases;
+      ASSERT_EQ(deskRunningThreads(), 0u) << cases;
+      ASSERT_TRUE(eventually([&] { return openThings().threads == threads; })) << cases;
+      if (cases == 0) before = openThings();
+      ASSERT_TRUE(eventually([&] { return openThings() == before; }))
+          << cases << ": " << openThings() << ", before: " << before;
+    }
+  }
+
+  session::SessionIpod ipod;
+  std::thread puller;  // works while the library is unloaded
+  int cases = 0;
+};
+
+TEST_F(RacedLoading, ManyThreadsMakeOneFirstConnection) {
+  loadAgainAndAgain([](const LoadedLibrary& library) {
+    EXPECT_EQ(useFirst(library), 1);
+    EXPECT_EQ(library.IpodIsConnect(), 1);
+    EXPECT_EQ(library.IpodDisconnect(), 0);
+  });
+}
+
+TEST_F(RacedLoading, UnloadsWhileTheIpodTalks) {
+  const auto announcements = announceRates(ipod, std::numeric_limits<int>::max());
+  loadAgainAndAgain([this](const LoadedLibrary& library) {
+    EXPECT_EQ(useFirst(library), 1);
+    library.IpodGetFirstItem(0, IPOD_TRACKS, 0);
+    library.IpodSongPlay(cases);
+  });
+}
+
+TEST_F(RacedLoading, UnloadsWhileTheCableIsPulled) {
+  loadAgainAndAgain([this](const LoadedLibrary& library) {
+    ipod.pty().plug();
+    EXPECT_EQ(useFirst(library), 1);
+    puller = std::thread([this] {
+      std::this_thread::sleep_for(std::chrono::microseconds(100 * (cases % 20)));
+      ipod.pty().unplug();
+    });
+  });
+}
+
+}  // namespace
+}  // namespace race

@@ -1,0 +1,135 @@
+// Every export beside every export, while the iPod announces sample rates, tells what plays and is
+// pulled.
+
+#include <ipodctl.h>
+#include <unistd.h>
+
+#include <string>
+#include <thread>
+
+#include "race/announced_rates.h"
+#include "race/race_test.h"
+#include "race/starting_line.h"
+
+namespace race {
+namespace {
+
+using simulator::SimulatedIpod;
+using std::chrono::microseconds;
+
+constexpr unsigned kPairSeconds = 60;
+constexpr int kMostRates = 20;
+constexpr int kMostRepetitions = 500;
+
+/// One thread of a pair: makes its call, or a quick one again and again beside the other.
+class Side {
+ public:
+  explicit Side(const ExportCall& what) : call(what) {}
+
+  void run(const Side& other, unsigned variety, StartingLine& line, microseconds pause) {
+    line.cross();
+    spin(pause);
+    begun = true;
+    int together = 0;
+    do {
+      if (other.isUnderWay()) ++together;
+      made.add(makeCall(call, variety, now));
+    } while (call.asksNothing() && !other.ended && together < kMostRepetitions);
+    ended = true;
+    met = together > 0;
+  }
+
+  bool isUnderWay() const { return begun && !ended; }
+
+  const ExportCall& call;
+  Tally made;
+  bool met = false;  ///< the other one was under way at a beginning of this one
+
+ private:
+  // A sleep would be over long after the other's call.
+  static void spin(microseconds pause) {
+    for (const Duration end = now() + pause; now() < end;) {
+    }
+  }
+
+  std::atomic<bool> begun{false};
+  std::atomic<bool> ended{false};
+};
+
+/// One of all ordered pairs, and what happens beside it.
+struct Pair {
+  size_t first;
+  size_t second;
+
+  size_t number() const { return first * exportCalls().size() + second; }
+  unsigned variety() const { return static_cast<unsigned>(first * 7 + second * 5); }
+  microseconds headStart() const { return microseconds(10 * (number() % 8)); }
+  bool isPulled() const { return number() % 4 == 2; }
+  microseconds untilPull() const { return microseconds(150 * (number() % 16)); }
+  bool isInterrupted() const { return number() % 3 == 1; }
+  /// Before one of the first answers come what nobody asked for: how far the track has played.
+  simulator::Fault interruption() const {
+    const auto answer = static_cast<uint32_t>(1 + number() % 4);
+    constexpr uint32_t kCount = 2;
+    return {simulator::FaultKind::kNotificationsBefore,
+            simulator::FaultTarget::everything().nth(answer), kCount, 0};
+  }
+};
+
+// One test after the other has its share of the pairs: each begins with a connection of its own.
+constexpr size_t kShares = 7;
+
+class RacedPairs : public RaceTest, public testing::WithParamInterface<size_t> {
+ protected:
+  void race(const Pair& pair);
+  void run(const Pair& pair, Side& first, Side& second);
+};
+
+INSTANTIATE_TEST_SUITE_P(Share, RacedPairs, testing::Range(size_t{0}, kShares));
+
+void RacedPairs::run(const Pair& pair, Side& first, Side& second) {
+  const auto announcements = announceRates(ipod, kMostRates);
+  StartingLine line(pair.isPulled() ? 3 : 2);
+  std::thread firstThread([&] { first.run(second, pair.variety(), line, microseconds(0)); });
+  std::thread secondThread([&] { second.run(first, pair.variety() + 1, line, pair.headStart()); });
+  if (pair.isPulled()) {
+    line.cross();
+    std::this_thread::sleep_for(pair.untilPull());
+    ipod.pty().unplug();
+  }
+  firstThread.join();
+  secondThread.join();
+}
+
+void RacedPairs::race(const Pair& pair) {
+  alarm(kPairSeconds);
+  prepare();
+  Side first(exportCalls()[pair.first]);
+  Side second(exportCalls()[pair.second]);
+  if (pair.isInterrupted()) {
+    ipod.look([&](SimulatedIpod& device) { device.faults().add(pair.interruption()); });
+  }
+  run(pair, first, second);
+  const int waits = first.call.waits + second.call.waits;
+  check(first.made, waits);
+  check(second.made, waits);
+  recover();
+  ++cases;
+  if (first.met || second.met) ++strikes;
+}
+
+TEST_P(RacedPairs, KeepTheirPromisesAndLeaveAWorkingLibrary) {
+  const auto& calls = exportCalls();
+  for (size_t first = GetParam(); first < calls.size(); first += kShares) {
+    for (size_t second = 0; second < calls.size(); ++second) {
+      const Pair pair{first, second};
+      if (!isInSlice(pair.number())) continue;
+      SCOPED_TRACE(std::string(calls[first].name) + " beside " + calls[second].name);
+      ASSERT_NO_FATAL_FAILURE(race(pair));
+    }
+  }
+  EXPECT_GT(cases, 0);
+}
+
+}  // namespace
+}  // namespace race
