@@ -63,7 +63,7 @@ endfunction()
 # ipodctl_test(NAME SOURCES file... LIBRARIES target... [LABEL ring] [ENVIRONMENT NAME=value...]
 #              [EXCEPT test...])
 # One test program. Each of its tests is a CTest test of its own, labelled with its ring: unit,
-# device, session, race or virtual. EXCEPT names what an emulator gets wrong.
+# device, session, race, endurance or virtual. EXCEPT names what an emulator gets wrong.
 function(ipodctl_test name)
   cmake_parse_arguments(ARG "" "LABEL" "SOURCES;LIBRARIES;ENVIRONMENT;EXCEPT" ${ARGN})
   if(NOT ARG_LABEL)

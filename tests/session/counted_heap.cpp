@@ -1,5 +1,7 @@
 #include "session/counted_heap.h"
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -7,16 +9,23 @@
 namespace {
 
 std::atomic<long> live{0};
+std::atomic<long> liveSize{0};
 std::atomic<bool (*)()> refusal{nullptr};
+
+void count(void* memory, long sign) noexcept {
+  if (memory == nullptr) return;
+  live += sign;
+  liveSize += sign * static_cast<long>(malloc_usable_size(memory));
+}
 
 void* allocate(std::size_t size) noexcept {
   void* const memory = std::malloc(size);
-  if (memory != nullptr) ++live;
+  count(memory, 1);
   return memory;
 }
 
 void release(void* memory) noexcept {
-  if (memory != nullptr) --live;
+  count(memory, -1);
   std::free(memory);
 }
 
@@ -47,6 +56,8 @@ void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(m
 namespace session {
 
 long liveObjects() { return live; }
+
+long liveBytes() { return liveSize; }
 
 void setRefusal(bool (*refuses)()) { refusal = refuses; }
 

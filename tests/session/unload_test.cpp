@@ -3,31 +3,14 @@
 #include <desk.h>
 #include <gtest/gtest.h>
 
-#include "session/counted_heap.h"
 #include "session/loaded_library.h"
-#include "session/session_ipod.h"
+#include "session/remains.h"
 #include "simulator/program.h"
 
 namespace session {
 namespace {
 
 constexpr int kRounds = 100;
-
-/// What must be the same before and after.
-struct Remains {
-  OpenThings open;
-  long objects = 0;
-};
-
-bool operator==(const Remains& left, const Remains& right) {
-  return left.open == right.open && left.objects == right.objects;
-}
-
-std::ostream& operator<<(std::ostream& out, const Remains& remains) {
-  return out << remains.open << ", " << remains.objects << " objects";
-}
-
-Remains remains() { return {openThings(), liveObjects()}; }
 
 using Use = void (*)(const LoadedLibrary& library);
 

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "session/counted_heap.h"
+#include "session/session_ipod.h"
+
+namespace session {
+
+/// What a program that used the library must have again: for programs with the counted heap.
+struct Remains {
+  OpenThings open;
+  long objects = 0;
+  long bytes = 0;
+};
+
+Remains remains();
+bool operator==(const Remains& left, const Remains& right);
+std::ostream& operator<<(std::ostream& out, const Remains& remains);
+
+}  // namespace session
