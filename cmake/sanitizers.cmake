@@ -3,5 +3,13 @@ if(IPODCTL_SANITIZE)
   add_compile_options(-fsanitize=${IPODCTL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   # The product and the tests have no type information to check objects against.
   add_compile_options(-fno-sanitize=vptr)
+  # What GCC says of itself and Clang does not.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND IPODCTL_SANITIZE MATCHES "address")
+    add_compile_definitions(__SANITIZE_ADDRESS__)
+  endif()
+  # Of a fiber, a stack's depth says nothing.
+  if(IPODCTL_SANITIZE MATCHES "fuzzer")
+    add_compile_options(-fno-sanitize-coverage=stack-depth)
+  endif()
   add_link_options(-fsanitize=${IPODCTL_SANITIZE})
 endif()

@@ -58,6 +58,8 @@ Fiber::Fiber(std::function<void()> fiberBody)
   context.uc_stack.ss_size = FiberStack::size();
   context.uc_link = nullptr;
   makecontext(&context, &Fiber::enter, 0);
+  // AddressSanitizer would drop its marks of the whole stack at every switch to it.
+  context.uc_stack = {};
   marks = {stack->bottom(), FiberStack::size(), newThreadMark()};
 }
 

@@ -1,0 +1,104 @@
+// What a person writes: the first letter says to whom, and the rest is the text.
+//
+//     f late=200@04:001A#3       a fault
+//     s packet-gap=30            a setting of the simulated iPod
+//     o --serial --tracks 10     ipodsim's options
+//     i rate 48000               a command while ipodsim runs
+//     d IPD1:=/tmp/ipod          IPODCTL_DEVICES
+
+#include <array>
+#include <cstdlib>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "console/commands.h"
+#include "console/options.h"
+#include "coredll/device_names.h"
+#include "device/personality_settings.h"
+#include "faults/fault_text.h"
+#include "simulator/small_library.h"
+#include "support/require.h"
+
+namespace {
+
+/// A text that is not understood is refused with a text for a person, and in no other way.
+template <class Reader>
+void mayRefuse(Reader read) {
+  try {
+    read();
+  } catch (const std::invalid_argument& refused) {
+    require(*refused.what() != '\0', "refused without a reason");
+  }
+}
+
+void readFault(const std::string& text) {
+  simulator::Random random(1);
+  simulator::FaultPlan plan(random);
+  mayRefuse([&] { addFault(plan, text); });
+}
+
+void readSetting(const std::string& text) {
+  simulator::Personality personality;
+  mayRefuse([&] { applySetting(personality, text); });
+}
+
+void readOptions(const std::string& text) {
+  std::istringstream words(text);
+  std::vector<std::string> arguments{"ipodsim"};
+  for (std::string word; words >> word;)
+    arguments.push_back(word);
+  std::vector<const char*> argv;
+  for (const std::string& argument : arguments)
+    argv.push_back(argument.c_str());
+  mayRefuse([&] { simulator::parseOptions(static_cast<int>(argv.size()), argv.data()); });
+}
+
+/// Nobody runs this iPod. Its cable stays where it is: a pseudo-terminal is the system's.
+void readCommand(const std::string& text) {
+  std::string name;
+  std::istringstream(text) >> name;
+  if (name == "plug") return;
+  simulator::SimulatedIpod ipod(simulator::Personality{}, simulator::smallLibrary());
+  simulator::PtyIpod pty(ipod, simulator::FrameKind::kUsb);
+  doCommand(pty, text);
+}
+
+void readDevices(const std::string& text) {
+  setenv("IPODCTL_DEVICES", text.c_str(), 1);
+  for (const std::u16string_view name : {u"IPD1:", u"COM1:", u""}) {
+    std::vector<WCHAR> wide(name.begin(), name.end());
+    wide.push_back(0);
+    const auto entry = coredll::findDevice(wide.data());
+    require(!entry || text.find(entry->path) != std::string::npos, "a path that nobody wrote");
+    require(!entry || entry->isSerialPort == (name == u"COM1:"), "another kind of port");
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size < 2) return 0;
+  const std::string text(data + 2, data + size);
+  switch (data[0]) {
+    case 'f':
+      readFault(text);
+      break;
+    case 's':
+      readSetting(text);
+      break;
+    case 'o':
+      readOptions(text);
+      break;
+    case 'i':
+      readCommand(text);
+      break;
+    case 'd':
+      readDevices(text.substr(0, text.find('\0')));
+      break;
+    default:
+      break;
+  }
+  return 0;
+}
