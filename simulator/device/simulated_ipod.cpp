@@ -126,6 +126,12 @@ void SimulatedIpod::announceSampleRate(Time now, uint32_t rate) {
   audio.announce(rate);
 }
 
+void SimulatedIpod::tellPosition(Time now) {
+  advance(now);
+  const Message told = notifier.strayNotification();
+  state.sendUnasked(Lingo::kExtendedInterface, told.command, told.data);
+}
+
 FrameDecoder::Counters SimulatedIpod::frameCounters() const {
   return decoder ? decoder->counters() : FrameDecoder::Counters{};
 }

@@ -67,6 +67,8 @@ class SimulatedIpod {
   void pressPrevious(Time now);
   /// Tells the accessory this sample rate in Hz, whatever plays.
   void announceSampleRate(Time now, uint32_t rate);
+  /// Notifies the accessory of the position, whether or not it wants to know.
+  void tellPosition(Time now);
 
   // Looking inside
   const Personality& personality() const { return state.personality; }

@@ -319,6 +319,14 @@ TEST_F(NotificationTest, EndWithTheExtendedMode) {
   EXPECT_EQ(bench.wait(seconds(2)), Payloads{});
 }
 
+TEST(Notifications, CanBeMadeToComeToWhoDidNotAskForThem) {
+  Bench bench;
+  bench.enter();
+  bench.ask("04 00 28 00 00 00 00");
+  bench.ipod.tellPosition(bench.now + milliseconds(300));
+  EXPECT_EQ(bench.wait(milliseconds(300)), Payloads{"04 00 27 04 00 00 01 2C"});
+}
+
 TEST(Notifications, JitterDelaysThemByUpToSoMuch) {
   Personality personality;
   personality.notificationJitter = milliseconds(100);
