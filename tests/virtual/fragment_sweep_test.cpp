@@ -1,5 +1,6 @@
 // The bytes from the iPod in reads of every size. Nothing is lost, so that every session succeeds.
 #include <algorithm>
+#include <tuple>
 
 #include "virtual/sweep.h"
 
@@ -12,9 +13,14 @@ using virtual_platform::Direction;
 
 constexpr int kOrders = 13;  // of the threads, where there is no place to go through
 
-Case deliveredCase(const std::string& how, std::uint64_t seed, const Delivery& delivery) {
-  return {how, seed, [=](VirtualSession& session) { session.cable.deliver(delivery); },
-          [](VirtualSession&) { return true; }, Outcome::kFullSession};
+Case deliveredCase(const Script& script, const std::string& how, std::uint64_t seed,
+                   const Delivery& delivery) {
+  return {script,
+          how,
+          seed,
+          [=](VirtualSession& session) { session.cable.deliver(delivery); },
+          [](VirtualSession&) { return true; },
+          Outcome::kFullSession};
 }
 
 std::ptrdiff_t successfulReads(const Delivery& delivery) {
@@ -41,38 +47,51 @@ TEST(Delivery, DecidesHowManyReadsThereAre) {
   EXPECT_LT(successfulReads(delivery), usual);
 }
 
-class FragmentSweep : public Sweep {};
+class SplitSweep : public Sweep,
+                   public testing::WithParamInterface<std::tuple<const char*, int>> {};
 
-TEST_F(FragmentSweep, SplitsAtEveryByte) {
-  const std::size_t bytes = bytesOfASession(Direction::kFromIpod);
+INSTANTIATE_TEST_SUITE_P(All, SplitSweep,
+                         testing::Combine(testing::ValuesIn(kScripts),
+                                          testing::Values(0, 1, 700)));  // ms
+
+TEST_P(SplitSweep, SplitsAtEveryByte) {
+  const Script& script = scriptCalled(std::get<0>(GetParam()));
+  const int pause = std::get<1>(GetParam());
+  const std::size_t bytes = bytesOfASession(script, Direction::kFromIpod);
   ASSERT_GT(bytes, 100u);
   for (std::size_t at = 1; at < bytes; ++at) {
-    for (const int pause : {0, 1, 700}) {  // ms; a request waits for a second
-      Delivery delivery;
-      delivery.pauseAt = at;
-      delivery.pause = milliseconds(pause);
-      tryPoint(deliveredCase("split:" + std::to_string(at) + ":" + std::to_string(pause) + "-ms",
-                             at + 1, delivery));
-    }
+    Delivery delivery;
+    delivery.pauseAt = at;
+    delivery.pause = milliseconds(pause);
+    tryPoint(deliveredCase(script,
+                           "split:" + std::to_string(at) + ":" + std::to_string(pause) + "-ms",
+                           at + 1, delivery));
   }
 }
 
-TEST_F(FragmentSweep, ReadsFewBytesAtATime) {
+class FragmentSweep : public Sweep, public testing::WithParamInterface<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(All, FragmentSweep, testing::ValuesIn(kScripts));
+
+TEST_P(FragmentSweep, ReadsFewBytesAtATime) {
+  const Script& script = scriptCalled(GetParam());
   for (std::size_t longest = 1; longest <= 20; ++longest) {
-    for (std::uint64_t seed = 1; seed <= kOrders; ++seed) {
+    for (std::uint64_t seed = 1; seed <= ordersOf(script, kOrders); ++seed) {
       Delivery delivery;
       delivery.longestRead = longest;
-      tryPoint(deliveredCase("reads-of:" + std::to_string(longest), seed, delivery));
+      tryPoint(deliveredCase(script, "reads-of:" + std::to_string(longest), seed, delivery));
     }
   }
 }
 
-TEST_F(FragmentSweep, ReadsEverythingThatIsThereAtOnce) {
+TEST_P(FragmentSweep, ReadsEverythingThatIsThereAtOnce) {
+  const Script& script = scriptCalled(GetParam());
   for (int gathering = 1; gathering <= 900; gathering += 31) {  // ms
-    for (std::uint64_t seed = 1; seed <= kOrders; ++seed) {
+    for (std::uint64_t seed = 1; seed <= ordersOf(script, kOrders); ++seed) {
       Delivery delivery;
       delivery.gathering = milliseconds(gathering);
-      tryPoint(deliveredCase("gathered:" + std::to_string(gathering) + "-ms", seed, delivery));
+      tryPoint(
+          deliveredCase(script, "gathered:" + std::to_string(gathering) + "-ms", seed, delivery));
     }
   }
 }

@@ -1,4 +1,6 @@
 // Every frame from the iPod lost, doubled, late or behind the next one.
+#include <tuple>
+
 #include "virtual/sweep.h"
 
 namespace virtual_session {
@@ -23,16 +25,19 @@ constexpr FrameFault kFaults[] = {{"lost", FaultKind::kLost, 0, Outcome::kAnyPro
 
 constexpr std::uint64_t kOrders = 40;  // of the threads, for each frame
 
-std::size_t framesOfASession() {
-  VirtualSession session(1);
+std::size_t framesOfASession(const Script& script) {
+  VirtualSession session(1, script);
   session.run([&] { session.play(); });
   return session.ipod.counters().messagesSent;
 }
 
-Case spoiledCase(std::size_t frame, std::uint64_t seed, const FrameFault& fault) {
+Case spoiledCase(const Script& script, std::size_t frame, std::uint64_t seed,
+                 const FrameFault& fault) {
   const auto number = static_cast<uint32_t>(frame + 1);
   return {
-      "frame:" + std::to_string(frame) + ":" + fault.name, seed,
+      script,
+      "frame:" + std::to_string(frame) + ":" + fault.name,
+      seed,
       [=](VirtualSession& session) {
         session.ipod.faults().add({fault.kind, FaultTarget::everything().nth(number), fault.value});
       },
@@ -40,35 +45,50 @@ Case spoiledCase(std::size_t frame, std::uint64_t seed, const FrameFault& fault)
       fault.outcome};
 }
 
-Case swappedCase(std::size_t frame, std::uint64_t seed) {
-  return {"frame:" + std::to_string(frame) + ":swapped", seed,
+Case swappedCase(const Script& script, std::size_t frame, std::uint64_t seed) {
+  return {script, "frame:" + std::to_string(frame) + ":swapped", seed,
           [=](VirtualSession& session) { session.cable.swapFrame(frame); },
           [](VirtualSession& session) { return session.cable.hasSwapped(); }};
 }
 
-class FrameSweep : public Sweep {};
+class FrameSweep : public Sweep,
+                   public testing::WithParamInterface<std::tuple<const char*, FrameFault>> {};
 
-TEST_F(FrameSweep, SpoilsEveryFrame) {
-  const std::size_t frames = framesOfASession();
-  ASSERT_GT(frames, 10u);
-  for (std::size_t frame = 0; frame < frames; ++frame) {
-    for (std::uint64_t seed = 1; seed <= kOrders; ++seed) {
-      for (const FrameFault& fault : kFaults)
-        tryPoint(spoiledCase(frame, seed, fault));
-    }
-  }
-  if (isReplay()) return;
-  EXPECT_GT(strikes, cases * 9 / 10);
+std::string nameOfTest(const testing::TestParamInfo<FrameSweep::ParamType>& info) {
+  const auto& [script, fault] = info.param;
+  return identifierOf({script, fault.name});
 }
 
-TEST_F(FrameSweep, SwapsEveryFrameWithTheNext) {
-  const std::size_t frames = framesOfASession();
+INSTANTIATE_TEST_SUITE_P(All, FrameSweep,
+                         testing::Combine(testing::ValuesIn(kScripts), testing::ValuesIn(kFaults)),
+                         nameOfTest);
+
+TEST_P(FrameSweep, SpoilsEveryFrame) {
+  const Script& script = scriptCalled(std::get<0>(GetParam()));
+  const FrameFault fault = std::get<1>(GetParam());
+  const std::size_t frames = framesOfASession(script);
+  ASSERT_GT(frames, 10u);
   for (std::size_t frame = 0; frame < frames; ++frame) {
-    for (std::uint64_t seed = 1; seed <= kOrders; ++seed)
-      tryPoint(swappedCase(frame, seed));
+    for (std::uint64_t seed = 1; seed <= ordersOf(script, kOrders); ++seed)
+      tryPoint(spoiledCase(script, frame, seed, fault));
   }
   if (isReplay()) return;
-  EXPECT_GT(strikes, cases * 8 / 10);
+  EXPECT_GE(strikes, cases * 9 / 10);
+}
+
+class SwapSweep : public Sweep, public testing::WithParamInterface<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(All, SwapSweep, testing::ValuesIn(kScripts));
+
+TEST_P(SwapSweep, SwapsEveryFrameWithTheNext) {
+  const Script& script = scriptCalled(GetParam());
+  const std::size_t frames = framesOfASession(script);
+  for (std::size_t frame = 0; frame < frames; ++frame) {
+    for (std::uint64_t seed = 1; seed <= ordersOf(script, kOrders); ++seed)
+      tryPoint(swappedCase(script, frame, seed));
+  }
+  if (isReplay()) return;
+  EXPECT_GE(strikes, cases * 8 / 10);
 }
 
 }  // namespace

@@ -5,15 +5,17 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "session/host_folder.h"
 #include "virtual/virtual_session.h"
 
-/// A short session disturbed at every place, each time from the same start. Whatever happens, calls
-/// end in time with results that they promise, nothing stays open, and the next session succeeds.
+/// Sessions disturbed at every place, each time from the same start. Whatever happens, calls end in
+/// time with results that they promise and write only where they may, nothing stays open, and the
+/// next session succeeds.
 ///
 /// A failure names its case; VIRTUAL_CASE=<name> runs that one alone, the same again, and shows what
-/// the platform was asked. VIRTUAL_ALL=1 tries every point of the sweeps that else try every 13th.
+/// the platform was asked. VIRTUAL_ALL=1 tries every point of the sweeps that else try a slice.
 namespace virtual_session {
 
 enum class Outcome {
@@ -22,21 +24,31 @@ enum class Outcome {
 };
 
 struct Case {
+  const Script& script;
   std::string place;  ///< what is done, and where
   std::uint64_t seed;
   std::function<void(VirtualSession&)> disturb;
   std::function<bool(VirtualSession&)> hasStruck;  ///< asked behind the disturbed session
   Outcome outcome = Outcome::kAnyPromised;
 
-  std::string name() const { return place + ":seed-" + std::to_string(seed); }
+  std::string name() const {
+    return std::string(script.name) + ":" + place + ":seed-" + std::to_string(seed);
+  }
 };
 
 /// Whether one case is to be run alone.
 bool isReplay();
 
+/// How many orders of the threads a sweep tries at each place: so many in a short session, in the
+/// long ones two.
+std::uint64_t ordersOf(const Script& script, std::uint64_t ofTheShort);
+
+/// Tells the test's report how many cases there were, in how many the disturbance came to pass, and
+/// how long each export took at most.
 class Sweep : public testing::Test {
  protected:
   Sweep();
+  void SetUp() override;
   void TearDown() override;
 
   void tryCase(const Case& each);
@@ -47,17 +59,24 @@ class Sweep : public testing::Test {
   int strikes = 0;
 
  private:
-  const session::HostFolder folder;  // without a logo
+  void prepare(const Script& script);
+
+  const session::HostFolder folder;
+  const Script* prepared = nullptr;
   std::uint64_t points = 0;
+  LongestTimes longestTimes;
 };
 
 /// How many bytes of a direction an undisturbed session has.
-std::size_t bytesOfASession(virtual_platform::Direction direction);
+std::size_t bytesOfASession(const Script& script, virtual_platform::Direction direction);
 
 constexpr virtual_platform::Direction kDirections[] = {virtual_platform::Direction::kFromIpod,
                                                        virtual_platform::Direction::kToIpod};
 
 /// "from-ipod"
 std::string nameOf(virtual_platform::Direction direction);
+
+/// A test's name of these words: "short_from_ipod".
+std::string identifierOf(const std::vector<std::string>& words);
 
 }  // namespace virtual_session

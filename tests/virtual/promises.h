@@ -1,0 +1,35 @@
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "virtual/host.h"
+
+namespace virtual_session {
+
+/// What is known of a call, whatever the iPod does.
+struct Promise {
+  const char* name;                   ///< as a Call's
+  std::chrono::milliseconds longest;  ///< with an iPod that falls silent at any moment
+  bool (*allows)(const Call&);        ///< whether the header has such a result
+};
+
+using Promises = std::vector<Promise>;
+
+/// Those of the 35 exports.
+const Promises& exportPromises();
+
+/// Those of the controller's operations.
+const Promises& operationPromises();
+
+/// Empty, or what a call did that it may not: took too long, returned or wrote what it never does,
+/// or touched what it was not given.
+std::string findFault(const Calls& calls, const Promises& promises);
+
+/// The longest time for each export.
+using LongestTimes = std::map<std::string, Time>;
+void keepLongest(LongestTimes& longest, const Calls& calls);
+
+}  // namespace virtual_session

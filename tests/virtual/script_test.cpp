@@ -1,0 +1,186 @@
+// The sessions that the sweeps disturb, undisturbed, and what is known of every export.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <regex>
+#include <set>
+
+#include "session/host_folder.h"
+#include "virtual/sweep.h"
+
+namespace virtual_session {
+namespace {
+
+using std::chrono::microseconds;
+using testing::ElementsAreArray;
+using virtual_platform::Direction;
+
+using Names = std::set<std::string>;
+
+/// Those that the library exports.
+Names exportsOfTheLibrary() {
+  const std::regex line("\\s+(\\w+) @\\d+");
+  std::ifstream definition(EXPORTS);
+  Names names;
+  std::smatch match;
+  for (std::string text; std::getline(definition, text);) {
+    if (std::regex_match(text, match, line)) names.insert(match[1]);
+  }
+  return names;
+}
+
+Names exportsOf(const Calls& calls) {
+  Names names;
+  for (const Call& call : calls)
+    names.insert(exportOf(call.name));
+  return names;
+}
+
+Calls callsOf(const Script& script) {
+  VirtualSession session(1, script);
+  Calls calls;
+  EXPECT_EQ(session.run([&] { calls = session.play(); }), "");
+  return calls;
+}
+
+class ScriptTest : public testing::TestWithParam<const char*> {
+ protected:
+  ScriptTest() { warmUp(script); }
+
+  const session::HostFolder folder;
+  const Script& script = scriptCalled(GetParam());
+};
+
+INSTANTIATE_TEST_SUITE_P(All, ScriptTest, testing::ValuesIn(kScripts));
+
+TEST_P(ScriptTest, ComesToTheSameWhateverTheOrderOfTheThreads) {
+  for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+    const OpenThings before = openThings();
+    {
+      VirtualSession session(seed, script);
+      Calls calls;
+      ASSERT_EQ(session.run([&] { calls = session.play(); }), "") << seed;
+      ASSERT_THAT(resultsOf(calls), ElementsAreArray(script.results)) << seed;
+      ASSERT_EQ(findFault(calls, script.promises), "") << seed;
+    }
+    ASSERT_EQ(openThings(), before) << seed;
+  }
+}
+
+TEST_P(ScriptTest, IsSmall) {
+  const std::size_t bytes = bytesOfASession(script, Direction::kFromIpod);
+  EXPECT_LT(bytes, 4096u);
+  RecordProperty("bytes_from_ipod", static_cast<int>(bytes));
+  RecordProperty("bytes_to_ipod", static_cast<int>(bytesOfASession(script, Direction::kToIpod)));
+}
+
+class Reference : public testing::Test {
+ protected:
+  const session::HostFolder folder;
+};
+
+TEST_F(Reference, HasEveryExport) {
+  const Names all = exportsOfTheLibrary();
+  EXPECT_EQ(all.size(), 35u);
+  EXPECT_EQ(exportsOf(callsOf(referenceScript())), all);
+}
+
+TEST_F(Reference, GivesEveryCommand) {
+  const Calls calls = callsOf(referenceScript());
+  for (int code = 1; code <= 14; ++code) {
+    const std::string name = "IpodCommand(" + std::to_string(code) + ")";
+    EXPECT_TRUE(std::any_of(calls.begin(), calls.end(), [&](const Call& call) {
+      return call.name == name;
+    })) << name;
+  }
+}
+
+TEST_F(Reference, ShowsTheLogo) {
+  VirtualSession session(1, referenceScript());
+  bool shown = false;
+  session.ipod.setImageHook([&](const simulator::Picture& picture) {
+    shown = picture.width == 4 && picture.height == kLogoPackets;
+  });
+  EXPECT_EQ(session.run([&] { session.play(); }), "");
+  EXPECT_TRUE(shown);
+}
+
+TEST(Promises, AreMadeForEveryExport) {
+  LongestTimes longest;
+  for (const Promise& promise : exportPromises()) {
+    Time& known = longest[exportOf(promise.name)];
+    known = std::max<Time>(known, promise.longest);
+  }
+  Names names;
+  for (const auto& [name, time] : longest) {
+    names.insert(name);
+    const auto bound = std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+    RecordProperty("bound_ms_" + name, static_cast<int>(bound));
+  }
+  EXPECT_EQ(names, exportsOfTheLibrary());
+}
+
+Call callThat(const std::string& name, int result, const std::vector<std::string>& written,
+              Time took = Time(0)) {
+  Call call;
+  call.name = name;
+  call.result = result;
+  call.written = written;
+  call.took = took;
+  return call;
+}
+
+std::string faultOf(const Call& call) { return findFault({call}, exportPromises()); }
+
+TEST(FindFault, NamesACallThatTakesTooLong) {
+  const Time second = std::chrono::seconds(1);
+  EXPECT_EQ(faultOf(callThat("IpodGetName", 0, {"Pod"}, second)), "");
+  EXPECT_EQ(faultOf(callThat("IpodGetName", 0, {"Pod"}, 2 * second)),
+            "IpodGetName 0 Pod after 2000 ms");
+}
+
+TEST(FindFault, AllowsForTheCallsOfOtherThreadsMeanwhile) {
+  const Time second = std::chrono::seconds(1);
+  Call other = callThat("IpodGetSerialNumber", 0, {"-"}, second);
+  other.thread = 1;
+  const Call late = callThat("IpodGetName", 0, {"Pod"}, 2 * second);
+  EXPECT_EQ(findFault({other, late}, exportPromises()), "");
+  other.start = 3 * second;
+  EXPECT_NE(findFault({other, late}, exportPromises()), "");
+}
+
+TEST(FindFault, NamesACallThatReturnsOrWritesWhatItNeverDoes) {
+  EXPECT_NE(faultOf(callThat("IpodConnect", 2, {})), "");
+  EXPECT_NE(faultOf(callThat("IpodGetShuffleMode", 0, {"4"})), "");
+  EXPECT_NE(faultOf(callThat("IpodGetTrackIndex", 0, {"3"})), "");
+  EXPECT_NE(faultOf(callThat("IpodGetTrackInfo", -1, {"-", "-", "x", "-", "-", "-"})), "");
+  EXPECT_NE(faultOf(callThat("IpodGetNextItem", 0, {"5"})), "");
+  EXPECT_NE(faultOf(callThat("IpodGetItemName", 0, {"Ab", "c"})), "");
+  EXPECT_NE(faultOf(callThat("Nobody", 0, {})), "");
+}
+
+TEST(FindFault, NamesACallThatWritesBesideItsRoom) {
+  Text text(2);
+  EXPECT_TRUE(text.isIntact());
+  text.data()[0] = 'A';
+  text.data()[1] = 0xFFFF;
+  EXPECT_TRUE(text.isIntact());
+  EXPECT_EQ(text.words(), "A<FFFF>");
+  text.data()[2] = 0;
+  EXPECT_FALSE(text.isIntact());
+  Call call = callThat("IpodGetName", 0, {"A"});
+  call.isIntact = false;
+  EXPECT_EQ(faultOf(call), "IpodGetName 0 A after 0 ms, and wrote where it may not");
+}
+
+TEST(Output, IsNotIntactWithAHole) {
+  Text text(3);
+  text.data()[0] = 'A';
+  text.data()[2] = 'C';
+  EXPECT_FALSE(text.isIntact());
+}
+
+}  // namespace
+}  // namespace virtual_session

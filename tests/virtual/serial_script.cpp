@@ -1,0 +1,225 @@
+// The controller's operations, which alone can use a serial line.
+#include <windows.h>
+
+#include <functional>
+#include <string>
+
+#include "controller/ipod_controller.h"
+#include "virtual/reference_library.h"
+#include "virtual/scripts.h"
+#include "virtual/virtual_session.h"
+
+namespace virtual_session {
+namespace {
+
+constexpr DWORD kPauseMilliseconds = 1200;
+constexpr uint8_t kArtists = 2;
+constexpr uint8_t kTracks = 5;
+constexpr uint8_t kSortByName = 4;
+constexpr uint8_t kPause = 11;
+constexpr uint8_t kExtendedInterface = 4;
+constexpr uint32_t kGenreInfo = 5;
+constexpr uint32_t kNewSampleRate = 48000;
+
+/// As a host of the controller: it lives as long as the program, and so does its link.
+IpodController& controller() {
+  static IpodController one(kSerialLink);
+  return one;
+}
+
+/// What an operation put into its references.
+class Said final : public Output {
+ public:
+  bool isIntact() const override { return true; }
+  std::string words() const override { return text; }
+
+  void say(const ByteString& said) {
+    text.clear();
+    append(said);
+  }
+  void say(const ImageLimits& said) {
+    text = std::to_string(said.width) + "x" + std::to_string(said.height);
+  }
+  void say(const RecordList& said) {
+    text.clear();
+    for (const RecordEntry& entry : said)
+      append(entry.name);
+  }
+  template <class Number>
+  void say(Number said) {
+    text = std::to_string(said);
+  }
+
+ private:
+  void append(const ByteString& said) {
+    for (uint32_t i = 0; i < said.size(); ++i)
+      text += wordsOf(static_cast<unsigned char>(said[i]));
+  }
+
+  std::string text = kNothing;
+};
+
+class SerialHost {
+ public:
+  explicit SerialHost(Host& caller) : host(caller) {}
+
+  void act(const char* name, const std::function<bool(IpodController&)>& operation) {
+    host.call(name, [&] { return operation(controller()) ? 1 : 0; });
+  }
+
+  template <class Value>
+  void ask(const char* name, const std::function<bool(IpodController&, Value&)>& operation) {
+    Said said;
+    const auto asked = [&] {
+      Value value{};
+      const bool success = operation(controller(), value);
+      if (success) said.say(value);
+      return success ? 1 : 0;
+    };
+    host.call(name, asked, {&said});
+  }
+
+ private:
+  Host& host;
+};
+
+using Controller = IpodController;
+using Word = uint32_t;
+using Mode = uint32_t;
+
+void connect(SerialHost& host) {
+  host.act("connect", [](Controller& c) {
+    return c.LoadLogo("logo_zel.bmp") && c.connect("COM1:", c.logoImage());
+  });
+  Sleep(kPauseMilliseconds);
+  host.act("isIdentified", [](Controller& c) { return c.isIdentified() != 0; });
+  host.act("EnterExtendedMode", [](Controller& c) { return c.EnterExtendedMode(); });
+  host.ask<Word>("getSampleRate", [](Controller& c, Word& rate) { return c.getSampleRate(rate); });
+}
+
+void askWhoItIs(SerialHost& host) {
+  using Name = ByteString;
+  host.ask<Name>("GetIpodName", [](Controller& c, Name& name) { return c.GetIpodName(name); });
+  host.ask<Name>("RequestIpodName",
+                 [](Controller& c, Name& name) { return c.RequestIpodName(name); });
+  host.ask<Name>("RequestSerialNumber",
+                 [](Controller& c, Name& serial) { return c.RequestSerialNumber(serial); });
+  host.ask<uint16_t>("RequestModelNumber", [](Controller& c, uint16_t& model) {
+    Name modelText;
+    return c.RequestModelNumber(model, modelText);
+  });
+  host.ask<uint8_t>("RequestSoftwareVersion", [](Controller& c, uint8_t& major) {
+    uint8_t minor = 0;
+    uint8_t revision = 0;
+    return c.RequestSoftwareVersion(major, minor, revision);
+  });
+  host.ask<uint8_t>("RequestLingoProtocolVersion", [](Controller& c, uint8_t& minor) {
+    uint8_t lingo = 0;
+    uint8_t major = 0;
+    return c.RequestLingoProtocolVersion(kExtendedInterface, lingo, major, minor);
+  });
+  using Limits = ImageLimits;
+  host.ask<Limits>("GetMonoImageLimits",
+                   [](Controller& c, Limits& limits) { return c.GetMonoImageLimits(limits); });
+  host.ask<Limits>("GetColorImageLimits",
+                   [](Controller& c, Limits& limits) { return c.GetColorImageLimits(limits); });
+}
+
+void walk(SerialHost& host) {
+  host.act("ResetDbSelection", [](Controller& c) { return c.ResetDbSelection(); });
+  host.ask<Word>("GetDbRecordCount",
+                 [](Controller& c, Word& count) { return c.GetDbRecordCount(kArtists, count); });
+  host.ask<RecordList>("RetrieveDbRecords", [](Controller& c, RecordList& records) {
+    return c.RetrieveDbRecords(kArtists, 0, kRecordsAtOnce, records);
+  });
+  host.act("SelectSortDbRecord",
+           [](Controller& c) { return c.SelectSortDbRecord(kArtists, 0, kSortByName); });
+  host.ask<Word>("GetDbRecordCount",
+                 [](Controller& c, Word& count) { return c.GetDbRecordCount(kTracks, count); });
+  host.act("SelectDbRecord", [](Controller& c) { return c.SelectDbRecord(kTracks, 1); });
+}
+
+void play(SerialHost& host) {
+  host.act("PlayCurrentSelection", [](Controller& c) { return c.PlayCurrentSelection(0); });
+  host.ask<Word>("GetNumPlayingTracks",
+                 [](Controller& c, Word& count) { return c.GetNumPlayingTracks(count); });
+  host.act("SetCurrentPlayingTrack", [](Controller& c) { return c.SetCurrentPlayingTrack(1); });
+  host.ask<Word>("GetCurrentTrackIndex",
+                 [](Controller& c, Word& index) { return c.GetCurrentTrackIndex(index); });
+  host.act("PlayControl", [](Controller& c) { return c.PlayControl(kPause); });
+  host.ask<Word>("GetPlayStatus", [](Controller& c, Word& state) {
+    Word length = 0;
+    Word position = 0;
+    return c.GetPlayStatus(length, position, state);
+  });
+}
+
+void readTexts(SerialHost& host) {
+  using Text = ByteString;
+  host.ask<Text>("GetTrackTitle",
+                 [](Controller& c, Text& text) { return c.GetTrackTitle(0, text); });
+  host.ask<Text>("GetTrackArtist",
+                 [](Controller& c, Text& text) { return c.GetTrackArtist(0, text); });
+  host.ask<Text>("GetTrackAlbum",
+                 [](Controller& c, Text& text) { return c.GetTrackAlbum(0, text); });
+  host.ask<Text>("GetIndexedTrackInfo", [](Controller& c, Text& text) {
+    uint8_t type = 0;
+    return c.GetIndexedTrackInfo(0, text, type, kGenreInfo);
+  });
+}
+
+/// Off first, whatever the session before left.
+void changeModes(SerialHost& host) {
+  host.act("SetShuffle", [](Controller& c) { return c.SetShuffle(0); });
+  host.act("SetRepeat", [](Controller& c) { return c.SetRepeat(0); });
+  host.act("SetShuffle", [](Controller& c) { return c.SetShuffle(1); });
+  host.ask<Mode>("GetShuffle", [](Controller& c, Mode& mode) { return c.GetShuffle(mode); });
+  host.act("SetRepeat", [](Controller& c) { return c.SetRepeat(2); });
+  host.ask<Mode>("GetRepeat", [](Controller& c, Mode& mode) { return c.GetRepeat(mode); });
+}
+
+/// A new sample rate goes to the handler: nothing is left for who waits for it.
+void listen(VirtualSession& session, SerialHost& host) {
+  session.ipod.announceSampleRate(session.world.now(), kNewSampleRate);
+  Sleep(kPauseMilliseconds);
+  host.ask<Word>("getSampleRate", [](Controller& c, Word& rate) { return c.getSampleRate(rate); });
+  host.ask<Word>("waitAudioAttributes",
+                 [](Controller& c, Word& rate) { return c.waitAudioAttributes(rate); });
+}
+
+void leave(SerialHost& host) {
+  host.act("ReleaseButtons", [](Controller& c) { return c.ReleaseButtons(); });
+  host.act("ExitExtendedMode", [](Controller& c) { return c.ExitExtendedMode(); });
+  host.act("reenterExtendedMode", [](Controller& c) { return c.reenterExtendedMode(); });
+  host.act("CloseIpod", [](Controller& c) { return c.CloseIpod(); });
+  host.act("isIdentified", [](Controller& c) { return c.isIdentified() != 0; });
+}
+
+void playAll(VirtualSession& session, Host& caller) {
+  SerialHost host(caller);
+  connect(host);
+  askWhoItIs(host);
+  walk(host);
+  play(host);
+  readTexts(host);
+  changeModes(host);
+  listen(session, host);
+  leave(host);
+}
+
+}  // namespace
+
+const Script& serialScript() {
+  static const Script script{"serial",
+                             "COM1:",
+                             simulator::FrameKind::kSerial,
+                             referenceModel(),
+                             referenceLibrary(),
+                             referenceLogo(),
+                             playAll,
+                             serialResults(),
+                             operationPromises()};
+  return script;
+}
+
+}  // namespace virtual_session
