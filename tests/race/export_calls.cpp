@@ -95,7 +95,7 @@ Outcome number(unsigned) {
   const int value = *guarded.value();
   const bool isIn = value >= kLowest && value <= kHighest;
   const bool mayBe = isIn || (kWrites == Writes::kSometimes && guarded.isUntouched());
-  return {returned, value, returned == 0 && guarded.isGuarded() && mayBe};
+  return {returned, value, returned == 0 && guarded.isGuarded() && mayBe, isIn};
 }
 
 Outcome trackIndex(unsigned) {
@@ -103,7 +103,8 @@ Outcome trackIndex(unsigned) {
   const int returned = IpodGetTrackIndex(index.value());
   const int value = *index.value();
   const bool isIn = value >= -1 && value < kMostItems;
-  return {returned, value, returned == 1 ? index.isGuarded() && isIn : index.isUntouched()};
+  const bool answered = returned == 1;
+  return {returned, value, answered ? index.isGuarded() && isIn : index.isUntouched(), answered};
 }
 
 // ---------------------------------------------------------------- texts
@@ -114,17 +115,15 @@ bool isTextOrNothing(GuardedUnits& text, const std::string& whole) {
                                     std::equal(whole.begin(), whole.end(), text.units()));
 }
 
-Outcome ipodName(unsigned) {
-  GuardedUnits name;
-  const int returned = IpodGetName(name.units(), kMostUnits);
-  return result(returned, returned == 0 && isTextOrNothing(name, kIpodName));
+Outcome deviceText(int (*read)(unsigned short*, int), const std::string& whole) {
+  GuardedUnits text;
+  const int returned = read(text.units(), kMostUnits);
+  return {returned, 0, returned == 0 && isTextOrNothing(text, whole), !text.isUntouchedBut(0)};
 }
 
-Outcome serialNumber(unsigned) {
-  GuardedUnits serial;
-  const int returned = IpodGetSerialNumber(serial.units(), kMostUnits);
-  return result(returned, returned == 0 && isTextOrNothing(serial, kSerialNumber));
-}
+Outcome ipodName(unsigned) { return deviceText(IpodGetName, kIpodName); }
+
+Outcome serialNumber(unsigned) { return deviceText(IpodGetSerialNumber, kSerialNumber); }
 
 template <int (*kExport)(int, unsigned short*, unsigned short*, int)>
 Outcome entryName(unsigned variety) {
@@ -149,7 +148,8 @@ Outcome trackInfo(unsigned) {
   const int value = *index.value();
   const bool isIn = index.isGuarded() && value >= -1 && value < kMostItems;
   const bool known = returned == 0 ? isIn : returned == -1 && index.isUntouched();
-  return {returned, value, known && inside};
+  const bool answered = returned == 0 && !texts[2].isUntouchedBut(0);
+  return {returned, value, known && inside, answered};
 }
 
 }  // namespace

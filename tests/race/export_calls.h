@@ -15,6 +15,7 @@ struct Outcome {
   int result = 0;   ///< of an export that returns a pointer: whether there is one
   int written = 0;  ///< the number that it wrote
   bool promised = true;
+  bool answered = true;  ///< false: surely the iPod's answer was missed
 };
 
 struct ExportCall {
