@@ -1,45 +1,19 @@
 #include "virtual/virtual_session.h"
 
 #include <desk.h>
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <fstream>
 #include <ostream>
 
 #include "session/counted_heap.h"
 #include "virtual/failures.h"
+#include "virtual/silent_output.h"
 
 namespace virtual_session {
 namespace {
 
 constexpr const char* kLogoFile = "logo_zel.bmp";
-
-// Leaves out what is printed while it lives.
-class SilentOutput {
- public:
-  SilentOutput() : before(moveOutput()) {
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    dup2(nowhere, STDOUT_FILENO);
-    close(nowhere);
-  }
-  ~SilentOutput() {
-    std::fflush(stdout);
-    dup2(before, STDOUT_FILENO);
-    close(before);
-  }
-  SilentOutput(const SilentOutput&) = delete;
-  SilentOutput& operator=(const SilentOutput&) = delete;
-
- private:
-  static int moveOutput() {
-    std::fflush(stdout);
-    return dup(STDOUT_FILENO);
-  }
-
-  const int before;
-};
 
 void putLogo(const std::string& content) {
   if (content.empty()) {

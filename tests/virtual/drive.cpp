@@ -1,0 +1,180 @@
+#include "virtual/drive.h"
+
+#include <desk.h>
+#include <ipodctl.h>
+
+#include <algorithm>
+
+#include "music/built_in_library.h"
+
+namespace virtual_life {
+namespace {
+
+using race::ExportCall;
+using race::Outcome;
+using std::chrono::milliseconds;
+using std::chrono::minutes;
+using std::chrono::seconds;
+using virtual_platform::Loss;
+
+constexpr DWORD kSecond = 1000;
+constexpr DWORD kHour = 60 * 60 * kSecond;
+constexpr Loss kLosses[] = {Loss::kEndOfFile, Loss::kReadError, Loss::kWriteError, Loss::kSilence,
+                            Loss::kGone};
+
+const simulator::MusicLibrary& music() {
+  static const simulator::MusicLibrary library = simulator::builtInLibrary();
+  return library;
+}
+
+simulator::Personality anyModel(std::mt19937_64& random) {
+  const auto& names = simulator::personalityNames();
+  return simulator::personality(names[random() % names.size()]);
+}
+
+const ExportCall& findCall(const std::string& name) {
+  const auto& calls = race::exportCalls();
+  return *std::find_if(calls.begin(), calls.end(),
+                       [&](const ExportCall& each) { return each.name == name; });
+}
+
+// Models that are slow to obey first say that they will, and every command costs two waits. With an
+// iPod that falls silent in the midst of a walk from group to group, a command asks for the name of
+// every track.
+Time longestOf(const ExportCall& call, bool mayBeSilent) {
+  const bool walks = mayBeSilent && std::string(call.name) == "IpodCommand";
+  const auto tracks = static_cast<int>(music().tracks.size());
+  return seconds(2 * call.waits + (walks ? tracks : 0)) + milliseconds(500);
+}
+
+}  // namespace
+
+Drive::Drive(std::uint64_t seed)
+    : random(seed),
+      ipod(anyModel(random), music(), static_cast<uint32_t>(seed)),
+      cable(ipod, simulator::FrameKind::kUsb),
+      world(seed) {
+  world.addDevice("IPD1:", cable);
+}
+
+std::string Drive::run() {
+  const std::string stuck = world.run([this] { live(); });
+  return fault.empty() ? stuck : fault;
+}
+
+void Drive::live() {
+  Sleep(kHour * (2 + below(10)));
+  if (chance(3)) threatenCable();
+  connect();
+  browse();
+  listen();
+  if (chance(5)) stopForHours();
+  while (threats > 0)
+    Sleep(kSecond);
+  call("IpodDisconnect");
+  if (deskRunningThreads() != 0) complain("a thread is left");
+  expectASession();
+}
+
+// The driver's hand is a thread of its own: it pulls in the middle of a call, too. Half of the pulls
+// come while the head unit connects and its user browses.
+void Drive::threatenCable() {
+  ++threats;
+  const DWORD delay = chance(2) ? below(3 * kSecond) : below(30 * 60 * kSecond);
+  const Loss loss = kLosses[below(5)];
+  world.spawn([=] {
+    Sleep(delay);
+    pulled = pulled || cable.isPlugged();
+    cable.unplug(world.now(), loss);
+    --threats;
+  });
+}
+
+// An empty answer of an iPod that was just connected is worth another try; so is the connection.
+void Drive::connect() {
+  constexpr int kTries = 3;
+  for (int i = 0; i < kTries && call("IpodConnect").result == 0; ++i)
+    Sleep(kSecond);
+  call("IpodGetName");
+  call("IpodGetSerialNumber");
+}
+
+void Drive::browse() {
+  for (unsigned i = below(40); i > 0; --i) {
+    const auto& calls = race::exportCalls();
+    const ExportCall& any = calls[2 + below(static_cast<unsigned>(calls.size()) - 2)];
+    call(any);
+    if (chance(4)) Sleep(below(kSecond));
+  }
+  IpodGetFirstItem(0, IPOD_ARTISTS, 0);
+  IpodDisableTabVisualizationActive();
+  call("IpodSongPlay");
+}
+
+// Now and then a long one.
+void Drive::listen() {
+  const unsigned length = chance(20) ? 4 * 60 * 60 : 60 * below(60);
+  for (unsigned second = 0; second < length && fault.empty(); ++second) {
+    askWhatPlays();
+    if (chance(60)) touchSomething();
+    Sleep(kSecond);
+    if (!cable.isPlugged() && chance(30)) plugAgain();
+  }
+}
+
+void Drive::askWhatPlays() {
+  if (call("IpodGetCurrentPlayStatus").written != IPOD_PLAYING) return;
+  call("IpodGetCurrentTrackPosition");
+  const Outcome index = call("IpodGetTrackIndex");
+  if (index.result == 0 || index.written == track) return;
+  track = index.written;
+  call("IpodGetTrackInfo");
+}
+
+void Drive::touchSomething() {
+  const auto& calls = race::exportCalls();
+  call(calls[2 + below(static_cast<unsigned>(calls.size()) - 2)]);
+}
+
+void Drive::plugAgain() {
+  call("IpodDisconnect");
+  cable.plug(world.now());
+  connect();
+  call("IpodSongPlay");
+}
+
+void Drive::stopForHours() {
+  Sleep(kHour * (1 + below(5)));
+  askWhatPlays();
+}
+
+// The first list of an iPod that still acknowledges the connection is worth another try.
+void Drive::expectASession() {
+  cable.plug(world.now());
+  if (call("IpodConnect").result != 1) complain("no connection at the end");
+  IpodGetFirstItem(0, IPOD_ARTISTS, 0);
+  if (IpodGetNextItem() == nullptr) {
+    Sleep(kSecond);
+    IpodGetFirstItem(0, IPOD_ARTISTS, 0);
+    if (IpodGetNextItem() == nullptr) complain("no list at the end");
+  }
+  call("IpodDisconnect");
+  if (IpodIsConnect() != 0) complain("still connected at the end");
+}
+
+Outcome Drive::call(const char* name) { return call(findCall(name)); }
+
+Outcome Drive::call(const ExportCall& exported) {
+  const race::MadeCall made =
+      race::makeCall(exported, static_cast<unsigned>(random()), [this] { return world.now(); });
+  ++callCount;
+  longest = std::max(longest, made.took);
+  if (!made.outcome.promised || made.took > longestOf(exported, pulled)) complain(describe(made));
+  return made.outcome;
+}
+
+void Drive::complain(const std::string& text) {
+  if (fault.empty()) fault = text;
+}
+
+}  // namespace virtual_life

@@ -1,0 +1,109 @@
+// Days and months of a head unit. VIRTUAL_DAYS=<n> lives so long, VIRTUAL_MINUTES=<n> as long as so
+// many minutes of the desk's have not passed. A failure names its drive; VIRTUAL_CASE=drive:<seed>
+// takes that one alone.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+
+#include "session/host_folder.h"
+#include "virtual/drive.h"
+#include "virtual/silent_output.h"
+#include "virtual/virtual_session.h"
+
+namespace virtual_life {
+namespace {
+
+using std::chrono::hours;
+using std::chrono::steady_clock;
+using virtual_session::OpenThings;
+using virtual_session::openThings;
+
+constexpr long kUsualDays = 2;
+constexpr unsigned kDriveSeconds = 120;
+
+long wanted(const char* variable, long usual) {
+  const char* const text = std::getenv(variable);
+  return text != nullptr ? std::atol(text) : usual;
+}
+
+/// When a life is over.
+class LifeSpan {
+ public:
+  bool isOver(Time lived) const {
+    if (minutes == 0) return lived >= hours(24) * days;
+    return steady_clock::now() - start >= std::chrono::minutes(minutes);
+  }
+
+ private:
+  const long minutes = wanted("VIRTUAL_MINUTES", 0);
+  const long days = wanted("VIRTUAL_DAYS", kUsualDays);
+  const steady_clock::time_point start = steady_clock::now();
+};
+
+class Life : public testing::Test {
+ protected:
+  // In the first drive everybody makes what they keep for good.
+  Life() {
+    const virtual_session::SilentOutput silence;
+    Drive(0).run();
+  }
+  void TearDown() override {
+    RecordProperty("virtual_days", static_cast<int>(lived / hours(24)));
+    RecordProperty("drives", drives);
+    RecordProperty("calls", std::to_string(calls));
+    RecordProperty("struck", pulls);
+    RecordProperty("longest_ms", static_cast<int>(longest / std::chrono::milliseconds(1)));
+  }
+
+  /// Takes one drive; empty, or what went wrong.
+  std::string take(std::uint64_t seed) {
+    const virtual_session::SilentOutput silence;
+    Drive drive(seed);
+    std::string fault = drive.run();
+    ++drives;
+    lived += drive.lasted();
+    calls += drive.calls();
+    pulls += drive.wasPulled() ? 1 : 0;
+    longest = std::max(longest, drive.longestCall());
+    return fault;
+  }
+
+  void takeAndCheck(std::uint64_t seed) {
+    alarm(kDriveSeconds);
+    const OpenThings before = openThings();
+    const std::string fault = take(seed);
+    const OpenThings after = openThings();
+    EXPECT_EQ(fault, "") << "VIRTUAL_CASE=drive:" << seed;
+    EXPECT_TRUE(after == before || !fault.empty())
+        << "VIRTUAL_CASE=drive:" << seed << " left " << after << ", before: " << before;
+  }
+
+  const session::HostFolder folder;  // without a logo
+  Time lived{0};
+  Time longest{0};
+  int drives = 0;
+  long calls = 0;
+  int pulls = 0;
+};
+
+TEST_F(Life, LeavesNothingBehindHoweverLongItLasts) {
+  if (const char* const only = std::getenv("VIRTUAL_CASE")) {
+    unsigned long long seed = 0;
+    if (std::sscanf(only, "drive:%llu", &seed) == 1) takeAndCheck(seed);
+    return;
+  }
+  const LifeSpan span;
+  for (std::uint64_t seed = 1; !span.isOver(lived); ++seed)
+    takeAndCheck(seed);
+  EXPECT_GT(drives, 0);
+}
+
+}  // namespace
+}  // namespace virtual_life
