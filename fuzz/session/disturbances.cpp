@@ -20,37 +20,40 @@ constexpr const char* kFailing[] = {"CreateSemaphoreW", "CreateThread", "CreateF
                                     "ReadFile",         "WriteFile",    "FlushFileBuffers",
                                     "allocation"};
 
-struct Scene {
-  virtual_session::VirtualSession& session;
-  HostileCable& cable;
-
-  Time now() const { return session.world.now(); }
-};
-
 Loss lossFrom(Script& script) { return static_cast<Loss>(script.byte() % 5); }
 Direction directionFrom(Script& script) { return static_cast<Direction>(script.byte() % 2); }
 
-void pull(Scene& scene, Script& script) {
-  scene.session.cable.unplug(scene.now(), lossFrom(script));
-}
+void pull(Scene& scene, Script& script) { scene.cable.unplug(scene.now(), lossFrom(script)); }
 
-void plug(Scene& scene, Script&) { scene.session.cable.plug(scene.now()); }
+void plug(Scene& scene, Script&) { scene.cable.plug(scene.now()); }
 
 void pullLater(Scene& scene, Script& script) {
   const Direction direction = directionFrom(script);
   const Loss loss = lossFrom(script);
-  const size_t passed = scene.session.cable.passed(direction);
-  scene.session.cable.unplugAfter(direction, passed + script.word(), loss);
+  const size_t passed = scene.cable.passed(direction);
+  scene.cable.unplugAfter(direction, passed + script.word(), loss);
+}
+
+void pullAt(Scene& scene, Script& script) {
+  const Loss loss = lossFrom(script);
+  scene.cable.unplugAt(scene.now() + milliseconds(script.word()), loss);
+}
+
+void stopReading(Scene& scene, Script& script) {
+  const Loss loss = lossFrom(script);
+  const size_t passed = scene.cable.passed(Direction::kToIpod);
+  const size_t taken = passed + script.byte();
+  scene.cable.stopReading(taken, milliseconds(script.word()), loss);
 }
 
 void spoil(Scene& scene, Script& script) {
   const Direction direction = directionFrom(script);
   const auto kind = static_cast<ByteFault::Kind>(script.byte() % 4);
   const size_t place = script.word();
-  scene.session.cable.spoil(direction, {kind, place, script.byte()});
+  scene.cable.spoil(direction, {kind, place, script.byte()});
 }
 
-void swapFrame(Scene& scene, Script& script) { scene.session.cable.swapFrame(script.byte()); }
+void swapFrame(Scene& scene, Script& script) { scene.cable.swapFrame(script.byte()); }
 
 void deliver(Scene& scene, Script& script) {
   virtual_platform::Delivery delivery;
@@ -58,22 +61,22 @@ void deliver(Scene& scene, Script& script) {
   delivery.gathering = milliseconds(script.byte());
   delivery.pauseAt = script.word();
   delivery.pause = milliseconds(script.word());
-  scene.session.cable.deliver(delivery);
+  scene.cable.deliver(delivery);
 }
 
-void say(Scene& scene, Script& script) { scene.cable.say(script.rest()); }
-void sayRaw(Scene& scene, Script& script) { scene.cable.sayRaw(script.rest()); }
+void say(Scene& scene, Script& script) { scene.hostile.say(script.rest()); }
+void sayRaw(Scene& scene, Script& script) { scene.hostile.sayRaw(script.rest()); }
 
 void answerPayload(Scene& scene, Script& script) {
-  scene.cable.answer({HostileCable::AnswerKind::kPayload, script.rest()});
+  scene.hostile.answer({HostileCable::AnswerKind::kPayload, script.rest()});
 }
 
 void answerReply(Scene& scene, Script& script) {
-  scene.cable.answer({HostileCable::AnswerKind::kNextCommand, script.rest()});
+  scene.hostile.answer({HostileCable::AnswerKind::kNextCommand, script.rest()});
 }
 
 void acknowledge(Scene& scene, Script& script) {
-  scene.cable.answer({HostileCable::AnswerKind::kAcknowledgement, script.rest()});
+  scene.hostile.answer({HostileCable::AnswerKind::kAcknowledgement, script.rest()});
 }
 
 void wait(Scene&, Script& script) { Sleep(script.word()); }
@@ -82,14 +85,14 @@ void press(Scene& scene, Script& script) {
   constexpr void (SimulatedIpod::*kButtons[])(Time) = {
       &SimulatedIpod::pressPlay, &SimulatedIpod::pressPause, &SimulatedIpod::pressNext,
       &SimulatedIpod::pressPrevious};
-  (scene.session.ipod.*kButtons[script.byte() % std::size(kButtons)])(scene.now());
+  (scene.ipod.*kButtons[script.byte() % std::size(kButtons)])(scene.now());
 }
 
 void announceRate(Scene& scene, Script& script) {
-  scene.session.ipod.announceSampleRate(scene.now(), script.number());
+  scene.ipod.announceSampleRate(scene.now(), script.number());
 }
 
-void addFault(Scene& scene, Script& script) { scene.session.ipod.faults().add(faultFrom(script)); }
+void addFault(Scene& scene, Script& script) { scene.ipod.faults().add(faultFrom(script)); }
 
 void failCalls(Scene&, Script& script) {
   const char* const what = kFailing[script.byte() % std::size(kFailing)];
@@ -99,22 +102,25 @@ void failCalls(Scene&, Script& script) {
 
 void mendPlatform(Scene& scene, Script&) {
   virtual_platform::disarmAllFailures();
-  scene.session.ipod.faults().clear();
+  scene.ipod.faults().clear();
 }
 
 using Disturbance = void (*)(Scene&, Script&);
 
 constexpr Disturbance kAll[kDisturbances] = {
-    pull,  plug,         pullLater,     spoil,       swapFrame,   deliver,
-    say,   sayRaw,       answerPayload, answerReply, acknowledge, wait,
-    press, announceRate, addFault,      failCalls,   mendPlatform};
+    pull,     plug,          pullLater,    spoil,       swapFrame,  deliver, say,
+    sayRaw,   answerPayload, answerReply,  acknowledge, wait,       press,   announceRate,
+    addFault, failCalls,     mendPlatform, pullAt,      stopReading};
 
 }  // namespace
 
-void disturb(uint8_t number, Script arguments, virtual_session::VirtualSession& session,
-             HostileCable& cable) {
-  Scene scene{session, cable};
-  kAll[number](scene, arguments);
+void disturb(uint8_t number, Script arguments, Scene& scene) { kAll[number](scene, arguments); }
+
+void mend(Scene& scene) {
+  virtual_platform::disarmAllFailures();
+  scene.ipod.faults().clear();
+  scene.hostile.leave();
+  scene.cable.plug(scene.now());
 }
 
 void prepareFailures() {

@@ -1,17 +1,18 @@
 #pragma once
 
-#include "session/hostile_cable.h"
+#include "session/scene.h"
 #include "support/script.h"
-#include "virtual/virtual_session.h"
 
 /// What happens to a session beside the host's calls: to the cable, to the bytes, to the iPod and to
 /// the platform.
 
-constexpr uint8_t kDisturbances = 17;
+constexpr uint8_t kDisturbances = 19;
 
-/// In the session's run: does the disturbance of this number, from 0.
-void disturb(uint8_t number, Script arguments, virtual_session::VirtualSession& session,
-             HostileCable& cable);
+/// In the world's run: does the disturbance of this number, from 0.
+void disturb(uint8_t number, Script arguments, Scene& scene);
+
+/// Plugs an iPod that is well into a platform that works.
+void mend(Scene& scene);
 
 /// Makes everything that can be told to fail known, and has the library's allocations asked.
 void prepareFailures();

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "device/simulated_ipod.h"
+#include "session/hostile_cable.h"
+#include "simulator/small_library.h"
+#include "virtual/virtual_ipod.h"
+#include "virtual/virtual_world.h"
+
+/// A virtual world with a simulated iPod at the end of a cable on which somebody else sits.
+struct Scene {
+  explicit Scene(uint64_t seed) : world(seed) { world.addDevice("IPD1:", hostile); }
+  Scene(const Scene&) = delete;
+  Scene& operator=(const Scene&) = delete;
+
+  virtual_platform::Time now() const { return world.now(); }
+
+  simulator::SimulatedIpod ipod{simulator::Personality{}, simulator::smallLibrary()};
+  virtual_platform::VirtualIpod cable{ipod, simulator::FrameKind::kUsb};
+  HostileCable hostile{cable};
+  virtual_platform::VirtualWorld world;
+};
