@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "race/announced_rates.h"
+#include "race/slow_audio.h"
 #include "race/starting_line.h"
 #include "session/eventually.h"
 #include "session/guarded.h"
@@ -26,7 +27,7 @@ using session::OpenThings;
 using session::openThings;
 
 constexpr int kThreads = 8;
-constexpr int kUsualRounds = 6;
+constexpr int kUsualRounds = 4;
 constexpr int kAllRounds = 200;
 constexpr unsigned kRoundSeconds = 30;
 
@@ -122,6 +123,20 @@ TEST_F(RacedLoading, UnloadsWhileTheIpodTalks) {
     EXPECT_EQ(useFirst(library), 1);
     library.IpodGetFirstItem(0, IPOD_TRACKS, 0);
     library.IpodSongPlay(cases);
+  });
+}
+
+// Longer than it takes to ask the reader to end.
+TEST_F(RacedLoading, UnloadsWhenTheReaderComesBackFromTheAudioLibrary) {
+  constexpr std::chrono::milliseconds kSlow{450};
+  const SlowAudio slow(kSlow);
+  loadAgainAndAgain([this](const LoadedLibrary& library) {
+    ASSERT_EQ(library.IpodConnect(), 1);
+    ipod.pty().act([](simulator::SimulatedIpod& device, simulator::Time now) {
+      constexpr uint32_t kRate = 32000;
+      device.announceSampleRate(now, kRate);
+    });
+    ASSERT_TRUE(eventually([] { return SlowAudio::isBusy(); }));
   });
 }
 
