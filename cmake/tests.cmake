@@ -11,6 +11,11 @@ include(GoogleTest)
 # would take most of the time of a build; what they test is optimised.
 set(IPODCTL_TEST_OPTIONS -fno-rtti -O0)
 
+set(IPODCTL_TEST_SECONDS 120 CACHE STRING "A test that takes longer has failed")
+
+# The test programs that have the product in them or start what has.
+add_custom_target(product_tests)
+
 # Reads GoogleTest's headers once for all test programs.
 file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/googletest_headers.cpp CONTENT "int main() {}\n")
 add_executable(googletest_headers ${PROJECT_BINARY_DIR}/googletest_headers.cpp)
@@ -28,6 +33,9 @@ function(ipodctl_program name)
   target_precompile_headers(${name} REUSE_FROM googletest_headers)
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} ipodctl_warnings GTest::gmock
                                         GTest::gtest_main)
+  if("${ARG_SOURCES};${ARG_LIBRARIES}" MATCHES "ipodctl")
+    add_dependencies(product_tests ${name})
+  endif()
 endfunction()
 
 # product_behind(VARIABLE FILE): sets VARIABLE to what a program links to get the product in which the
@@ -82,7 +90,8 @@ function(ipodctl_test name)
     return()
   endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
-                       PROPERTIES LABELS ${ARG_LABEL} TIMEOUT 120 ENVIRONMENT "${ARG_ENVIRONMENT}")
+                       PROPERTIES LABELS ${ARG_LABEL} TIMEOUT ${IPODCTL_TEST_SECONDS}
+                                  ENVIRONMENT "${ARG_ENVIRONMENT}")
 endfunction()
 
 # image_test(NAME): the test program once more on the image for Windows CE, which a stand-in for the

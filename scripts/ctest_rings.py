@@ -1,0 +1,99 @@
+"""Runs the tests of a build ring by ring and says which one fails first."""
+
+import json
+import pathlib
+import subprocess
+import tempfile
+import xml.etree.ElementTree
+
+# The tests of one behaviour each, from cheap to dear; any other label is a sweep's: many faults at
+# many places.
+RINGS = ("unit", "device", "session")
+SWEEPS = "sweeps"
+# In virtual time one thread runs at a time and nothing can race.
+LEFT_OUT = {"tsan": {"virtual"}}
+# Threads and semaphores of the tests mostly wait.
+TESTS_PER_JOB = 2
+AGAIN = 3
+ENDS = {"Timeout": "does not end", "SEGFAULT": "crashes", "Subprocess aborted": "aborts"}
+
+
+class Red:
+    """A test that has failed, and how."""
+
+    def __init__(self, name, how):
+        self.name = name
+        self.how = ENDS.get(how, "")
+
+    def __str__(self):
+        return f"{self.name} ({self.how})" if self.how else self.name
+
+
+class Suite:
+    """The tests of a build folder that are built."""
+
+    def __init__(self, folder, build, jobs):
+        self.folder = folder
+        self.jobs = jobs * TESTS_PER_JOB
+        self.left_out = LEFT_OUT.get(build, set())
+        shown = subprocess.run(["ctest", "--test-dir", folder, "--show-only=json-v1"],
+                               capture_output=True, check=True)
+        self.tests = json.loads(shown.stdout)["tests"]
+
+    def numbers(self, ring, newer_than):
+        """The tests of a ring. Of those whose program is in the build only the ones that were
+        linked after a time: others cannot have changed. A session loads what it tests."""
+        for number, test in enumerate(self.tests, 1):
+            if ring_of(test, self.left_out) == ring:
+                if ring == "session" or may_have_changed(test, self.folder, newer_than):
+                    yield number
+
+    def first_red(self, numbers):
+        """The first test that is red again when it runs alone; None when there is none. On a busy
+        machine a test can be red once without a reason."""
+        left = list(numbers)
+        while red := self.run(left):
+            number = self.number_of(red)
+            if any(self.run([number]) for _ in range(AGAIN)):
+                return red
+            left.remove(number)
+        return None
+
+    def number_of(self, red):
+        names = [test["name"] for test in self.tests]
+        return names.index(red.name) + 1
+
+    def run(self, numbers):
+        """Runs tests until one is red."""
+        chosen = ",".join(str(number) for number in numbers)
+        if not chosen:
+            return None
+        with tempfile.NamedTemporaryFile(suffix=".xml") as report:
+            subprocess.run(["ctest", "--test-dir", self.folder, "-I", f"0,0,0,{chosen}",
+                            "--stop-on-failure", "-j", str(self.jobs), "--output-junit",
+                            report.name], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                           check=False)
+            return first_failure(xml.etree.ElementTree.parse(report.name))
+
+
+def ring_of(test, left_out):
+    labels = next((each["value"] for each in test.get("properties", [])
+                   if each["name"] == "LABELS"), [])
+    if not labels or "command" not in test or left_out.intersection(labels):
+        return None
+    return next((label for label in labels if label in RINGS), SWEEPS)
+
+
+def may_have_changed(test, folder, time):
+    program = pathlib.Path(test["command"][0])
+    if folder not in program.parents:
+        return True
+    return program.is_file() and program.stat().st_mtime >= time
+
+
+def first_failure(report):
+    for case in report.iter("testcase"):
+        failure = case.find("failure")
+        if failure is not None:
+            return Red(case.get("name"), failure.get("message"))
+    return None

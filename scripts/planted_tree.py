@@ -1,0 +1,90 @@
+"""A copy of the repository in build/planted/ that defects are planted in, and its builds."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+PLACE = ROOT / "build/planted"
+TREE = PLACE / "tree"
+
+# A defect that makes a test wait for ever costs this much of the build that runs it.
+TEST_SECONDS = {"release": 40, "asan": 80, "tsan": 80}
+# What holds the product: in the sanitizers' builds the tests that are quick to build, close to what
+# only a sanitizer sees.
+TARGETS = {"release": ["product_tests"], "asan": ["lingo_test", "link_test"],
+           "tsan": ["api_test", "link_device_test"]}
+# Debug information would take most of the time of the links.
+FLAGS = {"release": ["-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O2 -DNDEBUG"], "asan": [], "tsan": []}
+
+
+class Trouble(Exception):
+    """The run itself has failed: what it would say of the defects is worth nothing."""
+
+
+def build_folder(build):
+    return TREE / "build" / build
+
+
+def applies(patch):
+    """Whether git can apply the patch to the files as they are tracked."""
+    return subprocess.run(["git", "apply", "--check", patch], cwd=ROOT, capture_output=True,
+                          check=False).returncode == 0
+
+
+def tracked_files():
+    listed = subprocess.run(["git", "ls-files", "-z"], cwd=ROOT, capture_output=True, check=True)
+    names = listed.stdout.decode().split("\0")
+    return [name for name in names if name and (ROOT / name).is_file()]
+
+
+def restore(names):
+    """Makes the copy's files what the repository's are. Files that are so already keep their time
+    of change, so that nothing is built twice."""
+    for name in names:
+        source, copy = ROOT / name, TREE / name
+        if copy.is_file() and copy.read_bytes() == source.read_bytes():
+            continue
+        copy.parent.mkdir(parents=True, exist_ok=True)
+        shutil.copyfile(source, copy)
+        shutil.copymode(source, copy)
+
+
+def refresh():
+    """Brings the whole copy up to date."""
+    names = tracked_files()
+    restore(names)
+    known = {TREE / name for name in names}
+    for folder in (path for path in TREE.iterdir() if path.is_dir() and path.name != "build"):
+        for path in folder.rglob("*"):
+            if path.is_file() and path not in known:
+                path.unlink()
+
+
+def plant(patch):
+    """Applies the patch to the copy, which git is not to take for a part of the repository."""
+    environment = {**os.environ, "GIT_CEILING_DIRECTORIES": str(PLACE)}
+    result = subprocess.run(["git", "apply", patch], cwd=TREE, env=environment, text=True,
+                            capture_output=True, check=False)
+    if result.returncode != 0:
+        raise Trouble(f"{patch.stem} does not apply:\n{result.stderr}")
+
+
+def run_logged(what, command):
+    log = PLACE / "build.log"
+    with log.open("wb") as output:
+        result = subprocess.run(command, cwd=TREE, stdout=output, stderr=output, check=False)
+    if result.returncode != 0:
+        lines = log.read_text(errors="replace").splitlines()
+        raise Trouble("\n".join([f"{what} does not build, see {log}", *lines[-20:]]))
+
+
+def configure(build):
+    run_logged(f"the preset {build}", ["cmake", "--preset", build, *FLAGS[build],
+                                       f"-DIPODCTL_TEST_SECONDS={TEST_SECONDS[build]}"])
+
+
+def compile_all(build, what, jobs):
+    run_logged(what, ["cmake", "--build", "--preset", build, "--target", *TARGETS[build],
+                      "-j", str(jobs)])
