@@ -136,6 +136,16 @@ TEST_F(AmongTracksTest, PreviousPlaysTheFirstTrackOfTheOnlyOtherGroup) {
   EXPECT_EQ(happened.back(), kRefresh);
 }
 
+TEST_F(AmongTracksTest, PreviousEndsAfterARoundWhenTheListHasBecomeShorterThanTheIndex) {
+  listArtists({"Beck", "Beck", "Beck"});
+  ipod.answer("04 00 22 00 00 00 07", {"04 00 23 41 62 62 61 00"});
+  playingIndex(7);
+  EXPECT_THAT(walk(kPreviousGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 07", "04 00 22 00 00 00 02",
+                          "04 00 22 00 00 00 01", "04 00 22 00 00 00 00", "04 00 28 00 00 00 00",
+                          kRefresh));
+}
+
 TEST_F(AmongTracksTest, AGroupOfTracksWithoutANameIsAGroup) {
   listArtists({"Abba", "", "", "Cher"});
   ipod.answer("04 00 22 00 00 00 01", {"04 00 23 00 00"});

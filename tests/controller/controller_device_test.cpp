@@ -2,12 +2,17 @@
 // test waits for a stated time-out, its name says so.
 
 #include <desk.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <string>
 #include <thread>
 
 #include "controller/ipod_controller.h"
@@ -370,6 +375,23 @@ TEST_F(SerialController, FollowsANotificationOfANewRate) {
   EXPECT_EQ(wire.receive(8), (Bytes{0xFF, 0x55, 0x04, 0x0A, 0x00, 0x00, 0x04, 0xEE}));
   EXPECT_TRUE(comesTrue([] { return callbacks == 1; }));
   EXPECT_EQ(calledWith, 48000);
+}
+
+// A pipe has no size that could be held against the header's numbers.
+TEST(LogoBitmap, IsNotReadFromAPipe) {
+  const std::string pipe = testing::TempDir() + "logo-pipe-" + std::to_string(getpid());
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int writer = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+  const Bytes header = {'B',  'M',  0x42, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+                        0x36, 0x00, 0x00, 0x00, 0x28, 0x00, 0x00, 0x00, 0x04, 0x00,
+                        0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01, 0x00, 0x18, 0x00};
+  Bytes file(66);
+  std::copy(header.begin(), header.end(), file.begin());
+  EXPECT_EQ(write(writer, file.data(), file.size()), 66);
+  LogoBitmap logo;
+  EXPECT_FALSE(logo.read(pipe.c_str()));
+  close(writer);
+  unlink(pipe.c_str());
 }
 
 }  // namespace

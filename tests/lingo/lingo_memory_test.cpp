@@ -261,6 +261,22 @@ TEST(Utf8ToNarrowWithoutMemory, FailsAndLeavesTheOutput) {
   });
 }
 
+TEST(Utf8ToWideWithoutMemory, Fails) {
+  WideString wide;
+  const MemoryLimit memory(kNoMemory);
+  EXPECT_FALSE(LingoMessage::utf8ToWide("text", wide));
+  EXPECT_TRUE(wide.empty());
+}
+
+TEST(WideToNarrowWithoutMemory, FailsAndLeavesTheOutput) {
+  WideString wide;
+  ASSERT_TRUE(LingoMessage::utf8ToWide("text", wide));
+  ByteString narrow = byteString("before");
+  const MemoryLimit memory(kNoMemory);
+  EXPECT_FALSE(LingoMessage::wideToNarrow(wide, narrow));
+  EXPECT_EQ(textOf(narrow), "before");
+}
+
 TEST(TextStringWithoutMemory, StaysAsItWas) {
   ByteString text = byteString("before");
   const MemoryLimit memory(kNoMemory);

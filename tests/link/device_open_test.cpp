@@ -316,6 +316,39 @@ TEST_P(WithoutSemaphores, GivesBackWhatItGot) {
   EXPECT_THAT(platform.callsOf("CloseHandle(device"), SizeIs(1));
 }
 
+class WithoutTwoSemaphores : public ScriptedPlatformTest,
+                             public testing::WithParamInterface<LinkKind> {
+ protected:
+  static constexpr int kAsked = 12;  ///< more than a transport asks for at its start and to open
+
+  /// What a transport does that lacks these two at first, and has them then.
+  void meet(int first, int second) {
+    platform.reset();
+    platform.semaphoresMissing = {first, second};
+    platform.lastError = ERROR_NOT_ENOUGH_MEMORY;
+    const std::unique_ptr<Transport> transport = GetParam().create();
+    const bool opened = transport->open(GetParam().deviceName);
+    EXPECT_EQ(transport->isOpen(), opened);
+    platform.semaphoresMissing.clear();
+    EXPECT_TRUE(transport->open(GetParam().deviceName));
+    EXPECT_TRUE(transport->startReadData());
+    platform.arrivals = {{GetParam().sync + Bytes{0x55, 0x02, 0x00, 0x01, 0xFD}},
+                         {{}, true, [&] { EXPECT_NE(transport->getMessage(0, 1), nullptr); }}};
+    platform.runThread();
+  }
+};
+
+TEST_P(WithoutTwoSemaphores, WorksOnceTheyAreThere) {
+  for (int first = 0; first < kAsked; ++first) {
+    for (int second = first + 1; second <= kAsked; ++second) {
+      SCOPED_TRACE(std::to_string(first) + " and " + std::to_string(second));
+      meet(first, second);
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, WithoutTwoSemaphores, testing::ValuesIn(kLinkKinds),
+                         rowName<LinkKind>);
 INSTANTIATE_TEST_SUITE_P(Kinds, WithoutSemaphores, testing::ValuesIn(kLinkKinds),
                          rowName<LinkKind>);
 INSTANTIATE_TEST_SUITE_P(Kinds, OpenAndClose, testing::ValuesIn(kLinkKinds), rowName<LinkKind>);

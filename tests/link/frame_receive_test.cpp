@@ -528,6 +528,12 @@ TEST_F(ReadSerialFrame, ForgetsTheSyncByteThatEndedDiscardedData) {
   EXPECT_EQ(read(), kNoMore);
 }
 
+TEST_F(ReadSerialFrame, IsNotLookedForBehindTheAreaThatASyncByteEnds) {
+  platform.arrive(Bytes(kArea - 1, 0x00) + Bytes{0xFF}, Bytes{0x55, 0x02, 0x00, 0x01, 0xFD});
+  EXPECT_EQ(read(), kNoMore);
+  EXPECT_THAT(platform.readSizes, ElementsAre(kArea, kArea, kArea));
+}
+
 TEST_F(ReadSerialFrame, IsFoundBehindASyncByteReadAloneWhereTheFrameBeforeHadItsStartByte) {
   platform.arrive(Bytes{0xFF, 0x55, 0x02, 0x00, 0x05, 0xF9}, Bytes{0xFF},
                   Bytes{0x55, 0x02, 0x00, 0x01, 0xFD});

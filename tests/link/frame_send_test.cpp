@@ -142,6 +142,15 @@ TEST_P(SendMessage, FailsOnAClosedDevice) {
   EXPECT_FALSE(transport->sendMessage(message));
 }
 
+TEST_P(SendMessage, GivesUpBehindASenderThatDoesNotEnd) {
+  GeneralMessage message;
+  message.setCommand(0x05);
+  platform.waitResults = {WAIT_TIMEOUT};
+  EXPECT_FALSE(transport->sendMessage(message));
+  EXPECT_THAT(platform.writes, testing::IsEmpty());
+  EXPECT_TRUE(transport->sendMessage(message));
+}
+
 TEST_P(SendMessage, TellsItselfWhileTheDebugFlagIsSet) {
   ExtendedInterfaceMessage message;
   ASSERT_TRUE(message.buildPlayControl(0x03));
@@ -198,6 +207,12 @@ TEST_P(SendSyncByte, FailsOnAClosedDevice) {
 }
 
 using WriteData = SendMessage;
+
+TEST_P(SendSyncByte, GivesUpBehindASenderThatDoesNotEnd) {
+  platform.waitResults = {WAIT_TIMEOUT};
+  EXPECT_FALSE(transport->sendSyncByte());
+  EXPECT_THAT(platform.writes, testing::IsEmpty());
+}
 
 TEST_P(WriteData, WritesTheBytesAsTheyAre) {
   const uint8_t bytes[] = {0x00, 0xFF, 0x55};
@@ -269,6 +284,12 @@ const Sum kSums[] = {
 INSTANTIATE_TEST_SUITE_P(Sums, Checksum, testing::ValuesIn(kSums), rowName<Sum>);
 
 using ChecksumOfNothing = Checksum;
+
+TEST_P(ChecksumOfNothing, IsNoneToCheck) {
+  const uint8_t zero = 0;
+  EXPECT_FALSE(transport->checkChecksum(&zero, 0));
+  EXPECT_FALSE(transport->checkChecksum(&zero, -1));
+}
 
 TEST_P(ChecksumOfNothing, IsZeroForANegativeCount) {
   EXPECT_EQ(transport->computeChecksum(GetParam().bytes.data(), -1), 0);

@@ -62,6 +62,22 @@ TEST_P(WithoutMemory, ATransportThatWasMadeThenOpensOrStaysClosed) {
   });
 }
 
+TEST_P(WithoutMemory, ATransportMoreThanTheListHasRoomForOpensOrStaysClosed) {
+  std::vector<std::unique_ptr<Transport>> transports;
+  bool struck = false;
+  while (!struck && transports.size() < 100) {
+    const MemoryLimit memory(kNoMemory);
+    transports.push_back(kind().create());
+    struck = memory.struck();
+    if (struck) {
+      EXPECT_FALSE(transports.back()->open(kind().deviceName));
+    }
+  }
+  EXPECT_TRUE(struck);
+  EXPECT_EQ(devicesLeftOpen(), 0u);
+  EXPECT_TRUE(transports.back()->open(kind().deviceName));
+}
+
 TEST_P(WithoutMemory, SendingNeedsNone) {
   const std::unique_ptr<Transport> transport = kind().create();
   ASSERT_TRUE(transport->open(kind().deviceName));
@@ -132,6 +148,31 @@ TEST_P(WithoutMemory, AFullQueueKeepsWhatItHolds) {
   });
   EXPECT_GT(taken, 0);
   EXPECT_LT(taken, 40);
+}
+
+TEST_P(WithoutMemory, AFailureLosesOneMessageOfManyAtMost) {
+  Bytes many;
+  for (int i = 0; i < 20; ++i)
+    many = many + onWire(kFrame1);
+  forEachFailure([&](const FailurePoint& point) {
+    if (point.andAllLater) return false;
+    const std::unique_ptr<Transport> transport = kind().create();
+    EXPECT_TRUE(transport->open(kind().deviceName));
+    EXPECT_TRUE(transport->startReadData());
+    std::unique_ptr<MemoryLimit> memory;
+    platform.arrivals.push_back(
+        {many, false, [&] { memory = std::make_unique<MemoryLimit>(point); }});
+    bool struck = false;
+    int taken = 0;
+    runReader(*transport, Bytes{}, [&] {
+      struck = memory->struck();
+      memory.reset();
+      while (transport->getMessage(0, 1) != nullptr)
+        ++taken;
+    });
+    EXPECT_EQ(taken, struck ? 19 : 20) << point.allowed;
+    return struck;
+  });
 }
 
 TEST_P(WithoutMemory, AHandlerIsRegisteredOrNot) {

@@ -76,7 +76,7 @@ HANDLE ScriptedPlatform::addHandle(const char* kind) {
 }
 
 HANDLE ScriptedPlatform::createSemaphore(LONG initialCount, LONG maximumCount) {
-  if (semaphoresFail) return nullptr;
+  if (semaphoresFail || semaphoresMissing.count(semaphoresAsked++) != 0) return nullptr;
   const HANDLE handle = addHandle("semaphore");
   semaphores[handle] = {initialCount, maximumCount};
   return handle;

@@ -48,7 +48,8 @@ class ScriptedPlatform {
 
   // Results that a test dictates.
   DWORD lastError = ERROR_SUCCESS;
-  bool semaphoresFail = false;  ///< to be created, as the next two
+  bool semaphoresFail = false;      ///< to be created, as the next two
+  std::set<int> semaphoresMissing;  ///< the first is 0: only these fail to be created
   bool threadsFail = false;
   bool devicesFail = false;
   std::deque<DWORD> waitResults;       ///< taken before the semaphores are looked at
@@ -115,6 +116,7 @@ class ScriptedPlatform {
   std::map<HANDLE, std::string> names;  ///< of all handles that ever were
   std::set<HANDLE> open;
   std::map<HANDLE, Semaphore> semaphores;
+  int semaphoresAsked = 0;
   std::map<std::string, int> counts;
   HANDLE thread = nullptr;
   ThreadState threadState = ThreadState::kNone;
