@@ -40,7 +40,6 @@ class Host {
       : world(itsWorld), thread(itsThread) {}
 
   const Calls& calls() const { return made; }
-  void add(const Calls& others) { made.insert(made.end(), others.begin(), others.end()); }
 
   void call(const std::string& name, const std::function<int()>& exported,
             const std::vector<const Output*>& outputs = {});

@@ -40,12 +40,33 @@ std::string complaint(const Call& call) {
          (call.isIntact ? "" : ", and wrote where it may not");
 }
 
+/// A connection is there from the call that says so to the next one that closes it. The first call
+/// about it tells nothing of what was before.
+const Call* contradiction(const Calls& calls) {
+  int isConnected = -1;
+  for (const Call& call : calls) {
+    if (call.name == "IpodDisconnect") isConnected = 0;
+    if (call.name == "IpodConnect" && call.result == 1) isConnected = 1;
+    if (call.name != "IpodIsConnect") continue;
+    if (isConnected != -1 && call.result != isConnected) return &call;
+    isConnected = call.result;
+  }
+  return nullptr;
+}
+
+bool isOneThreads(const Calls& calls) {
+  return std::all_of(calls.begin(), calls.end(),
+                     [&](const Call& call) { return call.thread == calls.front().thread; });
+}
+
 }  // namespace
 
 std::string findFault(const Calls& calls, const Promises& promises) {
   const auto broken = std::find_if(
       calls.begin(), calls.end(), [&](const Call& call) { return !isKept(call, calls, promises); });
-  return broken != calls.end() ? complaint(*broken) : "";
+  if (broken != calls.end()) return complaint(*broken);
+  const Call* const wrong = isOneThreads(calls) ? contradiction(calls) : nullptr;
+  return wrong != nullptr ? complaint(*wrong) + ", against the calls before" : "";
 }
 
 void keepLongest(LongestTimes& longest, const Calls& calls) {

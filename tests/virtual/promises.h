@@ -25,7 +25,8 @@ const Promises& exportPromises();
 const Promises& operationPromises();
 
 /// Empty, or what a call did that it may not: took too long, returned or wrote what it never does,
-/// or touched what it was not given.
+/// touched what it was not given, or contradicted the calls before about the connection. A call may
+/// wait besides for those of other threads that were made meanwhile.
 std::string findFault(const Calls& calls, const Promises& promises);
 
 /// The longest time for each export.

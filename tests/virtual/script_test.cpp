@@ -7,7 +7,9 @@
 #include <regex>
 #include <set>
 
+#include "session/counted_heap.h"
 #include "session/host_folder.h"
+#include "virtual/failures.h"
 #include "virtual/sweep.h"
 
 namespace virtual_session {
@@ -16,6 +18,8 @@ namespace {
 using std::chrono::microseconds;
 using testing::ElementsAreArray;
 using virtual_platform::Direction;
+using virtual_platform::Failures;
+using virtual_platform::failuresOf;
 
 using Names = std::set<std::string>;
 
@@ -49,6 +53,10 @@ class ScriptTest : public testing::TestWithParam<const char*> {
  protected:
   ScriptTest() { warmUp(script); }
 
+  static void tell(const char* what, std::size_t count) {
+    RecordProperty(what, static_cast<int>(count));
+  }
+
   const session::HostFolder folder;
   const Script& script = scriptCalled(GetParam());
 };
@@ -69,11 +77,25 @@ TEST_P(ScriptTest, ComesToTheSameWhateverTheOrderOfTheThreads) {
   }
 }
 
+// The sweeps multiply it.
 TEST_P(ScriptTest, IsSmall) {
-  const std::size_t bytes = bytesOfASession(script, Direction::kFromIpod);
+  Failures& allocations = failuresOf("allocation");
+  const std::size_t before = allocations.asked();
+  session::setRefusal([] { return failuresOf("allocation").strikesNext(); });
+  VirtualSession session(1, script);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(session.run([&] { session.play(); }), "");
+  const Time took = std::chrono::steady_clock::now() - start;
+  session::setRefusal(nullptr);
+  const std::size_t bytes = session.cable.passed(Direction::kFromIpod);
   EXPECT_LT(bytes, 4096u);
-  RecordProperty("bytes_from_ipod", static_cast<int>(bytes));
-  RecordProperty("bytes_to_ipod", static_cast<int>(bytesOfASession(script, Direction::kToIpod)));
+  tell("bytes_from_ipod", bytes);
+  tell("bytes_to_ipod", session.cable.passed(Direction::kToIpod));
+  tell("frames_from_ipod", session.ipod.counters().messagesSent);
+  tell("frames_to_ipod", session.ipod.counters().messagesReceived);
+  tell("platform_calls", session.world.trace().size());
+  tell("allocations", allocations.asked() - before);
+  tell("microseconds", static_cast<std::size_t>(took / microseconds(1)));
 }
 
 class Reference : public testing::Test {
@@ -173,6 +195,18 @@ TEST(FindFault, NamesACallThatWritesBesideItsRoom) {
   Call call = callThat("IpodGetName", 0, {"A"});
   call.isIntact = false;
   EXPECT_EQ(faultOf(call), "IpodGetName 0 A after 0 ms, and wrote where it may not");
+}
+
+TEST(FindFault, NamesAContradictionAboutTheConnection) {
+  const Call yes = callThat("IpodIsConnect", 1, {});
+  const Call no = callThat("IpodIsConnect", 0, {});
+  const auto fault = [](const Calls& calls) { return findFault(calls, exportPromises()); };
+  EXPECT_EQ(fault({callThat("IpodConnect", 1, {}), yes, callThat("IpodDisconnect", 0, {}), no}),
+            "");
+  EXPECT_EQ(fault({callThat("IpodConnect", 1, {}), no}),
+            "IpodIsConnect 0 after 0 ms, against the calls before");
+  EXPECT_NE(fault({callThat("IpodDisconnect", 0, {}), yes}), "");
+  EXPECT_NE(fault({no, callThat("IpodConnect", 0, {}), yes}), "");
 }
 
 TEST(Output, IsNotIntactWithAHole) {

@@ -45,7 +45,14 @@ struct Sessions {
   std::string failure;  ///< of the world
   bool struck = false;
   Calls first;
+  Calls beside;  ///< of other threads of the host, at the same time
   Calls second;
+
+  Calls disturbed() const {
+    Calls all = first;
+    all.insert(all.end(), beside.begin(), beside.end());
+    return all;
+  }
 };
 
 Sessions play(const Case& each) {
@@ -54,10 +61,12 @@ Sessions play(const Case& each) {
   each.disturb(session);
   played.failure = session.run([&] {
     played.first = session.play();
+    session.awaitOthers();
     played.struck = each.hasStruck(session);
     session.mend();
     played.second = session.play();
   });
+  played.beside = session.beside;
   if (isReplay()) show(session.world.trace());
   return played;
 }
@@ -66,7 +75,7 @@ Sessions play(const Case& each) {
 std::string faultOf(const Case& each, const Sessions& played) {
   const Script& script = each.script;
   if (!played.failure.empty()) return played.failure;
-  const std::string fault = findFault(played.first, script.promises);
+  const std::string fault = findFault(played.disturbed(), script.promises);
   if (!fault.empty()) return fault;
   if (resultsOf(played.second) != script.results) return "no session afterwards";
   const bool mustSucceed = !played.struck || each.outcome == Outcome::kFullSession;
@@ -120,7 +129,8 @@ void Sweep::tryCase(const Case& each) {
   {
     const Sessions played = play(each);
     fault = faultOf(each, played);
-    keepLongest(longestTimes, played.first);
+    // Beside other threads a call waits for theirs, too.
+    if (played.beside.empty()) keepLongest(longestTimes, played.first);
     if (played.struck) ++strikes;
   }
   if (fault.empty()) fault = difference(before, openThings());

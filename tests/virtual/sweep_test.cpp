@@ -13,6 +13,8 @@ using virtual_platform::Loss;
 constexpr const char* kLossNames[] = {"end-of-file", "read-error", "write-error", "silence",
                                       "gone"};
 
+constexpr std::uint64_t kOrders = 500;
+
 // The answer to the last command; in some orders of the threads the link closes before it is read.
 constexpr int kFarewellBytes = 10;
 
@@ -58,7 +60,8 @@ INSTANTIATE_TEST_SUITE_P(All, OrderSweep, testing::ValuesIn(kScripts));
 TEST_P(OrderSweep, OfTheThreads) {
   const Script& script = scriptCalled(GetParam());
   const char* const wanted = std::getenv("VIRTUAL_SEEDS");
-  const std::uint64_t seeds = wanted != nullptr ? std::strtoull(wanted, nullptr, 10) : 20;
+  const std::uint64_t seeds =
+      wanted != nullptr ? std::strtoull(wanted, nullptr, 10) : ordersOf(script, kOrders);
   for (std::uint64_t seed = 1; seed <= seeds; ++seed)
     tryCase({script, "order", seed, [](VirtualSession&) {}, [](VirtualSession&) { return false; }});
 }

@@ -2,6 +2,7 @@
 
 #include <desk.h>
 #include <unistd.h>
+#include <windows.h>
 
 #include <fstream>
 #include <ostream>
@@ -40,6 +41,22 @@ Calls VirtualSession::play() {
   Host host(world);
   script.play(*this, host);
   return host.calls();
+}
+
+void VirtualSession::spawn(const std::function<void(Host&)>& others) {
+  ++running;
+  world.spawn([this, others, thread = ++spawned] {
+    Host host(world, thread);
+    others(host);
+    beside.insert(beside.end(), host.calls().begin(), host.calls().end());
+    --running;
+  });
+}
+
+void VirtualSession::awaitOthers() {
+  constexpr DWORD kPollMilliseconds = 10;
+  while (running > 0)
+    Sleep(kPollMilliseconds);
 }
 
 void VirtualSession::mend() {

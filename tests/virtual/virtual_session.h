@@ -26,6 +26,12 @@ class VirtualSession {
   /// In the run: does what the script says, and returns the calls.
   Calls play();
 
+  /// In the run: has another thread of the host do something beside. Its calls are in `beside` when
+  /// it has ended.
+  void spawn(const std::function<void(Host&)>& others);
+  void awaitOthers();
+  Calls beside;
+
   /// In the run: plugs an iPod that is well into a platform that works.
   void mend();
 
@@ -33,6 +39,10 @@ class VirtualSession {
   simulator::SimulatedIpod ipod;
   virtual_platform::VirtualIpod cable;
   virtual_platform::VirtualWorld world;
+
+ private:
+  int spawned = 0;
+  int running = 0;
 };
 
 /// What a run must give back.
