@@ -33,7 +33,7 @@ function(ipodctl_program name)
   target_precompile_headers(${name} REUSE_FROM googletest_headers)
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} ipodctl_warnings GTest::gmock
                                         GTest::gtest_main)
-  if("${ARG_SOURCES};${ARG_LIBRARIES}" MATCHES "ipodctl")
+  if("${ARG_SOURCES};${ARG_LIBRARIES}" MATCHES "ipodctl|session_support")
     add_dependencies(product_tests ${name})
   endif()
 endfunction()

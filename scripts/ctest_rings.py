@@ -10,8 +10,7 @@ import xml.etree.ElementTree
 # many places.
 RINGS = ("unit", "device", "session")
 SWEEPS = "sweeps"
-# In virtual time one thread runs at a time and nothing can race.
-LEFT_OUT = {"tsan": {"virtual"}}
+LOADING = ("session", SWEEPS)
 # Threads and semaphores of the tests mostly wait.
 TESTS_PER_JOB = 2
 AGAIN = 3
@@ -32,20 +31,19 @@ class Red:
 class Suite:
     """The tests of a build folder that are built."""
 
-    def __init__(self, folder, build, jobs):
+    def __init__(self, folder, jobs):
         self.folder = folder
         self.jobs = jobs * TESTS_PER_JOB
-        self.left_out = LEFT_OUT.get(build, set())
         shown = subprocess.run(["ctest", "--test-dir", folder, "--show-only=json-v1"],
                                capture_output=True, check=True)
         self.tests = json.loads(shown.stdout)["tests"]
 
     def numbers(self, ring, newer_than):
-        """The tests of a ring. Of those whose program is in the build only the ones that were
-        linked after a time: others cannot have changed. A session loads what it tests."""
+        """The tests of a ring. Of those of one behaviour only the ones whose program was linked
+        after a time: others cannot have changed. The others may load what they test."""
         for number, test in enumerate(self.tests, 1):
-            if ring_of(test, self.left_out) == ring:
-                if ring == "session" or may_have_changed(test, self.folder, newer_than):
+            if ring_of(test) == ring:
+                if ring in LOADING or may_have_changed(test, self.folder, newer_than):
                     yield number
 
     def first_red(self, numbers):
@@ -76,10 +74,10 @@ class Suite:
             return first_failure(xml.etree.ElementTree.parse(report.name))
 
 
-def ring_of(test, left_out):
+def ring_of(test):
     labels = next((each["value"] for each in test.get("properties", [])
                    if each["name"] == "LABELS"), [])
-    if not labels or "command" not in test or left_out.intersection(labels):
+    if not labels or "command" not in test:
         return None
     return next((label for label in labels if label in RINGS), SWEEPS)
 
