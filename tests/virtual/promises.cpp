@@ -27,11 +27,11 @@ Time longestWait(const Call& call, const Calls& calls, const Promises& promises)
   });
 }
 
-bool isKept(const Call& call, const Calls& calls, const Promises& promises) {
+bool isKept(const Call& call, const Calls& calls, const Promises& promises, Time stall) {
   const Promise* const promise = promiseOf(call, promises);
   if (promise == nullptr || !promise->allows(call) || !call.isIntact) return false;
-  return call.took <= promise->longest ||
-         call.took <= promise->longest + longestWait(call, calls, promises);
+  const Time longest = promise->longest + stall;
+  return call.took <= longest || call.took <= longest + longestWait(call, calls, promises);
 }
 
 std::string complaint(const Call& call) {
@@ -61,9 +61,10 @@ bool isOneThreads(const Calls& calls) {
 
 }  // namespace
 
-std::string findFault(const Calls& calls, const Promises& promises) {
-  const auto broken = std::find_if(
-      calls.begin(), calls.end(), [&](const Call& call) { return !isKept(call, calls, promises); });
+std::string findFault(const Calls& calls, const Promises& promises, Time stall) {
+  const auto broken = std::find_if(calls.begin(), calls.end(), [&](const Call& call) {
+    return !isKept(call, calls, promises, stall);
+  });
   if (broken != calls.end()) return complaint(*broken);
   const Call* const wrong = isOneThreads(calls) ? contradiction(calls) : nullptr;
   return wrong != nullptr ? complaint(*wrong) + ", against the calls before" : "";

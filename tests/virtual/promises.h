@@ -26,8 +26,9 @@ const Promises& operationPromises();
 
 /// Empty, or what a call did that it may not: took too long, returned or wrote what it never does,
 /// touched what it was not given, or contradicted the calls before about the connection. A call may
-/// wait besides for those of other threads that were made meanwhile.
-std::string findFault(const Calls& calls, const Promises& promises);
+/// wait besides for those of other threads that were made meanwhile, and for so long as the device
+/// keeps it waiting.
+std::string findFault(const Calls& calls, const Promises& promises, Time stall = Time(0));
 
 /// The longest time for each export.
 using LongestTimes = std::map<std::string, Time>;

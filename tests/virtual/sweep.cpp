@@ -6,12 +6,15 @@
 #include <cstdlib>
 #include <functional>
 #include <iostream>
+#include <iterator>
 #include <sstream>
+#include <utility>
 
 namespace virtual_session {
 namespace {
 
 using virtual_platform::Direction;
+using virtual_platform::Loss;
 
 constexpr unsigned kCaseSeconds = 60;
 // Of so many points a slice has one.
@@ -24,8 +27,8 @@ bool isWanted(const Case& each) {
 
 bool isShort(const Script& script) { return &script == &shortScript(); }
 
-bool isInSlice(const Script& script, std::uint64_t point) {
-  const std::uint64_t slice = isShort(script) ? kSliceOfTheShort : kSliceOfTheLong;
+bool isInSlice(const Script& script, std::uint64_t point, std::uint64_t thinning) {
+  const std::uint64_t slice = (isShort(script) ? kSliceOfTheShort : kSliceOfTheLong) * thinning;
   return isReplay() || std::getenv("VIRTUAL_ALL") != nullptr || point % slice == 0;
 }
 
@@ -40,47 +43,110 @@ void show(const std::vector<std::string>& trace) {
     std::cout << call << '\n';
 }
 
-/// A disturbed session and the one behind it.
-struct Sessions {
-  std::string failure;  ///< of the world
+/// A session, and whether something came in between.
+struct Played {
+  Calls calls;
+  Calls beside;                   ///< of other threads of the host, at the same time
+  std::size_t announcements = 0;  ///< of the accessory, to the iPod
   bool struck = false;
-  Calls first;
-  Calls beside;  ///< of other threads of the host, at the same time
-  Calls second;
 
-  Calls disturbed() const {
-    Calls all = first;
-    all.insert(all.end(), beside.begin(), beside.end());
-    return all;
+  Calls all() const {
+    Calls both = calls;
+    both.insert(both.end(), beside.begin(), beside.end());
+    return both;
   }
 };
+
+/// One session behind the other.
+struct Sessions {
+  std::string failure;  ///< of the world
+  Played first;
+  Played between;
+  Played last;
+};
+
+std::size_t announcementsIn(const VirtualSession& session) {
+  return session.ipod.countReceived(simulator::Lingo::kGeneral, simulator::kIdentifyDeviceLingoes);
+}
+
+Played playOne(VirtualSession& session, const std::function<bool(VirtualSession&)>& hasStruck) {
+  Played played;
+  const std::size_t before = announcementsIn(session);
+  played.calls = session.play();
+  session.awaitOthers();
+  played.announcements = announcementsIn(session) - before;
+  played.struck = hasStruck && hasStruck(session);
+  played.beside = std::exchange(session.beside, {});
+  return played;
+}
 
 Sessions play(const Case& each) {
   Sessions played;
   VirtualSession session(each.seed, each.script);
   each.disturb(session);
   played.failure = session.run([&] {
-    played.first = session.play();
-    session.awaitOthers();
-    played.struck = each.hasStruck(session);
+    played.first = playOne(session, each.hasStruck);
     session.mend();
-    played.second = session.play();
+    if (each.disturbNext) {
+      each.disturbNext(session);
+      played.between = playOne(session, each.hasStruckNext);
+      session.mend();
+    }
+    played.last = playOne(session, nullptr);
   });
-  played.beside = session.beside;
   if (isReplay()) show(session.world.trace());
   return played;
 }
 
+/// Connecting, disconnecting and asking for it.
+std::vector<std::string> connectionsIn(const std::vector<std::string>& results) {
+  std::vector<std::string> some;
+  std::copy_if(
+      results.begin(), results.end(), std::back_inserter(some),
+      [](const std::string& result) { return result.find("onnect") != std::string::npos; });
+  return some;
+}
+
+/// Empty, or the first result that is not the usual one.
+std::string findSurprise(const std::vector<std::string>& results,
+                         const std::vector<std::string>& usual) {
+  const auto [found, expected] =
+      std::mismatch(results.begin(), results.end(), usual.begin(), usual.end());
+  if (found == results.end() && expected == usual.end()) return "";
+  const std::string nothing = "nothing";
+  return (found != results.end() ? *found : nothing) + " instead of " +
+         (expected != usual.end() ? *expected : nothing);
+}
+
+/// Empty, or why this is no session as it always is.
+std::string findSurprise(const Case& each, const Calls& calls) {
+  const std::vector<std::string>& usual = each.script.results;
+  if (each.outcome != Outcome::kConnection) return findSurprise(resultsOf(calls), usual);
+  return findSurprise(connectionsIn(resultsOf(calls)), connectionsIn(usual));
+}
+
 /// Empty when nothing is wrong.
-std::string faultOf(const Case& each, const Sessions& played) {
-  const Script& script = each.script;
-  if (!played.failure.empty()) return played.failure;
-  const std::string fault = findFault(played.disturbed(), script.promises);
-  if (!fault.empty()) return fault;
-  if (resultsOf(played.second) != script.results) return "no session afterwards";
+std::string faultOf(const Case& each, const Played& played) {
   const bool mustSucceed = !played.struck || each.outcome == Outcome::kFullSession;
-  if (mustSucceed && resultsOf(played.first) != script.results) return "no session";
-  return findFault(played.second, script.promises);
+  const std::string surprise = mustSucceed ? findSurprise(each, played.calls) : "";
+  if (!surprise.empty()) return "no session: " + surprise;
+  return findFault(played.all(), each.script.promises, each.stall);
+}
+
+/// The same: nor may what a session leaves behind take one of the next one's attempts.
+std::string faultOf(const Case& each, const Sessions& played) {
+  if (!played.failure.empty()) return played.failure;
+  std::string fault = faultOf(each, played.first);
+  if (fault.empty() && each.disturbNext) fault = faultOf(each, played.between);
+  if (!fault.empty()) return fault;
+  const Script& script = each.script;
+  const std::string surprise = findSurprise(each, played.last.calls);
+  if (!surprise.empty()) return "no session afterwards: " + surprise;
+  if (played.last.announcements != 1 + script.model.silentIdentifications) {
+    return "announced " + std::to_string(played.last.announcements) + " times afterwards";
+  }
+  const Time stall = each.outcome == Outcome::kConnection ? each.stall : Time(0);
+  return findFault(played.last.calls, script.promises, stall);
 }
 
 std::string difference(const OpenThings& before, const OpenThings& after) {
@@ -130,8 +196,8 @@ void Sweep::tryCase(const Case& each) {
     const Sessions played = play(each);
     fault = faultOf(each, played);
     // Beside other threads a call waits for theirs, too.
-    if (played.beside.empty()) keepLongest(longestTimes, played.first);
-    if (played.struck) ++strikes;
+    if (played.first.beside.empty()) keepLongest(longestTimes, played.first.calls);
+    if (played.first.struck) ++strikes;
   }
   if (fault.empty()) fault = difference(before, openThings());
   EXPECT_EQ(fault, "") << "VIRTUAL_CASE=" << each.name();
@@ -145,7 +211,7 @@ void Sweep::prepare(const Script& script) {
 }
 
 void Sweep::tryPoint(const Case& each) {
-  if (isInSlice(each.script, points++)) tryCase(each);
+  if (isInSlice(each.script, points++, thinning)) tryCase(each);
 }
 
 std::size_t bytesOfASession(const Script& script, Direction direction) {
@@ -156,6 +222,11 @@ std::size_t bytesOfASession(const Script& script, Direction direction) {
 
 std::string nameOf(Direction direction) {
   return direction == Direction::kFromIpod ? "from-ipod" : "to-ipod";
+}
+
+std::string nameOf(Loss loss) {
+  constexpr const char* kNames[] = {"end-of-file", "read-error", "write-error", "silence", "gone"};
+  return kNames[static_cast<int>(loss)];
 }
 
 std::string identifierOf(const std::vector<std::string>& words) {

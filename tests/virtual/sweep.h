@@ -20,7 +20,8 @@ namespace virtual_session {
 
 enum class Outcome {
   kAnyPromised,  ///< calls may return whatever they promise
-  kFullSession   ///< nothing is lost: the calls return what they always do
+  kFullSession,  ///< nothing is lost: the calls return what they always do
+  kConnection    ///< as kAnyPromised, and of an undisturbed session only the connection is certain
 };
 
 struct Case {
@@ -30,6 +31,11 @@ struct Case {
   std::function<void(VirtualSession&)> disturb;
   std::function<bool(VirtualSession&)> hasStruck;  ///< asked behind the disturbed session
   Outcome outcome = Outcome::kAnyPromised;
+  Time stall{0};  ///< how long the device can keep each call waiting
+
+  // Of a session between the disturbed one and the last one; null: there is none.
+  std::function<void(VirtualSession&)> disturbNext = nullptr;
+  std::function<bool(VirtualSession&)> hasStruckNext = nullptr;
 
   std::string name() const {
     return std::string(script.name) + ":" + place + ":seed-" + std::to_string(seed);
@@ -57,6 +63,7 @@ class Sweep : public testing::Test {
 
   int cases = 0;
   int strikes = 0;
+  std::uint64_t thinning = 1;  ///< by which a slice has fewer points than usual
 
  private:
   void prepare(const Script& script);
@@ -75,6 +82,14 @@ constexpr virtual_platform::Direction kDirections[] = {virtual_platform::Directi
 
 /// "from-ipod"
 std::string nameOf(virtual_platform::Direction direction);
+
+constexpr virtual_platform::Loss kLosses[] = {
+    virtual_platform::Loss::kEndOfFile, virtual_platform::Loss::kReadError,
+    virtual_platform::Loss::kWriteError, virtual_platform::Loss::kSilence,
+    virtual_platform::Loss::kGone};
+
+/// "end-of-file"
+std::string nameOf(virtual_platform::Loss loss);
 
 /// A test's name of these words: "short_from_ipod".
 std::string identifierOf(const std::vector<std::string>& words);
