@@ -58,7 +58,7 @@ class Life : public testing::Test {
     RecordProperty("virtual_days", static_cast<int>(lived / hours(24)));
     RecordProperty("drives", drives);
     RecordProperty("calls", std::to_string(calls));
-    RecordProperty("struck", pulls);
+    RecordProperty("pulls", pulls);
     RecordProperty("longest_ms", static_cast<int>(longest / std::chrono::milliseconds(1)));
   }
 
