@@ -38,13 +38,14 @@ const ExportCall& findCall(const std::string& name) {
                        [&](const ExportCall& each) { return each.name == name; });
 }
 
-// Models that are slow to obey first say that they will, and every command costs two waits. With an
-// iPod that falls silent in the midst of a walk from group to group, a command asks for the name of
-// every track.
+// Models that are slow to obey first say that they will, and every command costs two waits. The step
+// to the next group may ask for the name of every track: each comes soon, if only as a refusal, or
+// never when the iPod fell silent.
 Time longestOf(const ExportCall& call, bool mayBeSilent) {
-  const bool walks = mayBeSilent && std::string(call.name) == "IpodCommand";
-  const auto tracks = static_cast<int>(music().tracks.size());
-  return seconds(2 * call.waits + (walks ? tracks : 0)) + milliseconds(500);
+  const Time forAName = mayBeSilent ? seconds(1) : milliseconds(50);
+  const Time forAWalk = forAName * static_cast<int>(music().tracks.size());
+  const bool mayWalk = std::string(call.name) == "IpodCommand";
+  return seconds(2 * call.waits) + (mayWalk ? forAWalk : Time(0)) + milliseconds(500);
 }
 
 }  // namespace

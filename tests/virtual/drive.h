@@ -4,6 +4,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "device/simulated_ipod.h"
 #include "race/export_calls.h"
@@ -32,6 +33,7 @@ class Drive {
   int calls() const { return callCount; }
   bool wasPulled() const { return pulled; }
   Time longestCall() const { return longest; }
+  const std::vector<std::string>& trace() const { return world.trace(); }
 
  private:
   void live();

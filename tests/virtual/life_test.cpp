@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "session/host_folder.h"
 #include "virtual/drive.h"
@@ -33,6 +34,18 @@ long wanted(const char* variable, long usual) {
   return text != nullptr ? std::atol(text) : usual;
 }
 
+bool isReplay() { return std::getenv("VIRTUAL_CASE") != nullptr; }
+
+void show(const std::vector<std::string>& trace) {
+  for (const std::string& call : trace)
+    std::printf("%s\n", call.c_str());
+}
+
+std::string runInSilence(Drive& drive) {
+  const virtual_session::SilentOutput silence;
+  return drive.run();
+}
+
 /// When a life is over.
 class LifeSpan {
  public:
@@ -51,8 +64,8 @@ class Life : public testing::Test {
  protected:
   // In the first drive everybody makes what they keep for good.
   Life() {
-    const virtual_session::SilentOutput silence;
-    Drive(0).run();
+    Drive first(0);
+    runInSilence(first);
   }
   void TearDown() override {
     RecordProperty("virtual_days", static_cast<int>(lived / hours(24)));
@@ -64,9 +77,9 @@ class Life : public testing::Test {
 
   /// Takes one drive; empty, or what went wrong.
   std::string take(std::uint64_t seed) {
-    const virtual_session::SilentOutput silence;
     Drive drive(seed);
-    std::string fault = drive.run();
+    std::string fault = runInSilence(drive);
+    if (isReplay()) show(drive.trace());
     ++drives;
     lived += drive.lasted();
     calls += drive.calls();
@@ -94,9 +107,9 @@ class Life : public testing::Test {
 };
 
 TEST_F(Life, LeavesNothingBehindHoweverLongItLasts) {
-  if (const char* const only = std::getenv("VIRTUAL_CASE")) {
+  if (isReplay()) {
     unsigned long long seed = 0;
-    if (std::sscanf(only, "drive:%llu", &seed) == 1) takeAndCheck(seed);
+    if (std::sscanf(std::getenv("VIRTUAL_CASE"), "drive:%llu", &seed) == 1) takeAndCheck(seed);
     return;
   }
   const LifeSpan span;
