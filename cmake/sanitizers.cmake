@@ -7,8 +7,9 @@ if(IPODCTL_SANITIZE)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND IPODCTL_SANITIZE MATCHES "address")
     add_compile_definitions(__SANITIZE_ADDRESS__)
   endif()
-  # Of a fiber, a stack's depth says nothing.
+  # Of a fiber, a stack's depth says nothing. A vector's memory behind its last item is nobody's.
   if(IPODCTL_SANITIZE MATCHES "fuzzer")
+    add_compile_definitions(_GLIBCXX_SANITIZE_VECTOR)
     add_compile_options(-fno-sanitize-coverage=stack-depth)
   endif()
   add_link_options(-fsanitize=${IPODCTL_SANITIZE})

@@ -139,19 +139,19 @@ void compare(const std::vector<Bytes>& payloads, const Reading& expected) {
           "a message is missing");
 }
 
-/// Now and then so much noise that the transport's area is full.
-size_t noiseFrom(FuzzedDataProvider& input) {
-  constexpr uint8_t kFirst = 250;
+/// A byte, from 250 on about as many as the transport's area holds.
+size_t sizeFrom(FuzzedDataProvider& input) {
+  constexpr uint8_t kFirstLarge = 250;
   constexpr size_t kStep = 5;
   const auto choice = input.ConsumeIntegral<uint8_t>();
-  return choice < kFirst ? 0 : kReceiveCapacity - 10 + (choice - kFirst) * kStep;
+  return choice < kFirstLarge ? choice : kReceiveCapacity - 10 + (choice - kFirstLarge) * kStep;
 }
 
 std::vector<size_t> piecesFrom(FuzzedDataProvider& input) {
   constexpr uint8_t kMostPieces = 31;
   std::vector<size_t> pieces(input.ConsumeIntegral<uint8_t>() % (kMostPieces + 1));
   for (size_t& size : pieces)
-    size = input.ConsumeIntegral<uint8_t>() + size_t{1};
+    size = std::max<size_t>(sizeFrom(input), 1);
   return pieces;
 }
 
@@ -161,7 +161,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
   const auto seed = input.ConsumeIntegral<uint8_t>();
   const bool isSerial = seed % 2 != 0;
-  const size_t noise = noiseFrom(input);
+  const size_t noise = sizeFrom(input);
   const std::vector<size_t> pieces = piecesFrom(input);
   Bytes stream(noise);
   const Bytes said = input.ConsumeRemainingBytes<uint8_t>();

@@ -5,6 +5,7 @@
 #include "session/counted_heap.h"
 #include "support/simulated_faults.h"
 #include "virtual/failures.h"
+#include "wire/frame.h"
 
 namespace {
 
@@ -51,6 +52,23 @@ void spoil(Scene& scene, Script& script) {
   const auto kind = static_cast<ByteFault::Kind>(script.byte() % 4);
   const size_t place = script.word();
   scene.cable.spoil(direction, {kind, place, script.byte()});
+}
+
+/// Changes a byte of one of the coming frames, whose checksum is right again.
+void changeFrame(Scene& scene, Script& script) {
+  const size_t wanted = script.byte();
+  const size_t place = script.byte();
+  const uint8_t bits = script.byte();
+  scene.cable.rewrite([=](size_t number, const simulator::Bytes& frame) {
+    simulator::Bytes changed = frame;
+    constexpr size_t kBeforePayload = 2;  // start byte and length; a checksum is behind it
+    if (number == wanted && frame.size() > kBeforePayload + 1) {
+      changed[kBeforePayload + place % (frame.size() - kBeforePayload - 1)] ^= bits;
+      changed.pop_back();
+      changed.push_back(simulator::frameChecksum(simulator::ByteView(changed).from(1)));
+    }
+    return std::vector<virtual_platform::ComingFrame>{{Time(0), changed}};
+  });
 }
 
 void swapFrame(Scene& scene, Script& script) { scene.cable.swapFrame(script.byte()); }
@@ -108,9 +126,9 @@ void mendPlatform(Scene& scene, Script&) {
 using Disturbance = void (*)(Scene&, Script&);
 
 constexpr Disturbance kAll[kDisturbances] = {
-    pull,     plug,          pullLater,    spoil,       swapFrame,  deliver, say,
-    sayRaw,   answerPayload, answerReply,  acknowledge, wait,       press,   announceRate,
-    addFault, failCalls,     mendPlatform, pullAt,      stopReading};
+    pull,     plug,          pullLater,    spoil,       swapFrame,   deliver,    say,
+    sayRaw,   answerPayload, answerReply,  acknowledge, wait,        press,      announceRate,
+    addFault, failCalls,     mendPlatform, pullAt,      stopReading, changeFrame};
 
 }  // namespace
 

@@ -6,7 +6,7 @@
 /// What happens to a session beside the host's calls: to the cable, to the bytes, to the iPod and to
 /// the platform.
 
-constexpr uint8_t kDisturbances = 19;
+constexpr uint8_t kDisturbances = 20;
 
 /// In the world's run: does the disturbance of this number, from 0.
 void disturb(uint8_t number, Script arguments, Scene& scene);
