@@ -26,7 +26,7 @@ using std::chrono::steady_clock;
 using virtual_session::OpenThings;
 using virtual_session::openThings;
 
-constexpr long kUsualDays = 2;
+constexpr long kUsualDays = 1;
 constexpr unsigned kDriveSeconds = 120;
 
 long wanted(const char* variable, long usual) {
