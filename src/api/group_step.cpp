@@ -31,7 +31,7 @@ class GroupWalk {
   bool cameRound() const { return track == start; }
 
   /// Goes on to the first track of another group, which is the group from then on; false when there
-  /// is none before the walk has come round.
+  /// is none before the walk has come round, or before an iPod without names has gone.
   bool leaveGroup() {
     while (stepsTaken < count) {
       ++stepsTaken;
@@ -42,6 +42,8 @@ class GroupWalk {
         group = std::move(name);
         return true;
       }
+      // Silence has no name either: without an end here a lost iPod would be asked for every track.
+      if (ipodController.fellSilent()) return false;
     }
     return false;
   }

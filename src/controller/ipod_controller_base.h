@@ -160,6 +160,9 @@ class IpodControllerBase {
   /// three attempts, of which the third one does not count.
   virtual bool indentifyIpod();
 
+  /// Whether the last wait for a message ended without one.
+  bool fellSilent() const { return silent != 0; }
+
   /// The loaded logo, null when there is none.
   const LogoBitmap* logoImage() const { return logo.get(); }
 
@@ -254,4 +257,5 @@ class IpodControllerBase {
   void uploadLogo();
 
   std::unique_ptr<LogoBitmap> logo;
+  std::atomic<uint8_t> silent{0};
 };

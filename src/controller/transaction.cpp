@@ -16,7 +16,9 @@ bool IpodControllerBase::clearReplies() {
 }
 
 std::unique_ptr<LingoMessage> IpodControllerBase::nextMessage() {
-  return transport->getMessage(kReplyNanoseconds, kReplySeconds);
+  std::unique_ptr<LingoMessage> message = transport->getMessage(kReplyNanoseconds, kReplySeconds);
+  silent = message ? 0 : 1;
+  return message;
 }
 
 /// The first message that comes is the reply, if it is of the command's lingo.
