@@ -40,6 +40,10 @@ void Host::command(int code) {
   call("IpodCommand(" + std::to_string(code) + ")", [code] { return IpodCommand(code); });
 }
 
+void Host::play(int track) {
+  call("IpodSongPlay", [track] { return IpodSongPlay(track); });
+}
+
 void Host::number(const char* name, int (*exported)(int*)) {
   Number number;
   call(name, [&] { return exported(number.data()); }, {&number});

@@ -45,6 +45,7 @@ class Host {
             const std::vector<const Output*>& outputs = {});
 
   void command(int code);
+  void play(int track);
   void number(const char* name, int (*exported)(int*));
   /// Reads the position, which is written down as "300 or more": it differs with the time that the
   /// answers took.

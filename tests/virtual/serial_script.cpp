@@ -1,12 +1,9 @@
 // The controller's operations, which alone can use a serial line.
 #include <windows.h>
 
-#include <functional>
-#include <string>
-
-#include "controller/ipod_controller.h"
 #include "virtual/reference_library.h"
 #include "virtual/scripts.h"
+#include "virtual/serial_host.h"
 #include "virtual/virtual_session.h"
 
 namespace virtual_session {
@@ -20,68 +17,6 @@ constexpr uint8_t kPause = 11;
 constexpr uint8_t kExtendedInterface = 4;
 constexpr uint32_t kGenreInfo = 5;
 constexpr uint32_t kNewSampleRate = 48000;
-
-/// As a host of the controller: it lives as long as the program, and so does its link.
-IpodController& controller() {
-  static IpodController one(kSerialLink);
-  return one;
-}
-
-/// What an operation put into its references.
-class Said final : public Output {
- public:
-  bool isIntact() const override { return true; }
-  std::string words() const override { return text; }
-
-  void say(const ByteString& said) {
-    text.clear();
-    append(said);
-  }
-  void say(const ImageLimits& said) {
-    text = std::to_string(said.width) + "x" + std::to_string(said.height);
-  }
-  void say(const RecordList& said) {
-    text.clear();
-    for (const RecordEntry& entry : said)
-      append(entry.name);
-  }
-  template <class Number>
-  void say(Number said) {
-    text = std::to_string(said);
-  }
-
- private:
-  void append(const ByteString& said) {
-    for (uint32_t i = 0; i < said.size(); ++i)
-      text += wordsOf(static_cast<unsigned char>(said[i]));
-  }
-
-  std::string text = kNothing;
-};
-
-class SerialHost {
- public:
-  explicit SerialHost(Host& caller) : host(caller) {}
-
-  void act(const char* name, const std::function<bool(IpodController&)>& operation) {
-    host.call(name, [&] { return operation(controller()) ? 1 : 0; });
-  }
-
-  template <class Value>
-  void ask(const char* name, const std::function<bool(IpodController&, Value&)>& operation) {
-    Said said;
-    const auto asked = [&] {
-      Value value{};
-      const bool success = operation(controller(), value);
-      if (success) said.say(value);
-      return success ? 1 : 0;
-    };
-    host.call(name, asked, {&said});
-  }
-
- private:
-  Host& host;
-};
 
 using Controller = IpodController;
 using Word = uint32_t;

@@ -17,7 +17,7 @@ void play(VirtualSession& session, Host& host) {
   host.move("IpodGetNextItem", IpodGetNextItem);
   host.entryName("IpodGetItemName", IpodGetItemName);
   host.open(1, IPOD_TRACKS, 1);
-  host.call("IpodSongPlay", [] { return IpodSongPlay(0); });
+  host.play(0);
   host.number("IpodSongGetNumElem", IpodSongGetNumElem);
   session.ipod.announceSampleRate(session.world.now(), kNewSampleRate);
   Sleep(kRateMilliseconds);
