@@ -86,7 +86,7 @@ TEST_P(FragmentSweep, ReadsFewBytesAtATime) {
 
 TEST_P(FragmentSweep, ReadsEverythingThatIsThereAtOnce) {
   const Script& script = scriptCalled(GetParam());
-  for (int gathering = 1; gathering <= 900; gathering += 31) {  // ms
+  for (int gathering = 1; gathering <= script.latest; gathering += 31) {  // ms
     for (std::uint64_t seed = 1; seed <= ordersOf(script, kOrders); ++seed) {
       Delivery delivery;
       delivery.gathering = milliseconds(gathering);

@@ -139,7 +139,7 @@ void playAll(VirtualSession& session, Host& host) {
 const Script& referenceScript() {
   static const Script script{
       "reference",     "IPD1:", simulator::FrameKind::kUsb, referenceModel(), referenceLibrary(),
-      referenceLogo(), playAll, referenceResults(),         exportPromises()};
+      referenceLogo(), playAll, referenceResults(),         exportPromises(), kLatestOnUsb};
   return script;
 }
 

@@ -24,7 +24,12 @@ struct Script {
   std::function<void(VirtualSession&, Host&)> play;
   std::vector<std::string> results;  ///< as resultsOf, with an iPod that nobody disturbs
   const Promises& promises;
+  int latest;  ///< ms: an answer that comes so late is still taken
 };
+
+/// A request waits for a second; the reader of a serial line looks for bytes every tenth of it.
+constexpr int kLatestOnUsb = 900;
+constexpr int kLatestOnASerialLine = 700;
 
 /// Connects, looks at the artists, plays the tracks of one, follows a new sample rate and
 /// disconnects.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 
 #include "controller/ipod_controller.h"
@@ -21,10 +22,14 @@ class Said final : public Output {
   void say(const ImageLimits& said) {
     text = std::to_string(said.width) + "x" + std::to_string(said.height);
   }
+  /// In the order of their indexes: one that is late comes last.
   void say(const RecordList& said) {
-    text.clear();
+    std::map<uint32_t, const ByteString*> names;
     for (const RecordEntry& entry : said)
-      append(entry.name);
+      names[entry.index] = &entry.name;
+    text.clear();
+    for (const auto& [index, name] : names)
+      append(*name);
   }
   template <class Number>
   void say(Number said) {

@@ -6,7 +6,6 @@ std::vector<std::string> serialResults() {
   return {"connect 1",
           "isIdentified 1",
           "EnterExtendedMode 1",
-          "getSampleRate 1 44100",
           "GetIpodName 1 Pod",
           "RequestIpodName 1 Pod",
           "RequestSerialNumber 1 S1<0>",

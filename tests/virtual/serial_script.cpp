@@ -29,7 +29,6 @@ void connect(SerialHost& host) {
   Sleep(kPauseMilliseconds);
   host.act("isIdentified", [](Controller& c) { return c.isIdentified() != 0; });
   host.act("EnterExtendedMode", [](Controller& c) { return c.EnterExtendedMode(); });
-  host.ask<Word>("getSampleRate", [](Controller& c, Word& rate) { return c.getSampleRate(rate); });
 }
 
 void askWhoItIs(SerialHost& host) {
@@ -153,7 +152,8 @@ const Script& serialScript() {
                              referenceLogo(),
                              playAll,
                              serialResults(),
-                             operationPromises()};
+                             operationPromises(),
+                             kLatestOnASerialLine};
   return script;
 }
 

@@ -40,7 +40,8 @@ const Script& shortScript() {
       {"IpodConnect 1", "IpodGetFirstItem 1 -1", "IpodGetNextItem 1 0", "IpodGetItemName 0 Anna -",
        "IpodGetFirstItem 1 -1", "IpodSongPlay 0", "IpodSongGetNumElem 0 3",
        "IpodGetCurrentPlayStatus 0 1", "IpodDisconnect 0", "IpodIsConnect 0"},
-      exportPromises()};
+      exportPromises(),
+      kLatestOnUsb};
   return script;
 }
 
