@@ -80,5 +80,25 @@ TEST_P(StreamSweep, EndsWithTheCable) {
   expectStrikes(0.9);
 }
 
+// One record was asked for: the first that comes ends the wait, however many follow.
+TEST(RecordStream, KeepsNoNameWaiting) {
+  const session::HostFolder folder;
+  const Forge stream = streamOf(streams().front().payload, 3000, milliseconds(20));
+  VirtualSession session(1);
+  session.cable.rewrite([&](std::size_t, const Bytes& bytes) {
+    const ForgedFrame frame(bytes);
+    const bool isRecord =
+        frame.is(simulator::Lingo::kExtendedInterface, simulator::kReturnCategorizedDatabaseRecord);
+    return isRecord ? stream(frame) : atOnce({bytes});
+  });
+  Calls calls;
+  EXPECT_EQ(session.run([&] { calls = session.play(); }), "");
+  EXPECT_TRUE(session.cable.hasRewritten());
+  for (const Call& call : calls) {
+    if (call.name != "IpodGetItemName") continue;
+    EXPECT_LT(call.took, milliseconds(100));
+  }
+}
+
 }  // namespace
 }  // namespace virtual_session
