@@ -1,0 +1,140 @@
+"""Puts what scripts/endurance counted into the tables of docs/reliability.md."""
+
+import json
+import re
+from collections import defaultdict
+
+from export_lists import ROOT, promised_ordinals
+
+PAGE = ROOT / "docs/reliability.md"
+BOUND, LONGEST = "bound_ms_", "longest_us_"
+
+
+def table(head, rows):
+    lines = [head, ["---:" if title.endswith(":") else "---" for title in head], *rows]
+    lines[0] = [title.rstrip(":") for title in head]
+    return "\n".join("| " + " | ".join(str(cell) for cell in line) + " |" for line in lines)
+
+
+def grouped(number):
+    return f"{number:,}"
+
+
+def words(name):
+    """"AllScripts/ByteSweep.SpoilsEveryByte/2" as "byte sweep: spoils every byte"."""
+    parts = [part for part in name.split("/") if "." in part]
+    suite, _, test = (parts[0] if parts else name).partition(".")
+    spaced = [re.sub(r"(?<=[a-z0-9])(?=[A-Z])|(?<=[A-Z])(?=[A-Z][a-z])", " ", each) for each in (suite, test)]
+    return ": ".join(text if text.isupper() else text.lower() for text in spaced)
+
+
+def duration(seconds):
+    return f"{seconds / 3600:.1f} h" if seconds >= 5400 else f"{seconds / 60:.0f} min" if seconds >= 90 \
+        else f"{seconds:.1f} s"
+
+
+def ran(record):
+    build = f"`{record['preset']}` build, " if "preset" in record else ""
+    return f"{build}commit {record['commit']}, {record['date']}, {duration(record['seconds'])}."
+
+
+def by_test(records):
+    """Cases, strikes, seconds and failures of the tests that count cases, those of one body together."""
+    rows = defaultdict(lambda: [0, 0, 0.0, 0])
+    for record in records:
+        for test in record["tests"]:
+            row = rows[words(test["name"])]
+            row[0] += test["numbers"].get("cases", 0)
+            row[1] += test["numbers"].get("struck", 0)
+            row[2] += test["seconds"]
+            row[3] += test["failed"]
+    return {name: row for name, row in sorted(rows.items()) if row[0] or row[3]}
+
+
+def case_table(records):
+    rows = by_test(records)
+    total = [sum(row[column] for row in rows.values()) for column in range(4)]
+    lines = [[name, grouped(row[0]), grouped(row[1]), duration(row[2]), row[3]] for name, row in rows.items()]
+    lines.append(["**all**", *(f"**{cell}**" for cell in
+                               (grouped(total[0]), grouped(total[1]), duration(total[2]), total[3]))])
+    return table(["what", "cases:", "the fault struck:", "time:", "failures:"], lines)
+
+
+def sweeps(records):
+    used = [records[name] for name in ("sweeps", "schedules", "races") if name in records]
+    return "\n".join([*(f"{name}: {ran(records[name])}<br>" for name in ("sweeps", "schedules", "races")
+                        if name in records), "", case_table(used)])
+
+
+def bounds(records):
+    """The longest call of each export in virtual time, and its bound."""
+    limits, longest = {}, defaultdict(int)
+    for name in ("sweeps", "schedules", "months"):
+        for test in records.get(name, {}).get("tests", []):
+            for key, value in test["numbers"].items():
+                if key.startswith(BOUND):
+                    limits[key[len(BOUND):]] = value
+                elif key.startswith(LONGEST):
+                    longest[key[len(LONGEST):]] = max(longest[key[len(LONGEST):]], value)
+    rows = [[f"`{name}`", grouped(limits[name]), f"{longest[name] / 1000:,.1f}"] for name in promised_ordinals()]
+    return table(["export", "bound, ms:", "longest seen, ms:"], rows)
+
+
+def life(records):
+    rows = []
+    for name in ("cycles", "months"):
+        for test in records.get(name, {}).get("tests", []):
+            numbers = {key: value for key, value in test["numbers"].items() if not key.startswith((BOUND, LONGEST))}
+            if not numbers and not test["failed"]:
+                continue
+            counted = ", ".join(f"{grouped(value)} {key.replace('_', ' ')}" for key, value in numbers.items())
+            rows.append([words(test["name"]), counted, duration(test["seconds"]), int(test["failed"])])
+    head = [f"{name}: {ran(records[name])}<br>" for name in ("cycles", "months") if name in records]
+    return "\n".join([*head, "", table(["what", "counted", "time:", "failures:"], rows)])
+
+
+def fuzzers(records):
+    record = records["fuzz"]
+    rows = [[f"`{run['target']}`", grouped(run["runs"]), duration(run["seconds"]), grouped(run["edges"]),
+             len(run["findings"])] for run in record["numbers"]["targets"]]
+    return "\n".join([ran(record), "", table(["fuzzer", "runs:", "time:", "edges reached:", "findings:"], rows)])
+
+
+def planted(records):
+    record = records["planted"]
+    rows = [[defect["name"].replace("_", " "), defect["layer"], defect["found_by"] or "**nothing**", defect["sweep"] or "-"]
+            for defect in record["numbers"]]
+    return "\n".join([ran(record), "", table(["planted defect", "in", "found by", "of the sweeps by"], rows)])
+
+
+def coverage(records):
+    record = records["coverage"]
+    numbers = record["numbers"]
+    share = [[what, grouped(numbers[f"{what}_covered"]), grouped(numbers[f"{what}_total"]),
+              f"{100 * numbers[f'{what}_covered'] / numbers[f'{what}_total']:.2f} %"] for what in ("lines", "branches")]
+    return "\n".join([ran(record), "", table(["of src/", "taken:", "of:", "share:"], share)])
+
+
+# Each needs the records of these steps.
+SECTIONS = {sweeps: ("sweeps", "schedules", "races"), bounds: ("sweeps",), life: ("cycles", "months"), fuzzers: ("fuzz",),
+            planted: ("planted",), coverage: ("coverage",)}
+
+
+def fill(text, name, content):
+    """`text` with the section between its two marks."""
+    begin, end = f"<!-- {name}: written by scripts/endurance -->", "<!-- end -->"
+    before, mark, rest = text.partition(begin)
+    if not mark or end not in rest:
+        raise SystemExit(f"{PAGE.name} has no place for {name}")
+    return before + begin + "\n" + content + "\n" + rest[rest.index(end):]
+
+
+def write(folder):
+    """Sections whose steps have never run stay as they are."""
+    records = {path.stem: json.loads(path.read_text()) for path in folder.glob("*.json")}
+    text = PAGE.read_text()
+    for section, needed in SECTIONS.items():
+        if any(name in records for name in needed):
+            text = fill(text, section.__name__, section(records))
+    PAGE.write_text(text)
+    print(f"Wrote {PAGE.relative_to(ROOT)}.")
