@@ -33,11 +33,18 @@ class BadInput : public testing::TestWithParam<State> {
     exports.IpodValidateUpDownTree();
     ASSERT_NE(exports.IpodGetParentItem(), nullptr);
     exports.IpodSongPlay(0);
-    if (GetParam() == State::kDisconnected) exports.IpodDisconnect();
+    if (GetParam() == State::kDisconnected) disconnect();
     if (GetParam() == State::kVanished) ipod.pty().unplug();
     if (GetParam() != State::kConnected) {
       ASSERT_TRUE(eventually([] { return deskRunningThreads() == 0; }));
     }
+  }
+
+  // Until the iPod has taken the last message.
+  void disconnect() {
+    exports.IpodDisconnect();
+    ASSERT_TRUE(ipod.waitUntil(
+        [](const simulator::SimulatedIpod& device) { return !device.inExtendedMode(); }));
   }
 
   bool answers() const { return GetParam() == State::kConnected; }
