@@ -69,15 +69,20 @@ function(product_behind variable file)
 endfunction()
 
 # ipodctl_test(NAME SOURCES file... LIBRARIES target... [LABEL ring] [ENVIRONMENT NAME=value...]
-#              [EXCEPT test...])
+#              [EXCEPT test...] [WITHOUT_THREADS])
 # One test program. Each of its tests is a CTest test of its own, labelled with its ring: unit,
 # device, session, race, endurance or virtual. EXCEPT names what an emulator gets wrong.
+# WITHOUT_THREADS: the thread sanitizer would see nothing in it.
 function(ipodctl_test name)
-  cmake_parse_arguments(ARG "" "LABEL" "SOURCES;LIBRARIES;ENVIRONMENT;EXCEPT" ${ARGN})
+  cmake_parse_arguments(ARG "WITHOUT_THREADS" "LABEL" "SOURCES;LIBRARIES;ENVIRONMENT;EXCEPT" ${ARGN})
   if(NOT ARG_LABEL)
     set(ARG_LABEL unit)
   endif()
   ipodctl_program(${name} SOURCES ${ARG_SOURCES} LIBRARIES ${ARG_LIBRARIES})
+  if(ARG_WITHOUT_THREADS AND IPODCTL_SANITIZE STREQUAL "thread")
+    set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL TRUE)
+    return()
+  endif()
   if(CMAKE_CROSSCOMPILING)
     string(JOIN "|" emulator ${CMAKE_CROSSCOMPILING_EMULATOR})
     target_compile_definitions(${name} PRIVATE TEST_EMULATOR="${emulator}")
@@ -87,6 +92,12 @@ function(ipodctl_test name)
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 --gtest_filter=${filter})
     set_tests_properties(${name} PROPERTIES LABELS ${ARG_LABEL} TIMEOUT 600
                                             ENVIRONMENT "${ARG_ENVIRONMENT}")
+    return()
+  endif()
+  # Starting a program with a sanitizer costs more than most tests, too.
+  if(IPODCTL_SANITIZE AND ARG_LABEL STREQUAL "unit")
+    add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
+    set_tests_properties(${name} PROPERTIES LABELS unit TIMEOUT 300 ENVIRONMENT "${ARG_ENVIRONMENT}")
     return()
   endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
