@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <future>
+#include <thread>
 
 #include "lingo/console.h"
 #include "lingo/extended_interface_message.h"
@@ -294,13 +295,14 @@ TEST_F(StuckReader, KeepsTheTransportFromOpeningAgain) {
   EXPECT_EQ(link.takenCommand(), 2);
 }
 
-/// Waits for a stated time-out: 300 ms.
-TEST_F(StuckReader, IsWaitedForByTheTransportsEnd) {
+/// Waits for two stated time-outs: 300 ms to stop the reader and a second in which others give up.
+TEST_F(StuckReader, IsWaitedForByTheTransportsEndHoweverLongItTakes) {
   BackgroundCall end([&] {
     link.transport.reset();
     return true;
   });
   EXPECT_TRUE(link.wire.waitUntilDeviceCloses());
+  std::this_thread::sleep_for(milliseconds(1500));
   EXPECT_FALSE(end.isDone());
   handler.release();
   EXPECT_EQ(end.result(), true);
