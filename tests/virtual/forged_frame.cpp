@@ -68,11 +68,12 @@ Bytes ForgedFrame::acknowledgement(uint8_t status, uint16_t command) const {
 }
 
 uint16_t ForgedFrame::request() const {
-  const bool isExtended = lingo() == static_cast<uint8_t>(Lingo::kExtendedInterface);
-  const bool isAcknowledgement =
-      isExtended ? command() == simulator::kExtendedAck : command() == simulator::kAck;
-  if (!isAcknowledgement) return static_cast<uint16_t>(command() - 1);
-  return isExtended ? static_cast<uint16_t>(whole[4] << 8 | whole[5]) : whole[3];
+  const auto isIn = [this](Lingo wanted) { return lingo() == static_cast<uint8_t>(wanted); };
+  if (isIn(Lingo::kGeneral) && command() == simulator::kAck) return whole[3];
+  if (isIn(Lingo::kExtendedInterface) && command() == simulator::kExtendedAck) {
+    return static_cast<uint16_t>(whole[4] << 8 | whole[5]);
+  }
+  return static_cast<uint16_t>(command() - 1);
 }
 
 Bytes acceptedLongFrame(const ForgedFrame& original, Bytes payload) {
