@@ -109,9 +109,9 @@ def planted(records):
 
 def coverage(records):
     record = records["coverage"]
-    numbers = record["numbers"]
-    share = [[what, grouped(numbers[f"{what}_covered"]), grouped(numbers[f"{what}_total"]),
-              f"{100 * numbers[f'{what}_covered'] / numbers[f'{what}_total']:.2f} %"] for what in ("lines", "branches")]
+    total = record["numbers"]["total"]
+    share = [[what, grouped(total[f"{what}_run"]), grouped(total[what]), f"{100 * total[f'{what}_run'] / total[what]:.2f} %"]
+             for what in ("lines", "branches")]
     return "\n".join([ran(record), "", table(["of src/", "taken:", "of:", "share:"], share)])
 
 
