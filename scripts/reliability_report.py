@@ -80,17 +80,29 @@ def bounds(records):
     return table(["export", "bound, ms:", "longest seen, ms:"], rows)
 
 
+def counted(numbers):
+    """The numbers of one test; what was counted at its start and at its end in one."""
+    texts = []
+    for key, value in numbers.items():
+        name, _, when = key.rpartition("_")
+        if when == "end" and f"{name}_start" in numbers:
+            continue
+        if when == "start" and f"{name}_end" in numbers:
+            texts.append(f"{name.replace('_', ' ')} {grouped(value)} → {grouped(numbers[f'{name}_end'])}")
+        else:
+            texts.append(f"{grouped(value)} {key.replace('_', ' ')}")
+    return ", ".join(texts)
+
+
 def life(records):
     rows = []
     for name in ("cycles", "months"):
         for test in records.get(name, {}).get("tests", []):
             numbers = {key: value for key, value in test["numbers"].items() if not key.startswith((BOUND, LONGEST))}
-            if not numbers and not test["failed"]:
-                continue
-            counted = ", ".join(f"{grouped(value)} {key.replace('_', ' ')}" for key, value in numbers.items())
-            rows.append([words(test["name"]), counted, duration(test["seconds"]), int(test["failed"])])
+            if numbers or test["failed"]:
+                rows.append([words(test["name"]), counted(numbers), duration(test["seconds"]), int(test["failed"])])
     head = [f"{name}: {ran(records[name])}<br>" for name in ("cycles", "months") if name in records]
-    return "\n".join([*head, "", table(["what", "counted", "time:", "failures:"], rows)])
+    return "\n".join([*head, "", table(["what", "counted (at the start → at the end)", "time:", "failures:"], rows)])
 
 
 def fuzzers(records):
@@ -100,10 +112,15 @@ def fuzzers(records):
     return "\n".join([ran(record), "", table(["fuzzer", "runs:", "time:", "edges reached:", "findings:"], rows)])
 
 
+def test_name(name):
+    """Without what CTest adds of the parameter."""
+    return name.partition("  # ")[0] if name else ""
+
+
 def planted(records):
     record = records["planted"]
-    rows = [[defect["name"].replace("_", " "), defect["layer"], defect["found_by"] or "**nothing**", defect["sweep"] or "-"]
-            for defect in record["numbers"]]
+    rows = [[defect["name"].replace("_", " "), defect["layer"], test_name(defect["found_by"]) or "**nothing**",
+             test_name(defect["sweep"]) or "-"] for defect in record["numbers"]]
     return "\n".join([ran(record), "", table(["planted defect", "in", "found by", "of the sweeps by"], rows)])
 
 
