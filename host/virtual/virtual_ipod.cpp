@@ -3,6 +3,7 @@
 #include <algorithm>
 
 namespace virtual_platform {
+
 VirtualIpod::VirtualIpod(simulator::SimulatedIpod& device, simulator::FrameKind frames)
     : ipod(device), kind(frames) {
   plug(Time(0));

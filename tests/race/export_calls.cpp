@@ -156,8 +156,7 @@ Outcome trackInfo(unsigned) {
 
 // Without an answer each request costs a second. IpodConnect identifies itself three times, waits
 // for the reader before and asks three times more; IpodDisconnect waits for the reader. The longest
-// commands ask six times, but for the group commands on an iPod that falls silent in their midst:
-// they ask for the name of every track.
+// commands ask six times; the group commands ask for more names so long as the iPod answers.
 const std::vector<ExportCall>& exportCalls() {
   constexpr Writes kAlways = Writes::kAlways;
   constexpr Writes kSometimes = Writes::kSometimes;
