@@ -3,9 +3,21 @@ if(IPODCTL_SANITIZE)
   add_compile_options(-fsanitize=${IPODCTL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   # The product and the tests have no type information to check objects against.
   add_compile_options(-fno-sanitize=vptr)
-  # What GCC says of itself and Clang does not.
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND IPODCTL_SANITIZE MATCHES "address")
-    add_compile_definitions(__SANITIZE_ADDRESS__)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # What GCC says of itself and Clang does not.
+    if(IPODCTL_SANITIZE MATCHES "address")
+      add_compile_definitions(__SANITIZE_ADDRESS__)
+    elseif(IPODCTL_SANITIZE STREQUAL "thread")
+      add_compile_definitions(__SANITIZE_THREAD__)
+      # C++ programs would get its operator new beside those of the tests.
+      string(REPLACE "<CMAKE_CXX_COMPILER>" "<CMAKE_C_COMPILER>" CMAKE_CXX_LINK_EXECUTABLE
+        "${CMAKE_CXX_LINK_EXECUTABLE}")
+      set(CMAKE_CXX_STANDARD_LIBRARIES "-lstdc++ -lm")
+    endif()
+    # A program in C that loads the library brings the sanitizer for its C++.
+    if(IPODCTL_SANITIZE MATCHES "undefined")
+      add_link_options("$<$<LINK_LANGUAGE:C>:-fsanitize-link-c++-runtime;-lstdc++>")
+    endif()
   endif()
   # Of a fiber, a stack's depth says nothing. A vector's memory behind its last item is nobody's.
   if(IPODCTL_SANITIZE MATCHES "fuzzer")

@@ -2,6 +2,9 @@ if(CMAKE_CROSSCOMPILING)
   # Debian has the sources for those who compile for another processor.
   set(INSTALL_GTEST OFF)
   add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+  foreach(library gtest gtest_main gmock)
+    target_compile_options(${library} PRIVATE -O0 -g0)
+  endforeach()
 else()
   find_package(GTest REQUIRED)
 endif()
@@ -9,7 +12,7 @@ include(GoogleTest)
 
 # Tests derive from classes of the product, which has no type information. Optimising the matchers
 # would take most of the time of a build; what they test is optimised.
-set(IPODCTL_TEST_OPTIONS -fno-rtti -O0)
+set(IPODCTL_TEST_OPTIONS -fno-rtti -O0 $<$<CONFIG:RelWithDebInfo>:-g1>)
 # For the same reason only what is tested looks for undefined behaviour; addresses are looked at in the
 # tests, too.
 if(IPODCTL_SANITIZE MATCHES undefined)

@@ -20,10 +20,12 @@
 
 namespace {
 
+enum class Rts { kNeverDriven, kLowered, kRaised };
+
 // Bytes in the queue; each look at it finds `drainedByLook` fewer than before.
 std::atomic<int> queued{0};
 std::atomic<int> drainedByLook{0};
-std::atomic<std::optional<bool>> rtsRaised{std::nullopt};  // none: never driven
+std::atomic<Rts> rts{Rts::kNeverDriven};
 std::atomic<bool> isExclusive{false};
 std::atomic<bool> isRealPort{false};
 
@@ -32,7 +34,7 @@ void see(unsigned long request, void* argument) {
   if (request == TIOCEXCL) isExclusive = true;
   if (request != TIOCMBIS && request != TIOCMBIC) return;
   EXPECT_EQ(*static_cast<const int*>(argument), TIOCM_RTS);
-  rtsRaised = request == TIOCMBIS;
+  rts = request == TIOCMBIS ? Rts::kRaised : Rts::kLowered;
 }
 
 }  // namespace
@@ -136,16 +138,16 @@ TEST(RtsLine, FollowsTheState) {
   const PtyPair wire;
   const DeviceMapping devices("COM1:", wire);
   const OwnedHandle port(openDevice(u"COM1:"));
-  rtsRaised = std::nullopt;
+  rts = Rts::kNeverDriven;
   DCB state = {};
   ASSERT_TRUE(GetCommState(port.get(), &state));
-  EXPECT_EQ(rtsRaised.load(), std::nullopt);
+  EXPECT_EQ(rts, Rts::kNeverDriven);
   state.fRtsControl = RTS_CONTROL_DISABLE;
   EXPECT_TRUE(SetCommState(port.get(), &state));
-  EXPECT_EQ(rtsRaised.load(), false);
+  EXPECT_EQ(rts, Rts::kLowered);
   state.fRtsControl = RTS_CONTROL_ENABLE;
   EXPECT_TRUE(SetCommState(port.get(), &state));
-  EXPECT_EQ(rtsRaised.load(), true);
+  EXPECT_EQ(rts, Rts::kRaised);
 }
 
 }  // namespace

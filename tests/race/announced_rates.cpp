@@ -2,10 +2,14 @@
 
 namespace race {
 
+namespace {
+
+constexpr StoppableThread::Pause kBetweenTwo = std::chrono::milliseconds(3);
+constexpr StoppableThread::Pause kAfterTheLast = std::chrono::seconds(1);
+
+}  // namespace
+
 std::unique_ptr<StoppableThread> announceRates(session::SessionIpod& ipod, int most) {
-  using Pause = StoppableThread::Pause;
-  constexpr Pause kBetweenTwo = std::chrono::milliseconds(3);
-  constexpr Pause kAfterTheLast = std::chrono::seconds(1);
   return std::make_unique<StoppableThread>([&ipod, left = most]() mutable {
     if (left == 0) return kAfterTheLast;
     const uint32_t rate = --left % 2 == 0 ? 48000 : 32000;

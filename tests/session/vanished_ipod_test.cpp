@@ -101,7 +101,7 @@ TEST_F(VanishedIpod, WhileItPlays) {
 
 TEST_F(VanishedIpod, InTheMiddleOfAWalkThroughAList) {
   ASSERT_EQ(IpodConnect(), 1);
-  for (const uint32_t bytes : {1, 20, 333, 1000}) {
+  for (const uint32_t bytes : {1u, 20u, 333u, 1000u}) {
     IpodGetFirstItem(0, IPOD_TRACKS, 0);
     ASSERT_NE(itemName(), "");
     pullAfterSending(bytes);

@@ -337,9 +337,9 @@ TEST(Notifications, JitterDelaysThemByUpToSoMuch) {
   const Payloads told = bench.wait(milliseconds(600));
   ASSERT_EQ(told.size(), 1u);
   const Bytes bytes = hex(told[0]);
-  const unsigned position = bytes[6] << 8 | bytes[7];
-  EXPECT_GE(position, 500u);
-  EXPECT_LE(position, 600u);
+  const int position = bytes[6] << 8 | bytes[7];
+  EXPECT_GE(position, 500);
+  EXPECT_LE(position, 600);
 }
 
 TEST(Notifications, CanWaitForTheAcknowledgementOfTheAudioAttributes) {

@@ -64,7 +64,7 @@ std::vector<Forgery> otherLengths(std::size_t length) {
       return frame.with(resized(frame, std::min(frame.payload().size(), kept)));
     }));
   }
-  for (const std::size_t more : {1, 2, 4, 100, 300, 70000}) {
+  for (const std::size_t more : {1u, 2u, 4u, 100u, 300u, 70000u}) {
     some.push_back(replaced("longer-by-" + std::to_string(more), [more](const ForgedFrame& frame) {
       return frame.with(resized(frame, frame.payload().size() + more));
     }));

@@ -111,7 +111,7 @@ std::vector<Forgery> wrongTexts(std::size_t offset) {
           return frame.with(withText(frame, offset, brokenTexts()[which]));
         }));
   }
-  for (const std::size_t length : {62, 63, 64, 127, 200, 4096}) {
+  for (const std::size_t length : {62u, 63u, 64u, 127u, 200u, 4096u}) {
     some.push_back(replaced("text-of-" + std::to_string(length), [=](const ForgedFrame& frame) {
       return frame.with(withText(frame, offset, Bytes(length, 'x')));
     }));

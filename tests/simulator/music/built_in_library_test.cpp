@@ -160,9 +160,9 @@ TEST(BuiltInLibrary, NamesTheMovementsOfAWorkAfterTheWork) {
   const auto workOf = [&album](size_t i) {
     return album[i].title.substr(0, album[i].title.find(':'));
   };
-  for (size_t i : {1, 2, 3})
+  for (size_t i : {1u, 2u, 3u})
     EXPECT_EQ(workOf(i), workOf(0));
-  for (size_t i : {5, 6, 7})
+  for (size_t i : {5u, 6u, 7u})
     EXPECT_EQ(workOf(i), workOf(4));
   EXPECT_NE(workOf(4), workOf(0));
 }
