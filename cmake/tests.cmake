@@ -12,7 +12,7 @@ include(GoogleTest)
 
 # Tests derive from classes of the product, which has no type information. Optimising the matchers
 # would take most of the time of a build; what they test is optimised.
-set(IPODCTL_TEST_OPTIONS -fno-rtti -O0 $<$<CONFIG:RelWithDebInfo>:-g1>)
+set(IPODCTL_TEST_OPTIONS -fno-rtti -O0)
 # For the same reason only what is tested looks for undefined behaviour; addresses are looked at in the
 # tests, too.
 if(IPODCTL_SANITIZE MATCHES undefined)

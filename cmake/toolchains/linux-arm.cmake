@@ -4,6 +4,8 @@ set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 set(CMAKE_C_COMPILER arm-linux-gnueabi-gcc)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabi-g++)
+# The compiler tells each time that an older one passed some arguments otherwise.
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 
 get_filename_component(IPODCTL_SYSROOT "${CMAKE_CURRENT_LIST_DIR}/../../build/armel-sysroot" ABSOLUTE)
 set(CMAKE_FIND_ROOT_PATH ${IPODCTL_SYSROOT} /usr/arm-linux-gnueabi)
