@@ -35,7 +35,8 @@ def duration(seconds):
 
 def ran(record):
     build = f"`{record['preset']}` build, " if "preset" in record else ""
-    return f"{build}commit {record['commit']}, {record['date']}, {duration(record['seconds'])}."
+    stopped = ", stopped before its end" if record.get("unfinished") else ""
+    return f"{build}commit {record['commit']}, {record['date']}, {duration(record['seconds'])}{stopped}."
 
 
 def by_test(records):

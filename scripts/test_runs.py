@@ -62,8 +62,7 @@ def run_one(command, environment, limit):
 
 
 def run_tests(preset, label, environment, names=".", limit=7200, jobs=os.cpu_count()):
-    """Runs the tests of a label with the environment; prints a line for each."""
-    results = []
+    """Runs the tests of a label with the environment; prints a line for each and yields its results."""
     with ThreadPoolExecutor(jobs) as pool:
         runs = [pool.submit(run_one, command, environment, limit) for command in tests_of(preset, label, names)]
         for run in runs:
@@ -72,5 +71,4 @@ def run_tests(preset, label, environment, names=".", limit=7200, jobs=os.cpu_cou
                                     if name in ("cases", "struck"))
                 print(f"  {'FAILED' if result['failed'] else 'passed'} {result['name']}"
                       f" {numbers} ({result['seconds']:.1f} s)", flush=True)
-                results.append(result)
-    return results
+                yield result

@@ -28,6 +28,7 @@ IpodControllerBase::~IpodControllerBase() { releaseTransport(); }
 
 void IpodControllerBase::releaseTransport() {
   if (!transport) return;
+  transport->letGoOfEndedReader();
   transport->removeHandlers(this);
   transport->shutDown();
   transport->flushMessages();

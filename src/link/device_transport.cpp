@@ -24,9 +24,15 @@ bool DeviceTransport::prepare() {
          (txGuard != nullptr || semMutexCreate(txGuard) == 0) && Transport::prepare();
 }
 
+void DeviceTransport::freeGuards() {
+  semMutexGive(handleGuard);
+  Transport::freeGuards();
+}
+
 bool DeviceTransport::open(const char* name) {
   close();
-  if (!prepare() || !awaitReader()) return false;
+  // The reader first: while it is on its way out it can hold what the preparation waits for.
+  if (!awaitReader() || !prepare()) return false;
   const char* text = name != nullptr ? name : "";
   if (!deviceName.assign(text, static_cast<uint32_t>(std::strlen(text)))) return false;
   HANDLE opened = nullptr;

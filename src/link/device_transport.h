@@ -25,6 +25,7 @@ class DeviceTransport : public Transport {
   bool sendSyncByte() final;
   bool sendMessage(const LingoMessage& message) final;
   bool writeData(const uint8_t* bytes, uint32_t count) final;
+  void freeGuards() final;
 
  protected:
   DeviceTransport();

@@ -16,6 +16,8 @@ HandlerTable::~HandlerTable() { semMutexDelete(listGuard); }
 
 bool HandlerTable::prepare() { return listGuard != nullptr || semMutexCreate(listGuard) == 0; }
 
+void HandlerTable::freeGuard() { semMutexGive(listGuard); }
+
 bool HandlerTable::add(const HandlerRecord& record) {
   const SemaphoreHold hold(listGuard);
   return handlerList.append(record);

@@ -35,6 +35,9 @@ class HandlerTable {
   /// Makes the semaphore if it is missing; false when the system has none left.
   bool prepare();
 
+  /// Gives the guard for a thread that never will.
+  void freeGuard();
+
   /// False without memory.
   bool add(const HandlerRecord& record);
 

@@ -22,6 +22,8 @@ bool MessageQueue::prepare() {
   return true;
 }
 
+void MessageQueue::freeGuard() { semMutexGive(queueMutex); }
+
 void MessageQueue::append(std::unique_ptr<LingoMessage> message) {
   const SemaphoreHold hold(queueMutex);
   const bool first = messageQueue.empty();

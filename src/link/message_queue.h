@@ -21,6 +21,9 @@ class MessageQueue {
   /// Makes the semaphores that are missing; false when the system has none left.
   bool prepare();
 
+  /// Gives the guard for a thread that never will.
+  void freeGuard();
+
   /// Appends a message and, when it is the only one, signals it. Without memory the message is
   /// lost.
   void append(std::unique_ptr<LingoMessage> message);

@@ -25,10 +25,22 @@ bool Transport::prepare() {
   return messages.prepare() && handlers.prepare() && TransportRegistry::instance().add(this);
 }
 
+void Transport::freeGuards() {
+  messages.freeGuard();
+  handlers.freeGuard();
+}
+
+void Transport::letGoOfEndedReader() {
+  if (!readerInside || threadJoin(readerThread, 0) != 0) return;
+  readerInside = 0;
+  TransportRegistry::instance().freeGuards();
+}
+
 void Transport::shutDown() {
+  letGoOfEndedReader();
   close();
-  // Under the loader's lock a thread that has done its last step here cannot end, so its own word
-  // counts; a thread that the system has ended cannot give it, so its handle counts too.
+  // Under the loader's lock a thread that has done its last step here cannot end: its own word
+  // counts.
   while (readerInside && threadJoin(readerThread, kReaderPollMilliseconds) != 0) {
   }
   if (!awaitReader()) CloseHandle(readerThread);

@@ -92,6 +92,13 @@ class Transport {
   /// a second. Not for the reader thread itself.
   bool awaitReader();
 
+  /// Frees what the reader held when the system ended it in the middle of its work, as it ends all
+  /// threads of a process before it detaches the process's libraries. Nothing else runs then.
+  void letGoOfEndedReader();
+
+  /// Gives the semaphores that guard something for a thread that never will.
+  virtual void freeGuards();
+
   /// Closes for good: waits for the reader however long it takes and leaves the live transports.
   /// After this only flushMessages and the destructor may be called. Every kind's destructor does
   /// it first, while the reader can still call the kind's operations; an owner does it before what

@@ -34,6 +34,12 @@ void TransportRegistry::remove(Transport* transport) {
   }
 }
 
+void TransportRegistry::freeGuards() {
+  semMutexGive(registryGuard);
+  for (Transport* transport : transportRegistry)
+    transport->freeGuards();
+}
+
 void TransportRegistry::closeAll() {
   const SemaphoreHold hold(registryGuard);
   for (Transport* transport : transportRegistry)

@@ -16,6 +16,9 @@ class TransportRegistry {
   void remove(Transport* transport);
   void closeAll();
 
+  /// Gives the guards of all transports and the registry's own for a thread that never will.
+  void freeGuards();
+
  private:
   TransportRegistry();
   ~TransportRegistry();

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <future>
+#include <thread>
 
 #include "lingo/console.h"
 #include "link/link_kinds.h"
@@ -136,6 +138,17 @@ TEST_F(Reader, EndsWhenTheDeviceFailsAndClosesIt) {
   platform.runThread();
   EXPECT_FALSE(transport->isOpen());
   EXPECT_THAT(platform.callsOf("CloseHandle(device"), SizeIs(1));
+}
+
+// A driver's close can take its time.
+TEST_F(Reader, ThatIsStillClosingKeepsTheTransportFromOpeningAgainForASecondOnly) {
+  uint64_t waitedToOpen = 0;
+  platform.onClose = [&] {
+    waitedToOpen = waited([&] { EXPECT_FALSE(transport->open("IPD1:")); });
+  };
+  platform.runThread();
+  EXPECT_EQ(waitedToOpen, 1000u);
+  EXPECT_TRUE(transport->open("IPD1:"));
 }
 
 TEST_F(Reader, EndsAtABadChecksumAndClosesTheDevice) {
@@ -409,6 +422,51 @@ TEST_F(FlushMessages, MakesMessagesAudibleAgainThatARestartHasSilenced) {
 
 TEST_F(FlushMessages, BeforeTheFirstOpenReturns) {
   EXPECT_EQ(kUsbKind.create()->flushMessages(), 0);
+}
+
+/// The reader in a thread of its own that never comes back from the release of a semaphore, as one
+/// that the system ends there together with the process.
+class EndedReader : public ScriptedPlatformTest {
+ protected:
+  /// Runs the reader up to its n-th release; false when it has fewer.
+  bool runToRelease(int number) {
+    const auto stopped = std::make_shared<std::promise<bool>>();
+    std::thread([this, number, stopped] {
+      platform.onRelease = [&stopped, left = number]() mutable {
+        if (left-- > 0) return;
+        stopped->set_value(true);
+        for (;;)
+          std::this_thread::sleep_for(std::chrono::hours(1));
+      };
+      platform.runThread();
+      stopped->set_value(false);
+    }).detach();
+    const bool result = stopped->get_future().get();
+    platform.onRelease = nullptr;
+    platform.endThread();
+    return result;
+  }
+
+  static void handle(void*, std::unique_ptr<LingoMessage>) {}
+};
+
+TEST_F(EndedReader, DoesNotKeepItsTransportFromItsEndWhateverItHeld) {
+  int releases = 0;
+  for (bool stopped = true; stopped; ++releases) {
+    SCOPED_TRACE(releases);
+    platform.reset();
+    std::unique_ptr<Transport> transport = kUsbKind.create();
+    ASSERT_TRUE(transport->addHandler(this, handle, 0x01, 0x00));
+    ASSERT_TRUE(transport->open("IPD1:") && transport->startReadData());
+    platform.arrive(kFrame1 + kFrame2);
+    stopped = runToRelease(releases);
+    transport->letGoOfEndedReader();
+    transport->removeHandlers(this);
+    transport->shutDown();
+    transport->flushMessages();
+  }
+  EXPECT_GT(releases, 6)
+      << "of the handlers, the messages, their signal, the device, the transports";
 }
 
 }  // namespace

@@ -134,6 +134,7 @@ BOOL ScriptedPlatform::close(HANDLE object) {
     return FALSE;
   }
   semaphores.erase(object);
+  if (onClose && names[object].rfind("device", 0) == 0) std::exchange(onClose, nullptr)();
   if (object == thread) thread = nullptr;
   return TRUE;
 }

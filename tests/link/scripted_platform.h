@@ -55,6 +55,7 @@ class ScriptedPlatform {
   std::deque<DWORD> waitResults;       ///< taken before the semaphores are looked at
   std::function<void()> whileBlocked;  ///< runs once when a wait without limit cannot end
   std::function<void()> onRelease;
+  std::function<void()> onClose;  ///< of a device
   std::function<void()> onCreateFile;
 
   // The device.
@@ -78,6 +79,9 @@ class ScriptedPlatform {
 
   /// Runs the thread that was made last, here and now.
   void runThread();
+
+  /// Takes it that the system has ended the thread that runs, wherever it is.
+  void endThread() { threadState = ThreadState::kEnded; }
 
   /// The name of a handle as `calls` has it: "semaphore 3", "thread 1", "device 2".
   std::string nameOf(HANDLE handle) const;

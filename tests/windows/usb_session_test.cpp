@@ -197,5 +197,18 @@ TEST_F(UsbSession, StepsFromArtistToArtist) {
   EXPECT_EQ(parentUpDownName(), "");
 }
 
+/// The program ends with a connection, as one whose power goes. The system has ended the reader by
+/// the time that it detaches the library, which must not wait for it.
+class LastConnection : public testing::Environment {
+ public:
+  void TearDown() override {
+    EXPECT_EQ(streamDriverInstall(), 1);
+    EXPECT_EQ(IpodConnect(), 1);
+  }
+};
+
+[[maybe_unused]] testing::Environment* const lastConnection =
+    testing::AddGlobalTestEnvironment(new LastConnection);
+
 }  // namespace
 }  // namespace session

@@ -46,12 +46,26 @@ HANDLE WINAPI openDevice(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATT
   return INVALID_HANDLE_VALUE;
 }
 
+/// A serial port whose other end has gone is silent where the driver's device says so: what has no
+/// settings any more is not there.
+BOOL WINAPI readDevice(HANDLE device, LPVOID buffer, DWORD maximum, LPDWORD received,
+                       LPOVERLAPPED overlapped) {
+  if (!ReadFile(device, buffer, maximum, received, overlapped)) return FALSE;
+  if (*received > 0 || GetFileType(device) != FILE_TYPE_CHAR) return TRUE;
+  DCB settings = {};
+  settings.DCBlength = sizeof settings;
+  return GetCommState(device, &settings);
+}
+
 }  // namespace
 
 int streamDriverInstall() {
   const HMODULE library = GetModuleHandleW(L"ipodctl.dll");
   if (library == nullptr) return 0;
-  return replaceImport(library, "CreateFileW", reinterpret_cast<ULONG_PTR>(openDevice)) ? 1 : 0;
+  return replaceImport(library, "CreateFileW", reinterpret_cast<ULONG_PTR>(openDevice)) &&
+                 replaceImport(library, "ReadFile", reinterpret_cast<ULONG_PTR>(readDevice))
+             ? 1
+             : 0;
 }
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
