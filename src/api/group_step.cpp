@@ -76,7 +76,7 @@ class GroupWalk {
   uint32_t stepsTaken = 0;
 };
 
-/// In a list of all tracks: by the names of the tracks around the playing one.
+/// In a list of level 1: by the names of the tracks around the playing one.
 bool stepAmongTracks(int32_t type, bool forward) {
   uint32_t playing = 0;
   if (!ipodController.GetCurrentTrackIndex(playing)) return false;

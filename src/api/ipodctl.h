@@ -33,8 +33,9 @@
  *
  *  4. Threads. Every function may be called from every thread. Those marked "Lock: taken" wait for
  *     one another, so at most one of them speaks to the iPod; a busy iPod can hold the lock for
- *     seconds. Those marked "Lock: none" never wait for it: they read or write single values and
- *     return. Only IpodGetNumberOfPlaylist asks the iPod without the lock.
+ *     seconds. Those marked "Lock: none" never wait for it: they read or write values of the
+ *     library's own and return. Only isIpodAudioPresent asks the audio library, and only
+ *     IpodGetNumberOfPlaylist the iPod, without the lock.
  *
  *  5. Texts. The iPod's text reaches the host as 16-bit units, one unit for each byte of the
  *     library's 8-bit text (Latin-1), so 0x00E9 is an e with an acute accent. A character that
@@ -122,7 +123,8 @@ enum IpodPlayStatus { IPOD_STOPPED = 0, IPOD_PLAYING = 1, IPOD_PAUSED = 2 };
  *         the lock: a connect never waits behind another call.
  * Time:   a fraction of a second with an iPod, about three seconds with a silent one, and the time
  *         of the logo: one acknowledged packet for each of its rows and for each empty row above it
- *         (half of the rows that it leaves free).
+ *         (half of the rows that it leaves free). From an iPod that falls silent meanwhile each of
+ *         these packets costs a second.
  * Then:   some iPods still acknowledge the connection when it is made already. A request that meets
  *         such an acknowledgement fails: an empty first list is worth a second try.
  * Lock:   tried, not waited for.
@@ -183,7 +185,8 @@ int IPODCTL_CALL IpodValidateUpDownTree(void);
  *     nothing;
  *   - taken deeper: they play the record before or after the one that was opened in the list of
  *     level 1 from its first track, round at the ends, and the snapshot moves on to it; below the
- *     play-all entry they do nothing. They begin a new selection of the iPod's database.
+ *     play-all entry they play nothing. They begin a new selection of the iPod's database in any
+ *     case.
  *   - never taken: they do nothing.
  *
  * command: an IpodCommandCode, 1 to 14; other values do nothing.

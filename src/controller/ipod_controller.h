@@ -38,7 +38,8 @@ class IpodController : public IpodControllerBase {
   /// takes live on until CloseIpod.
   virtual bool waitAudioAttributes(uint32_t& rate);
 
-  /// The sample rate that the iPod announced last, in Hz; 44100 at first. False when it is 0.
+  /// The sample rate that the iPod announced last, in Hz; 44100 at first. False when it is 0,
+  /// which is written all the same.
   virtual bool getSampleRate(uint32_t& rate);
 
   /// Null: none. Always true.

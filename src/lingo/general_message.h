@@ -22,8 +22,8 @@ struct AccessoryInfoQuestion {
 };
 
 /// The General lingo (0x00): identification, the Extended Interface mode, and who the iPod is.
-/// Builders fail when there is no memory; decoders when command or length do not match, and then
-/// leave their outputs as they were.
+/// Builders fail when there is no memory; decoders when command or length do not match, and then,
+/// unless they say otherwise, leave their outputs as they were.
 class GeneralMessage final : public LingoMessage {
  public:
   static constexpr LingoId kLingo = kGeneralLingo;

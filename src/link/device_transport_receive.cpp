@@ -56,8 +56,9 @@ bool DeviceTransport::locateFrame(uint32_t start, Frame& frame) const {
 }
 
 /// Checks a frame that is there as a whole, copies its payload and drops it from the received
-/// bytes. The checksum test and the drop both reckon with a one-byte length: a frame in the long
-/// form fails the test, and its last two bytes stay behind as noise.
+/// bytes. The checksum test and the drop both reckon with a one-byte length: of a frame in the long
+/// form the last two bytes are not looked at and stay behind as noise, so that it fails the test
+/// unless the bytes before happen to add up.
 int DeviceTransport::takeFrame(const Frame& frame, uint8_t* dest, int capacity,
                                uint8_t*& payloadOut) {
   const uint32_t checked = kShortLengthSize + frame.length + kChecksumSize;

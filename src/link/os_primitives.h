@@ -8,7 +8,7 @@
 /// The few things that the link needs of the operating system. The semaphores are binary: they
 /// serve as locks and as signals, and any thread may give one that another has taken.
 
-/// Not 0: every semaphore call is told on the console. Starts at 0; set it from a debugger or a
+/// Not 0: every take and give of a semaphore is told on the console. Starts at 0; set it from a debugger or a
 /// test.
 extern std::atomic<uint8_t> semTraceFlag;
 
@@ -18,8 +18,8 @@ DWORD semMutexCreate(HANDLE& handle);
 /// Always 0.
 int semMutexDelete(HANDLE handle);
 
-/// Takes the semaphore, waiting at most nanoseconds + seconds, to the millisecond; a sum of 0 means
-/// without limit. 0 when taken, -1 after the time, else the system's wait result.
+/// Takes the semaphore, waiting at most nanoseconds + seconds in whole milliseconds; none of them
+/// means without limit. 0 when taken, -1 after the time, else the system's wait result.
 int semMutexTake(HANDLE handle, uint32_t nanoseconds, uint32_t seconds);
 
 /// Takes the semaphore if it is free. 0 when taken, -1 when it is not free, else the system's wait

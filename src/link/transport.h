@@ -49,7 +49,7 @@ class Transport {
   /// is 0, too.
   virtual int readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut) = 0;
 
-  /// Takes the oldest queued message, waiting for one at most nanoseconds + seconds (0, 0: without
+  /// Takes the oldest queued message, waiting for one as long as semMutexTake does (0, 0: without
   /// limit). Null after that time, and once the reader has stopped.
   virtual std::unique_ptr<LingoMessage> getMessage(uint32_t nanoseconds, uint32_t seconds);
 
@@ -119,7 +119,7 @@ class Transport {
   /// The payload of the frame just read. Reader thread only.
   uint8_t rxPayload[kPayloadCapacity] = {};
 
-  /// Raw received bytes, `rxCount` of them valid. Reader thread only.
+  /// Raw received bytes, `rxCount` of them valid. Reader thread only, and open before there is one.
   uint8_t rxArea[kReceiveCapacity] = {};
   uint32_t rxCount = 0;
 

@@ -4,8 +4,10 @@
  *
  *     IPODCTL_DEVICES="IPD1:=COM2"
  *
- * What is no serial port does not open. The DLL takes the place of one function that ipodctl.dll imports, CreateFileW, and that for the names
- * in the variable alone. All reading, writing and closing is the system's.
+ * What is no serial port does not open. The DLL takes the place of two functions that ipodctl.dll
+ * imports: CreateFileW, for the names in the variable alone, and ReadFile, so that a port whose other
+ * end has gone fails the read, where the system would find it silent. All writing and closing is the
+ * system's.
  */
 #ifndef STREAM_DRIVER_H
 #define STREAM_DRIVER_H
