@@ -67,17 +67,19 @@ bool writesTextsIfItSaysSo(const Call& call) {
 
 bool isAType(const Call& call) { return call.result >= -1 && call.result <= IPOD_TYPE_8; }
 
+constexpr bool kWaitsForNobody = false;
+
 bool isACount(const Call&) { return true; }  // whatever the iPod says
 
 }  // namespace
 
 const Promises& exportPromises() {
   static const Promises all{
-      {"IpodConnect", kConnecting, returnsYesOrNo},
+      {"IpodConnect", kConnecting, returnsYesOrNo, kWaitsForNobody},
       {"IpodDisconnect", kClosing + kSteps, returnsZero},
-      {"IpodIsConnect", kAtOnce, returnsYesOrNo},
-      {"isIpodAudioPresent", kAtOnce, isPresent},
-      {"IpodSetSameIpod", kAtOnce, returnsZero},
+      {"IpodIsConnect", kAtOnce, returnsYesOrNo, kWaitsForNobody},
+      {"isIpodAudioPresent", kAtOnce, isPresent, kWaitsForNobody},
+      {"IpodSetSameIpod", kAtOnce, returnsZero, kWaitsForNobody},
       {"IpodValidateUpDownTree", kAtOnce, returnsZero},
       // One request; for the next and the previous track the status, the index and the count come
       // first, and the index again and a correction behind it.
@@ -113,13 +115,13 @@ const Promises& exportPromises() {
       {"IpodGetParentItem", requests(1, 1), leadsToAnIndex},
       // Selects, counts and takes the selection back.
       {"IpodCurItemIsEmpty", requests(1, 2), returnsYesOrNo},
-      {"IpodIsPlayAll", kAtOnce, returnsYesOrNo},
+      {"IpodIsPlayAll", kAtOnce, returnsYesOrNo, kWaitsForNobody},
       {"IpodIsTrack", kAtOnce, returnsYesOrNo},
       {"IpodGetType", kAtOnce, isAType},
-      {"IpodIsTabActive", kAtOnce, returnsYesOrNo},
-      {"IpodIsTabVisualizationActive", kAtOnce, returnsYesOrNo},
-      {"IpodDisableTabVisualizationActive", kAtOnce, returnsZero},
-      {"IpodEnableTabVisualizationActive", kAtOnce, returnsZero},
+      {"IpodIsTabActive", kAtOnce, returnsYesOrNo, kWaitsForNobody},
+      {"IpodIsTabVisualizationActive", kAtOnce, returnsYesOrNo, kWaitsForNobody},
+      {"IpodDisableTabVisualizationActive", kAtOnce, returnsZero, kWaitsForNobody},
+      {"IpodEnableTabVisualizationActive", kAtOnce, returnsZero, kWaitsForNobody},
       {"IpodGetMediaFileCount", requests(1), writesANumber},
       {"IpodGetNumberOfPlaylist", requests(1), isACount},
       // A tab's label has two names.

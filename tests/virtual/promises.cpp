@@ -31,7 +31,8 @@ bool isKept(const Call& call, const Calls& calls, const Promises& promises, Time
   const Promise* const promise = promiseOf(call, promises);
   if (promise == nullptr || !promise->allows(call) || !call.isIntact) return false;
   const Time longest = promise->longest + stall;
-  return call.took <= longest || call.took <= longest + longestWait(call, calls, promises);
+  return call.took <= longest ||
+         (promise->waitsForOthers && call.took <= longest + longestWait(call, calls, promises));
 }
 
 std::string complaint(const Call& call) {

@@ -14,6 +14,7 @@ struct Promise {
   const char* name;                   ///< as a Call's
   std::chrono::milliseconds longest;  ///< with an iPod that falls silent at any moment
   bool (*allows)(const Call&);        ///< whether the header has such a result
+  bool waitsForOthers = true;         ///< for the calls of other threads that hold the lock
 };
 
 using Promises = std::vector<Promise>;

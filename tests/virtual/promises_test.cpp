@@ -35,6 +35,13 @@ TEST(FindFault, AllowsForTheCallsOfOtherThreadsMeanwhile) {
   EXPECT_NE(findFault({other, late}, exportPromises()), "");
 }
 
+TEST(FindFault, NamesACallThatWaitsForOthersAlthoughItTakesNoLock) {
+  Call other = callThat("IpodGetSerialNumber", 0, {"-"}, std::chrono::seconds(1));
+  other.thread = 1;
+  const Time late = std::chrono::milliseconds(900);
+  EXPECT_NE(findFault({other, callThat("IpodIsConnect", 1, {}, late)}, exportPromises()), "");
+}
+
 TEST(FindFault, NamesACallThatReturnsOrWritesWhatItNeverDoes) {
   EXPECT_NE(faultOf(callThat("IpodConnect", 2, {})), "");
   EXPECT_NE(faultOf(callThat("IpodGetShuffleMode", 0, {"4"})), "");

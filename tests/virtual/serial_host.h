@@ -59,8 +59,12 @@ class SerialHost {
     Said said;
     const auto asked = [&] {
       Value value{};
+      Said before;
+      before.say(value);
       const bool success = operation(controller(), value);
-      if (success) said.say(value);
+      Said after;
+      after.say(value);
+      if (success || after.words() != before.words()) said = after;
       return success ? 1 : 0;
     };
     host.call(name, asked, {&said});
