@@ -2,6 +2,7 @@
 add_library(ipodctl_warnings INTERFACE)
 target_compile_options(ipodctl_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wcast-qual -Wformat=2 -Wundef -Werror
-  $<$<CXX_COMPILER_ID:Clang>:-Wno-missing-braces>  # which std::array can do without
+  # GCC has the one in C only, and std::array can do without the other.
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion -Wno-missing-braces>
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast>
   $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes>)
