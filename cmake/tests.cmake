@@ -100,6 +100,10 @@ function(ipodctl_test name)
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 --gtest_filter=${filter})
     set_tests_properties(${name} PROPERTIES LABELS ${ARG_LABEL} TIMEOUT 600
                                             ENVIRONMENT "${ARG_ENVIRONMENT}")
+    # The sessions mostly wait: the others run meanwhile.
+    if(ARG_LABEL STREQUAL "session")
+      set_tests_properties(${name} PROPERTIES COST 100)
+    endif()
     return()
   endif()
   # Starting a program with a sanitizer costs more than most tests, too.
@@ -117,7 +121,7 @@ endfunction()
 # library loads.
 function(image_test name)
   add_test(NAME image_${name} COMMAND ${name} --gtest_filter=-*DeathTest*)
-  set_tests_properties(image_${name} PROPERTIES LABELS session TIMEOUT 600
+  set_tests_properties(image_${name} PROPERTIES LABELS session TIMEOUT 600 COST 100
     ENVIRONMENT "ARM_LIBRARY_PATH=$<TARGET_FILE_DIR:ipodctl_loader>;IPODCTL_LIBRARY=$<TARGET_FILE:ipodctl_loader>")
   add_dependencies(${name} ipodctl_loader)
 endfunction()
