@@ -13,14 +13,17 @@ using std::chrono::milliseconds;
 std::atomic<milliseconds> slowness{milliseconds(0)};
 std::atomic<int> inside{0};
 
+// Found before the library is loaded: whoever unloads it holds the loader's lock, which a search takes,
+// and waits for the reader.
+const auto selectFrequency =
+    reinterpret_cast<decltype(::SelectFrequency)*>(dlsym(RTLD_NEXT, "SelectFrequency"));
+
 }  // namespace
 
 extern "C" int WINAPI SelectFrequency(int sampleRate) {
-  static const auto select =
-      reinterpret_cast<decltype(::SelectFrequency)*>(dlsym(RTLD_NEXT, "SelectFrequency"));
   ++inside;
   std::this_thread::sleep_for(slowness.load());
-  const int result = select(sampleRate);
+  const int result = selectFrequency(sampleRate);
   --inside;
   return result;
 }
