@@ -55,11 +55,12 @@ class Reply {
 
 /// Every request that the library makes of the iPod, one operation each. An operation clears the
 /// replies that nobody took, sends its command and waits at most one second for each reply; it
-/// returns true on success and, unless it says otherwise, writes its outputs only then. Every operation that needs the link
-/// fails at once without one, and fails when there is no memory.
+/// returns true on success and, unless it says otherwise, writes its outputs only then. Every
+/// operation that needs the link fails at once without one, and fails when there is no memory.
 ///
-/// Operations run on the host's threads, one at a time, but for GetDbRecordCount, which may run beside
-/// others; only onIncomingMessage runs on the link's reader thread. Numbers behind "ExtIf" are commands of the Extended Interface lingo.
+/// Operations run on the host's threads, one at a time, but for GetDbRecordCount, which may run
+/// beside others; only onIncomingMessage runs on the link's reader thread. Numbers behind "ExtIf"
+/// are commands of the Extended Interface lingo.
 class IpodControllerBase {
  public:
   explicit IpodControllerBase(int transportKind);

@@ -22,8 +22,8 @@ struct HandlerRecord {
 bool operator==(const HandlerRecord& left, const HandlerRecord& right);
 
 /// The registered handlers in the order of their registration. Any thread may register and remove
-/// while the reader thread hands messages out; a handler may do so itself. A message that
-/// is on its way to a handler when the registration is removed still reaches it: the object must
+/// while the reader thread hands messages out; a handler may do so itself. A message that is
+/// on its way to a handler when the registration is removed still reaches it: the object must
 /// outlive the reader thread, or the reader must be stopped first.
 class HandlerTable {
  public:

@@ -8,8 +8,8 @@
 /// The few things that the link needs of the operating system. The semaphores are binary: they
 /// serve as locks and as signals, and any thread may give one that another has taken.
 
-/// Not 0: every take and give of a semaphore is told on the console. Starts at 0; set it from a debugger or a
-/// test.
+/// Not 0: every take and give of a semaphore is told on the console. Starts at 0; set it from a
+/// debugger or a test.
 extern std::atomic<uint8_t> semTraceFlag;
 
 /// Makes a semaphore that is free (count 1 of 1). 0, or the system's error code.

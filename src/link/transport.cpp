@@ -31,9 +31,7 @@ void Transport::freeGuards() {
 }
 
 void Transport::letGoOfEndedReader() {
-  if (!readerInside || threadJoin(readerThread, 0) != 0) return;
-  readerInside = 0;
-  TransportRegistry::instance().freeGuards();
+  if (readerInside && threadJoin(readerThread, 0) == 0) TransportRegistry::instance().freeGuards();
 }
 
 void Transport::shutDown() {
@@ -74,6 +72,7 @@ bool Transport::awaitReader() {
   if (threadJoin(readerThread, kReaderEndMilliseconds) != 0) return false;
   CloseHandle(readerThread);
   readerThread = nullptr;
+  readerInside = 0;  // a reader that the system has ended could not say so
   return true;
 }
 

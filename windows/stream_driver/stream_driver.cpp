@@ -62,10 +62,9 @@ BOOL WINAPI readDevice(HANDLE device, LPVOID buffer, DWORD maximum, LPDWORD rece
 int streamDriverInstall() {
   const HMODULE library = GetModuleHandleW(L"ipodctl.dll");
   if (library == nullptr) return 0;
-  return replaceImport(library, "CreateFileW", reinterpret_cast<ULONG_PTR>(openDevice)) &&
-                 replaceImport(library, "ReadFile", reinterpret_cast<ULONG_PTR>(readDevice))
-             ? 1
-             : 0;
+  const bool opens = replaceImport(library, "CreateFileW", reinterpret_cast<ULONG_PTR>(openDevice));
+  const bool reads = replaceImport(library, "ReadFile", reinterpret_cast<ULONG_PTR>(readDevice));
+  return opens && reads ? 1 : 0;
 }
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
