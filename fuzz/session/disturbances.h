@@ -3,8 +3,8 @@
 #include "session/scene.h"
 #include "support/script.h"
 
-/// What happens to a session beside the host's calls: to the cable, to the bytes, to the iPod and to
-/// the platform.
+/// What happens to a session beside the host's calls: to the cable, to the bytes, to the iPod and
+/// to the platform.
 
 constexpr uint8_t kDisturbances = 20;
 

@@ -8,7 +8,8 @@
 
 namespace virtual_platform {
 
-// Which of the coming calls fail: the one behind the first `allowed`, alone or with all that follow.
+// Which of the coming calls fail: the one behind the first `allowed`, alone or with all that
+// follow.
 struct FailurePoint {
   std::size_t allowed;
   bool andAllLater;

@@ -37,7 +37,8 @@ class Scheduler {
   void spawn(Owner owner, std::function<void()> body);
 
   // Runs until every thread has ended, or the host's have and the others had their time to, or
-  // nobody can run ever again, or a loop of calls has no end. Returns what went wrong; empty: nothing.
+  // nobody can run ever again, or a loop of calls has no end. Returns what went wrong; empty:
+  // nothing.
   std::string run();
 
   // In a thread: lets a moment pass, and perhaps other threads run.

@@ -50,8 +50,8 @@ class VirtualIpod final : public VirtualDevice {
   void spoil(Direction direction, const ByteFault& fault);
   bool hasSpoiled(Direction direction) const { return lines[indexOf(direction)].hasStruck(); }
 
-  // The frame from the iPod with this number, from 0, comes behind the one that follows it, if it is
-  // not plugged again before.
+  // The frame from the iPod with this number, from 0, comes behind the one that follows it, if it
+  // is not plugged again before.
   void swapFrame(std::size_t number);
   bool hasSwapped() const { return swapped; }
   // Until it is plugged again.

@@ -8,9 +8,9 @@
  *     const std::string failure = world.run([] { IpodConnect(); ... IpodDisconnect(); });
  *
  * A program is linked to this in place of coredll and isochplay. Handles belong to the process, as
- * the library's own live longer than a world. Outside of run(), a wait that would have to wait fails
- * at once. One thread of the system does everything: thread_local objects are shared by all threads
- * of a world.
+ * the library's own live longer than a world. Outside of run(), a wait that would have to wait
+ * fails at once. One thread of the system does everything: thread_local objects are shared by all
+ * threads of a world.
  */
 #ifndef VIRTUAL_WORLD_H
 #define VIRTUAL_WORLD_H

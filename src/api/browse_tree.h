@@ -16,8 +16,8 @@ constexpr int32_t ipodTabSize = 35;
 /// The index of the play-all entry, and the tab of the play-all tab.
 constexpr int32_t kPlayAllEntry = -1;
 
-/// What a list holds; also the database category that is asked for its records. The iPod's own numbers
-/// for what types 6 to 8 are called are others.
+/// What a list holds; also the database category that is asked for its records. The iPod's own
+/// numbers for what types 6 to 8 are called are others.
 enum BrowseType : int32_t {
   kNoType = -1,
   kPlaylists = 1,

@@ -5,8 +5,8 @@
 #include "lingo/text_string.h"
 
 /// The exports' words for the iPod's database. A type is a BrowseType and goes to the iPod as the
-/// category; an index of -1 chooses no record. Callers hold the library lock; only a count may be asked
-/// without it.
+/// category; an index of -1 chooses no record. Callers hold the library lock; only a count may be
+/// asked without it.
 
 /// The number of records of a type under the present selection, 0 when the iPod does not answer.
 uint32_t countRecords(int32_t type);

@@ -26,7 +26,8 @@ extern SharedValue<uint8_t> ipodConnected;
 /// 1 when the iPod's Extended Interface lingo has the commands play and pause beside the toggle.
 extern SharedValue<uint8_t> ipodHasPlayPause;
 
-/// Not 0: IpodCommand gives its time slice away before it sends play. Nothing in the library sets it.
+/// Not 0: IpodCommand gives its time slice away before it sends play. Nothing in the library sets
+/// it.
 extern SharedValue<uint8_t> ipodPlayDelayFlag;
 
 /// The sample rate of the iPod's audio in Hz.

@@ -421,8 +421,9 @@ TEST_F(TwoLinks, FailAtOnce) {
 TEST_F(TwoLinks, EndBesideAFailureOfTheOther) {
   for (int i = 0; i < 50; ++i) {
     SCOPED_TRACE(i);
-    // A reader that the second's end stops closes the first one, too, perhaps before that has read its
-    // bad frame: then the first one fails in the next round as soon as it starts, and closes both.
+    // A reader that the second's end stops closes the first one, too, perhaps before that has read
+    // its bad frame: then the first one fails in the next round as soon as it starts, and closes
+    // both.
     ASSERT_TRUE(startSecond());
     ASSERT_TRUE(startFirst());
     ASSERT_TRUE(firstWire.send(kBadFrame));

@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-/// A call of each export, and what it promises whatever the iPod and other threads do meanwhile. For
-/// an iPod with the built-in library's name and the usual serial number, once there was a connection.
+/// A call of each export, and what it promises whatever the iPod and other threads do meanwhile.
+/// For an iPod with the built-in library's name and the usual serial number, once there was a
+/// connection.
 namespace race {
 
 using Duration = std::chrono::nanoseconds;

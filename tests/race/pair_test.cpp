@@ -67,8 +67,8 @@ struct Pair {
   bool isPulled() const { return number() % 4 == 2; }
   microseconds untilPull() const { return microseconds(150 * (number() % 16)); }
   bool isInterrupted() const { return number() % 3 == 1; }
-  /// Whether every call must get its answer. The two that disturb others are left out: one closes the
-  /// link, one asks beside the lock.
+  /// Whether every call must get its answer. The two that disturb others are left out: one closes
+  /// the link, one asks beside the lock.
   bool isQuiet() const {
     return !isPulled() && !isInterrupted() && !disturbs(first) && !disturbs(second);
   }

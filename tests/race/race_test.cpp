@@ -75,9 +75,9 @@ void RaceTest::recover() {
   expectASession();
 }
 
-// An answer that nobody took any more must not be taken for the session's. Both sides work in order:
-// the iPod has answered everything when it has got a new mode, and the library has read all of that
-// when it has heard of a rate that nobody else announces.
+// An answer that nobody took any more must not be taken for the session's. Both sides work in
+// order: the iPod has answered everything when it has got a new mode, and the library has read all
+// of that when it has heard of a rate that nobody else announces.
 void RaceTest::readEverything() {
   const auto repeats = [](const SimulatedIpod& device) { return device.player().repeat(); };
   const simulator::Repeat before = ipod.look(repeats);

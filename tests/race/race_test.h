@@ -5,10 +5,11 @@
 #include "race/tally.h"
 #include "session/session_ipod.h"
 
-/// Host threads beside one another and beside an iPod that talks and is pulled, on the real platform.
+/// Host threads beside one another and beside an iPod that talks and is pulled, on the real
+/// platform.
 ///
-/// RACE_ALL=1 tries every pair of exports instead of every 13th, RACE_SECONDS=<n> lets the threads of
-/// the long races run so long.
+/// RACE_ALL=1 tries every pair of exports instead of every 13th, RACE_SECONDS=<n> lets the threads
+/// of the long races run so long.
 namespace race {
 
 /// The time of this process.

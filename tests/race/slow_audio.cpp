@@ -13,8 +13,8 @@ using std::chrono::milliseconds;
 std::atomic<milliseconds> slowness{milliseconds(0)};
 std::atomic<int> inside{0};
 
-// Found before the library is loaded: whoever unloads it holds the loader's lock, which a search takes,
-// and waits for the reader.
+// Found before the library is loaded: whoever unloads it holds the loader's lock, which a search
+// takes, and waits for the reader.
 const auto selectFrequency =
     reinterpret_cast<decltype(::SelectFrequency)*>(dlsym(RTLD_NEXT, "SelectFrequency"));
 

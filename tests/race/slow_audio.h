@@ -4,8 +4,8 @@
 
 namespace race {
 
-/// Programs that have slow_audio.cpp stand in front of the audio library's SelectFrequency. While one
-/// lives, that takes so long. One at a time.
+/// Programs that have slow_audio.cpp stand in front of the audio library's SelectFrequency. While
+/// one lives, that takes so long. One at a time.
 class SlowAudio {
  public:
   explicit SlowAudio(std::chrono::milliseconds duration);

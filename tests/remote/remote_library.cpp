@@ -1,5 +1,5 @@
-// The library's 35 functions on Linux, carried out by the DLL under Wine: what a program's tests say of
-// them they say of the DLL. The DLL's own calls of the platform come back and are made here.
+// The library's 35 functions on Linux, carried out by the DLL under Wine: what a program's tests
+// say of them they say of the DLL. The DLL's own calls of the platform come back and are made here.
 //
 // The environment variable IPODCTL_REMOTE is the command that starts the other side.
 

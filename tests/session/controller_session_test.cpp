@@ -1,5 +1,5 @@
-// Sessions over both kinds of link: a serial port with its sync byte and the stream driver without. The
-// exports know the stream driver alone, so these drive the controller itself.
+// Sessions over both kinds of link: a serial port with its sync byte and the stream driver without.
+// The exports know the stream driver alone, so these drive the controller itself.
 
 #include <desk.h>
 #include <gmock/gmock.h>

@@ -17,8 +17,8 @@ class QuickSleep {
   QuickSleep& operator=(const QuickSleep&) = delete;
 };
 
-/// While one lives, a wait of a second takes 25 ms at most, or ends as soon as `condition` holds, if
-/// there is one: for tests in which answers do not come. One at a time.
+/// While one lives, a wait of a second takes 25 ms at most, or ends as soon as `condition` holds,
+/// if there is one: for tests in which answers do not come. One at a time.
 class QuickTimeOuts {
  public:
   explicit QuickTimeOuts(std::function<bool()> condition = nullptr);

@@ -38,9 +38,9 @@ const ExportCall& findCall(const std::string& name) {
                        [&](const ExportCall& each) { return each.name == name; });
 }
 
-// Models that are slow to obey first say that they will, and every command costs two waits. The step
-// to the next group may ask for the name of every track: each comes soon, if only as a refusal, or
-// never when the iPod fell silent.
+// Models that are slow to obey first say that they will, and every command costs two waits. The
+// step to the next group may ask for the name of every track: each comes soon, if only as a
+// refusal, or never when the iPod fell silent.
 Time longestOf(const ExportCall& call, bool mayBeSilent) {
   const Time forAName = mayBeSilent ? seconds(1) : milliseconds(50);
   const Time forAWalk = forAName * static_cast<int>(music().tracks.size());
@@ -77,8 +77,8 @@ void Drive::live() {
   expectASession();
 }
 
-// The driver's hand is a thread of its own: it pulls in the middle of a call, too. Half of the pulls
-// come while the head unit connects and its user browses.
+// The driver's hand is a thread of its own: it pulls in the middle of a call, too. Half of the
+// pulls come while the head unit connects and its user browses.
 void Drive::threatenCable() {
   ++threats;
   const DWORD delay = chance(2) ? below(3 * kSecond) : below(30 * 60 * kSecond);

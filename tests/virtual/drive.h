@@ -17,9 +17,9 @@ namespace virtual_life {
 using virtual_platform::Time;
 
 /// One drive, from the hours before it, when the car is parked, to its end. The head unit connects,
-/// its user browses and plays, and asks for what plays every second; tracks end and new sample rates
-/// come as the time passes. In some drives the cable is pulled at any moment, in some the car stops
-/// for hours with the iPod connected. Chance follows the seed.
+/// its user browses and plays, and asks for what plays every second; tracks end and new sample
+/// rates come as the time passes. In some drives the cable is pulled at any moment, in some the car
+/// stops for hours with the iPod connected. Chance follows the seed.
 class Drive {
  public:
   explicit Drive(std::uint64_t seed);

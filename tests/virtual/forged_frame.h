@@ -43,8 +43,8 @@ class ForgedFrame {
   Bytes whole;
 };
 
-/// A frame of more than 255 bytes of payload that the library takes for good: its check stops before
-/// the payload's last byte, so that the one before has to be what a checksum would be.
+/// A frame of more than 255 bytes of payload that the library takes for good: its check stops
+/// before the payload's last byte, so that the one before has to be what a checksum would be.
 Bytes acceptedLongFrame(const ForgedFrame& original, Bytes payload);
 
 Bytes bigEndian(uint32_t number);

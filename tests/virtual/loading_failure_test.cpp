@@ -1,6 +1,6 @@
 // The library makes its link and semaphores when it is loaded. Every semaphore and every allocation
-// fails, each time in a process of its own: this program, which finds in VIRTUAL_LOADING which one, as
-// "allocation:3:once" or "CreateSemaphoreW:3:always".
+// fails, each time in a process of its own: this program, which finds in VIRTUAL_LOADING which one,
+// as "allocation:3:once" or "CreateSemaphoreW:3:always".
 #include <gtest/gtest.h>
 
 #include <cstdlib>

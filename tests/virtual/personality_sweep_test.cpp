@@ -17,8 +17,8 @@ using virtual_platform::Loss;
 // An acknowledgement is awaited a second anew behind a refusal, which comes when the iPod likes.
 constexpr std::chrono::seconds kRefusals(1);
 
-// The last frame of each direction, in every way; in some orders of the threads the link closes before
-// it is read.
+// The last frame of each direction, in every way; in some orders of the threads the link closes
+// before it is read.
 constexpr int kFarewells = 10;
 
 /// The models, and what one of them does otherwise.

@@ -195,7 +195,8 @@ void Sweep::tryCase(const Case& each) {
   {
     const Sessions played = play(each);
     fault = faultOf(each, played);
-    // Beside other threads a call waits for theirs, too, and for a device that stalls without limit.
+    // Beside other threads a call waits for theirs, too, and for a device that stalls without
+    // limit.
     if (played.first.beside.empty() && each.stall == Time(0))
       keepLongest(longestTimes, played.first.calls);
     if (played.first.struck) ++strikes;

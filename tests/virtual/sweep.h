@@ -14,8 +14,9 @@
 /// time with results that they promise and write only where they may, nothing stays open, and the
 /// next session succeeds.
 ///
-/// A failure names its case; VIRTUAL_CASE=<name> runs that one alone, the same again, and shows what
-/// the platform was asked. VIRTUAL_ALL=1 tries every point of the sweeps that else try a slice.
+/// A failure names its case; VIRTUAL_CASE=<name> runs that one alone, the same again, and shows
+/// what the platform was asked. VIRTUAL_ALL=1 tries every point of the sweeps that else try a
+/// slice.
 namespace virtual_session {
 
 enum class Outcome {

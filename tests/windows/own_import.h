@@ -1,7 +1,7 @@
 #pragma once
 
-/// Gives the program's own function of the platform to the product, which calls it through a pointer of
-/// this name.
+/// Gives the program's own function of the platform to the product, which calls it through a
+/// pointer of this name.
 #define OWN_IMPORT(function)                          \
   extern "C" {                                        \
   extern decltype(&function) ownImport##function;     \

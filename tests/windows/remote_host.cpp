@@ -76,7 +76,8 @@ BOOL WINAPI postMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
   return upcalls->call(request);
 }
 
-/// A call's arguments, each in a register or a place on the stack of this size, and what they point to.
+/// A call's arguments, each in a register or a place on the stack of this size, and what they point
+/// to.
 class Arguments {
  public:
   explicit Arguments(Message& request) : count(request.take<uint8_t>()) {

@@ -1,4 +1,5 @@
-// The controller over a serial port of the system, COM1, at which a script has put a simulated iPod.
+// The controller over a serial port of the system, COM1, at which a script has put a simulated
+// iPod.
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-// Sessions of a program that is linked to ipodctl.dll. The simulated iPod is on the other side of a serial
-// port, which takes the stream driver's place; a script starts it anew for this program.
+// Sessions of a program that is linked to ipodctl.dll. The simulated iPod is on the other side of a
+// serial port, which takes the stream driver's place; a script starts it anew for this program.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

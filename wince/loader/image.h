@@ -9,9 +9,9 @@ namespace loader {
 /// What the loader says of an image that it cannot load; empty when it could.
 using Problem = std::string;
 
-/// A DLL of Windows CE for ARM in the memory of an ARM Linux process: mapped away from its preferred
-/// address, relocated, bound to the functions of this process, its pages protected as its sections
-/// ask. Attached when it is loaded and detached when it goes.
+/// A DLL of Windows CE for ARM in the memory of an ARM Linux process: mapped away from its
+/// preferred address, relocated, bound to the functions of this process, its pages protected as its
+/// sections ask. Attached when it is loaded and detached when it goes.
 class Image {
  public:
   Image() = default;

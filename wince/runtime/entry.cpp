@@ -1,5 +1,5 @@
-// The image's entry point, and the little that a C++ library needs of a runtime. Memory, strings and
-// streams come from coredll.
+// The image's entry point, and the little that a C++ library needs of a runtime. Memory, strings
+// and streams come from coredll.
 #include <windows.h>
 
 #include "runtime/static_objects.h"

@@ -18,7 +18,8 @@ const IMAGE_IMPORT_DESCRIPTOR* importsOf(HMODULE module) {
   return at<IMAGE_IMPORT_DESCRIPTOR>(module, table);
 }
 
-/// Where the module keeps the address of a function that it imports from one DLL; null when it does not.
+/// Where the module keeps the address of a function that it imports from one DLL; null when it does
+/// not.
 ULONG_PTR* importIn(HMODULE module, const IMAGE_IMPORT_DESCRIPTOR& dll, const char* function) {
   const auto* name = at<IMAGE_THUNK_DATA>(module, dll.OriginalFirstThunk);
   for (auto* slot = at<IMAGE_THUNK_DATA>(module, dll.FirstThunk); name->u1.Ordinal != 0;
