@@ -12,6 +12,7 @@
 #include "session/loaded_library.h"
 #include "session/remains.h"
 #include "simulator/program.h"
+#include "support/last_words.h"
 
 namespace session {
 namespace {
@@ -105,6 +106,7 @@ void Endurance::repeat(const Cycle& cycle) {
   connections = pulls = 0;
   const int cycles = wantedCycles();
   for (int number = 0; number < cycles; ++number) {
+    const LastWords words("cycle " + std::to_string(number));
     alarm(kCycleSeconds);
     ASSERT_NO_FATAL_FAILURE(cycle(number)) << number;
     ASSERT_EQ(deskRunningThreads(), 0u) << number;

@@ -17,6 +17,7 @@
 #include "session/eventually.h"
 #include "session/guarded.h"
 #include "session/loaded_library.h"
+#include "support/last_words.h"
 
 namespace race {
 namespace {
@@ -89,6 +90,7 @@ class RacedLoading : public testing::Test {
     const unsigned threads = openThings().threads;
     OpenThings before;
     for (; cases <= wantedRounds(); ++cases) {
+      const LastWords words("round " + std::to_string(cases));
       alarm(kRoundSeconds);
       {
         const LoadedLibrary library;

@@ -10,6 +10,7 @@
 #include "race/announced_rates.h"
 #include "race/race_test.h"
 #include "race/starting_line.h"
+#include "support/last_words.h"
 
 namespace race {
 namespace {
@@ -142,7 +143,9 @@ TEST_P(RacedPairs, KeepTheirPromisesAndLeaveAWorkingLibrary) {
     for (size_t second = 0; second < calls.size(); ++second) {
       const Pair pair{first, second};
       if (!isInSlice(pair.number())) continue;
-      SCOPED_TRACE(std::string(calls[first].name) + " beside " + calls[second].name);
+      const std::string names = std::string(calls[first].name) + " beside " + calls[second].name;
+      SCOPED_TRACE(names);
+      const LastWords words(names);
       ASSERT_NO_FATAL_FAILURE(race(pair));
     }
   }

@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "session/counted_heap.h"
+#include "virtual/replay.h"
 #include "virtual/sweep.h"
 
 namespace virtual_session {

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "virtual/replay.h"
+
 namespace virtual_session {
 namespace {
 

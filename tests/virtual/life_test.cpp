@@ -1,6 +1,5 @@
 // Days and months of a head unit. VIRTUAL_DAYS=<n> lives so long, VIRTUAL_MINUTES=<n> as long as so
-// many minutes of the desk's have not passed. A failure names its drive; VIRTUAL_CASE=drive:<seed>
-// takes that one alone.
+// many minutes of the desk's have not passed. A case is a drive, "drive:<seed>".
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -14,7 +13,9 @@
 #include <vector>
 
 #include "session/host_folder.h"
+#include "support/last_words.h"
 #include "virtual/drive.h"
+#include "virtual/replay.h"
 #include "virtual/silent_output.h"
 #include "virtual/virtual_session.h"
 
@@ -23,8 +24,11 @@ namespace {
 
 using std::chrono::hours;
 using std::chrono::steady_clock;
+using virtual_session::isReplay;
 using virtual_session::OpenThings;
 using virtual_session::openThings;
+using virtual_session::replayCommand;
+using virtual_session::replayedCase;
 
 constexpr long kUsualDays = 1;
 constexpr unsigned kDriveSeconds = 120;
@@ -33,8 +37,6 @@ long wanted(const char* variable, long usual) {
   const char* const text = std::getenv(variable);
   return text != nullptr ? std::atol(text) : usual;
 }
-
-bool isReplay() { return std::getenv("VIRTUAL_CASE") != nullptr; }
 
 void show(const std::vector<std::string>& trace) {
   for (const std::string& call : trace)
@@ -89,13 +91,15 @@ class Life : public testing::Test {
   }
 
   void takeAndCheck(std::uint64_t seed) {
+    const std::string again = replayCommand("drive:" + std::to_string(seed));
+    const LastWords words(again);
     alarm(kDriveSeconds);
     const OpenThings before = openThings();
     const std::string fault = take(seed);
     const OpenThings after = openThings();
-    EXPECT_EQ(fault, "") << "VIRTUAL_CASE=drive:" << seed;
+    EXPECT_EQ(fault, "") << again;
     EXPECT_TRUE(after == before || !fault.empty())
-        << "VIRTUAL_CASE=drive:" << seed << " left " << after << ", before: " << before;
+        << "left " << after << ", before: " << before << ": " << again;
   }
 
   const session::HostFolder folder;  // without a logo
@@ -109,7 +113,7 @@ class Life : public testing::Test {
 TEST_F(Life, LeavesNothingBehindHoweverLongItLasts) {
   if (isReplay()) {
     unsigned long long seed = 0;
-    if (std::sscanf(std::getenv("VIRTUAL_CASE"), "drive:%llu", &seed) == 1) takeAndCheck(seed);
+    if (std::sscanf(replayedCase().c_str(), "drive:%llu", &seed) == 1) takeAndCheck(seed);
     return;
   }
   const LifeSpan span;

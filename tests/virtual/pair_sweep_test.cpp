@@ -2,6 +2,7 @@
 #include "session/counted_heap.h"
 #include "virtual/disturbances.h"
 #include "virtual/failures.h"
+#include "virtual/replay.h"
 #include "virtual/sweep.h"
 
 namespace virtual_session {

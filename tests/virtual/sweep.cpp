@@ -10,6 +10,9 @@
 #include <sstream>
 #include <utility>
 
+#include "support/last_words.h"
+#include "virtual/replay.h"
+
 namespace virtual_session {
 namespace {
 
@@ -21,9 +24,7 @@ constexpr unsigned kCaseSeconds = 60;
 constexpr std::uint64_t kSliceOfTheShort = 13;
 constexpr std::uint64_t kSliceOfTheLong = 211;
 
-bool isWanted(const Case& each) {
-  return !isReplay() || std::getenv("VIRTUAL_CASE") == each.name();
-}
+bool isWanted(const Case& each) { return !isReplay() || replayedCase() == each.name(); }
 
 bool isShort(const Script& script) { return &script == &shortScript(); }
 
@@ -158,8 +159,6 @@ std::string difference(const OpenThings& before, const OpenThings& after) {
 
 }  // namespace
 
-bool isReplay() { return std::getenv("VIRTUAL_CASE") != nullptr; }
-
 std::uint64_t ordersOf(const Script& script, std::uint64_t ofTheShort) {
   constexpr std::uint64_t kOrdersOfTheLong = 2;
   return isShort(script) ? ofTheShort : kOrdersOfTheLong;
@@ -188,6 +187,7 @@ void Sweep::TearDown() {
 
 void Sweep::tryCase(const Case& each) {
   if (!isWanted(each)) return;
+  const LastWords words(replayCommand(each.name()));
   alarm(kCaseSeconds);  // for each case anew: a sweep may take long
   prepare(each.script);
   const OpenThings before = openThings();
@@ -202,7 +202,7 @@ void Sweep::tryCase(const Case& each) {
     if (played.first.struck) ++strikes;
   }
   if (fault.empty()) fault = difference(before, openThings());
-  EXPECT_EQ(fault, "") << "VIRTUAL_CASE=" << each.name();
+  EXPECT_EQ(fault, "") << replayCommand(each.name());
   ++cases;
 }
 

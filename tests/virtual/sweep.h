@@ -14,9 +14,8 @@
 /// time with results that they promise and write only where they may, nothing stays open, and the
 /// next session succeeds.
 ///
-/// A failure names its case; VIRTUAL_CASE=<name> runs that one alone, the same again, and shows
-/// what the platform was asked. VIRTUAL_ALL=1 tries every point of the sweeps that else try a
-/// slice.
+/// A failure tells how to run its case again. VIRTUAL_ALL=1 tries every point of the sweeps that
+/// else try a slice.
 namespace virtual_session {
 
 enum class Outcome {
@@ -42,9 +41,6 @@ struct Case {
     return std::string(script.name) + ":" + place + ":seed-" + std::to_string(seed);
   }
 };
-
-/// Whether one case is to be run alone.
-bool isReplay();
 
 /// How many orders of the threads a sweep tries at each place: so many in a short session, in the
 /// long ones two.

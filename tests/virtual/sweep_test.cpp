@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <tuple>
 
+#include "virtual/replay.h"
+
 namespace virtual_session {
 namespace {
 

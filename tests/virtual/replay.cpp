@@ -1,0 +1,25 @@
+#include "virtual/replay.h"
+
+#include <errno.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace virtual_session {
+namespace {
+
+constexpr const char* kVariable = "VIRTUAL_CASE";
+
+}  // namespace
+
+bool isReplay() { return std::getenv(kVariable) != nullptr; }
+
+std::string replayedCase() { return isReplay() ? std::getenv(kVariable) : ""; }
+
+std::string replayCommand(const std::string& name) {
+  const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
+  return std::string(kVariable) + "='" + name + "' " + program_invocation_name +
+         " --gtest_filter='" + test->test_suite_name() + "." + test->name() + "'";
+}
+
+}  // namespace virtual_session
