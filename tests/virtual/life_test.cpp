@@ -29,6 +29,7 @@ using virtual_session::OpenThings;
 using virtual_session::openThings;
 using virtual_session::replayCommand;
 using virtual_session::replayedCase;
+using virtual_session::showReplay;
 
 constexpr long kUsualDays = 1;
 constexpr unsigned kDriveSeconds = 120;
@@ -36,11 +37,6 @@ constexpr unsigned kDriveSeconds = 120;
 long wanted(const char* variable, long usual) {
   const char* const text = std::getenv(variable);
   return text != nullptr ? std::atol(text) : usual;
-}
-
-void show(const std::vector<std::string>& trace) {
-  for (const std::string& call : trace)
-    std::printf("%s\n", call.c_str());
 }
 
 std::string runInSilence(Drive& drive) {
@@ -81,7 +77,7 @@ class Life : public testing::Test {
   std::string take(std::uint64_t seed) {
     Drive drive(seed);
     std::string fault = runInSilence(drive);
-    if (isReplay()) show(drive.trace());
+    showReplay(drive.trace());
     ++drives;
     lived += drive.lasted();
     calls += drive.calls();

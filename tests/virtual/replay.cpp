@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <iostream>
 
 namespace virtual_session {
 namespace {
@@ -15,6 +16,14 @@ constexpr const char* kVariable = "VIRTUAL_CASE";
 bool isReplay() { return std::getenv(kVariable) != nullptr; }
 
 std::string replayedCase() { return isReplay() ? std::getenv(kVariable) : ""; }
+
+bool isWanted(const std::string& name) { return !isReplay() || replayedCase() == name; }
+
+void showReplay(const std::vector<std::string>& trace) {
+  if (!isReplay()) return;
+  for (const std::string& call : trace)
+    std::cout << call << '\n';
+}
 
 std::string replayCommand(const std::string& name) {
   const auto* const test = testing::UnitTest::GetInstance()->current_test_info();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 /// A case is one exact run, which its name brings back: VIRTUAL_CASE=<name> runs that one alone,
 /// the same again, and shows what the platform was asked.
@@ -11,6 +12,12 @@ bool isReplay();
 
 /// The case that is to be run alone; "" when it is all of them.
 std::string replayedCase();
+
+/// Whether this case is among those that are to be run.
+bool isWanted(const std::string& name);
+
+/// Prints what the platform was asked, in a replay.
+void showReplay(const std::vector<std::string>& trace);
 
 /// The command that runs a case of the present test again.
 std::string replayCommand(const std::string& name);

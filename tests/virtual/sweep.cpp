@@ -24,8 +24,6 @@ constexpr unsigned kCaseSeconds = 60;
 constexpr std::uint64_t kSliceOfTheShort = 13;
 constexpr std::uint64_t kSliceOfTheLong = 211;
 
-bool isWanted(const Case& each) { return !isReplay() || replayedCase() == each.name(); }
-
 bool isShort(const Script& script) { return &script == &shortScript(); }
 
 bool isInSlice(const Script& script, std::uint64_t point, std::uint64_t thinning) {
@@ -37,11 +35,6 @@ bool isInSlice(const Script& script, std::uint64_t point, std::uint64_t thinning
 std::uint64_t firstPoint() {
   const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
   return std::hash<std::string>()(std::string(test->test_suite_name()) + test->name());
-}
-
-void show(const std::vector<std::string>& trace) {
-  for (const std::string& call : trace)
-    std::cout << call << '\n';
 }
 
 /// A session, and whether something came in between.
@@ -95,7 +88,7 @@ Sessions play(const Case& each) {
     }
     played.last = playOne(session, nullptr);
   });
-  if (isReplay()) show(session.world.trace());
+  showReplay(session.world.trace());
   return played;
 }
 
@@ -186,7 +179,7 @@ void Sweep::TearDown() {
 }
 
 void Sweep::tryCase(const Case& each) {
-  if (!isWanted(each)) return;
+  if (!isWanted(each.name())) return;
   const LastWords words(replayCommand(each.name()));
   alarm(kCaseSeconds);  // for each case anew: a sweep may take long
   prepare(each.script);
