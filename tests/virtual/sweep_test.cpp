@@ -52,7 +52,7 @@ TEST_P(UnplugSweep, AtEveryByte) {
 class OrderSweep : public Sweep, public testing::WithParamInterface<const char*> {};
 
 INSTANTIATE_TEST_SUITE_P(All, OrderSweep, testing::ValuesIn(kScripts),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& each) { return std::string(each.param); });
 
 std::uint64_t wantedOrders(const Script& script) {
   const char* const wanted = std::getenv("VIRTUAL_SEEDS");
