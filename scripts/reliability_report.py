@@ -4,6 +4,7 @@ import json
 import re
 from collections import defaultdict
 
+from ctest_rings import plain
 from export_lists import ROOT, promised_ordinals
 
 PAGE = ROOT / "docs/reliability.md"
@@ -113,15 +114,10 @@ def fuzzers(records):
     return "\n".join([ran(record), "", table(["fuzzer", "runs:", "time:", "edges reached:", "findings:"], rows)])
 
 
-def test_name(name):
-    """Without what CTest adds of the parameter."""
-    return name.partition("  # ")[0] if name else ""
-
-
 def planted(records):
     record = records["planted"]
-    rows = [[defect["name"].replace("_", " "), defect["layer"], test_name(defect["found_by"]) or "**nothing**",
-             test_name(defect["sweep"]) or "-"] for defect in record["numbers"]]
+    rows = [[defect["name"].replace("_", " "), defect["layer"], plain(defect["found_by"] or "**nothing**"),
+             plain(defect["sweep"] or "-")] for defect in record["numbers"]]
     return "\n".join([ran(record), "", table(["planted defect", "in", "found by", "of the sweeps by"], rows)])
 
 
