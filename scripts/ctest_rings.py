@@ -31,9 +31,11 @@ class Red:
 class Suite:
     """The tests of a build folder that are built."""
 
-    def __init__(self, folder, jobs):
+    def __init__(self, folder, jobs, programs=()):
+        """`programs` are those whose tests count; without any all do."""
         self.folder = folder
         self.jobs = jobs * TESTS_PER_JOB
+        self.programs = programs
         shown = subprocess.run(["ctest", "--test-dir", folder, "--show-only=json-v1"],
                                capture_output=True, check=True)
         self.tests = json.loads(shown.stdout)["tests"]
@@ -42,9 +44,12 @@ class Suite:
         """The tests of a ring. Of those of one behaviour only the ones whose program was linked
         after a time: others cannot have changed. The others may load what they test."""
         for number, test in enumerate(self.tests, 1):
-            if ring_of(test) == ring:
+            if ring_of(test) == ring and self.is_of_a_program(test):
                 if ring in LOADING or may_have_changed(test, self.folder, newer_than):
                     yield number
+
+    def is_of_a_program(self, test):
+        return not self.programs or pathlib.Path(test["command"][0]).name in self.programs
 
     def first_red(self, numbers):
         """The first test that is red again when it runs alone; None when there is none. On a busy
