@@ -19,6 +19,8 @@ std::mutex logMutex;
 EventLog* sleepLog = nullptr;
 std::atomic<const std::function<bool()>*> quickTimeOutsWhen{nullptr};
 std::atomic<int> passedTimeOuts{0};
+std::atomic<HANDLE> watchedObject{nullptr};
+std::atomic<bool> isAwaited{false};
 
 using PlatformWait = DWORD(HANDLE, DWORD);
 
@@ -58,6 +60,7 @@ extern "C" void WINAPI Sleep(DWORD milliseconds) {
 
 extern "C" DWORD WINAPI WaitForSingleObject(HANDLE object, DWORD milliseconds) {
   static PlatformWait* const wait = platformFunction<PlatformWait>("WaitForSingleObject");
+  if (milliseconds == INFINITE && object == watchedObject) isAwaited = true;
   return milliseconds == kReplyTimeOut ? waitForReply(wait, object) : wait(object, milliseconds);
 }
 
@@ -79,3 +82,12 @@ QuickTimeOuts::QuickTimeOuts(std::function<bool()> when) : condition(std::move(w
 QuickTimeOuts::~QuickTimeOuts() { quickTimeOutsWhen = nullptr; }
 
 int QuickTimeOuts::passed() const { return passedTimeOuts; }
+
+EndlessWaits::EndlessWaits(HANDLE object) {
+  isAwaited = false;
+  watchedObject = object;
+}
+
+EndlessWaits::~EndlessWaits() { watchedObject = nullptr; }
+
+bool EndlessWaits::any() const { return isAwaited; }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <windows.h>
+
 #include <functional>
 
 #include "support/event_log.h"
@@ -31,4 +33,15 @@ class QuickTimeOuts {
 
  private:
   const std::function<bool()> condition;
+};
+
+/// Tells whether a thread has begun to wait for this object without limit. One at a time.
+class EndlessWaits {
+ public:
+  explicit EndlessWaits(HANDLE object);
+  ~EndlessWaits();
+  EndlessWaits(const EndlessWaits&) = delete;
+  EndlessWaits& operator=(const EndlessWaits&) = delete;
+
+  bool any() const;
 };
