@@ -152,9 +152,8 @@ std::string difference(const OpenThings& before, const OpenThings& after) {
 
 }  // namespace
 
-std::uint64_t ordersOf(const Script& script, std::uint64_t ofTheShort) {
-  constexpr std::uint64_t kOrdersOfTheLong = 2;
-  return isShort(script) ? ofTheShort : kOrdersOfTheLong;
+std::uint64_t ordersOf(const Script& script, std::uint64_t ofTheShort, std::uint64_t ofTheLong) {
+  return isShort(script) ? ofTheShort : ofTheLong;
 }
 
 Sweep::Sweep() {

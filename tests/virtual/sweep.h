@@ -42,9 +42,9 @@ struct Case {
   }
 };
 
-/// How many orders of the threads a sweep tries at each place: so many in a short session, in the
-/// long ones two.
-std::uint64_t ordersOf(const Script& script, std::uint64_t ofTheShort);
+/// How many orders of the threads a sweep tries at each place: so many in a short session, so many
+/// in the long ones.
+std::uint64_t ordersOf(const Script& script, std::uint64_t ofTheShort, std::uint64_t ofTheLong = 2);
 
 /// Tells the test's report how many cases there were, in how many the disturbance came to pass, and
 /// how long each export took at most.
