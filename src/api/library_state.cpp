@@ -17,7 +17,7 @@ LibraryLock::~LibraryLock() {
 bool LibraryLock::create() {
   if (semaphore != nullptr) return true;
   HANDLE made = nullptr;
-  if (semMutexCreate(made) != 0) return false;
+  if (!semMutexEnsure(made)) return false;
   HANDLE none = nullptr;
   if (!semaphore.compare_exchange_strong(none, made)) semMutexDelete(made);
   return true;

@@ -20,8 +20,7 @@ DeviceTransport::~DeviceTransport() {
 }
 
 bool DeviceTransport::prepare() {
-  return (handleGuard != nullptr || semMutexCreate(handleGuard) == 0) &&
-         (txGuard != nullptr || semMutexCreate(txGuard) == 0) && Transport::prepare();
+  return semMutexEnsure(handleGuard) && semMutexEnsure(txGuard) && Transport::prepare();
 }
 
 void DeviceTransport::freeGuards() {

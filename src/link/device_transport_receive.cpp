@@ -32,11 +32,12 @@ int DeviceTransport::readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut
 
 bool DeviceTransport::mayRead() const { return readDataActive && isOpen(); }
 
-/// Appends what the device delivers to the received bytes; false when the device has failed.
+/// Appends what the device delivers to the received bytes; false when the device has failed. A
+/// device that reports more bytes than it was asked for has failed, too.
 bool DeviceTransport::readMore() {
-  const int received =
-      readDevice(deviceHandle.load(), rxArea + rxCount, kReceiveCapacity - rxCount);
-  if (received < 0) return false;
+  const uint32_t room = kReceiveCapacity - rxCount;
+  const int received = readDevice(deviceHandle.load(), rxArea + rxCount, room);
+  if (received < 0 || static_cast<uint32_t>(received) > room) return false;
   rxCount += static_cast<uint32_t>(received);
   return true;
 }

@@ -14,7 +14,7 @@ HandlerTable::HandlerTable() { prepare(); }
 
 HandlerTable::~HandlerTable() { semMutexDelete(listGuard); }
 
-bool HandlerTable::prepare() { return listGuard != nullptr || semMutexCreate(listGuard) == 0; }
+bool HandlerTable::prepare() { return semMutexEnsure(listGuard); }
 
 void HandlerTable::freeGuard() { semMutexGive(listGuard); }
 

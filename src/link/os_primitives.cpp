@@ -29,6 +29,11 @@ DWORD semMutexCreate(HANDLE& handle) {
   return handle != nullptr ? 0 : GetLastError();
 }
 
+bool semMutexEnsure(HANDLE& handle) {
+  if (handle == nullptr) semMutexCreate(handle);
+  return handle != nullptr;
+}
+
 int semMutexDelete(HANDLE handle) {
   CloseHandle(handle);
   return 0;
@@ -77,7 +82,7 @@ int deviceWrite(HANDLE handle, const uint8_t* bytes, uint32_t count) {
   debugPrint("\n");
   debugPrint("WRITE!!!\n");
   DWORD written = 0;
-  WriteFile(handle, bytes, count, &written, nullptr);
+  if (!WriteFile(handle, bytes, count, &written, nullptr)) written = 0;
   FlushFileBuffers(handle);
   debugPrint("bytes inviati %d \n", static_cast<int>(written));
   return static_cast<int>(written);

@@ -12,8 +12,12 @@
 /// debugger or a test.
 extern std::atomic<uint8_t> semTraceFlag;
 
-/// Makes a semaphore that is free (count 1 of 1). 0, or the system's error code.
+/// Creates a semaphore that is free (count 1 of 1). Returns 0, or the system's error code, which
+/// can be 0, too: judge success by the handle, which is null on failure.
 DWORD semMutexCreate(HANDLE& handle);
+
+/// Creates the semaphore if `handle` is null. Returns false when the system has none left.
+bool semMutexEnsure(HANDLE& handle);
 
 /// Always 0.
 int semMutexDelete(HANDLE handle);
@@ -29,7 +33,8 @@ int semMutexTryLock(HANDLE handle);
 /// Gives the semaphore. 0, or -1 when it was free already (it stays free) or is none.
 int semMutexGive(HANDLE handle);
 
-/// Starts a thread with the default stack. 0, or the system's error code.
+/// Starts a thread with the default stack. Returns 0, or the system's error code; judge success by
+/// the handle, null on failure.
 DWORD threadCreate(HANDLE& handle, LPTHREAD_START_ROUTINE entry, void* argument);
 
 /// Waits at most `milliseconds` for a thread's end. 0 when it has ended, -1 after the time, else
@@ -39,8 +44,8 @@ int threadJoin(HANDLE handle, uint32_t milliseconds);
 /// Sleeps whole milliseconds: what is less than one is cut off. Always 0.
 int taskSleepMicro(int32_t microseconds);
 
-/// Writes to a device and flushes it. The number of bytes written, which is what went out before it
-/// failed when it did, or -1 when the handle is INVALID_HANDLE_VALUE.
+/// Writes to a device and flushes it. Returns the number of bytes written, 0 when the write failed,
+/// or -1 when the handle is INVALID_HANDLE_VALUE.
 int deviceWrite(HANDLE handle, const uint8_t* bytes, uint32_t count);
 
 /// Reads from a serial port whose reads return at once: looks for data every 100 ms until some

@@ -17,7 +17,7 @@ TransportRegistry::TransportRegistry() { semMutexCreate(registryGuard); }
 TransportRegistry::~TransportRegistry() { semMutexDelete(registryGuard); }
 
 bool TransportRegistry::add(Transport* transport) {
-  if (registryGuard == nullptr && semMutexCreate(registryGuard) != 0) return false;
+  if (!semMutexEnsure(registryGuard)) return false;
   const SemaphoreHold hold(registryGuard);
   const bool known = std::find(transportRegistry.begin(), transportRegistry.end(), transport) !=
                      transportRegistry.end();

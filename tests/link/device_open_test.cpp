@@ -289,6 +289,13 @@ TEST_P(WithoutSemaphores, DoesNotOpen) {
   EXPECT_FALSE(other->startReadData());
 }
 
+TEST_P(WithoutSemaphores, DoesNotOpenEvenIfTheSystemReportsNoError) {
+  platform.semaphoresFail = true;
+  platform.lastError = ERROR_SUCCESS;
+  EXPECT_FALSE(kind().create()->open(kind().deviceName));
+  EXPECT_THAT(platform.callsOf("CreateFileW"), IsEmpty());
+}
+
 TEST_P(WithoutSemaphores, HasNoMessages) {
   const std::unique_ptr<Transport> other = createWithoutSemaphores();
   EXPECT_EQ(other->getMessage(0, 1), nullptr);

@@ -198,6 +198,19 @@ TEST_P(ReadFrame, FailsWhenTheDeviceFails) {
   EXPECT_THAT(platform.readSizes, SizeIs(1));
 }
 
+TEST_P(ReadFrame, FailsWhenTheDeviceReportsMoreBytesThanItWasAskedFor) {
+  platform.arrive(onWire({0x55, 0x02, 0x00}), Bytes{0x01, 0xFD});
+  EXPECT_EQ(platform.arrivals.size(), 2u);
+  platform.surplusOfRead = kArea;
+  EXPECT_EQ(read(), kNoMore);
+  EXPECT_THAT(platform.readSizes, ElementsAre(kArea));
+}
+
+TEST_P(ReadFrame, TakesAReadThatFillsTheAreaToItsEnd) {
+  platform.arrive(onWire({0x55, 0x02, 0x00, 0x01, 0xFD}) + Bytes(kArea, 0x00));
+  EXPECT_EQ(read(), frame({0x00, 0x01}));
+}
+
 TEST_P(ReadFrame, KeepsWhatHadArrivedWhenTheDeviceFails) {
   const Bytes head(goodFrame.begin(), goodFrame.end() - 2);
   platform.arrivals = {{head}, {{}, true}};

@@ -54,6 +54,22 @@ TEST_F(Semaphores, ThatCannotBeCreatedGiveTheSystemsError) {
   EXPECT_EQ(semMutexCreate(handle), ERROR_NOT_ENOUGH_MEMORY);
 }
 
+TEST_F(Semaphores, ThatCannotBeCreatedAreMissingEvenWithoutAnErrorCode) {
+  platform.semaphoresFail = true;
+  platform.lastError = ERROR_SUCCESS;
+  HANDLE handle = nullptr;
+  EXPECT_FALSE(semMutexEnsure(handle));
+}
+
+TEST_F(Semaphores, AreCreatedOnceWhenEnsured) {
+  HANDLE handle = nullptr;
+  EXPECT_TRUE(semMutexEnsure(handle));
+  const HANDLE created = handle;
+  EXPECT_TRUE(semMutexEnsure(handle));
+  EXPECT_EQ(handle, created);
+  semMutexDelete(handle);
+}
+
 TEST_F(Semaphores, AreClosedWhenDeleted) {
   HANDLE handle = nullptr;
   semMutexCreate(handle);
@@ -226,6 +242,12 @@ TEST_F(DeviceWrite, ThatFailsWroteNothingAndFlushesAllTheSame) {
   EXPECT_EQ(deviceWrite(device, kBytes, 5), 0);
   EXPECT_THAT(platform.calls,
               ElementsAre("WriteFile(device 1, 5, null)", "FlushFileBuffers(device 1)"));
+}
+
+TEST_F(DeviceWrite, ThatFailsWroteNothingWhateverTheDriverCounted) {
+  platform.writesFail = true;
+  platform.countOfFailedWrite = 5;
+  EXPECT_EQ(deviceWrite(device, kBytes, 5), 0);
 }
 
 TEST_F(DeviceWrite, OnAnInvalidHandleFailsWithoutASystemCall) {

@@ -170,11 +170,15 @@ BOOL ScriptedPlatform::read(HANDLE device, uint8_t* buffer, DWORD count, DWORD& 
   std::copy_n(bytes.begin(), read, buffer);
   bytes.erase(bytes.begin(), bytes.begin() + read);
   if (bytes.empty()) arrivals.pop_front();
+  read += surplusOfRead;
   return TRUE;
 }
 
 BOOL ScriptedPlatform::write(HANDLE device, const uint8_t* bytes, DWORD count, DWORD& written) {
-  if (writesFail || !isOpen(device)) return FALSE;
+  if (writesFail || !isOpen(device)) {
+    written = countOfFailedWrite;
+    return FALSE;
+  }
   written = std::min(count, writeLimit);
   writes.emplace_back(bytes, bytes + written);
   return TRUE;

@@ -63,9 +63,11 @@ class ScriptedPlatform {
   std::vector<DWORD> readSizes;  ///< what each read had room for
   std::vector<Bytes> writes;
   bool writesFail = false;
-  DWORD writeLimit = MAXDWORD;  ///< of one write
-  DCB driverState{};            ///< what GetCommState tells before a SetCommState
-  DCB stateReadBack{};          ///< what it tells after one
+  DWORD writeLimit = MAXDWORD;   ///< of one write
+  DWORD countOfFailedWrite = 0;  ///< what a failed write leaves as the number of bytes written
+  DWORD surplusOfRead = 0;       ///< what a read reports beyond the bytes that it delivered
+  DCB driverState{};             ///< what GetCommState tells before a SetCommState
+  DCB stateReadBack{};           ///< what it tells after one
   DCB stateSet{};
   COMMTIMEOUTS driverTimeouts{};
   COMMTIMEOUTS timeoutsSet{};
