@@ -4,7 +4,7 @@
 
 #include "link/os_primitives.h"
 
-MessageQueue::MessageQueue() { prepare(); }
+MessageQueue::MessageQueue(const std::atomic<uint8_t>& active) : readerActive(active) { prepare(); }
 
 MessageQueue::~MessageQueue() {
   semMutexGive(queueMutex);
@@ -14,11 +14,10 @@ MessageQueue::~MessageQueue() {
 }
 
 bool MessageQueue::prepare() {
-  if (queueMutex == nullptr && semMutexCreate(queueMutex) != 0) return false;
-  if (messageReady == nullptr) {
-    if (semMutexCreate(messageReady) != 0) return false;
-    semMutexTryLock(messageReady);
-  }
+  if (!semMutexEnsure(queueMutex)) return false;
+  if (messageReady != nullptr) return true;
+  if (!semMutexEnsure(messageReady)) return false;
+  semMutexTryLock(messageReady);
   return true;
 }
 
@@ -38,7 +37,11 @@ std::unique_ptr<LingoMessage> MessageQueue::takeFirst() {
   const SemaphoreHold hold(queueMutex);
   if (messageQueue.empty()) return nullptr;
   std::unique_ptr<LingoMessage> oldest = messageQueue.removeAt(0);
-  if (!messageQueue.empty()) semMutexGive(messageReady);
+  if (messageQueue.empty()) {
+    resetSignal();
+  } else {
+    semMutexGive(messageReady);
+  }
   return oldest;
 }
 
@@ -46,10 +49,22 @@ void MessageQueue::flush() {
   const SemaphoreHold hold(queueMutex);
   if (messageQueue.empty()) return;
   messageQueue.clear();
-  // The signal may be gone already: a waiter can consume it and then find its reader stopped.
+  resetSignal();
+}
+
+void MessageQueue::wake() {
+  const SemaphoreHold hold(queueMutex);
+  if (!readerActive) semMutexGive(messageReady);
+}
+
+void MessageQueue::clearSignal() {
+  const SemaphoreHold hold(queueMutex);
   semMutexTryLock(messageReady);
 }
 
-void MessageQueue::wake() { semMutexGive(messageReady); }
-
-void MessageQueue::clearSignal() { semMutexTryLock(messageReady); }
+/// Resets the signal of messages that are gone, consumed or not. The reader's last signal stays: it
+/// is for every waiter. Call with queueMutex held.
+void MessageQueue::resetSignal() {
+  semMutexTryLock(messageReady);
+  if (!readerActive) semMutexGive(messageReady);
+}

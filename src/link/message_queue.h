@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -9,11 +10,13 @@
 #include "lingo/lingo_message.h"
 
 /// The received messages that no handler took, oldest first. The reader thread appends, the host's
-/// threads take. `queueMutex` guards the messages and is held for a few steps only; `messageReady`
-/// is a signal: set when the queue is no longer empty, and again by each taker that leaves some.
+/// threads take. `queueMutex` guards the messages and is held for a few steps only. `messageReady`
+/// is a signal: set while there are messages to take and while the reader is stopped. A waiter
+/// consumes it before it takes a message; another thread may empty and refill the queue in between.
 class MessageQueue {
  public:
-  MessageQueue();
+  /// `readerActive` is 0 while no reader runs.
+  explicit MessageQueue(const std::atomic<uint8_t>& readerActive);
   ~MessageQueue();
   MessageQueue(const MessageQueue&) = delete;
   MessageQueue& operator=(const MessageQueue&) = delete;
@@ -31,20 +34,25 @@ class MessageQueue {
   /// Waits for the signal and consumes it. The time as semMutexTake has it; false when it was over.
   bool awaitSignal(uint32_t nanoseconds, uint32_t seconds);
 
-  /// Removes the oldest message, null when there is none, and signals again if others remain.
+  /// Removes the oldest message, null when there is none. The signal is then set if others remain
+  /// and reset if none do.
   std::unique_ptr<LingoMessage> takeFirst();
 
-  /// Destroys all messages, the oldest first, and takes their signal back.
+  /// Destroys all messages, the oldest first, and resets their signal.
   void flush();
 
-  /// Lets whoever waits for the signal go on.
+  /// Wakes a waiter if the reader is stopped. A caller may come too late, when the next reader
+  /// runs.
   void wake();
 
-  /// Takes the signal back. Messages that are still queued are then silent until the queue has been
-  /// emptied.
+  /// Resets the signal. Messages already queued do not signal again until the queue has been
+  /// emptied once.
   void clearSignal();
 
  private:
+  void resetSignal();
+
+  const std::atomic<uint8_t>& readerActive;
   HANDLE queueMutex = nullptr;
   HANDLE messageReady = nullptr;
   GrowableArray<std::unique_ptr<LingoMessage>> messageQueue;  ///< guarded by queueMutex

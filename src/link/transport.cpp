@@ -31,7 +31,10 @@ void Transport::freeGuards() {
 }
 
 void Transport::letGoOfEndedReader() {
-  if (readerInside && threadJoin(readerThread, 0) == 0) TransportRegistry::instance().freeGuards();
+  // Joined first: a reader that ends normally clears readerInside before its thread ends.
+  if (readerThread != nullptr && threadJoin(readerThread, 0) == 0 && readerInside) {
+    TransportRegistry::instance().freeGuards();
+  }
 }
 
 void Transport::shutDown() {
@@ -48,10 +51,12 @@ void Transport::shutDown() {
 
 bool Transport::startReadData() {
   if (readDataActive || !isOpen() || !awaitReader()) return false;
-  messages.clearSignal();
+  // Active first: what still wakes waiters for the reader before then leaves the signal alone.
   readDataActive = 1;
+  messages.clearSignal();
   readerInside = 1;
-  if (threadCreate(readerThread, threadEntry, this) == 0) return true;
+  threadCreate(readerThread, threadEntry, this);
+  if (readerThread != nullptr) return true;
   readerInside = 0;
   readDataActive = 0;
   return false;
@@ -121,7 +126,7 @@ std::unique_ptr<LingoMessage> Transport::getMessage(uint32_t nanoseconds, uint32
   if (!readDataActive && threadExited) return nullptr;
   if (!messages.awaitSignal(nanoseconds, seconds)) return nullptr;
   if (!readDataActive || threadExited) {
-    if (!readDataActive) messages.wake();  // whoever else waits must hear of the stop, too
+    messages.wake();  // the other waiters must learn of the stop, too
     return nullptr;
   }
   return messages.takeFirst();

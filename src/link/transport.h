@@ -131,6 +131,6 @@ class Transport {
   std::atomic<uint8_t> threadExited{1};
   std::atomic<uint8_t> readerInside{0};  ///< from startReadData to the reader's last step
   HANDLE readerThread = nullptr;
-  MessageQueue messages;
+  MessageQueue messages{readDataActive};
   HandlerTable handlers;
 };

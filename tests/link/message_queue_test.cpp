@@ -15,10 +15,12 @@ class MessageQueueTest : public ScriptedPlatformTest {
     queue.append(std::move(message));
   }
 
-  MessageQueue queue;
+  std::atomic<uint8_t> readerActive{1};
+  MessageQueue queue{readerActive};
 };
 
-TEST_F(MessageQueueTest, HasNoMessageBehindASignalThatOnlyWakes) {
+TEST_F(MessageQueueTest, HasNoMessageAfterASignalThatOnlyWakes) {
+  readerActive = 0;
   queue.wake();
   EXPECT_TRUE(queue.awaitSignal(0, 1));
   EXPECT_EQ(queue.takeFirst(), nullptr);
@@ -31,6 +33,37 @@ TEST_F(MessageQueueTest, GoesOnAfterItWasFoundEmpty) {
   const std::unique_ptr<LingoMessage> message = queue.takeFirst();
   ASSERT_NE(message, nullptr);
   EXPECT_EQ(message->getCommand(), 7);
+}
+
+TEST_F(MessageQueueTest, HasNoSignalAfterAFlushAndAnAppendBetweenAWaitAndItsTake) {
+  append(1);
+  EXPECT_TRUE(queue.awaitSignal(0, 1));
+  queue.flush();
+  append(2);
+  EXPECT_EQ(queue.takeFirst()->getCommand(), 2);
+  EXPECT_FALSE(queue.awaitSignal(0, 1));
+}
+
+TEST_F(MessageQueueTest, KeepsTheSignalOfTheStoppedReaderThroughATake) {
+  append(1);
+  EXPECT_TRUE(queue.awaitSignal(0, 1));
+  readerActive = 0;
+  queue.wake();
+  EXPECT_NE(queue.takeFirst(), nullptr);
+  EXPECT_TRUE(queue.awaitSignal(0, 0));
+}
+
+TEST_F(MessageQueueTest, KeepsTheSignalOfTheStoppedReaderThroughAFlush) {
+  append(1);
+  readerActive = 0;
+  queue.wake();
+  queue.flush();
+  EXPECT_TRUE(queue.awaitSignal(0, 0));
+}
+
+TEST_F(MessageQueueTest, IsNotWokenForAReaderThatRunsAgain) {
+  queue.wake();
+  EXPECT_FALSE(queue.awaitSignal(0, 1));
 }
 
 }  // namespace

@@ -290,6 +290,25 @@ TEST_F(Reader, ThatHasNoThreadIsNotRunning) {
   EXPECT_TRUE(transport->startReadData());
 }
 
+TEST_F(Reader, ThatHasNoThreadIsNotRunningEvenIfTheSystemReportsNoError) {
+  platform.runThread();
+  ASSERT_TRUE(transport->open("IPD1:"));
+  platform.threadsFail = true;
+  platform.lastError = ERROR_SUCCESS;
+  EXPECT_FALSE(transport->startReadData());
+}
+
+TEST_F(Reader, StartsOverWithoutTheSignalOfAStopThatEndsAfterItsRestart) {
+  platform.onClose = [&] {
+    platform.runThread();
+    start();
+  };
+  EXPECT_TRUE(transport->stopReadData());
+  meanwhile(
+      [&] { EXPECT_EQ(waited([&] { EXPECT_EQ(transport->getMessage(0, 1), nullptr); }), 1000u); });
+  platform.runThread();
+}
+
 TEST_F(Reader, RunsOnTheDefaultThreadWithItsTransport) {
   platform.runThread();
   ASSERT_TRUE(transport->open("IPD1:"));
@@ -449,6 +468,16 @@ class EndedReader : public ScriptedPlatformTest {
 
   static void handle(void*, std::unique_ptr<LingoMessage>) {}
 };
+
+/// The reader has left its last step, and its thread has not ended.
+TEST_F(Reader, ThatEndsByItselfIsNotTakenForAKilledOne) {
+  platform.calls.clear();
+  platform.runThread();
+  const size_t releases = platform.callsOf("ReleaseSemaphore").size();
+  start();
+  transport->letGoOfEndedReader();
+  EXPECT_THAT(platform.callsOf("ReleaseSemaphore"), SizeIs(releases));
+}
 
 TEST_F(EndedReader, DoesNotKeepItsTransportFromItsEndWhateverItHeld) {
   int releases = 0;
