@@ -4,8 +4,15 @@
 
 const std::nothrow_t std::nothrow{};
 
-void* operator new(size_t size, const std::nothrow_t&) noexcept { return malloc(size); }
-void* operator new[](size_t size, const std::nothrow_t&) noexcept { return malloc(size); }
+namespace {
+
+/// malloc(0) may return null, and null means that there is no memory.
+void* allocate(size_t size) { return malloc(size > 0 ? size : 1); }
+
+}  // namespace
+
+void* operator new(size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void* operator new[](size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
 
 void operator delete(void* memory) noexcept { free(memory); }
 void operator delete[](void* memory) noexcept { free(memory); }
