@@ -19,7 +19,7 @@ constexpr uint8_t kAnsweredMinor = 7;
 }  // namespace
 
 bool IpodControllerBase::indentifyIpod() {
-  if (!transport) {
+  if (!clearReplies()) {
     debugPrint("indentifyIpod C = false \n");
     return false;
   }
@@ -29,6 +29,7 @@ bool IpodControllerBase::indentifyIpod() {
         transport->sendSyncByte();
         transport->sendSyncByte();
         taskSleepMicro(kPauseAfterSyncMicroseconds);
+        clearReplies();
         send(&GeneralMessage::buildIdentifyDeviceLingoes, kGeneralLingoMask);
       },
       [this](const LingoMessage& message) {

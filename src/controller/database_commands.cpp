@@ -4,6 +4,17 @@
 
 using Message = ExtendedInterfaceMessage;
 
+namespace {
+
+/// False without memory.
+bool appendRecord(const Message& reply, RecordList& records) {
+  RecordEntry entry;
+  return reply.decodeReturnCategorizedDatabaseRecord(entry.index, entry.name) &&
+         records.append(std::move(entry));
+}
+
+}  // namespace
+
 /// Unlike a selection's acknowledgement this one must come first, before any other message.
 bool IpodControllerBase::ResetDbSelection() {
   uint8_t status = kStatusOk;
@@ -31,15 +42,15 @@ bool IpodControllerBase::RetrieveDbRecords(uint8_t category, uint32_t start, uin
   if (!tell(&Message::buildRetrieveCategorizedDatabaseRecords, category, start, count)) {
     return false;
   }
-  bool decoded = false;
+  bool lastIsRecord = false;
+  bool allAppended = true;
   for (uint32_t pass = 0; pass < count; ++pass) {
     const std::unique_ptr<LingoMessage> message = nextReply(kExtendedInterfaceLingo);
     if (!message) return false;
     if (message->getCommand() != Message::kReturnCategorizedDatabaseRecord) continue;
-    RecordEntry entry;
-    decoded = static_cast<const Message&>(*message).decodeReturnCategorizedDatabaseRecord(
-                  entry.index, entry.name) &&
-              records.append(std::move(entry));
+    const auto& reply = static_cast<const Message&>(*message);
+    lastIsRecord = reply.isRecord();
+    if (lastIsRecord && !appendRecord(reply, records)) allAppended = false;
   }
-  return decoded;
+  return lastIsRecord && allAppended;
 }

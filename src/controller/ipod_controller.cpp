@@ -20,8 +20,7 @@ bool IpodController::connect(const char* deviceName, const LogoBitmap* image) {
   // The identification takes the notifications itself, also when a connection was never closed.
   transport->removeHandler(this, notificationTrampoline, kCommand, kDigitalAudioLingo);
   if (!IdentifyIpod(deviceName, image != nullptr)) return false;
-  transport->addHandler(this, notificationTrampoline, kCommand, kDigitalAudioLingo);
-  return true;
+  return transport->addHandler(this, notificationTrampoline, kCommand, kDigitalAudioLingo);
 }
 
 bool IpodController::CloseIpod() {

@@ -86,8 +86,8 @@ class IpodControllerBase {
   virtual bool GetDbRecordCount(uint8_t category, uint32_t& count);  ///< ExtIf 0x0018
 
   /// ExtIf 0x001A. Appends the records that arrive, waiting once for each one asked for; any other
-  /// Extended Interface message costs one of the waits. True when the last record decoded. Records
-  /// that came before a time-out stay in the list.
+  /// Extended Interface message costs one of the waits. True when the last record decoded and there
+  /// was memory for all of them. Records that came before a time-out stay in the list.
   virtual bool RetrieveDbRecords(uint8_t category, uint32_t start, uint32_t count,
                                  RecordList& records);
 

@@ -124,11 +124,15 @@ bool ExtendedInterfaceMessage::decodeReturnNumberCategorizedDbRecords(uint32_t& 
   return decodeExactly(kReturnNumberCategorizedDbRecords, count);
 }
 
+bool ExtendedInterfaceMessage::isRecord() const {
+  return getCommand() == kReturnCategorizedDatabaseRecord && getDataLength() > kRecordIndexSize;
+}
+
 bool ExtendedInterfaceMessage::decodeReturnCategorizedDatabaseRecord(uint32_t& index,
                                                                      ByteString& name) const {
+  if (!isRecord()) return false;
   uint32_t recordIndex = 0;
-  if (!decodeFirst(kReturnCategorizedDatabaseRecord, recordIndex)) return false;
-  if (getDataLength() <= kRecordIndexSize) return false;
+  decodeFirst(kReturnCategorizedDatabaseRecord, recordIndex);
   if (!decodeText(kRecordIndexSize, getDataLength() - kRecordIndexSize, name)) return false;
   index = recordIndex;
   return true;

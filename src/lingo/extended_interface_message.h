@@ -97,6 +97,10 @@ class ExtendedInterfaceMessage final : public LingoMessage {
 
   bool decodeReturnIpodName(ByteString& name) const;
   bool decodeReturnNumberCategorizedDbRecords(uint32_t& count) const;
+
+  /// True for a record with an index and at least one byte of name.
+  bool isRecord() const;
+
   bool decodeReturnCategorizedDatabaseRecord(uint32_t& index, ByteString& name) const;
 
   /// Times in ms; state 0 stopped, 1 playing, 2 paused.

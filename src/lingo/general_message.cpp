@@ -109,11 +109,10 @@ bool GeneralMessage::decodeGetAccessoryInfo(AccessoryInfoQuestion& question) con
   if (getCommand() != kGetAccessoryInfo) return false;
   uint8_t type = question.type;
   decodeFirst(kGetAccessoryInfo, type);
-  const bool complete =
-      (type != kInfoFirmwareVersion ||
-       decodeFirst(kGetAccessoryInfo, type, question.model, question.major, question.minor,
-                   question.revision)) &&
-      (type != kInfoLingoVersion || decodeFirst(kGetAccessoryInfo, type, question.lingo));
+  const bool complete = type != kInfoFirmwareVersion ||
+                        decodeFirst(kGetAccessoryInfo, type, question.model, question.major,
+                                    question.minor, question.revision);
+  if (type == kInfoLingoVersion) decodeFirst(kGetAccessoryInfo, type, question.lingo);
   question.type = type;
   return complete && type < kInfoTypeLimit;
 }

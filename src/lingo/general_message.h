@@ -89,7 +89,8 @@ class GeneralMessage final : public LingoMessage {
 
   bool decodeReturnLingoProtocolVersion(uint8_t& lingo, uint8_t& major, uint8_t& minor) const;
 
-  /// False for types from 10 on, and when a field of the type is missing; the type is taken all the
-  /// same. Without a payload `question.type` stays, and is judged, as it was.
+  /// False for types from 10 on, and for a kInfoFirmwareVersion that lacks one of its fields; the
+  /// type is stored anyway. A kInfoLingoVersion without its lingo leaves `question.lingo` as it
+  /// was. Without a payload `question.type` stays, and is judged, as it was.
   bool decodeGetAccessoryInfo(AccessoryInfoQuestion& question) const;
 };

@@ -47,6 +47,20 @@ TEST_F(BaseIdentification, AnnouncesTheGeneralLingoBehindTwoSyncBytes) {
   EXPECT_EQ(controller().isIdentified(), 1);
 }
 
+TEST_F(BaseIdentification, IsNotCompletedByAMessageOfTheConnectionBefore) {
+  ipod().arriveAfterFlush({kEntered});
+  EXPECT_FALSE(controller().IdentifyIpod("COM1:", false));
+  EXPECT_EQ(liveMessages(), 0u);
+}
+
+TEST_F(BaseIdentification, ClearsRepliesInEachAttemptBeforeItAnnouncesItself) {
+  EXPECT_FALSE(controller().indentifyIpod());
+  const Calls attempt = {"sleep 80",     "sync",  "sync",
+                         "sleep 20",     "flush", std::string("send ") + kIdentify,
+                         "wait 0 ns 1 s"};
+  EXPECT_EQ(callLog(), Calls{"flush"} + attempt + attempt + attempt);
+}
+
 TEST_F(BaseIdentification, WalksFromAcknowledgementToVersionToExtendedMode) {
   ipod().answer(kIdentify, {kIdentifyAcknowledged});
   ipod().answer("55 03 00 0F 00", {{0x00, 0x10, 0x00, 0x01, 0x07}});
@@ -97,6 +111,7 @@ TEST_F(BaseIdentification, TellsAboutTheAccessory) {
   EXPECT_EQ(repliesTo({{0x00, 0x27, 0x02, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07}}),
             (Calls{"send 55 0A 00 28 02 01 02 03 04 05 06 07"}));
   EXPECT_EQ(repliesTo({{0x00, 0x27, 0x03, 0x0A}}), (Calls{"send 55 06 00 28 03 00 01 07"}));
+  EXPECT_EQ(repliesTo({{0x00, 0x27, 0x03}}), (Calls{"send 55 06 00 28 03 00 01 07"}));
 }
 
 TEST_F(BaseIdentification, DoesNotAnswerOtherQuestions) {

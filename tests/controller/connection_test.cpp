@@ -99,6 +99,13 @@ TEST_F(Connection, IdentifiedInTheThirdAttemptOnlyFails) {
   EXPECT_EQ(linesOf(callLog(), "addHandler"), Calls{});
 }
 
+TEST_F(Connection, ThatCannotRegisterFails) {
+  ipod().registers = false;
+  identifyAtOnce();
+  EXPECT_FALSE(controller().connect("IPD1:", nullptr));
+  EXPECT_EQ(linesOf(callLog(), "addHandler"), kRegistered);
+}
+
 TEST_F(Connection, ShowsTheLogoBeforeItRegisters) {
   ASSERT_TRUE(controller().LoadLogo(file.path()));
   identifyAtOnce();

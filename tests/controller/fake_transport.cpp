@@ -120,6 +120,7 @@ int FakeTransport::flushMessages() {
 bool FakeTransport::addHandler(void* object, MessageHandler handler, uint16_t command,
                                uint8_t lingo) {
   logRegistration("addHandler", command, lingo);
+  if (!registers) return false;
   registered.push_back({lingo, command, handler, object});
   return true;
 }

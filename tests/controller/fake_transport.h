@@ -50,6 +50,7 @@ class FakeTransport final : public Transport {
   bool starts = true;
   bool closes = true;
   bool sends = true;
+  bool registers = true;  ///< addHandler
 
   bool open(const char* deviceName) override;
   bool close() override;

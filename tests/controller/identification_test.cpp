@@ -144,6 +144,7 @@ TEST_F(Identification, DoesNotAnswerAFirmwareQuestionThatIsCutShort) {
 TEST_F(Identification, TellsTheSameVersionForEveryLingo) {
   for (const uint8_t lingo : Bytes{0x00, 0x04, 0x0A, 0xFF})
     EXPECT_EQ(repliesTo({{0x00, 0x27, 0x03, lingo}}), (Calls{"send 55 06 00 28 03 00 01 07"}));
+  EXPECT_EQ(repliesTo({{0x00, 0x27, 0x03}}), (Calls{"send 55 06 00 28 03 00 01 07"}));
 }
 
 TEST_F(Identification, DoesNotAnswerOtherQuestions) {
