@@ -40,13 +40,33 @@ void disconnect() {
   ipodConnected = 0;
 }
 
-bool startAudio() {
+uint32_t announcedRate() {
+  uint32_t sampleRate = 0;
+  ipodController.getSampleRate(sampleRate);
+  return sampleRate;
+}
+
+bool startStream(uint32_t sampleRate) {
   WAVEFORMATEX format{};
   format.wFormatTag = WAVE_FORMAT_PCM;
   format.nChannels = kChannels;
-  format.nSamplesPerSec = ipodSampleRate;
+  format.nSamplesPerSec = sampleRate;
   format.wBitsPerSample = kBitsPerSample;
   return StartIpodAudioPlay(&format) != kAudioStartFailed;
+}
+
+/// Starts the stream at the iPod's sample rate. A rate that the reader passes on meanwhile is newer
+/// than the one that the stream starts with, and is set again.
+bool startAudio() {
+  uint32_t sampleRate = announcedRate();
+  ipodSampleRate = sampleRate;
+  if (!startStream(sampleRate)) return false;
+  for (uint32_t newer = announcedRate(); newer != sampleRate; newer = announcedRate()) {
+    sampleRate = newer;
+    ipodSampleRate = newer;
+    SelectFrequency(static_cast<int32_t>(newer));
+  }
+  return true;
 }
 
 void learnPlayPause() {
@@ -63,9 +83,6 @@ void learnPlayPause() {
 bool enterService() {
   SelectFullBandwithInterface();
   ipodController.EnterExtendedMode();
-  uint32_t sampleRate = 0;
-  ipodController.getSampleRate(sampleRate);
-  ipodSampleRate = sampleRate;
   if (!startAudio()) {
     disconnect();
     return false;

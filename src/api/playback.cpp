@@ -62,10 +62,13 @@ PlayingTrack playingTrack() {
   return track;
 }
 
-uint32_t playingIndex() {
+enum class IndexChange { kNone, kMoved, kUnknown };
+
+/// What has become of the playing index since it was read.
+IndexChange changeSince(const PlayingTrack& track) {
   uint32_t index = 0;
-  ipodController.GetCurrentTrackIndex(index);
-  return index;
+  if (!ipodController.GetCurrentTrackIndex(index)) return IndexChange::kUnknown;
+  return index == track.index ? IndexChange::kNone : IndexChange::kMoved;
 }
 
 void notifyHost() { PostMessageW(HWND_BROADCAST, WM_IPOD_NOTIFY, 0, 0); }
@@ -85,7 +88,7 @@ void playNextTrack() {
 /// it goes forward once.
 void restartTrack(const PlayingTrack& track, uint32_t position) {
   ipodController.PlayControl(kPreviousTrack);
-  if (position >= kRestartFrom && playingIndex() != track.index) {
+  if (position >= kRestartFrom && changeSince(track) == IndexChange::kMoved) {
     ipodController.PlayControl(kNextTrack);
   }
 }
@@ -118,7 +121,7 @@ void playTrackBefore() {
     return;
   }
   ipodController.PlayControl(kPreviousTrack);
-  if (playingIndex() == track.index) ipodController.PlayControl(kPreviousTrack);
+  if (changeSince(track) == IndexChange::kNone) ipodController.PlayControl(kPreviousTrack);
 }
 
 /// True when something was done. An iPod that has only the toggle is left alone when it plays.

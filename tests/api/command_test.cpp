@@ -213,6 +213,15 @@ TEST_F(PreviousTrack, FarIntoATrackGoesForwardAgainWhenTheIpodLeftTheTrack) {
   }
 }
 
+TEST_F(PreviousTrack, FarIntoATrackIsDoneWhenTheIpodDoesNotAnswerTheSecondTime) {
+  count(kTracks, 10);
+  playState(kPlaying, 5000);
+  ipod.answerOnce("04 00 1E", {"04 00 1F 00 00 00 04"});
+  ipod.refuse("04 00 1E");
+  EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04",
+                                      "04 00 1E", kRefresh));
+}
+
 TEST_F(PreviousTrack, FarIntoATrackIsDoneWhenTheIpodRestartedTheTrack) {
   count(kTracks, 10);
   playingIndex(4);

@@ -63,6 +63,20 @@ TEST_F(IpodConnectTest, StartsTheStreamAtTheRateZeroThatTheIpodAnnounced) {
   EXPECT_THAT(events(), testing::Contains("StartIpodAudioPlay(0 Hz, 2 channels, 16 bits)"));
 }
 
+TEST_F(IpodConnectTest, EndsAtTheRateAnnouncedWhileTheStreamStartsAtAnOlderOne) {
+  desk.onAudioCall = [&](const IsochplayCall& call) {
+    if (call.function != kStartIpodAudioPlay) return;
+    ipod.send("0A 04 00 00 BB 80 00 00 00 00 00 00 00 00");
+    EXPECT_TRUE(log.waitFor("SelectFrequency(48000 Hz)"));
+  };
+  ASSERT_EQ(IpodConnect(), 1);
+  EXPECT_THAT(
+      log.eventsWithout({"Sleep(", "0", "SelectZero", "SelectFull"}),
+      ElementsAre("SelectFrequency(48000 Hz)", "StartIpodAudioPlay(44100 Hz, 2 channels, 16 bits)",
+                  "SelectFrequency(48000 Hz)"));
+  EXPECT_EQ(ipodSampleRate, 48000u);
+}
+
 TEST_F(IpodConnectTest, DoesNotMindARefusedExtendedInterfaceMode) {
   ipod.refuse("00 05");
   EXPECT_EQ(IpodConnect(), 1);

@@ -33,6 +33,7 @@ DeskRecorder::~DeskRecorder() {
 void DeskRecorder::takeAudioCall(void* context, const IsochplayCall* call) {
   auto& recorder = *static_cast<DeskRecorder*>(context);
   if (call->format != nullptr) recorder.lastFormatTag = call->format->wFormatTag;
+  if (recorder.onAudioCall) recorder.onAudioCall(*call);
   recorder.log.add(call->text);
 }
 

@@ -15,6 +15,10 @@ class DeskRecorder {
   DeskRecorder(const DeskRecorder&) = delete;
   DeskRecorder& operator=(const DeskRecorder&) = delete;
 
+  /// Called for each call of the audio library before it becomes an event, on the calling thread.
+  /// Set it while the library makes no such call.
+  std::function<void(const IsochplayCall&)> onAudioCall;
+
   /// Also called for each posted message, on the posting thread. Set it while nothing is posted.
   std::function<void()> onMessage;
 
