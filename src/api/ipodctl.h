@@ -5,11 +5,11 @@
  *
  * A first session:
  *
- *     const int* index;
  *     unsigned short name[64] = {0};
  *
  *     if (IpodConnect()) {
- *       index = IpodGetFirstItem(0, IPOD_ARTISTS, 0);          the list of artists
+ *       wait a second                                          see convention 9
+ *       IpodGetFirstItem(0, IPOD_ARTISTS, 0);                  the list of artists
  *       if (IpodGetNextItem()) {                               it is not empty; past "play all"
  *         IpodDisableTabVisualizationActive();                 a long list: choose its first tab
  *         IpodGetItemName(0, name, 0, 63);                     the first artist's name
@@ -39,20 +39,39 @@
  *
  *  5. Texts. The iPod's text reaches the host as 16-bit units, one unit for each byte of the
  *     library's 8-bit text (Latin-1), so 0x00E9 is an e with an acute accent. A character that
- *     Latin-1 does not have arrives as a space; one beyond the 16-bit range, or one that is cut
- *     short, empties the text. No terminator is written: clear the buffer before the call. A text
- *     is cut at `maxChars` units; with maxChars below 1 nothing is written.
+ *     Latin-1 does not have arrives as a space. A character beyond the 16-bit range, or a sequence
+ *     that is cut short, empties the text. A byte that begins no UTF-8 sequence arrives as its low
+ *     seven bits, 0x80 as a zero unit. No terminator is written: clear the buffer before the call.
+ *     A text is cut at `maxChars` units; with maxChars below 1 nothing is written.
+ *
+ *     A text must fit into a frame of 255 bytes. The longest that arrive have 251 bytes (title,
+ *     artist and album of the playing track), 250 (its genre), 247 (an entry of a list) and 252
+ *     (the iPod's name). A longer text loses the connection, as a pulled cable does.
  *
  *  6. Time is in milliseconds, sample rates are in Hz, all indexes count from 0.
  *
  *  7. Refresh. IpodSongPlay and the commands that IpodCommand names broadcast the window message
- *     WM_IPOD_NOTIFY with both parameters 0, also when the iPod did not obey. It carries no news:
- *     ask for what the screen shows. What the iPod does by itself, such as going on to the next
- *     track, is not announced: ask for it about once a second while it plays.
+ *     WM_IPOD_NOTIFY with both parameters 0. IpodSongPlay and the commands 3, 4 and 14 do so even
+ *     if the iPod did not obey. The message carries no news: ask for what the screen shows. What
+ *     the iPod does by itself, such as going on to the next track, is not announced: ask for it
+ *     about once a second while it plays.
  *
  *  8. Selection. The iPod keeps one selection of its database, and lists, counts and names are what
  *     lies under it. Opening and leaving lists moves it with the host. Functions that move it for a
  *     purpose of their own say so.
+ *
+ *  9. Late answers. A request takes the first message that arrives for its answer. Many iPods
+ *     acknowledge a connection twice: pending, and up to a second later done. If the second
+ *     acknowledgement arrives after the next request was sent, that request fails, and each one
+ *     that follows at once gets the answer of the one before. Leave the iPod alone for a second
+ *     after IpodConnect. After a call that failed or whose answer is odd, make no call for a
+ *     second, then ask again.
+ *
+ * 10. A lost iPod. After a pulled cable, or a frame with a wrong checksum, every call behaves as if
+ *     the iPod did not answer, and IpodIsConnect still returns 1. IpodGetTrackIndex tells: its
+ *     result is 0. Call IpodDisconnect, then IpodConnect until it succeeds. After an IpodConnect
+ *     that failed because the iPod did not identify itself, the link is still open and the calls
+ *     still ask the iPod.
  */
 #ifndef IPODCTL_H
 #define IPODCTL_H
@@ -92,8 +111,8 @@ enum IpodCommandCode {
   IPOD_START_FAST_FORWARD = 5,
   IPOD_START_REWIND = 6,
   IPOD_END_SEEK = 7,
-  IPOD_NEXT = 8,
-  IPOD_PREVIOUS = 9,
+  IPOD_NEXT = 8,     /* the next chapter of a track that has chapters, else the next track */
+  IPOD_PREVIOUS = 9, /* the chapter before, else the track before, as the iPod chooses */
   IPOD_PLAY = 10,
   IPOD_PAUSE = 11,
   IPOD_PREVIOUS_GROUP = 12, /* the artist, album, ... before: see IpodCommand */
@@ -125,8 +144,7 @@ enum IpodPlayStatus { IPOD_STOPPED = 0, IPOD_PLAYING = 1, IPOD_PAUSED = 2 };
  *         of the logo: one acknowledged packet for each of its rows and for each empty row above it
  *         (half of the rows that it leaves free). From an iPod that falls silent meanwhile each of
  *         these packets costs a second.
- * Then:   some iPods still acknowledge the connection when it is made already. A request that meets
- *         such an acknowledgement fails: an empty first list is worth a second try.
+ * Then:   leave the iPod alone for a second: see convention 9.
  * Lock:   tried, not waited for.
  */
 int IPODCTL_CALL IpodConnect(void);
@@ -181,19 +199,25 @@ int IPODCTL_CALL IpodValidateUpDownTree(void);
  *
  * The group commands, 12 and 13, go by the up-down snapshot (IpodValidateUpDownTree):
  *   - taken in a list of level 1: for artists and albums they play the first track, in the playing
- *     list, of the artist or album before or after the playing track's; for other lists they do
- *     nothing;
+ *     list, of the artist or album before or after the playing track's. Tracks without a name are a
+ *     group, too, and a name that the iPod does not send is none. The search ends without a step
+ *     after one round; in a group without a name also when the iPod does not answer for a second.
+ *     For other lists they do nothing.
  *   - taken deeper: they play the record before or after the one that was opened in the list of
- *     level 1 from its first track, round at the ends, and the snapshot moves on to it; below the
- *     play-all entry they play nothing. They begin a new selection of the iPod's database in any
- *     case.
+ *     level 1 from its first track, round at the ends, and the snapshot moves on to it. They begin
+ *     a new selection of the iPod's database in any case. Below the play-all entry they play
+ *     nothing. Below the play-all tab, if the host reached it by moving, its index is -35, and they
+ *     do play: 12 the last record, 13 whatever the iPod then has selected.
  *   - never taken: they do nothing.
+ *
+ * Commands 8 and 9 are sent to the iPod as they are: they neither wrap at the ends of the list nor
+ * restart a track.
  *
  * command: an IpodCommandCode, 1 to 14; other values do nothing.
  * Result:  0, whether or not the iPod obeyed.
- * Refresh: WM_IPOD_NOTIFY after commands 3, 4 and 14; after command 10 when the iPod acknowledged
- *          it (an iPod without a play command is left alone when it plays); after commands 12 and
- *          13 when a step was made.
+ * Refresh: WM_IPOD_NOTIFY after commands 3, 4 and 14; after command 10 only when the iPod
+ *          acknowledged it (an iPod without a play command is left alone when it plays); after
+ *          commands 12 and 13 only when a step was made.
  * Time:    several requests; 12 and 13 ask for every track's name until the group changes.
  * Lock:    taken.
  */
@@ -205,8 +229,10 @@ int IPODCTL_CALL IpodCommand(int command);
  * the index still counts the tracks of what was opened. At level 1, where nothing has been opened,
  * the selection is the whole library.
  *
- * index:  the track to play, from 0; -1 for the current item's index. The play-all entry, and an
- *         index at or beyond the number of tracks, play from the first track.
+ * index:  the track to play, from 0; -1 for the current item's index. An index below the list's
+ *         count is played as it is, even if the selection has fewer tracks. Any other index at or
+ *         beyond the number of tracks, one below -1, and the play-all entry play from the first
+ *         track.
  * Result: 0.
  * Lock:   taken.
  */
@@ -286,9 +312,11 @@ int IPODCTL_CALL IpodGetCurrentTrackPosition(int* position);
  * Play all. Lists of artists and albums, and track lists opened with tracksOfSelection, begin with
  * a play-all entry, index -1. In tab mode it is the play-all tab, on which such a list opens.
  *
- * Playlists. The first playlist is the whole library. A list of playlists opens on the second one
- * and counts one less, and moving about in it reaches neither the first nor the last one. In tab
- * mode it opens on tab 1, and the tabs count from the whole library.
+ * Playlists. The first playlist is the whole library. A list of playlists in a new tree counts one
+ * less and opens on the second playlist; moving about in it reaches neither the first playlist nor
+ * the last. In tab mode it opens on tab 1, the tabs count from the whole library, and the first tab
+ * does reach it; the last playlist is not reached. A list of playlists below another list has all
+ * of them.
  *
  * Functions that return a pointer return the address of the level's current index, valid until the
  * library is unloaded; read it at once, the next call that moves in the tree changes it.
@@ -299,13 +327,15 @@ int IPODCTL_CALL IpodGetCurrentTrackPosition(int* position);
  *
  * descend:           0 closes the tree and opens a top list; any other value opens the record at
  *                    the current index as the next level. In tab mode that is the tab's first item:
- *                    choose a tab first. The play-all tab opens as "all" only before the first
- *                    move, while its index is -1.
+ *                    choose a tab first. Before the first move in a tabbed list it is the entry
+ *                    that the list opened on: "all" in a list with a play-all tab, the first item
+ *                    of genres, the second one of playlists. After a move the play-all tab has the
+ *                    index -35, which is no record.
  * type:              what the new list holds, an IpodBrowseType, 1 to 8.
  * tracksOfSelection: with descend, not 0 opens all tracks below the current entry, whatever the
  *                    type, with a play-all entry. Ignored in a new tree.
- * Result:            the address of the new level's index; null when the type is out of range, when
- *                    the tree is at level 7, or before the first IpodConnect (nothing changes).
+ * Result:            the address of the new level's index; null when the type is out of range, for
+ *                    a descent from level 7, or before the first IpodConnect (nothing changes).
  *                    A list that the iPod does not count opens empty: IpodGetNextItem returns null.
  *                    A list of playlists then has the count -1 and is in tab mode.
  * Lock:              taken.
@@ -412,8 +442,9 @@ int IPODCTL_CALL IpodGetNumberOfPlaylist(void);
 
 /*
  * Reads the current entry's name. For a tab it is a label: the first four characters of the tab's
- * first name, " - ", and the first four of its last name. For a play-all entry it is four units
- * 0xFFFF: the host shows a text of its own.
+ * first name, " - ", and the first four of its last name. A list of playlists that opens on tab 1
+ * is labelled with the last name of tab 0 until the first move. For a play-all entry the name is
+ * four units 0xFFFF: the host shows a text of its own.
  *
  * unused:   not used.
  * first:    receives the name's first maxChars units.
@@ -464,8 +495,8 @@ int IPODCTL_CALL IpodGetTrackInfo(int* trackIndex, unsigned short* artist, unsig
 int IPODCTL_CALL IpodGetName(unsigned short* name, int maxChars);
 
 /*
- * Reads the iPod's serial number; as IpodGetName. The final zero byte that iPods send is part of
- * the text when it fits.
+ * Reads the iPod's serial number; as IpodGetName. Its bytes are not converted: each becomes one
+ * unit, the final zero byte that iPods send too when it fits.
  */
 int IPODCTL_CALL IpodGetSerialNumber(unsigned short* serial, int maxChars);
 

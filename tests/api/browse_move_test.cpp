@@ -134,6 +134,18 @@ TEST_F(TabModeTest, PlaylistsBeginOnTheSecondTab) {
             "type=1 count=36 index=35 start=35 end=36 tab=1 tabs=2 shown=1 split=1 playAll=0");
 }
 
+TEST_F(TabModeTest, PlaylistsReachTheWholeLibraryInTheFirstTabButNotTheLastPlaylist) {
+  openTree(IPOD_PLAYLISTS, 37);
+  IpodDisableTabVisualizationActive();
+  EXPECT_EQ(previous(), 0);
+  EXPECT_EQ(previous(), 34);
+  IpodEnableTabVisualizationActive();
+  EXPECT_EQ(next(), 0);
+  EXPECT_EQ(next(), 35);
+  IpodDisableTabVisualizationActive();
+  EXPECT_EQ(next(), 35);
+}
+
 TEST_F(TabModeTest, AFullLastTabEndsAtTheCount) {
   openTree(IPOD_GENRES, 70);
   EXPECT_EQ(next(), 35);

@@ -243,6 +243,15 @@ TEST_F(IpodGetFirstItemTest, BelowThePlayAllEntrySelectsNoRecord) {
               ElementsAre("04 00 18 02", "04 00 38 02 FF FF FF FF 03", "04 00 18 03"));
 }
 
+TEST_F(IpodGetFirstItemTest, BelowATabbedListBeforeTheFirstMoveOpensItsFirstEntry) {
+  openTree(IPOD_ARTISTS, 36);
+  EXPECT_EQ(open(1, IPOD_ALBUMS, 0)[1], "04 00 38 02 FF FF FF FF 03");
+  openTree(IPOD_GENRES, 36);
+  EXPECT_EQ(open(1, IPOD_ARTISTS, 0)[1], "04 00 38 04 00 00 00 00 01");
+  openTree(IPOD_PLAYLISTS, 37);
+  EXPECT_EQ(open(1, IPOD_TRACKS, 0)[1], "04 00 38 01 00 00 00 01 04");
+}
+
 TEST_F(IpodGetFirstItemTest, BelowNoListSelectsNothingPlainly) {
   count("03", 3);
   EXPECT_THAT(open(1, IPOD_ALBUMS, 0),

@@ -162,6 +162,20 @@ TEST_F(IpodConnectTest, OfASilentIpodFailsAfterThreeAttempts) {
   EXPECT_EQ(IpodIsConnect(), 0);
 }
 
+// Takes three seconds, one for each attempt.
+TEST_F(IpodConnectTest, OfAnIpodThatDemandsAuthenticationFailsAfterThreeAttempts) {
+  ipod.answer("00 13", {"00 02 00 13", "00 27 00", "00 14"});
+  EXPECT_EQ(IpodConnect(), 0);
+  EXPECT_THAT(events(), testing::Contains(kIdentify).Times(3));
+}
+
+// Takes three seconds, one for each attempt.
+TEST_F(IpodConnectTest, OfAnIpodThatDoesNotKnowDigitalAudioFailsAfterThreeAttempts) {
+  ipod.answer("00 13", {"00 02 00 13", "00 27 00"});
+  EXPECT_EQ(IpodConnect(), 0);
+  EXPECT_THAT(events(), testing::Contains(kIdentify).Times(3));
+}
+
 TEST_F(IpodConnectTest, SucceedsAfterAFailure) {
   {
     const host_test::DeviceMapping nothing("");

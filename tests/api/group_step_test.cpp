@@ -361,6 +361,16 @@ TEST_F(BelowARecordTest, FromThePlayAllEntryDoesNothing) {
   EXPECT_EQ(upDownTree.ipodLevelIndex[1], -1);
 }
 
+TEST_F(BelowARecordTest, FromThePlayAllTabReachedByMovingPlaysAllTheSame) {
+  openBelow(IPOD_ALBUMS, 40, -35);
+  EXPECT_THAT(step(kNextGroup), ElementsAre("04 00 16", "04 00 18 03", "04 00 38 03 FF FF FF DE 03",
+                                            "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
+  openBelow(IPOD_ALBUMS, 40, -35);
+  EXPECT_THAT(step(kPreviousGroup),
+              ElementsAre("04 00 16", "04 00 18 03", "04 00 38 03 00 00 00 27 03", "04 00 18 05",
+                          "04 00 28 00 00 00 00", kRefresh));
+}
+
 TEST_F(BelowARecordTest, StepsOnFromWhereTheLastStepCame) {
   openBelow(IPOD_ALBUMS, 4, 0);
   EXPECT_THAT(step(kNextGroup), testing::Contains("04 00 38 03 00 00 00 01 03"));

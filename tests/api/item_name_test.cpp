@@ -119,6 +119,20 @@ TEST_F(IpodGetItemNameTest, IsEmptyForACharacterBeyondSixteenBits) {
   EXPECT_EQ(first, untouched(4));
 }
 
+TEST_F(IpodGetItemNameTest, ShowsTheLowSevenBitsOfAStrayByte) {
+  openTree(IPOD_GENRES, 3);
+  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 41 80 42 FE BF 00"});
+  read(6);
+  EXPECT_EQ(first, (Units{0x41, 0x00, 0x42, 0x7E, 0x3F, 0xEEEE}));
+}
+
+TEST_F(IpodGetItemNameTest, IsEmptyForASequenceThatIsCutShort) {
+  openTree(IPOD_GENRES, 3);
+  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 41 C3 42 00"});
+  read(4);
+  EXPECT_EQ(first, untouched(4));
+}
+
 TEST_F(IpodGetItemNameTest, WithoutAFinalZeroEndsWithTheMessage) {
   openTree(IPOD_GENRES, 3);
   ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 61 62 63"});

@@ -71,6 +71,12 @@ TEST_F(IpodSongPlayTest, AnItemBehindTheListIsPlayedWhenTheSelectionHasIt) {
   EXPECT_THAT(play(31), ElementsAre("04 00 18 05", "04 00 28 00 00 00 1F", kRefresh));
 }
 
+TEST_F(IpodSongPlayTest, AnItemOfTheListIsPlayedEvenIfTheSelectionHasFewerTracks) {
+  openTracks(30);
+  count(kTracks, 3);
+  EXPECT_THAT(play(29), ElementsAre("04 00 28 00 00 00 1D", kRefresh));
+}
+
 TEST_F(IpodSongPlayTest, AnItemBehindTheSelectionPlaysTheFirstTrack) {
   openTracks(30);
   EXPECT_THAT(play(30), ElementsAre("04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
