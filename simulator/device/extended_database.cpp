@@ -23,6 +23,13 @@ std::vector<uint32_t> shapedListing(uint32_t start, uint32_t count, const Listin
 
 }  // namespace
 
+void ExtendedInterfaceLingo::requestProtocolVersion(PayloadReader&) {
+  const Version* const version =
+      state.personality.versionOf(static_cast<uint8_t>(Lingo::kExtendedInterface));
+  if (version == nullptr) return state.refuseUnknown();
+  reply(kExtendedReturnProtocolVersion, {version->major, version->minor});
+}
+
 void ExtendedInterfaceLingo::requestName(PayloadReader&) {
   reply(kExtendedReturnIpodName, PayloadWriter().text(state.name()).take(), 0);
 }

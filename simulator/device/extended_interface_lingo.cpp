@@ -9,6 +9,7 @@ struct ExtendedInterfaceTable {
 
   static constexpr CommandRow<Self> kRows[] = {
       {kGetIndexedPlayingTrackInfo, 7, 7, &Self::trackInfo},
+      {kExtendedRequestProtocolVersion, 0, 0, &Self::requestProtocolVersion},
       {kExtendedRequestIpodName, 0, 0, &Self::requestName},
       {kResetDbSelection, 0, 0, &Self::resetSelection},
       {kSelectDbRecord, 5, 5, &Self::selectRecord},

@@ -18,6 +18,7 @@ class ExtendedInterfaceLingo {
   bool answersNow(uint16_t command) const;
 
   // extended_database.cpp
+  void requestProtocolVersion(PayloadReader& data);
   void requestName(PayloadReader& data);
   void resetSelection(PayloadReader& data);
   void selectRecord(PayloadReader& data);

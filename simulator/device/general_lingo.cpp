@@ -77,10 +77,9 @@ void GeneralLingo::requestModelNumber(PayloadReader&) {
 
 void GeneralLingo::requestLingoVersion(PayloadReader& data) {
   const uint8_t lingo = data.u8();
-  const auto found = state.personality.lingoes.find(lingo);
-  if (found == state.personality.lingoes.end()) return state.acknowledge(Status::kBadParameter);
-  const Version& version = found->second;
-  state.send(Lingo::kGeneral, kReturnLingoProtocolVersion, {lingo, version.major, version.minor});
+  const Version* const version = state.personality.versionOf(lingo);
+  if (version == nullptr) return state.acknowledge(Status::kBadParameter);
+  state.send(Lingo::kGeneral, kReturnLingoProtocolVersion, {lingo, version->major, version->minor});
 }
 
 void GeneralLingo::identifyDeviceLingoes(PayloadReader& data) {

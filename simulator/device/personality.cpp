@@ -103,13 +103,17 @@ const Preset& findPreset(const std::string& name) {
 
 }  // namespace
 
+const Version* Personality::versionOf(uint8_t lingo) const {
+  const auto version = lingoes.find(lingo);
+  return version == lingoes.end() ? nullptr : &version->second;
+}
+
 bool Personality::knowsPlayAndPause() const {
-  const auto version = lingoes.find(kExtended);
-  if (version == lingoes.end()) return false;
-  const Version& known = version->second;
-  return known.major > kFirstWithPlayAndPause.major ||
-         (known.major == kFirstWithPlayAndPause.major &&
-          known.minor >= kFirstWithPlayAndPause.minor);
+  const Version* const known = versionOf(kExtended);
+  if (known == nullptr) return false;
+  return known->major > kFirstWithPlayAndPause.major ||
+         (known->major == kFirstWithPlayAndPause.major &&
+          known->minor >= kFirstWithPlayAndPause.minor);
 }
 
 const std::vector<std::string>& personalityNames() {

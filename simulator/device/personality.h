@@ -110,6 +110,8 @@ struct Personality {
   uint16_t screenHeight = 240;
   DisplayHabits display;
 
+  /// The version of a lingo; null when it does not speak it.
+  const Version* versionOf(uint8_t lingo) const;
   /// Whether it knows the play and pause codes of PlayControl.
   bool knowsPlayAndPause() const;
 };

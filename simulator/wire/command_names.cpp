@@ -36,6 +36,8 @@ constexpr NameRow kNames[] = {
     {Lingo::kExtendedInterface, kExtendedAck, "iPodAck"},
     {Lingo::kExtendedInterface, kGetIndexedPlayingTrackInfo, "GetIndexedPlayingTrackInfo"},
     {Lingo::kExtendedInterface, kReturnIndexedPlayingTrackInfo, "ReturnIndexedPlayingTrackInfo"},
+    {Lingo::kExtendedInterface, kExtendedRequestProtocolVersion, "RequestProtocolVersion"},
+    {Lingo::kExtendedInterface, kExtendedReturnProtocolVersion, "ReturnProtocolVersion"},
     {Lingo::kExtendedInterface, kExtendedRequestIpodName, "RequestiPodName"},
     {Lingo::kExtendedInterface, kExtendedReturnIpodName, "ReturniPodName"},
     {Lingo::kExtendedInterface, kResetDbSelection, "ResetDbSelection"},

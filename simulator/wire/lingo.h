@@ -56,6 +56,8 @@ enum ExtendedInterfaceCommand : uint16_t {
   kExtendedAck = 0x0001,
   kGetIndexedPlayingTrackInfo = 0x000C,
   kReturnIndexedPlayingTrackInfo = 0x000D,
+  kExtendedRequestProtocolVersion = 0x0012,
+  kExtendedReturnProtocolVersion = 0x0013,
   kExtendedRequestIpodName = 0x0014,
   kExtendedReturnIpodName = 0x0015,
   kResetDbSelection = 0x0016,

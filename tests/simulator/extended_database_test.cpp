@@ -40,6 +40,28 @@ class ExtendedDatabaseTest : public testing::Test {
   Bench bench;
 };
 
+TEST(ExtendedProtocolVersion, IsThatOfTheModel) {
+  Personality personality;
+  personality.lingoes[0x04] = {1, 12};
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask("04 00 12"), Payloads{"04 00 01 04 00 12"}) << "outside the extended mode";
+  bench.enter();
+  EXPECT_EQ(bench.ask("04 00 12"), Payloads{"04 00 13 01 0C"});
+  EXPECT_EQ(bench.ask("04 00 12 00"), Payloads{"04 00 01 04 00 12"}) << "a byte too many";
+}
+
+TEST(ExtendedProtocolVersion, IsUnknownToAModelWithoutTheLingo) {
+  Personality personality;
+  personality.lingoes.erase(0x04);
+  Bench bench(personality);
+  bench.enter();
+  EXPECT_EQ(bench.ask("04 00 12"), Payloads{"04 00 01 05 00 12"});
+}
+
+TEST_F(ExtendedDatabaseTest, TellsTheVersionOfTheDefaultModel) {
+  EXPECT_EQ(bench.ask("04 00 12"), Payloads{"04 00 13 01 0E"});
+}
+
 TEST_F(ExtendedDatabaseTest, TellsTheName) {
   EXPECT_EQ(bench.ask("04 00 14"), Payloads{"04 00 15 50 6F 64 00"});
 }
