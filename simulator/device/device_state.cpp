@@ -60,13 +60,12 @@ void DeviceState::togglePlaying() {
   }
 }
 
-void DeviceState::send(Lingo lingo, uint16_t command, Bytes data, std::optional<size_t> textOffset,
-                       Time delay) {
+void DeviceState::send(Lingo lingo, uint16_t command, Bytes data,
+                       std::optional<size_t> textOffset) {
   Outgoing outgoing;
   outgoing.message = {static_cast<uint8_t>(lingo), command, std::move(data)};
   outgoing.cause = request.value_or(Cause{static_cast<uint8_t>(lingo), command});
   outgoing.textOffset = textOffset;
-  outgoing.delay = delay;
   transmit(std::move(outgoing));
 }
 
@@ -78,6 +77,10 @@ void DeviceState::sendUnasked(Lingo lingo, uint16_t command, Bytes data) {
 }
 
 void DeviceState::acknowledge(Status status, std::optional<Time> wait) {
+  transmit(acknowledgement(status, wait));
+}
+
+Outgoing DeviceState::acknowledgement(Status status, std::optional<Time> wait) const {
   const bool extended = request->lingo == static_cast<uint8_t>(Lingo::kExtendedInterface);
   PayloadWriter writer;
   writer.u8(static_cast<uint8_t>(status));
@@ -90,8 +93,12 @@ void DeviceState::acknowledge(Status status, std::optional<Time> wait) {
     writer.u32(static_cast<uint32_t>(std::chrono::duration_cast<milliseconds>(*wait).count()));
   }
   const Lingo lingo = extended ? Lingo::kExtendedInterface : Lingo::kGeneral;
-  send(lingo, extended ? uint16_t{kExtendedAck} : uint16_t{kAck}, writer.take(), {},
-       personality.acknowledgementDelay);
+  const uint16_t command = extended ? uint16_t{kExtendedAck} : uint16_t{kAck};
+  Outgoing outgoing;
+  outgoing.message = {static_cast<uint8_t>(lingo), command, writer.take()};
+  outgoing.cause = *request;
+  outgoing.delay = personality.acknowledgementDelay;
+  return outgoing;
 }
 
 void DeviceState::refuseUnknown() {
@@ -105,15 +112,26 @@ void DeviceState::refuseUnknown() {
   }
 }
 
-void DeviceState::pendThenDo(Time wait, std::function<void()> action) {
+void DeviceState::doLater(Time wait, std::function<void()> action) {
   if (wait <= Time(0)) return action();
-  acknowledge(Status::kPending, wait);
   const std::optional<Cause> asked = request;
   timers.at(now + wait, [this, asked, action = std::move(action)] {
     request = asked;
     action();
     request.reset();
   });
+}
+
+void DeviceState::pendThenDo(Time wait, std::function<void()> action) {
+  if (wait > Time(0)) acknowledge(Status::kPending, wait);
+  doLater(wait, std::move(action));
+}
+
+void DeviceState::pendAndDo(Time stated, const std::function<void()>& action) {
+  Outgoing pending = acknowledgement(Status::kPending, stated);
+  pending.together = true;
+  transmit(std::move(pending));
+  action();
 }
 
 }  // namespace simulator

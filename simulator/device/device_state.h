@@ -25,8 +25,7 @@ struct DeviceState {
   void togglePlaying();
 
   /// Sends a message, in answer to the request at work if there is one.
-  void send(Lingo lingo, uint16_t command, Bytes data, std::optional<size_t> textOffset = {},
-            Time delay = Time(0));
+  void send(Lingo lingo, uint16_t command, Bytes data, std::optional<size_t> textOffset = {});
   /// Sends a message that the iPod sends on its own.
   void sendUnasked(Lingo lingo, uint16_t command, Bytes data);
 
@@ -34,9 +33,13 @@ struct DeviceState {
   void acknowledge(Status status, std::optional<Time> wait = {});
   /// Answers a command that the iPod does not know, as the personality does.
   void refuseUnknown();
-  /// Does what answers the request: at once when there is nothing to wait for, else after an
-  /// acknowledgement that says that it is pending.
+  /// Does what answers the request: at once when there is nothing to wait for, else later.
+  void doLater(Time wait, std::function<void()> action);
+  /// The same, but acknowledges first that it is pending when there is something to wait for.
   void pendThenDo(Time wait, std::function<void()> action);
+  /// Acknowledges that it is pending for so long, and does what answers the request at once. The
+  /// next message is in one write with the acknowledgement.
+  void pendAndDo(Time stated, const std::function<void()>& action);
 
   Personality personality;
   Catalogue catalogue;
@@ -57,6 +60,7 @@ struct DeviceState {
 
  private:
   void forgetExtendedMode();
+  Outgoing acknowledgement(Status status, std::optional<Time> wait) const;
 };
 
 }  // namespace simulator

@@ -72,6 +72,8 @@ void ExtendedInterfaceLingo::retrieveRecords(PayloadReader& data) {
 Status ExtendedInterfaceLingo::select(uint8_t categoryNumber, uint32_t index, SortOrder order) {
   const std::optional<Category> category = categoryOf(categoryNumber);
   if (!category) return Status::kUnknownCategory;
+  const bool undoesPlaylist = *category == Category::kPlaylist && index == kNoIndex;
+  if (undoesPlaylist && !state.personality.deselectsPlaylists) return Status::kBadParameter;
   const bool counted = state.database.wasCounted(*category);
   if (index != kNoIndex && state.personality.countBeforeSelect && !counted) return Status::kFailed;
   if (*category != Category::kTrack) return state.database.select(*category, index, order);

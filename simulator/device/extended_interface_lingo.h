@@ -47,6 +47,7 @@ class ExtendedInterfaceLingo {
   void playingTrackCount(PayloadReader& data);
   void setCurrentTrack(PayloadReader& data);
   void replyTrackText(uint16_t command, uint32_t index, std::string Track::*text);
+  void refuseTrackIndex();
   const Track* playingTrack(uint32_t index) const;
   std::vector<uint32_t> tracksToPlay();
   bool control(PlayControlCode code);

@@ -97,7 +97,8 @@ void ExtendedInterfaceLingo::trackInfo(PayloadReader& data) {
   const Track* track = playingTrack(data.u32());
   PayloadWriter writer;
   writer.u8(number);
-  if (track == nullptr || !appendInfo(writer, type, *track)) {
+  const bool refused = type == TrackInfoType::kGenre && !state.personality.tellsGenre;
+  if (refused || track == nullptr || !appendInfo(writer, type, *track)) {
     return state.acknowledge(Status::kBadParameter);
   }
   const std::optional<size_t> textOffset = isText(type) ? std::optional<size_t>(1) : std::nullopt;
@@ -117,10 +118,12 @@ void ExtendedInterfaceLingo::playSelection(PayloadReader& data) {
   const uint32_t anyTrack = shuffled ? state.random.below(count) : 0;
   const uint32_t first = asked == kNoIndex ? anyTrack : asked;
   if (first >= count) return state.acknowledge(Status::kBadParameter);
-  state.pendThenDo(state.personality.playPending, [this, tracks = std::move(tracks), first] {
+  const auto play = [this, tracks = std::move(tracks), first] {
     state.player.play(tracks, first, state.now);
     state.acknowledge(Status::kOk);
-  });
+  };
+  state.pendThenDo(state.personality.playPending,
+                   [this, play] { state.doLater(state.personality.soundDelay, play); });
 }
 
 void ExtendedInterfaceLingo::playControl(PayloadReader& data) {
@@ -165,8 +168,13 @@ void ExtendedInterfaceLingo::setCurrentTrack(PayloadReader& data) {
 void ExtendedInterfaceLingo::replyTrackText(uint16_t command, uint32_t index,
                                             std::string Track::*text) {
   const Track* track = playingTrack(index);
-  if (track == nullptr) return state.acknowledge(Status::kBadParameter);
+  if (track == nullptr) return refuseTrackIndex();
   reply(command, PayloadWriter().text(track->*text).take(), 0);
+}
+
+void ExtendedInterfaceLingo::refuseTrackIndex() {
+  const bool fails = state.personality.badTrackIndex == BadTrackIndex::kFailed;
+  state.acknowledge(fails ? Status::kFailed : Status::kBadParameter);
 }
 
 const Track* ExtendedInterfaceLingo::playingTrack(uint32_t index) const {

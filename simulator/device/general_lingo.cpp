@@ -7,6 +7,8 @@ namespace simulator {
 namespace {
 
 constexpr uint8_t kLingoBits = 32;
+// What a mode change is said to take that has happened already.
+constexpr Time kStatedPending = milliseconds(300);
 
 }  // namespace
 
@@ -37,9 +39,15 @@ void GeneralLingo::handle(const Message& message) {
   }
 }
 
+bool GeneralLingo::comesTooEarly(const Message& message) const {
+  return state.personality.silentBeforeIdentification && !announced &&
+         !message.is(Lingo::kGeneral, kIdentifyDeviceLingoes);
+}
+
 void GeneralLingo::stop() {
   identification.stop();
   announcements = 0;
+  announced = false;
 }
 
 void GeneralLingo::identify(PayloadReader& data) {
@@ -84,8 +92,12 @@ void GeneralLingo::requestLingoVersion(PayloadReader& data) {
 
 void GeneralLingo::identifyDeviceLingoes(PayloadReader& data) {
   if (announcements++ < state.personality.silentIdentifications) return;
+  if (announced && state.personality.refusesSecondIdentification) {
+    return state.acknowledge(Status::kBadParameter);
+  }
   const uint32_t lingoes = data.u32();
   if ((lingoes & 1) == 0 || !speaksAll(lingoes)) return state.acknowledge(Status::kFailed);
+  announced = true;
   state.setExtendedMode(false);
   state.announcedLingoes = lingoes;
   state.acknowledge(Status::kOk);
@@ -95,11 +107,14 @@ void GeneralLingo::identifyDeviceLingoes(PayloadReader& data) {
 void GeneralLingo::accessoryInfo(PayloadReader& data) { identification.takeAccessoryInfo(data); }
 
 void GeneralLingo::changeMode(bool on) {
-  const Time wait = state.extendedMode == on ? Time(0) : state.personality.modeChangePending;
-  state.pendThenDo(wait, [this, on] {
+  const auto change = [this, on] {
     state.setExtendedMode(on);
     state.acknowledge(Status::kOk);
-  });
+  };
+  const Time wait = state.personality.modeChangePending;
+  if (state.extendedMode == on) return change();
+  if (!state.personality.modeChangeTogether) return state.pendThenDo(wait, change);
+  state.pendAndDo(wait > Time(0) ? wait : kStatedPending, change);
 }
 
 void GeneralLingo::replyText(uint16_t command, const std::string& text) {

@@ -26,11 +26,12 @@ void appendDetails(PayloadWriter& question, uint8_t type, const Personality& per
 
 void Identification::begin() {
   stop();
-  ask(kCapabilities);
+  askWhenDue(kCapabilities);
+  if (!waitsForAnswers()) startAudio();
 }
 
 void Identification::stop() {
-  state.timers.cancel(patience);
+  state.timers.cancel(nextStep);
   asked.reset();
   repeated = false;
   questions.clear();
@@ -45,23 +46,35 @@ void Identification::takeAccessoryInfo(PayloadReader& data) {
   askNext();
 }
 
+bool Identification::waitsForAnswers() const {
+  return state.personality.accessoryInfoDelay <= Time(0);
+}
+
+void Identification::askWhenDue(uint8_t type) {
+  if (waitsForAnswers()) return ask(type);
+  nextStep = state.timers.at(state.now + state.personality.accessoryInfoDelay,
+                             [this, type] { ask(type); });
+}
+
 void Identification::ask(uint8_t type) {
   asked = type;
   PayloadWriter question;
   question.u8(type);
   appendDetails(question, type, state.personality);
   state.sendUnasked(Lingo::kGeneral, kGetAccessoryInfo, question.take());
-  patience = state.timers.at(state.now + state.personality.accessoryInfoPatience,
+  nextStep = state.timers.at(state.now + state.personality.accessoryInfoPatience,
                              [this] { patienceIsOver(); });
 }
 
 void Identification::askNext() {
-  state.timers.cancel(patience);
+  state.timers.cancel(nextStep);
   asked.reset();
-  if (questions.empty()) return startAudio();
-  const uint8_t type = questions.front();
-  questions.pop_front();
-  ask(type);
+  if (!questions.empty()) {
+    const uint8_t type = questions.front();
+    questions.pop_front();
+    return askWhenDue(type);
+  }
+  if (waitsForAnswers()) startAudio();
 }
 
 // The first question is repeated once; a later one is not.
@@ -69,7 +82,7 @@ void Identification::patienceIsOver() {
   const bool again = asked == kCapabilities && state.personality.repeatsAccessoryInfo && !repeated;
   if (!again) return askNext();
   repeated = true;
-  ask(kCapabilities);
+  askWhenDue(kCapabilities);
 }
 
 void Identification::planQuestions(uint32_t capabilities) {

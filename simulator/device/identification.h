@@ -7,7 +7,8 @@
 namespace simulator {
 
 /// What an iPod asks of an accessory that has announced its lingoes, one question after the other:
-/// what it can tell about itself, those things, then how it takes digital audio.
+/// what it can tell about itself, those things, then how it takes digital audio. A model that asks
+/// late begins with digital audio meanwhile.
 class Identification {
  public:
   Identification(DeviceState& device, DigitalAudioLingo& digitalAudio)
@@ -21,6 +22,8 @@ class Identification {
   void takeAccessoryInfo(PayloadReader& data);
 
  private:
+  bool waitsForAnswers() const;
+  void askWhenDue(uint8_t type);
   void ask(uint8_t type);
   void askNext();
   void patienceIsOver();
@@ -33,7 +36,8 @@ class Identification {
   std::optional<uint8_t> asked;  ///< the info type that is waited for
   bool repeated = false;
   std::deque<uint8_t> questions;
-  Timers::Id patience = 0;
+  Timers::Id nextStep =
+      0;  ///< the question, while it is late, or the end of the wait for its answer
 };
 
 }  // namespace simulator

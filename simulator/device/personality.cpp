@@ -70,6 +70,7 @@ void makeTouch(Personality& touch) {
 }
 
 void makeStrict(Personality& strict) {
+  strict.refusesSecondIdentification = true;
   strict.displayNeedsExtendedMode = true;
   strict.audioAckOpensNotifications = true;
   strict.trackSelection = TrackSelection::kAlone;
@@ -77,6 +78,20 @@ void makeStrict(Personality& strict) {
   strict.unknownCommand = UnknownCommand::kSilence;
   strict.notificationJitter = milliseconds(60);
   strict.display.imageInterval = seconds(15);
+  strict.badTrackIndex = BadTrackIndex::kFailed;
+  strict.tellsGenre = false;
+  strict.deselectsPlaylists = false;
+}
+
+void makeHasty(Personality& hasty) {
+  hasty.lingoes[kExtended] = {1, 12};
+  hasty.softwareVersion = {1, 2, 1};
+  hasty.modelId = 0x000B0010;
+  hasty.modelNumber = "MA446";
+  hasty.modeChangeTogether = true;
+  hasty.accessoryInfoDelay = milliseconds(100);
+  hasty.repeatsAccessoryInfo = false;
+  hasty.soundDelay = milliseconds(200);
 }
 
 constexpr Preset kPresets[] = {
@@ -86,7 +101,8 @@ constexpr Preset kPresets[] = {
     {"video", "1.12 without play and pause codes, ends identification by its mode", makeVideo},
     {"mini", "grey screen, 1.02, silent outside the extended mode", makeMini},
     {"touch", "2.00, shows no image, slow to acknowledge", makeTouch},
-    {"strict", "as classic, but forgives nothing that a model may refuse", makeStrict},
+    {"strict", "as classic, but refuses all that a model may refuse", makeStrict},
+    {"hasty", "1.12, acknowledges a mode twice at once, asks and plays late", makeHasty},
 };
 
 const Preset& findPreset(const std::string& name) {

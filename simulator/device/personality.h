@@ -29,6 +29,9 @@ enum class UnknownCommand { kUnknownId, kFailed, kSilence };
 /// What an Extended Interface command is answered with outside the extended mode.
 enum class OutsideExtendedMode { kBadParameter, kSilence };
 
+/// What a request for a track's text is answered with whose index is not in the playing list.
+enum class BadTrackIndex { kBadParameter, kFailed };
+
 /// How the list of all tracks is sorted when the accessory asks for no order.
 enum class TrackOrder { kByArtist, kByName };
 
@@ -57,7 +60,14 @@ struct Personality {
   // Identification
   /// So many IdentifyDeviceLingoes after plugging get no answer at all.
   unsigned silentIdentifications = 0;
+  /// Whether it ignores everything that comes before the IdentifyDeviceLingoes that it accepts.
+  bool silentBeforeIdentification = false;
+  /// Whether it refuses another IdentifyDeviceLingoes after that one.
+  bool refusesSecondIdentification = false;
   IdentificationEnd identificationEnd = IdentificationEnd::kVersionChain;
+  /// From the moment when GetAccessoryInfo is due until it is sent. 0: at once, and the
+  /// identification waits for the answers. Else it goes on meanwhile, and can end before.
+  Time accessoryInfoDelay{0};
   /// How long GetAccessoryInfo of type 0 waits before it is asked once more, or given up.
   Time accessoryInfoPatience = seconds(5);
   bool repeatsAccessoryInfo = true;
@@ -85,8 +95,13 @@ struct Personality {
   /// Entering and leaving the extended mode: 0, at once; else acknowledged as pending first, and
   /// done so much later.
   Time modeChangePending{0};
-  /// The same for PlayCurrentSelection.
+  /// Whether both acknowledgements of a mode change are sent at once, in one write.
+  bool modeChangeTogether = false;
+  /// As modeChangePending, for PlayCurrentSelection.
   Time playPending{0};
+  /// From PlayCurrentSelection, or the end of its pending time, until the sound starts. Its
+  /// acknowledgement is held back until then.
+  Time soundDelay{0};
   /// From a request to its answer.
   Time answerDelay{0};
   /// On top of it, for acknowledgements.
@@ -96,11 +111,16 @@ struct Personality {
   /// Whether a category must have been counted since the last reset before one of its records can
   /// be selected.
   bool countBeforeSelect = true;
+  /// Whether an index of -1 undoes the selection of a playlist, as it does in other categories.
+  bool deselectsPlaylists = true;
   TrackSelection trackSelection = TrackSelection::kWithItsList;
   TrackOrder trackOrder = TrackOrder::kByArtist;
 
   // Playing and its notifications
   PlayerHabits player;
+  BadTrackIndex badTrackIndex = BadTrackIndex::kBadParameter;
+  /// Whether GetIndexedPlayingTrackInfo returns the genre; else it is acknowledged as refused.
+  bool tellsGenre = true;
   Time positionInterval = milliseconds(500);
   /// Each position notification comes up to so much late.
   Time notificationJitter{0};

@@ -177,6 +177,7 @@ void SimulatedIpod::takePayload(ByteView payload) {
 }
 
 void SimulatedIpod::takeMessage(const Message& message) {
+  if (general.comesTooEarly(message)) return;
   switch (static_cast<Lingo>(message.lingo)) {
     case Lingo::kGeneral:
       return general.handle(message);
@@ -211,7 +212,7 @@ void SimulatedIpod::post(const Outgoing& outgoing, const Fate& fate) {
   parcel.message = outgoing.message;
   parcel.note = fate.note;
   parcel.bytes = frameOf(outgoing.message, fate);
-  parcel.together = fate.together;
+  parcel.together = fate.together || outgoing.together;
   parcel.splitAt = fate.splitAt.value_or(0);
   parcel.splitGap = fate.splitGap;
   outbox.emplace(dueTime(outgoing, fate), std::move(parcel));

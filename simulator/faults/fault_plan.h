@@ -17,6 +17,7 @@ struct Outgoing {
   Cause cause;
   std::optional<size_t> textOffset;  ///< where in the data the text begins, if there is one
   Time delay{0};
+  bool together = false;  ///< in one write with the next message
 };
 
 /// What the faults make of one outgoing message, on top of what they changed in the message.

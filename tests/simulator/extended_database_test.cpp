@@ -214,6 +214,20 @@ TEST(SelectRecord, SomeModelsNeedNoCount) {
   EXPECT_EQ(bench.ask("04 00 17 02 00 00 00 00"), Payloads{"04 00 01 00 00 17"});
 }
 
+TEST(SelectPlaylist, IsNotUndoneBySomeModels) {
+  Personality personality;
+  personality.deselectsPlaylists = false;
+  Bench bench(personality);
+  bench.enter();
+  bench.select(1, 1);
+  EXPECT_EQ(bench.ask("04 00 17 01 FF FF FF FF"), Payloads{"04 00 01 04 00 17"});
+  EXPECT_EQ(bench.ask("04 00 38 01 FF FF FF FF 04"), Payloads{"04 00 01 04 00 38"});
+  EXPECT_EQ(bench.count(5), 3u) << "the playlist is still selected";
+  EXPECT_EQ(bench.ask("04 00 17 02 FF FF FF FF"), Payloads{"04 00 01 00 00 17"});
+  bench.select(1, 0);
+  EXPECT_EQ(bench.count(5), 5u);
+}
+
 TEST(EmptyLibrary, HasOnePlaylistAndNothingElse) {
   Bench bench({}, MusicLibrary{"Void", {}, {}});
   bench.enter();

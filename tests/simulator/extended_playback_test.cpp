@@ -69,6 +69,30 @@ TEST_F(ExtendedPlaybackTest, TextsOfATrackThatIsNotThereAreABadParameter) {
   EXPECT_EQ(bench.ask("04 00 24 00 00 00 05"), Payloads{"04 00 01 04 00 24"});
 }
 
+TEST(TrackTexts, OfATrackThatIsNotThereFailWithSomeModels) {
+  Personality personality;
+  personality.badTrackIndex = BadTrackIndex::kFailed;
+  Bench bench(personality);
+  bench.enter();
+  EXPECT_EQ(bench.ask("04 00 20 FF FF FF FF"), Payloads{"04 00 01 02 00 20"});
+  bench.ask("04 00 28 00 00 00 00");
+  EXPECT_EQ(bench.ask("04 00 20 00 00 00 05"), Payloads{"04 00 01 02 00 20"});
+  EXPECT_EQ(bench.ask("04 00 22 00 00 00 05"), Payloads{"04 00 01 02 00 22"});
+  EXPECT_EQ(bench.ask("04 00 24 00 00 00 05"), Payloads{"04 00 01 02 00 24"});
+  EXPECT_EQ(bench.ask("04 00 20 00 00 00 04"), Payloads{"04 00 21 45 63 68 6F 00"});
+  EXPECT_EQ(bench.ask("04 00 0C 06 00 00 00 05 00 00"), Payloads{"04 00 01 04 00 0C"});
+}
+
+TEST(TrackInfo, OfTheGenreIsRefusedBySomeModels) {
+  Personality personality;
+  personality.tellsGenre = false;
+  Bench bench(personality);
+  bench.enter();
+  bench.ask("04 00 28 00 00 00 00");
+  EXPECT_EQ(bench.ask("04 00 0C 05 00 00 00 00 00 00"), Payloads{"04 00 01 04 00 0C"});
+  EXPECT_EQ(bench.ask("04 00 0C 06 00 00 00 00 00 00"), Payloads{"04 00 0D 06 43 6F 6C 65 00"});
+}
+
 TEST_F(ExtendedPlaybackTest, TellsGenreAndComposer) {
   play(0);
   EXPECT_EQ(bench.ask("04 00 0C 05 00 00 00 00 00 00"), Payloads{"04 00 0D 05 52 6F 63 6B 00"});
@@ -237,6 +261,41 @@ TEST(PlaySelection, CanPendFirst) {
   EXPECT_EQ(bench.ask("04 00 1E"), Payloads{"04 00 1F FF FF FF FF"});
   EXPECT_EQ(bench.wait(milliseconds(500)), Payloads{"04 00 01 00 00 28"});
   EXPECT_EQ(bench.ask("04 00 1E"), Payloads{"04 00 1F 00 00 00 01"});
+}
+
+TEST(PlaySelection, CanBeAcknowledgedWhenTheSoundStarts) {
+  Personality personality;
+  personality.soundDelay = milliseconds(200);
+  Bench bench(personality);
+  bench.enter();
+  EXPECT_EQ(bench.ask("04 00 28 00 00 00 01"), Payloads{});
+  EXPECT_EQ(bench.wait(milliseconds(199)), Payloads{});
+  EXPECT_EQ(bench.ask("04 00 1E"), Payloads{"04 00 1F FF FF FF FF"});
+  EXPECT_EQ(bench.wait(milliseconds(1)), Payloads{"04 00 01 00 00 28"});
+  EXPECT_EQ(bench.ask("04 00 1C"), Payloads{"04 00 1D 00 00 4E 20 00 00 00 00 01"});
+  EXPECT_EQ(bench.ask("04 00 28 00 00 00 05"), Payloads{"04 00 01 04 00 28"});
+}
+
+TEST(PlaySelection, CanPendAndThenWaitForTheSound) {
+  Personality personality;
+  personality.playPending = milliseconds(500);
+  personality.soundDelay = milliseconds(200);
+  Bench bench(personality);
+  bench.enter();
+  EXPECT_EQ(bench.ask("04 00 28 00 00 00 01"), Payloads{"04 00 01 06 00 28 00 00 01 F4"});
+  EXPECT_EQ(bench.wait(milliseconds(699)), Payloads{});
+  EXPECT_EQ(bench.wait(milliseconds(1)), Payloads{"04 00 01 00 00 28"});
+}
+
+TEST(PlaySelection, SoundThatIsDueIsForgottenWithTheAccessory) {
+  Personality personality;
+  personality.soundDelay = milliseconds(200);
+  Bench bench(personality);
+  bench.enter();
+  bench.ask("04 00 28 00 00 00 01");
+  bench.ipod.hangUp(bench.now);
+  EXPECT_EQ(bench.wait(seconds(1)), Payloads{});
+  EXPECT_EQ(bench.ipod.player().state(), PlayState::kStopped);
 }
 
 TEST(Answers, CanTakeTimeAndAcknowledgementsMore) {

@@ -57,6 +57,34 @@ TEST(GeneralLingo, ModeThatIsThereAlreadyDoesNotPend) {
   EXPECT_EQ(bench.ask("00 06"), Payloads{"00 02 00 06"});
 }
 
+TEST(GeneralLingo, ModeChangeCanBePendingAndDoneInOneWrite) {
+  Personality personality;
+  personality.modeChangeTogether = true;
+  Bench bench(personality);
+  bench.send("00 05");
+  EXPECT_TRUE(bench.ipod.inExtendedMode());
+  EXPECT_EQ(bench.takeRaw(), Payloads{"55 08 00 02 06 05 00 00 01 2C BE 55 04 00 02 00 05 F5"});
+  bench.send("00 06");
+  EXPECT_EQ(bench.takeRaw(), Payloads{"55 08 00 02 06 06 00 00 01 2C BD 55 04 00 02 00 06 F4"});
+  EXPECT_FALSE(bench.ipod.inExtendedMode());
+  EXPECT_EQ(bench.wait(seconds(1)), Payloads{});
+}
+
+TEST(GeneralLingo, ModeChangeInOneWriteStatesThePendingTimeOfTheModel) {
+  Personality personality;
+  personality.modeChangeTogether = true;
+  personality.modeChangePending = milliseconds(1000);
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask("00 05"), (Payloads{"00 02 06 05 00 00 03 E8", "00 02 00 05"}));
+}
+
+TEST(GeneralLingo, ModeThatIsThereAlreadyIsAcknowledgedOnce) {
+  Personality personality;
+  personality.modeChangeTogether = true;
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask("00 06"), Payloads{"00 02 00 06"});
+}
+
 TEST(GeneralLingo, ModeChangePausesWhatPlays) {
   Bench bench;
   bench.ipod.pressPlay(bench.now);
@@ -203,6 +231,57 @@ TEST(IdentifyDeviceLingoes, IsSilentAgainForTheNextAccessory) {
   EXPECT_EQ(bench.ask(kAnnounce).size(), 2u);
   bench.ipod.hangUp(bench.now);
   EXPECT_EQ(bench.ask(kAnnounce), Payloads{});
+}
+
+TEST(IdentifyDeviceLingoes, CanBeRefusedAfterOneWasAccepted) {
+  Personality personality;
+  personality.refusesSecondIdentification = true;
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask(kAnnounce), (Payloads{"00 02 00 13", "00 27 00"}));
+  bench.enter();
+  EXPECT_EQ(bench.ask(kAnnounce), Payloads{"00 02 04 13"});
+  EXPECT_TRUE(bench.ipod.inExtendedMode());
+  EXPECT_EQ(bench.ask("00 28 00 00 00 00 01"), Payloads{"0A 02"}) << "the first one goes on";
+}
+
+TEST(IdentifyDeviceLingoes, IsAcceptedAfterOneThatWasRefused) {
+  Personality personality;
+  personality.refusesSecondIdentification = true;
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask("00 13 00 00 04 10 00 00 00 00 00 00 00 00"), Payloads{"00 02 02 13"});
+  EXPECT_EQ(bench.ask(kAnnounce), (Payloads{"00 02 00 13", "00 27 00"}));
+}
+
+TEST(IdentifyDeviceLingoes, IsAcceptedOnceFromEachAccessory) {
+  Personality personality;
+  personality.refusesSecondIdentification = true;
+  Bench bench(personality);
+  bench.ask(kAnnounce);
+  bench.ipod.hangUp(bench.now);
+  EXPECT_EQ(bench.ask(kAnnounce), (Payloads{"00 02 00 13", "00 27 00"}));
+}
+
+TEST(SilentBeforeIdentification, IgnoresEveryLingo) {
+  Personality personality;
+  personality.silentBeforeIdentification = true;
+  Bench bench(personality);
+  for (const char* payload :
+       {"00 03", "00 05", "00 01 04", "00 77", "04 00 1C", "02 00 01", "0A 00 00 04"})
+    EXPECT_EQ(bench.ask(payload), Payloads{}) << payload;
+  EXPECT_FALSE(bench.ipod.inExtendedMode());
+  EXPECT_EQ(bench.ipod.player().state(), PlayState::kStopped);
+}
+
+TEST(SilentBeforeIdentification, EndsWithAnAcceptedAnnouncement) {
+  Personality personality;
+  personality.silentBeforeIdentification = true;
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask("00 13 00 00 04 10 00 00 00 00 00 00 00 00"), Payloads{"00 02 02 13"});
+  EXPECT_EQ(bench.ask("00 03"), Payloads{});
+  bench.ask(kAnnounce);
+  EXPECT_EQ(bench.ask("00 03"), Payloads{"00 04 00"});
+  bench.ipod.hangUp(bench.now);
+  EXPECT_EQ(bench.ask("00 03"), Payloads{}) << "the next accessory";
 }
 
 }  // namespace

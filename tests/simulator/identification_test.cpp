@@ -71,6 +71,49 @@ TEST(Identification, ExtraQuestionsComeAfterThoseOffered) {
   EXPECT_EQ(bench.ask("00 28 03 04 01 07"), Payloads{"0A 02"});
 }
 
+TEST(Identification, QuestionsCanComeLateWhileItGoesOn) {
+  Personality personality;
+  personality.accessoryInfoDelay = milliseconds(100);
+  Bench bench(personality);
+  EXPECT_EQ(bench.ask(kAnnounce), (Payloads{"00 02 00 13", "0A 02"}));
+  EXPECT_EQ(bench.ask(kRates), Payloads{kAttributes44100});
+  EXPECT_EQ(bench.wait(milliseconds(99)), Payloads{});
+  EXPECT_EQ(bench.wait(milliseconds(1)), Payloads{"00 27 00"});
+  EXPECT_EQ(bench.ask("00 28 00 00 00 00 03"), Payloads{});
+  EXPECT_EQ(bench.wait(milliseconds(99)), Payloads{});
+  EXPECT_EQ(bench.wait(milliseconds(1)), Payloads{"00 27 01"});
+  EXPECT_EQ(bench.ask("00 28 01 41 00"), Payloads{});
+  EXPECT_EQ(bench.wait(seconds(60)), Payloads{}) << "audio does not begin again";
+}
+
+TEST(Identification, LateQuestionIsAskedOnceMoreAfterItsPatience) {
+  Personality personality;
+  personality.accessoryInfoDelay = milliseconds(100);
+  Bench bench(personality);
+  bench.ask(kAnnounce);
+  EXPECT_EQ(bench.wait(milliseconds(5199)), Payloads{"00 27 00"});
+  EXPECT_EQ(bench.wait(milliseconds(1)), Payloads{"00 27 00"});
+  EXPECT_EQ(bench.wait(seconds(60)), Payloads{});
+}
+
+TEST(Identification, LateQuestionIsNotAskedWhenTheAccessoryIsGone) {
+  Personality personality;
+  personality.accessoryInfoDelay = milliseconds(100);
+  Bench bench(personality);
+  bench.ask(kAnnounce);
+  bench.ipod.hangUp(bench.now);
+  EXPECT_EQ(bench.wait(seconds(20)), Payloads{});
+}
+
+TEST(Identification, LateQuestionOfAnAnnouncementThatWasRepeatedIsAskedOnce) {
+  Personality personality;
+  personality.accessoryInfoDelay = milliseconds(100);
+  Bench bench(personality);
+  bench.ask(kAnnounce);
+  bench.ask(kAnnounce);
+  EXPECT_EQ(bench.wait(milliseconds(100)), Payloads{"00 27 00"});
+}
+
 TEST(Identification, AccessoryInfoCanBeAcknowledged) {
   Personality personality;
   personality.acknowledgesAccessoryInfo = true;

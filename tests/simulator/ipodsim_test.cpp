@@ -188,7 +188,7 @@ TEST_F(IpodsimTest, HelpExplainsItself) {
 TEST_F(IpodsimTest, WrongCommandLinesAreExplained) {
   EXPECT_EQ(refusal({"--personality", "x"}, 2),
             "ipodsim: there is no personality 'x'; choose one of classic nano video mini touch "
-            "strict\n");
+            "strict hasty\n");
   EXPECT_EQ(refusal({"--ext-version", "1"}, 2), "ipodsim: --ext-version 1: write it like 1.14\n");
   EXPECT_EQ(refusal({"--ext-version", "1.256"}, 2),
             "ipodsim: --ext-version 1.256: write it like 1.14\n");

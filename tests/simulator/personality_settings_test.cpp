@@ -26,6 +26,8 @@ TEST(PersonalitySettings, TakeNumbers) {
   EXPECT_EQ(with("silent-identifications=2").silentIdentifications, 2u);
   EXPECT_EQ(with("accessory-info-patience=7").accessoryInfoPatience, milliseconds(7));
   EXPECT_EQ(with("audio-attributes-delay=7").audioAttributesDelay, milliseconds(7));
+  EXPECT_EQ(with("accessory-info-delay=100").accessoryInfoDelay, milliseconds(100));
+  EXPECT_EQ(with("sound-delay=200").soundDelay, milliseconds(200));
   EXPECT_EQ(with("packet-gap=7").packetGap, milliseconds(7));
   EXPECT_EQ(with("mode-change-pending=7").modeChangePending, milliseconds(7));
   EXPECT_EQ(with("play-pending=7").playPending, milliseconds(7));
@@ -45,6 +47,11 @@ TEST(PersonalitySettings, TakeNoAndYes) {
   EXPECT_TRUE(with("audio-ack-opens-notifications=yes").audioAckOpensNotifications);
   EXPECT_TRUE(with("display-needs-extended-mode=yes").displayNeedsExtendedMode);
   EXPECT_FALSE(with("count-before-select=no").countBeforeSelect);
+  EXPECT_TRUE(with("silent-before-identification=yes").silentBeforeIdentification);
+  EXPECT_TRUE(with("refuses-second-identification=yes").refusesSecondIdentification);
+  EXPECT_TRUE(with("mode-change-together=yes").modeChangeTogether);
+  EXPECT_FALSE(with("deselects-playlists=no").deselectsPlaylists);
+  EXPECT_FALSE(with("tells-genre=no").tellsGenre);
   EXPECT_FALSE(with("colour=no").display.colour);
 }
 
@@ -54,6 +61,7 @@ TEST(PersonalitySettings, TakeWords) {
   EXPECT_EQ(with("unknown-command=silence").unknownCommand, UnknownCommand::kSilence);
   EXPECT_EQ(with("outside-extended-mode=silence").outsideExtendedMode,
             OutsideExtendedMode::kSilence);
+  EXPECT_EQ(with("bad-track-index=failed").badTrackIndex, BadTrackIndex::kFailed);
   EXPECT_EQ(with("track-order=name").trackOrder, TrackOrder::kByName);
   EXPECT_EQ(with("track-selection=alone").trackSelection, TrackSelection::kAlone);
 }

@@ -173,12 +173,34 @@ TEST(Personalities, UnknownPresetIsRefused) {
   EXPECT_THROW(personality("walkman"), std::invalid_argument);
 }
 
+TEST(Personalities, HastyOneAnswersAtOnceAndAsksAndPlaysLate) {
+  Bench bench(personality("hasty"));
+  EXPECT_EQ(bench.ask("00 13 00 00 00 11 00 00 00 00 00 00 00 00"), Payloads{"00 02 00 13"});
+  EXPECT_EQ(bench.wait(milliseconds(100)), Payloads{"00 27 00"});
+  EXPECT_EQ(bench.ask("00 05"), (Payloads{"00 02 06 05 00 00 01 2C", "00 02 00 05"}));
+  EXPECT_EQ(bench.ask("04 00 28 00 00 00 00"), Payloads{});
+  EXPECT_EQ(bench.wait(milliseconds(200)), Payloads{"04 00 01 00 00 28"});
+}
+
+TEST(Personalities, StrictOneRefusesWhatItMay) {
+  const char* const announce = "00 13 00 00 00 11 00 00 00 00 00 00 00 00";
+  Bench bench(personality("strict"));
+  bench.ask(announce);
+  EXPECT_EQ(bench.ask(announce), Payloads{"00 02 04 13"});
+  bench.enter();
+  EXPECT_EQ(bench.ask("04 00 17 01 FF FF FF FF"), Payloads{"04 00 01 04 00 17"});
+  EXPECT_EQ(bench.ask("04 00 20 00 00 00 00"), Payloads{"04 00 01 02 00 20"});
+  bench.ask("04 00 28 00 00 00 00");
+  EXPECT_EQ(bench.ask("04 00 0C 05 00 00 00 00 00 00"), Payloads{"04 00 01 04 00 0C"});
+}
+
 TEST(Personalities, TellTheVersionOfTheirExtendedInterface) {
   EXPECT_EQ(Bench(personality("classic")).ask("00 0F 04"), Payloads{"00 10 04 01 0E"});
   EXPECT_EQ(Bench(personality("nano")).ask("00 0F 04"), Payloads{"00 10 04 01 0D"});
   EXPECT_EQ(Bench(personality("video")).ask("00 0F 04"), Payloads{"00 10 04 01 0C"});
   EXPECT_EQ(Bench(personality("mini")).ask("00 0F 04"), Payloads{"00 10 04 01 02"});
   EXPECT_EQ(Bench(personality("touch")).ask("00 0F 04"), Payloads{"00 10 04 02 00"});
+  EXPECT_EQ(Bench(personality("hasty")).ask("00 0F 04"), Payloads{"00 10 04 01 0C"});
 }
 
 }  // namespace
