@@ -77,11 +77,13 @@ void skip(Host& host) {
   readWhatPlays(host);
 }
 
+/// The last one stops, so that in the end nothing plays and no track has an index.
 void useEveryOtherCommand(Host& host) {
   for (const int code : {IPOD_START_FAST_FORWARD, IPOD_START_REWIND, IPOD_END_SEEK, IPOD_PREVIOUS,
                          IPOD_NEXT, IPOD_STOP})
     host.command(code);
   readWhatPlays(host);
+  host.trackTexts();
   host.position(kIntoATrack);
 }
 
