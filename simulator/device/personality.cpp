@@ -90,6 +90,7 @@ void makeHasty(Personality& hasty) {
   hasty.modelNumber = "MA446";
   hasty.modeChangeTogether = true;
   hasty.accessoryInfoDelay = milliseconds(100);
+  hasty.accessoryInfoPatience = milliseconds(500);
   hasty.repeatsAccessoryInfo = false;
   hasty.soundDelay = milliseconds(200);
 }
