@@ -134,6 +134,9 @@ int main(int argc, char** argv) {
   if (!options) return kEnded;
   try {
     run(*options);
+  } catch (const LinkError& error) {
+    complain(error.what() + std::string("\nTry ipodsim --link PATH."));
+    return kCannotRun;
   } catch (const std::exception& error) {
     complain(error.what());
     return kCannotRun;

@@ -26,7 +26,11 @@ std::string unplug(PtyIpod& pty, const std::string&) {
 }
 
 std::string plug(PtyIpod& pty, const std::string&) {
-  pty.plug();
+  try {
+    pty.plug();
+  } catch (const LinkError& refused) {
+    return refused.what();
+  }
   return "plugged in on " + pty.slavePath();
 }
 

@@ -13,19 +13,14 @@ namespace {
 // So long the accessory can still read what was sent before a fault pulled the cable.
 constexpr Time kPullDelay = milliseconds(20);
 
-bool isSymlink(const std::filesystem::path& file) {
-  std::error_code ignored;
-  return std::filesystem::is_symlink(std::filesystem::symlink_status(file, ignored));
-}
-
 }  // namespace
 
 PtyIpod::PtyIpod(SimulatedIpod& device, FrameKind frames, std::filesystem::path linkPath)
     : ipod(device),
       kind(frames),
-      link(std::move(linkPath)),
       begin(std::chrono::steady_clock::now()),
-      waker(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
+      waker(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)),
+      link(std::move(linkPath)) {
   if (!waker) throw std::system_error(errno, std::generic_category(), "cannot make an event");
 }
 
@@ -34,7 +29,13 @@ PtyIpod::~PtyIpod() { stop(); }
 void PtyIpod::start() {
   const std::lock_guard<std::mutex> lock(mutex);
   if (running) return;
-  openPort();
+  link.claim();
+  try {
+    openPort();
+  } catch (...) {
+    link.release();
+    throw;
+  }
   running = true;
   stopping = false;
   thread = std::thread([this] { run(); });
@@ -50,6 +51,7 @@ void PtyIpod::stop() {
   const std::lock_guard<std::mutex> lock(mutex);
   ipod.unplug(now());
   closePort();
+  link.release();
 }
 
 void PtyIpod::unplug() {
@@ -70,7 +72,7 @@ void PtyIpod::plug() {
 
 std::string PtyIpod::slavePath() const {
   const std::lock_guard<std::mutex> lock(mutex);
-  if (!link.empty()) return link.string();
+  if (!link.path().empty()) return link.path().string();
   return port ? port->slavePath() : "";
 }
 
@@ -170,7 +172,7 @@ void PtyIpod::openPort() {
   unwritten.clear();
   pullAt.reset();
   try {
-    makeLink();
+    link.leadTo(port->slavePath());
   } catch (...) {
     port.reset();
     throw;
@@ -180,33 +182,11 @@ void PtyIpod::openPort() {
 
 void PtyIpod::closePort() {
   if (!port) return;
-  removeLink();
+  link.removeFrom(port->slavePath());
   port.reset();
   accessoryThere = false;
   unwritten.clear();
   pullAt.reset();
-}
-
-// In one step: whoever opens the link finds the old slave or the new one.
-void PtyIpod::makeLink() const {
-  if (link.empty()) return;
-  std::error_code error;
-  std::filesystem::path fresh = link;
-  fresh += ".new";
-  if (!isSymlink(link) && std::filesystem::exists(link, error)) {
-    error = std::make_error_code(std::errc::file_exists);
-  } else {
-    std::filesystem::remove(fresh, error);
-    std::filesystem::create_symlink(port->slavePath(), fresh, error);
-    if (!error) std::filesystem::rename(fresh, link, error);
-  }
-  if (error) throw std::system_error(error, "cannot make the link " + link.string());
-}
-
-void PtyIpod::removeLink() const {
-  std::error_code ignored;
-  if (link.empty() || std::filesystem::read_symlink(link, ignored) != port->slavePath()) return;
-  std::filesystem::remove(link, ignored);
 }
 
 }  // namespace simulator

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "device/simulated_ipod.h"
+#include "link/ipod_link.h"
 #include "link/pty_port.h"
 
 namespace simulator {
@@ -24,7 +25,7 @@ namespace simulator {
 class PtyIpod {
  public:
   /// The iPod must outlive this. With a `linkPath`, a symbolic link of this name leads to the slave
-  /// while the cable is plugged; one that is there already is replaced, but nothing else is.
+  /// while the cable is plugged, and nobody else gets that name from start() to stop().
   PtyIpod(SimulatedIpod& device, FrameKind frames, std::filesystem::path linkPath = {});
   /// Stops the thread, and takes the link away.
   ~PtyIpod();
@@ -32,7 +33,7 @@ class PtyIpod {
   PtyIpod& operator=(const PtyIpod&) = delete;
 
   /// Plugs the iPod in and starts its thread. Throws std::system_error when there is no
-  /// pseudo-terminal or the link cannot be made.
+  /// pseudo-terminal, LinkError when there can be no link.
   void start();
   void stop();
 
@@ -83,17 +84,15 @@ class PtyIpod {
   void wake();
   void openPort();
   void closePort();
-  void makeLink() const;
-  void removeLink() const;
 
   SimulatedIpod& ipod;
   const FrameKind kind;
-  const std::filesystem::path link;
   const std::chrono::steady_clock::time_point begin;
   FileDescriptor waker;  ///< an event counter that ends the thread's poll
 
   mutable std::mutex mutex;  ///< guards everything below, and the iPod
   std::condition_variable changed;
+  IpodLink link;                ///< claimed while the thread runs
   std::optional<PtyPort> port;  ///< while the cable is plugged
   bool accessoryThere = false;
   Bytes unwritten;

@@ -30,8 +30,9 @@ class IpodsimTest : public testing::Test {
   // Exit status and the errors of a command line that is refused.
   std::string refusal(const std::vector<std::string>& arguments, int status) {
     auto program = run(arguments);
-    EXPECT_EQ(program->waitForEnd(), status);
-    return program->errors();
+    const std::optional<int> ended = program->waitForEnd();
+    EXPECT_EQ(ended, status);
+    return ended ? program->errors() : "it runs";
   }
 
   TemporaryFolder folder;
@@ -211,9 +212,70 @@ TEST_F(IpodsimTest, WhatCannotRunIsExplained) {
   const std::string broken = refusal({"--library", file.string()}, 1);
   EXPECT_NE(broken.find("tracks[0].title"), std::string::npos) << broken;
   EXPECT_EQ(refusal({"--link", file.string()}, 1),
-            "ipodsim: cannot make the link " + file.string() + ": File exists\n");
+            "ipodsim: cannot make the link " + file.string() +
+                ": there is a file of this name; use another link\nTry ipodsim --link PATH.\n");
   EXPECT_EQ(refusal({"--link", none + "/ipod"}, 1),
-            "ipodsim: cannot make the link " + none + "/ipod: No such file or directory\n");
+            "ipodsim: cannot make the link " + none +
+                "/ipod: No such file or directory; make its folder, or use another link\n"
+                "Try ipodsim --link PATH.\n");
+}
+
+TEST_F(IpodsimTest, LinkIsNotTakenFromAnotherThatRuns) {
+  auto first = runReady({"--name", "Zoe"});
+  EXPECT_EQ(refusal({"--link", link.string()}, 1),
+            "ipodsim: the link " + link.string() +
+                " is in use by another simulated iPod, process " +
+                std::to_string(first->process()) +
+                "; end that one, or use another link\nTry ipodsim --link PATH.\n");
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write(kAskName));
+  EXPECT_EQ(host.read(9), "55 06 00 08 5A 6F 65 00 C4");
+  first->signal(SIGTERM);
+  EXPECT_EQ(first->waitForEnd(), 0);
+  auto second = runReady({});
+}
+
+TEST_F(IpodsimTest, LinkOfOneThatWasKilledIsTakenOver) {
+  for (int round = 0; round < 3; ++round) {
+    auto program = runReady({"--name", "Zoe"});
+    HostEnd host(link.string());
+    ASSERT_TRUE(host.write(kAskName));
+    EXPECT_EQ(host.read(9), "55 06 00 08 5A 6F 65 00 C4");
+    program->signal(SIGKILL);
+    EXPECT_EQ(program->waitForEnd(), std::nullopt);
+    EXPECT_TRUE(fs::is_symlink(link));
+  }
+}
+
+TEST_F(IpodsimTest, OneOfManyThatStartAtOnceGetsTheLink) {
+  std::vector<std::unique_ptr<Program>> programs;
+  for (int i = 0; i < 8; ++i)
+    programs.push_back(run({"--quiet", "--link", link.string()}));
+  int ready = 0;
+  for (const auto& program : programs) {
+    if (program->readLine() == "iPod ready on " + link.string()) {
+      ++ready;
+    } else {
+      EXPECT_EQ(program->waitForEnd(), 1);
+      EXPECT_NE(program->errors().find("is in use by another simulated iPod"), std::string::npos);
+    }
+  }
+  EXPECT_EQ(ready, 1);
+  EXPECT_TRUE(HostEnd(link.string()).isOpen());
+}
+
+TEST_F(IpodsimTest, LinkIsKeptForTheCableThatAPersonPulled) {
+  auto program = runReady({"--interactive", "--quiet"});
+  program->type("unplug");
+  EXPECT_EQ(program->readLine(), "unplugged");
+  refusal({"--link", link.string()}, 1);
+  std::ofstream(link) << "precious";
+  program->type("plug");
+  EXPECT_EQ(program->readLine(), "cannot make the link " + link.string() +
+                                     ": there is a file of this name; use another link");
+  fs::remove(link);
+  program->type("plug");
+  EXPECT_EQ(program->readLine(), "plugged in on " + link.string());
 }
 
 }  // namespace

@@ -118,7 +118,9 @@ void Program::type(const std::string& line) {
   }
 }
 
-void Program::signal(int number) { kill(child, number); }
+void Program::signal(int number) {
+  if (child > 0) kill(child, number);
+}
 
 // The end of the output is the sign: then the wait for the process itself is short.
 std::optional<int> Program::waitForEnd(Time limit) {

@@ -26,6 +26,7 @@ class Program {
   void type(const std::string& line);
   void endInput() { input = FileDescriptor(); }
   void signal(int number);
+  pid_t process() const { return child; }
   /// Its exit status; nothing when it does not end in time, or is ended by a signal.
   std::optional<int> waitForEnd(Time limit = seconds(20));
   /// Everything that it has written and that no readLine() took, once it has ended.

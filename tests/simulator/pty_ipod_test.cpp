@@ -213,8 +213,8 @@ TEST_F(PtyIpodTest, LinkLeadsToTheSlaveAndGoesAtTheEnd) {
   EXPECT_FALSE(fs::exists(fs::symlink_status(link)));
 }
 
-TEST_F(PtyIpodTest, LinkThatIsThereIsReplaced) {
-  fs::create_symlink("/nowhere", link);
+TEST_F(PtyIpodTest, LinkOfADeadIpodIsReplaced) {
+  fs::create_symlink("/dev/pts/99999999", link);
   PtyIpod pty(ipod, FrameKind::kUsb, link);
   pty.start();
   EXPECT_TRUE(HostEnd(link.string()).isOpen());
@@ -223,8 +223,39 @@ TEST_F(PtyIpodTest, LinkThatIsThereIsReplaced) {
 TEST_F(PtyIpodTest, OtherFileIsNotReplaced) {
   std::ofstream(link) << "precious";
   PtyIpod pty(ipod, FrameKind::kUsb, link);
-  EXPECT_THROW(pty.start(), std::system_error);
+  EXPECT_THROW(pty.start(), LinkError);
   EXPECT_TRUE(fs::is_regular_file(link));
+  fs::remove(link);
+  SimulatedIpod other{Personality{}, smallLibrary()};
+  PtyIpod next(other, FrameKind::kUsb, link);
+  next.start();
+  EXPECT_TRUE(HostEnd(link.string()).isOpen()) << "the refused one claims nothing";
+}
+
+TEST_F(PtyIpodTest, LinkIsNotTakenFromAnotherIpod) {
+  PtyIpod pty(ipod, FrameKind::kUsb, link);
+  pty.start();
+  const fs::path slave = fs::read_symlink(link);
+  SimulatedIpod other{Personality{}, smallLibrary()};
+  PtyIpod next(other, FrameKind::kUsb, link);
+  EXPECT_THROW(next.start(), LinkError);
+  EXPECT_EQ(fs::read_symlink(link), slave);
+  pty.stop();
+  next.start();
+  EXPECT_TRUE(HostEnd(link.string()).isOpen());
+}
+
+TEST_F(PtyIpodTest, LinkIsKeptForTheCableThatIsPulled) {
+  PtyIpod pty(ipod, FrameKind::kUsb, link);
+  pty.start();
+  pty.unplug();
+  SimulatedIpod other{Personality{}, smallLibrary()};
+  PtyIpod next(other, FrameKind::kUsb, link);
+  EXPECT_THROW(next.start(), LinkError);
+  pty.plug();
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write(kAskMode));
+  EXPECT_EQ(host.read(kModeSize), kModeOff);
 }
 
 TEST_F(PtyIpodTest, LinkOfSomebodyElseIsLeftAtTheEnd) {

@@ -1,0 +1,137 @@
+#include "link/ipod_link.h"
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <functional>
+#include <optional>
+#include <system_error>
+#include <tuple>
+
+namespace simulator {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kTerminals[] = "/dev/pts";
+
+[[noreturn]] void refuse(const fs::path& link, const std::string& why) {
+  throw LinkError("cannot make the link " + link.string() + ": " + why);
+}
+
+std::string messageOf(int error) { return std::generic_category().message(error); }
+
+struct SocketName {
+  sockaddr_un address{};
+  socklen_t size = 0;
+
+  const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&address); }
+};
+
+// The folder counts, not how its path is spelled. The kernel keeps such a name, which is in no
+// folder, for as long as the socket is open.
+SocketName nameOf(const fs::path& link) {
+  const fs::path whole = fs::absolute(link);
+  struct stat folder;
+  if (stat(whole.parent_path().c_str(), &folder) != 0) {
+    refuse(link, messageOf(errno) + "; make its folder, or use another link");
+  }
+  const size_t file = std::hash<std::string>()(whole.filename().string());
+  const std::string text = "ipodsim:" + std::to_string(folder.st_dev) + ":" +
+                           std::to_string(folder.st_ino) + ":" + std::to_string(file);
+  SocketName name;
+  name.address.sun_family = AF_UNIX;
+  static_assert(sizeof name.address.sun_path > sizeof("ipodsim:::") + 3 * 20, "room for the text");
+  std::memcpy(name.address.sun_path + 1, text.data(), text.size());
+  name.size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + text.size());
+  return name;
+}
+
+FileDescriptor openSocket() {
+  return FileDescriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+}
+
+// The process that listens under this name, where that can be known.
+std::optional<pid_t> holderOf(const SocketName& name) {
+  const FileDescriptor asking = openSocket();
+  ucred holder{};
+  socklen_t size = sizeof holder;
+  const bool known = connect(asking.get(), name.get(), name.size) == 0 &&
+                     getsockopt(asking.get(), SOL_SOCKET, SO_PEERCRED, &holder, &size) == 0;
+  if (!known || holder.pid <= 0) return std::nullopt;
+  return holder.pid;
+}
+
+[[noreturn]] void refuseClaimed(const fs::path& link, const SocketName& name) {
+  const std::optional<pid_t> holder = holderOf(name);
+  throw LinkError("the link " + link.string() + " is in use by another simulated iPod" +
+                  (holder ? ", process " + std::to_string(*holder) : "") +
+                  "; end that one, or use another link");
+}
+
+// A moment as numbers that compare.
+std::tuple<time_t, long> momentOf(const timespec& time) { return {time.tv_sec, time.tv_nsec}; }
+
+}  // namespace
+
+void IpodLink::claim() {
+  if (file.empty()) return;
+  const SocketName name = nameOf(file);
+  FileDescriptor named = openSocket();
+  if (bind(named.get(), name.get(), name.size) != 0) {
+    if (errno == EADDRINUSE) refuseClaimed(file, name);
+    refuse(file, messageOf(errno));
+  }
+  // So that those who come too late learn from whom.
+  listen(named.get(), SOMAXCONN);
+  claimed = std::move(named);
+}
+
+// Of two who make it at the same moment, one finds that it is there.
+void IpodLink::leadTo(const std::string& slave) const {
+  if (file.empty()) return;
+  removeStale(slave);
+  std::error_code error;
+  fs::create_symlink(slave, file, error);
+  if (error) refuse(file, error.message() + "; use another link");
+}
+
+void IpodLink::removeFrom(const std::string& slave) const {
+  std::error_code ignored;
+  if (file.empty() || fs::read_symlink(file, ignored) != slave) return;
+  fs::remove(file, ignored);
+}
+
+void IpodLink::removeStale(const std::string& slave) const {
+  std::error_code error;
+  const fs::file_status status = fs::symlink_status(file, error);
+  if (!fs::exists(status)) return;
+  if (!fs::is_symlink(status)) refuse(file, "there is a file of this name; use another link");
+  const fs::path target = fs::read_symlink(file, error);
+  if (target.parent_path() != kTerminals) {
+    refuse(file,
+           "it is there and leads to " + target.string() + "; remove it, or use another link");
+  }
+  if (target != slave && isServed(target)) {
+    refuse(file, "it is there and leads to " + target.string() +
+                     ", which another program serves; end that program, or use another link");
+  }
+  fs::remove(file, error);
+  if (error) refuse(file, error.message() + "; use another link");
+}
+
+// Whether whoever made the link can still be there. A terminal that is younger than the link is
+// somebody else's, who got the number of one that is gone.
+bool IpodLink::isServed(const fs::path& slave) const {
+  struct stat terminal;
+  struct stat link;
+  if (stat(slave.c_str(), &terminal) != 0 || lstat(file.c_str(), &link) != 0) return false;
+  return momentOf(terminal.st_ctim) <= momentOf(link.st_mtim);
+}
+
+}  // namespace simulator

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include "link/file_descriptor.h"
+
+namespace simulator {
+
+/// Says for a person why there is no link, and what to do.
+class LinkError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The symbolic link by which an accessory finds the iPod's pseudo-terminal. With an empty path
+/// there is none, and nothing here does anything.
+///
+/// From claim() to release() the path belongs to one IpodLink of the machine, also while the link
+/// is not there. A process that ends, however it does, claims nothing any more.
+class IpodLink {
+ public:
+  explicit IpodLink(std::filesystem::path path) : file(std::move(path)) {}
+
+  const std::filesystem::path& path() const { return file; }
+
+  /// Throws LinkError when another one has claimed the path.
+  void claim();
+  void release() { claimed = FileDescriptor(); }
+
+  /// Makes the link, in place of one that a dead iPod left. Throws LinkError when anything else is
+  /// there, or the link cannot be made.
+  void leadTo(const std::string& slave) const;
+  /// Removes the link, unless it leads elsewhere by now.
+  void removeFrom(const std::string& slave) const;
+
+ private:
+  void removeStale(const std::string& slave) const;
+  bool isServed(const std::filesystem::path& slave) const;
+
+  std::filesystem::path file;
+  FileDescriptor claimed;  ///< a socket whose name stands for the path
+};
+
+}  // namespace simulator
