@@ -14,33 +14,34 @@ namespace {
 constexpr size_t kMostTracks = 1000000;
 
 constexpr char kDescription[] =
-    "A simulated iPod at a pseudo-terminal. An accessory opens the link like the device or the\n"
-    "serial line that a real iPod is plugged into, and speaks the iPod Accessory Protocol with "
-    "it.\n";
+    "A simulated iPod at a pseudo-terminal. An accessory opens the link like the\n"
+    "device or the serial line that a real iPod is plugged into, and speaks the iPod\n"
+    "Accessory Protocol with it.\n";
 
 constexpr char kExamples[] =
     "Examples:\n"
-    "  ipodsim                                   an iPod with built-in music on /tmp/ipod\n"
-    "  ipodsim --music ~/Music --trace           your own music; shows every message\n"
-    "  ipodsim --link ./ipod --screen ipod.png   writes what the screen shows\n"
-    "  ipodsim --personality nano --serial       another model, on a serial line\n"
-    "  ipodsim --fault lost@04:0018#2            the second answer to command 18 is lost\n"
-    "  ipodsim --fault random=1                  one answer in a hundred goes wrong\n"
-    "  ipodsim --interactive                     unplug it, skip, ... by typing\n"
+    "  ipodsim                                  an iPod with built-in music\n"
+    "  ipodsim --music ~/Music --trace          your own music; shows every message\n"
+    "  ipodsim --link ./ipod --screen ipod.png  writes what the screen shows\n"
+    "  ipodsim --personality nano --serial      another model, on a serial line\n"
+    "  ipodsim --fault lost@04:0018#2           the second answer to 18 is lost\n"
+    "  ipodsim --fault random=1                 one answer in a hundred goes wrong\n"
+    "  ipodsim --interactive                    unplug it, skip, ... by typing\n"
     "\n"
-    "Ctrl-C ends it. Exit status: 0 when it was ended, 1 when it could not run, 2 for a wrong\n"
-    "command line.\n";
+    "Ctrl-C ends it. Exit status: 0 when it was ended, 1 when it could not run, 2 for\n"
+    "a wrong command line.\n";
 
 constexpr char kFaultUsage[] =
     "--fault KIND[=VALUE[/VALUE2]][@LINGO:COMMAND[#N]]\n"
     "\n"
-    "LINGO and COMMAND are hexadecimal and name the request that is answered, or a message that\n"
-    "the iPod sends on its own; * is any. #N is the N-th answer only, #N+ every one from the N-th\n"
-    "on; without, it is every answer. Each record of a listing is an answer of its own, except to\n"
-    "the faults of a whole listing.\n"
+    "LINGO and COMMAND are hexadecimal and name the request that is answered, or a\n"
+    "message that the iPod sends on its own; * is any. #N is the N-th answer only,\n"
+    "#N+ every one from the N-th on; without, it is every answer. Each record of a\n"
+    "listing is a separate answer, except for the faults of a whole listing.\n"
     "\n"
-    "--fault random=PERCENT[/KIND,KIND...]      any answer, by chance; the same for the same "
-    "--seed\n"
+    "--fault random=PERCENT[/KIND,KIND...]\n"
+    "\n"
+    "Any answer, by chance; the same answers for the same --seed and requests.\n"
     "\n";
 
 // What CLI11 fills in, before it is checked.
@@ -152,7 +153,7 @@ void describeOutput(CLI::App& app, Options& options, RawOptions& raw) {
   app.add_option("--screen", options.screen, "Write the screen there when an image was uploaded")
       ->type_name("FILE.png");
   app.add_flag("--trace", options.trace, "Show every message");
-  app.add_flag("--quiet", options.quiet, "Say only when the iPod is ready and what goes wrong");
+  app.add_flag("--quiet", options.quiet, "Say only that the iPod is ready, and what fails");
   app.add_flag("--interactive", options.interactive, "Take commands on standard input; try help");
   app.add_flag("--help-faults", raw.helpFaults, "What can go wrong, and how to write it");
   app.add_flag("--help-personalities", raw.helpPersonalities, "The models and their switches");
@@ -174,6 +175,9 @@ bool parse(CLI::App& app, int argc, const char* const* argv) {
   } catch (const CLI::CallForHelp&) {
     std::cout << app.help();
     return false;
+  } catch (const CLI::CallForVersion& version) {
+    std::cout << version.what() << '\n';
+    return false;
   } catch (const CLI::ParseError& error) {
     throw std::invalid_argument(std::string(error.what()) + "\nTry ipodsim --help.");
   }
@@ -187,6 +191,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
   RawOptions raw;
   CLI::App app(kDescription, "ipodsim");
   app.footer(kExamples);
+  app.set_version_flag("--version", "ipodsim " IPODSIM_VERSION, "Print the version and exit");
   describeLink(app, options);
   describeMusic(app, options);
   describeModel(app, options, raw);

@@ -58,7 +58,7 @@ std::vector<Setting> identificationSettings() {
        kMostAttempts,
        "announcements that get no answer at first",
        [](Personality& p, uint32_t value) { p.silentIdentifications = value; }},
-      flag("silent-before-identification", "ignores everything before the announcement",
+      flag("silent-before-identification", "ignores all before the announcement",
            &Personality::silentBeforeIdentification),
       flag("refuses-second-identification", "refuses a second announcement",
            &Personality::refusesSecondIdentification),
@@ -66,17 +66,17 @@ std::vector<Setting> identificationSettings() {
              &Personality::identificationEnd),
       span("accessory-info-delay", "ms until it asks about the accessory",
            &Personality::accessoryInfoDelay),
-      span("accessory-info-patience", "ms that a question about the accessory waits",
+      span("accessory-info-patience", "ms that it waits for the answer",
            &Personality::accessoryInfoPatience),
       flag("repeats-accessory-info", "asks once more when it got no answer",
            &Personality::repeatsAccessoryInfo),
       flag("acknowledges-accessory-info", "acknowledges RetAccessoryInfo",
            &Personality::acknowledgesAccessoryInfo),
-      flag("asks-sample-rates", "asks which sample rates the accessory plays",
+      flag("asks-sample-rates", "asks for the accessory's sample rates",
            &Personality::asksSampleRates),
-      span("audio-attributes-delay", "ms from there to the first TrackNewAudioAttributes",
+      span("audio-attributes-delay", "ms until TrackNewAudioAttributes follows",
            &Personality::audioAttributesDelay),
-      flag("audio-ack-opens-notifications", "notifies nothing before their acknowledgement",
+      flag("audio-ack-opens-notifications", "notifies only after its acknowledgement",
            &Personality::audioAckOpensNotifications),
   };
 }
@@ -92,7 +92,7 @@ std::vector<Setting> answerSettings() {
              &Personality::outsideExtendedMode),
       flag("display-needs-extended-mode", "refuses images outside the extended mode",
            &Personality::displayNeedsExtendedMode),
-      span("mode-change-pending", "ms that entering and leaving the mode pend",
+      span("mode-change-pending", "ms that a change of the mode is pending",
            &Personality::modeChangePending),
       flag("mode-change-together", "sends both acknowledgements in one write",
            &Personality::modeChangeTogether),
@@ -101,7 +101,7 @@ std::vector<Setting> answerSettings() {
       span("answer-delay", "ms before every answer", &Personality::answerDelay),
       span("acknowledgement-delay", "ms more before an acknowledgement",
            &Personality::acknowledgementDelay),
-      flag("count-before-select", "lets nothing be selected that was not counted",
+      flag("count-before-select", "selects only what was counted before",
            &Personality::countBeforeSelect),
       flag("deselects-playlists", "undoes their selection by an index of -1",
            &Personality::deselectsPlaylists),
@@ -118,7 +118,7 @@ std::vector<Setting> playbackSettings() {
        {},
        0,
        kMostMs,
-       "ms of a track that previous leaves; 0: any",
+       "ms until previous restarts; 0: never",
        [](Personality& p, uint32_t value) {
          p.player.previousRestartsAfter = milliseconds(value);
        }},
@@ -138,7 +138,7 @@ std::vector<Setting> playbackSettings() {
        {},
        0,
        kMostMs,
-       "ms after an image in which no other one is shown",
+       "ms in which it shows no second image",
        [](Personality& p, uint32_t value) { p.display.imageInterval = milliseconds(value); }},
       {"colour", noOrYes(), 0, 0, "a colour screen",
        [](Personality& p, uint32_t value) { p.display.colour = value != 0; }},
@@ -208,11 +208,14 @@ void applySetting(Personality& personality, const std::string& text) {
 }
 
 std::string settingsHelp() {
-  constexpr size_t kColumn = 52;
+  constexpr size_t kColumn = 39;
   std::string help;
   for (const Setting& setting : settings()) {
-    std::string usage = std::string("  ") + setting.name + "=" + valuesOf(setting);
-    usage.resize(std::max(kColumn, usage.size() + 1), ' ');
+    const bool isTime = setting.words.empty() && setting.most == kMostMs;
+    std::string usage =
+        std::string("  ") + setting.name + "=" + (isTime ? "MS" : valuesOf(setting));
+    if (usage.size() >= kColumn) usage += "\n" + std::string(kColumn, ' ');
+    usage.resize(std::max(kColumn, usage.size()), ' ');
     help += usage + setting.meaning + "\n";
   }
   return help;

@@ -186,6 +186,22 @@ TEST_F(IpodsimTest, HelpExplainsItself) {
   }
 }
 
+// A terminal of 80 columns breaks longer lines anywhere.
+TEST_F(IpodsimTest, HelpFitsATerminal) {
+  for (const char* option : {"--help", "--help-faults", "--help-personalities"}) {
+    auto program = run({option});
+    for (auto line = program->readLine(); line; line = program->readLine())
+      EXPECT_LE(line->size(), 80u) << *line;
+  }
+}
+
+TEST_F(IpodsimTest, PrintsItsVersion) {
+  auto program = run({"--version"});
+  EXPECT_EQ(program->readLine(), "ipodsim " PROJECT_VERSION);
+  EXPECT_EQ(program->waitForEnd(), 0);
+  EXPECT_EQ(program->restOfOutput() + program->errors(), "");
+}
+
 TEST_F(IpodsimTest, WrongCommandLinesAreExplained) {
   EXPECT_EQ(refusal({"--personality", "x"}, 2),
             "ipodsim: there is no personality 'x'; choose one of classic nano video mini touch "

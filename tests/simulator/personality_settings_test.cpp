@@ -83,6 +83,9 @@ TEST(PersonalitySettings, RefusalsSayWhatIsWrong) {
 TEST(PersonalitySettings, HelpNamesThem) {
   EXPECT_NE(settingsHelp().find("  track-selection=list|alone "), std::string::npos);
   EXPECT_NE(settingsHelp().find("  seek-speed=1...100 "), std::string::npos);
+  EXPECT_NE(settingsHelp().find("  position-interval=MS "), std::string::npos);
+  EXPECT_NE(settingsHelp().find("  outside-extended-mode=bad-parameter|silence\n  "),
+            std::string::npos);
 }
 
 }  // namespace
