@@ -31,17 +31,32 @@ void say(const std::string& text) {
 
 void complain(const std::string& text) { std::fprintf(stderr, "ipodsim: %s\n", text.c_str()); }
 
-MusicLibrary loadMusic(const Options& options) {
+struct Music {
   MusicLibrary library;
-  if (!options.music.empty()) {
-    std::vector<std::string> warnings;
-    library = loadMusicFolder(options.music, warnings);
-    for (const std::string& warning : warnings) {
-      if (!options.quiet) complain(warning);
-    }
-  } else {
-    library = options.library.empty() ? builtInLibrary() : loadJsonLibrary(options.library);
+  std::string summary;  ///< of a person's own music
+};
+
+Music personal(MusicLibrary library, const SkippedFiles& skipped) {
+  std::string summary = summaryOf(library, skipped);
+  return {std::move(library), std::move(summary)};
+}
+
+Music loadFolder(const Options& options) {
+  FolderReport report;
+  MusicLibrary library = loadMusicFolder(options.music, report);
+  for (const std::string& warning : report.warnings) {
+    if (!options.quiet) complain(warning);
   }
+  return personal(std::move(library), report.skipped);
+}
+
+Music loadMusic(const Options& options) {
+  if (!options.music.empty()) return loadFolder(options);
+  if (!options.library.empty()) return personal(loadJsonLibrary(options.library), {});
+  return {builtInLibrary(), ""};
+}
+
+MusicLibrary resized(MusicLibrary library, const Options& options) {
   return options.tracks ? resizedLibrary(std::move(library), *options.tracks) : library;
 }
 
@@ -109,7 +124,8 @@ void runUntilEnded(PtyIpod& pty, const FileDescriptor& signals, bool interactive
 
 void run(const Options& options) {
   const FileDescriptor signals = catchSignals();
-  SimulatedIpod ipod(options.personality, loadMusic(options), options.seed);
+  Music music = loadMusic(options);
+  SimulatedIpod ipod(options.personality, resized(std::move(music.library), options), options.seed);
   for (const std::string& fault : options.faults)
     addFault(ipod.faults(), fault);
   PtyIpod pty(ipod, options.serial ? FrameKind::kSerial : FrameKind::kUsb, options.link);
@@ -117,6 +133,7 @@ void run(const Options& options) {
   pty.access([&](SimulatedIpod& device) {
     connectOutputs(device, options);
     say("iPod ready on " + options.link.string());
+    if (!options.quiet && !music.summary.empty()) say(music.summary);
   });
   runUntilEnded(pty, signals, options.interactive);
 }

@@ -61,8 +61,8 @@ void fillIn(std::string& text, const std::string& fromFolder, const std::string&
 /// Walks the folder and gathers what it finds.
 class FolderReader {
  public:
-  FolderReader(fs::path folder, std::vector<std::string>& warningLines)
-      : root(std::move(folder)), warnings(warningLines) {}
+  FolderReader(fs::path folder, FolderReport& whatIsWrong)
+      : root(std::move(folder)), report(whatIsWrong) {}
 
   MusicLibrary read() {
     library.name = libraryName(root);
@@ -70,26 +70,31 @@ class FolderReader {
     for (const fs::path& file : playlistFiles)
       readPlaylist(file);
     if (library.tracks.empty())
-      warnings.push_back(utf8Of(root) + ": no playable audio found in this folder");
+      report.warnings.push_back(utf8Of(root) + ": no playable audio found in this folder");
     return std::move(library);
   }
 
  private:
   void warn(const fs::path& file, const std::string& text) {
-    warnings.push_back(utf8Of(file.lexically_relative(root)) + ": " + text);
+    report.warnings.push_back(utf8Of(file.lexically_relative(root)) + ": " + text);
+  }
+
+  void skip(const fs::path& file, const std::string& reason) {
+    warn(file, reason);
+    ++report.skipped[reason];
   }
 
   void readFolder(const fs::path& folder) {
     std::error_code error;
     const fs::path canonical = fs::canonical(folder, error);
-    if (error) return warn(folder, error.message());
+    if (error) return skip(folder, error.message());
     // A link may lead back up, or to a folder that was read already.
     if (!foldersRead.insert(canonical).second) return;
     std::vector<fs::path> entries;
     for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
       entries.push_back(it->path());
     }
-    if (error) warn(folder, error.message());
+    if (error) skip(folder, error.message());
     std::sort(entries.begin(), entries.end());
     for (const fs::path& entry : entries)
       readEntry(entry);
@@ -100,7 +105,7 @@ class FolderReader {
     const fs::file_status status = fs::status(entry, error);
     if (fs::is_directory(status)) return readFolder(entry);
     if (!hasAudioExtension(entry) && !isPlaylist(entry)) return;
-    if (!fs::is_regular_file(status)) return warn(entry, "is not a file that can be read");
+    if (!fs::is_regular_file(status)) return skip(entry, "is not a file that can be read");
     if (isPlaylist(entry)) {
       playlistFiles.push_back(entry);
     } else {
@@ -116,7 +121,7 @@ class FolderReader {
     std::optional<Track> track = readAudioFile(file);
     if (!track) {
       trackOfFile.erase(known);
-      return warn(file, "no playable audio found in it");
+      return skip(file, "no playable audio found in it");
     }
     nameAfterFile(*track, file.lexically_relative(root));
     library.tracks.push_back(std::move(*track));
@@ -133,7 +138,7 @@ class FolderReader {
     try {
       content = parseM3u(readFileContent(file, kLargestPlaylistFile));
     } catch (const std::runtime_error& error) {
-      return warn(file, error.what());
+      return skip(file, error.what());
     }
     Playlist playlist;
     playlist.name = content.name.empty() ? utf8Of(file.stem()) : content.name;
@@ -162,7 +167,7 @@ class FolderReader {
   }
 
   fs::path root;
-  std::vector<std::string>& warnings;
+  FolderReport& report;
   MusicLibrary library;
   std::set<fs::path> foldersRead;            ///< canonical
   std::map<fs::path, uint32_t> trackOfFile;  ///< canonical path to index in library.tracks
@@ -171,10 +176,9 @@ class FolderReader {
 
 }  // namespace
 
-MusicLibrary loadMusicFolder(const std::filesystem::path& folder,
-                             std::vector<std::string>& warnings) {
+MusicLibrary loadMusicFolder(const std::filesystem::path& folder, FolderReport& report) {
   requireFolder(folder);
-  return FolderReader(folder, warnings).read();
+  return FolderReader(folder, report).read();
 }
 
 }  // namespace simulator

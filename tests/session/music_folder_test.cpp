@@ -26,8 +26,8 @@ class MusicFolderSession : public testing::Test {
     return wholeList(IpodGetFirstItem(1, IPOD_TRACKS, 0));
   }
 
-  std::vector<std::string> warnings;
-  SessionIpod ipod{{}, simulator::loadMusicFolder(TEST_MUSIC_FOLDER, warnings)};
+  simulator::FolderReport report;
+  SessionIpod ipod{{}, simulator::loadMusicFolder(TEST_MUSIC_FOLDER, report)};
 };
 
 // Characters that Latin-1 does not have are spaces; the emoji empties its title.
@@ -96,9 +96,9 @@ TEST_F(MusicFolderSession, PlaysEachTrackAsLongAsItsFile) {
 }
 
 TEST_F(MusicFolderSession, LeavesOutTheDamagedFile) {
-  ASSERT_EQ(warnings.size(), 2u);
-  EXPECT_THAT(warnings, testing::Contains(testing::StartsWith("Damaged/Scratched.flac")));
-  EXPECT_THAT(warnings, testing::Contains(testing::StartsWith("Drive Home.m3u")));
+  ASSERT_EQ(report.warnings.size(), 2u);
+  EXPECT_THAT(report.warnings, testing::Contains(testing::StartsWith("Damaged/Scratched.flac")));
+  EXPECT_THAT(report.warnings, testing::Contains(testing::StartsWith("Drive Home.m3u")));
   EXPECT_EQ(
       ipod.look([](simulator::SimulatedIpod& device) { return device.library().tracks.size(); }),
       10u);

@@ -202,6 +202,35 @@ TEST_F(IpodsimTest, PrintsItsVersion) {
   EXPECT_EQ(program->restOfOutput() + program->errors(), "");
 }
 
+TEST_F(IpodsimTest, CountsAPersonsMusicAfterTheFirstLine) {
+  const fs::path file = folder / "library.json";
+  std::ofstream(file) << R"({"tracks": [{"title": "One", "artist": "Anna"}, {"title": "Two"}]})";
+  auto program = runReady({"--library", file.string(), "--tracks", "5"});
+  EXPECT_EQ(program->readLine(), "music: 2 tracks, 1 artist, 0 albums, 0 playlists");
+}
+
+TEST_F(IpodsimTest, CountsTheMusicOfAFolderAndWhatItSkipped) {
+  const fs::path music = folder / "Music";
+  fs::create_directory(music);
+  std::ofstream(music / "broken.mp3") << "x";
+  std::ofstream(music / "road.m3u") << "broken.mp3\n";
+  {
+    auto program = runReady({"--music", music.string()});
+    EXPECT_EQ(program->readLine(),
+              "music: 0 tracks, 0 artists, 0 albums, 1 playlist; 1 file skipped: "
+              "no playable audio found in it (1)");
+  }
+  auto quiet = runReady({"--music", music.string(), "--quiet", "--interactive"});
+  quiet->type("status");
+  EXPECT_EQ(quiet->readLine(), "plugged in") << "no count";
+}
+
+TEST_F(IpodsimTest, BuiltInMusicIsNotCounted) {
+  auto program = runReady({"--interactive"});
+  program->type("status");
+  EXPECT_EQ(program->readLine(), "plugged in");
+}
+
 TEST_F(IpodsimTest, WrongCommandLinesAreExplained) {
   EXPECT_EQ(refusal({"--personality", "x"}, 2),
             "ipodsim: there is no personality 'x'; choose one of classic nano video mini touch "

@@ -35,10 +35,14 @@ int leftMs(Clock::time_point end) {
   return left > 0 ? static_cast<int>(left) : 0;
 }
 
+// All that has been written, without a wait for more.
 std::string readAll(const FileDescriptor& from) {
   std::string all;
   char some[4096];
-  for (ssize_t size; (size = read(from.get(), some, sizeof some)) > 0;) {
+  pollfd ready{from.get(), POLLIN, 0};
+  while (poll(&ready, 1, 0) > 0) {
+    const ssize_t size = read(from.get(), some, sizeof some);
+    if (size <= 0) break;
     all.append(some, static_cast<size_t>(size));
   }
   return all;

@@ -31,6 +31,7 @@ class Program {
   std::optional<int> waitForEnd(Time limit = seconds(20));
   /// Everything that it has written and that no readLine() took, once it has ended.
   std::string restOfOutput();
+  /// What it has written as errors and nobody took.
   std::string errors();
 
  private:

@@ -18,6 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 using testing::SizeIs;
 
 class MusicFolder : public testing::Test {
@@ -36,7 +37,7 @@ class MusicFolder : public testing::Test {
     fs::create_symlink(target, music() / name);
   }
   fs::path music() const { return folder.path() / "Music"; }
-  MusicLibrary load() { return loadMusicFolder(music(), warnings); }
+  MusicLibrary load() { return loadMusicFolder(music(), report); }
 
   std::vector<std::string> titles() {
     std::vector<std::string> texts;
@@ -56,7 +57,7 @@ class MusicFolder : public testing::Test {
   }
   std::string errorOf(const fs::path& path) {
     try {
-      loadMusicFolder(path, warnings);
+      loadMusicFolder(path, report);
     } catch (const std::runtime_error& error) {
       return error.what();
     }
@@ -64,7 +65,8 @@ class MusicFolder : public testing::Test {
   }
 
   TemporaryFolder folder;
-  std::vector<std::string> warnings;
+  FolderReport report;
+  const std::vector<std::string>& warnings = report.warnings;
 };
 
 TEST_F(MusicFolder, GivesTracksInTheOrderOfTheirPaths) {
@@ -80,8 +82,8 @@ TEST_F(MusicFolder, GivesTracksInTheOrderOfTheirPaths) {
 TEST_F(MusicFolder, BearsTheFoldersName) {
   addSong("a.flac");
   EXPECT_EQ(load().name, "Music");
-  EXPECT_EQ(loadMusicFolder(music() / "", warnings).name, "Music");
-  EXPECT_EQ(loadMusicFolder(music() / "..", warnings).name, folder.path().filename());
+  EXPECT_EQ(loadMusicFolder(music() / "", report).name, "Music");
+  EXPECT_EQ(loadMusicFolder(music() / "..", report).name, folder.path().filename());
 }
 
 TEST_F(MusicFolder, NamesUntaggedTracksAfterFileAndFolders) {
@@ -103,7 +105,7 @@ TEST_F(MusicFolder, TakesTheTwoNearestFoldersForNames) {
 TEST_F(MusicFolder, SaysUnknownWhereNoFolderHelps) {
   addSong("Album/one.flac");
   addSong("two.flac");
-  const MusicLibrary library = loadMusicFolder(music() / "", warnings);
+  const MusicLibrary library = loadMusicFolder(music() / "", report);
   EXPECT_EQ(library.tracks.at(0).album, "Album");
   EXPECT_EQ(library.tracks.at(0).artist, "Unknown Artist");
   EXPECT_EQ(library.tracks.at(1).album, "Unknown Album");
@@ -142,6 +144,7 @@ TEST_F(MusicFolder, IgnoresOtherFilesSilentlyAndWarnsOfDamagedOnes) {
   EXPECT_THAT(titles(), ElementsAre("a"));
   EXPECT_THAT(warnings, ElementsAre("b/broken.mp3: no playable audio found in it",
                                     "b/empty.ogg: no playable audio found in it"));
+  EXPECT_THAT(report.skipped, ElementsAre(Pair("no playable audio found in it", 2)));
 }
 
 TEST_F(MusicFolder, FollowsLinksToFilesAndFolders) {
@@ -172,6 +175,16 @@ TEST_F(MusicFolder, WarnsOfLinksThatLeadNowhere) {
   EXPECT_THAT(titles(), ElementsAre("a"));
   EXPECT_THAT(warnings, ElementsAre("gone.mp3: is not a file that can be read",
                                     "loop.m3u: is not a file that can be read"));
+  EXPECT_THAT(report.skipped, ElementsAre(Pair("is not a file that can be read", 2)));
+}
+
+TEST_F(MusicFolder, SkipsAPlaylistThatIsTooLarge) {
+  addSong("one.flac");
+  addFile("road.m3u", "");
+  fs::resize_file(music() / "road.m3u", 16 * 1024 * 1024 + 1);
+  EXPECT_THAT(load().playlists, IsEmpty());
+  EXPECT_THAT(warnings, ElementsAre("road.m3u: is larger than 16777216 bytes"));
+  EXPECT_THAT(report.skipped, ElementsAre(Pair("is larger than 16777216 bytes", 1)));
 }
 
 TEST_F(MusicFolder, DoesNotWaitForAPipe) {
@@ -230,6 +243,7 @@ TEST_F(MusicFolder, WarnsOfPlaylistEntriesThatAreNotInTheLibrary) {
   addFile("road.m3u", "gone.mp3\none.flac\nbroken.mp3\n../outside.flac\n.\nroad.m3u\n" +
                           std::string(5000, 'x') + "\n");
   EXPECT_THAT(playlistTitles(), ElementsAre("one"));
+  EXPECT_THAT(report.skipped, ElementsAre(Pair("no playable audio found in it", 1)));
   EXPECT_THAT(warnings, ElementsAre("broken.mp3: no playable audio found in it",
                                     "road.m3u: not in the library: gone.mp3",
                                     "road.m3u: not in the library: broken.mp3",
@@ -254,7 +268,7 @@ TEST_F(MusicFolder, IsEmptyWithAWarningWhenThereIsNoAudio) {
 }
 
 TEST_F(MusicFolder, KeepsTheWarningsThatTheCallerHad) {
-  warnings = {"earlier"};
+  report.warnings = {"earlier"};
   addSong("a.flac");
   addFile("broken.mp3", "x");
   load();
@@ -271,7 +285,7 @@ TEST_F(MusicFolder, ThrowsWhenThereIsNoSuchFolder) {
 }
 
 TEST_F(MusicFolder, ReadsARealCollection) {
-  const MusicLibrary library = loadMusicFolder(TEST_MUSIC_FOLDER, warnings);
+  const MusicLibrary library = loadMusicFolder(TEST_MUSIC_FOLDER, report);
   std::vector<std::string> all;
   for (const Track& track : library.tracks)
     all.push_back(track.artist + ": " + track.title);
