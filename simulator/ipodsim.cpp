@@ -60,6 +60,16 @@ MusicLibrary resized(MusicLibrary library, const Options& options) {
   return options.tracks ? resizedLibrary(std::move(library), *options.tracks) : library;
 }
 
+void requireScreen(const Options& options) {
+  if (options.screen.empty()) return;
+  try {
+    requirePlaceForPng(options.screen);
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(error.what() + std::string("\nTry ipodsim --screen FILE.png with a "
+                                                        "file that can be written."));
+  }
+}
+
 void showScreen(const Options& options, const Picture& image) {
   try {
     const Personality& model = options.personality;
@@ -124,6 +134,7 @@ void runUntilEnded(PtyIpod& pty, const FileDescriptor& signals, bool interactive
 
 void run(const Options& options) {
   const FileDescriptor signals = catchSignals();
+  requireScreen(options);
   Music music = loadMusic(options);
   SimulatedIpod ipod(options.personality, resized(std::move(music.library), options), options.seed);
   for (const std::string& fault : options.faults)

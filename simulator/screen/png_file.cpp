@@ -2,12 +2,42 @@
 
 #include <png.h>
 
+#include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <stdexcept>
+#include <system_error>
 
 namespace simulator {
 
-void writePng(const Picture& picture, const std::filesystem::path& file) {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void refuse(const fs::path& file, const std::string& why) {
+  throw std::runtime_error("cannot write " + file.string() + ": " + why);
+}
+
+fs::path unfinishedOf(const fs::path& file) {
+  fs::path unfinished = file;
+  unfinished += ".part";
+  return unfinished;
+}
+
+}  // namespace
+
+void requirePlaceForPng(const fs::path& file) {
+  std::error_code ignored;
+  const fs::path folder = file.has_parent_path() ? file.parent_path() : ".";
+  if (!fs::is_directory(folder, ignored)) refuse(file, "there is no folder " + folder.string());
+  if (fs::is_directory(file, ignored)) refuse(file, "it is a folder");
+  const fs::path unfinished = unfinishedOf(file);
+  errno = 0;
+  if (!std::ofstream(unfinished)) refuse(file, std::generic_category().message(errno));
+  fs::remove(unfinished, ignored);
+}
+
+void writePng(const Picture& picture, const fs::path& file) {
   png_image image;
   std::memset(&image, 0, sizeof image);
   image.version = PNG_IMAGE_VERSION;
@@ -16,15 +46,14 @@ void writePng(const Picture& picture, const std::filesystem::path& file) {
   image.format = PNG_FORMAT_RGB;
   static_assert(sizeof(Colour) == 3, "a picture's pixels are the bytes that libpng reads");
 
-  std::filesystem::path unfinished = file;
-  unfinished += ".part";
+  const fs::path unfinished = unfinishedOf(file);
   if (png_image_write_to_file(&image, unfinished.c_str(), 0, picture.pixels.data(), 0, nullptr) ==
       0) {
-    throw std::runtime_error("cannot write " + file.string() + ": " + image.message);
+    refuse(file, image.message);
   }
   std::error_code error;
-  std::filesystem::rename(unfinished, file, error);
-  if (error) throw std::runtime_error("cannot write " + file.string() + ": " + error.message());
+  fs::rename(unfinished, file, error);
+  if (error) refuse(file, error.message());
 }
 
 }  // namespace simulator

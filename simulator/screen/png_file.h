@@ -6,6 +6,10 @@
 
 namespace simulator {
 
+/// Throws std::runtime_error with a text for a person when no picture can be written there. Leaves
+/// no file.
+void requirePlaceForPng(const std::filesystem::path& file);
+
 /// Writes the picture as a PNG file. Whoever looks at the file sees the old picture or the new one,
 /// never half of one. Throws std::runtime_error with a text for a person.
 void writePng(const Picture& picture, const std::filesystem::path& file);

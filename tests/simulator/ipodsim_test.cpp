@@ -231,6 +231,30 @@ TEST_F(IpodsimTest, BuiltInMusicIsNotCounted) {
   EXPECT_EQ(program->readLine(), "plugged in");
 }
 
+TEST_F(IpodsimTest, ScreenThatCannotBeWrittenIsToldAtTheStart) {
+  const std::string hint = "\nTry ipodsim --screen FILE.png with a file that can be written.\n";
+  const std::string none = (folder / "none").string();
+  EXPECT_EQ(refusal({"--screen", none + "/screen.png"}, 1),
+            "ipodsim: cannot write " + none + "/screen.png: there is no folder " + none + hint);
+  const std::string there = (folder / ".").string();
+  EXPECT_EQ(refusal({"--screen", there}, 1),
+            "ipodsim: cannot write " + there + ": it is a folder" + hint);
+  EXPECT_EQ(refusal({"--screen", "/proc/screen.png"}, 1),
+            "ipodsim: cannot write /proc/screen.png: No such file or directory" + hint);
+}
+
+TEST_F(IpodsimTest, ScreenThatCanBeWrittenIsNotTouchedAtTheStart) {
+  const fs::path screen = folder / "screen.png";
+  {
+    auto program = runReady({"--screen", screen.string()});
+    EXPECT_FALSE(fs::exists(screen));
+    EXPECT_FALSE(fs::exists(folder / "screen.png.part"));
+  }
+  std::ofstream(screen) << "old";
+  auto program = runReady({"--screen", screen.string()});
+  EXPECT_EQ(fs::file_size(screen), 3u);
+}
+
 TEST_F(IpodsimTest, WrongCommandLinesAreExplained) {
   EXPECT_EQ(refusal({"--personality", "x"}, 2),
             "ipodsim: there is no personality 'x'; choose one of classic nano video mini touch "
