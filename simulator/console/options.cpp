@@ -152,7 +152,7 @@ void describeModel(CLI::App& app, Options& options, RawOptions& raw) {
 void describeOutput(CLI::App& app, Options& options, RawOptions& raw) {
   app.add_option("--screen", options.screen, "Write the screen there when an image was uploaded")
       ->type_name("FILE.png");
-  app.add_flag("--trace", options.trace, "Show every message");
+  app.add_flag("--trace", options.trace, "Show every message, and bytes that form none");
   app.add_flag("--quiet", options.quiet, "Say only that the iPod is ready, and what fails");
   app.add_flag("--interactive", options.interactive, "Take commands on standard input; try help");
   app.add_flag("--help-faults", raw.helpFaults, "What can go wrong, and how to write it");

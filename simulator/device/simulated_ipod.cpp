@@ -2,11 +2,14 @@
 
 #include <algorithm>
 
+#include "wire/hex_text.h"
+
 namespace simulator {
 
 namespace {
 
 constexpr uint8_t kGoesToSleep = 0x01;  // what NotifyiPodStateChange tells
+constexpr size_t kShownWaste = 264;     // bytes: a frame in short form is shorter
 
 std::optional<Time> earlier(std::optional<Time> a, std::optional<Time> b) {
   if (!a || !b) return a ? a : b;
@@ -41,12 +44,15 @@ void SimulatedIpod::plugIn(Time now, FrameKind frameKind) {
   unplug(now);
   kind = frameKind;
   decoder.emplace(frameKind, state.personality.packetGap);
+  decoder->setWasteHook(
+      [this](FrameDecoder::Waste waste, ByteView bytes) { noteWaste(waste, bytes); });
   noteEvent("plugged in");
 }
 
 void SimulatedIpod::unplug(Time now) {
   advance(now);
   if (!plugged()) return;
+  decoder->reset();
   startOver();
   decoder.reset();
   noteEvent("unplugged");
@@ -55,8 +61,8 @@ void SimulatedIpod::unplug(Time now) {
 void SimulatedIpod::hangUp(Time now) {
   advance(now);
   if (!plugged()) return;
-  startOver();
   decoder->reset();
+  startOver();
   noteEvent("the accessory closed the link");
 }
 
@@ -68,9 +74,7 @@ void SimulatedIpod::receive(Time now, ByteView bytes) {
   const ByteView arriving = bytes.prefix(cut.value_or(bytes.size()));
   receivedHere += arriving.size();
   tally.bytesReceived += arriving.size();
-  const size_t bad = decoder->counters().badChecksums;
   decoder->push(now, arriving, [this](ByteView payload) { takePayload(payload); });
-  if (decoder->counters().badChecksums != bad) noteEvent("a frame with a wrong checksum");
   if (cut) unplug(now);
 }
 
@@ -160,6 +164,18 @@ void SimulatedIpod::settle() {
   if (state.display.shownCount() == imagesSeen) return;
   imagesSeen = state.display.shownCount();
   if (imageHook && state.display.shown()) imageHook(*state.display.shown());
+}
+
+void SimulatedIpod::noteWaste(FrameDecoder::Waste waste, ByteView bytes) {
+  const std::string shown = ": " + hexText(bytes, kShownWaste);
+  switch (waste) {
+    case FrameDecoder::Waste::kBadChecksum:
+      return noteEvent("a frame with a wrong checksum" + shown);
+    case FrameDecoder::Waste::kUnfinished:
+      return note(Traffic::Kind::kNoise, {}, "a frame that was not finished" + shown);
+    case FrameDecoder::Waste::kNoise:
+      return note(Traffic::Kind::kNoise, {}, "bytes that form no frame" + shown);
+  }
 }
 
 void SimulatedIpod::takePayload(ByteView payload) {

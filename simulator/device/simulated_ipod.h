@@ -116,6 +116,7 @@ class SimulatedIpod {
 
   void step(Time now);
   void settle();
+  void noteWaste(FrameDecoder::Waste waste, ByteView bytes);
   void takePayload(ByteView payload);
   void takeMessage(const Message& message);
   void transmit(Outgoing outgoing);

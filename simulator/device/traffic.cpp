@@ -4,22 +4,13 @@
 #include <cstdio>
 
 #include "wire/command_names.h"
+#include "wire/hex_text.h"
 
 namespace simulator {
 
 namespace {
 
 constexpr size_t kShownBytes = 24;
-
-std::string hexBytes(ByteView bytes) {
-  std::string text;
-  char digits[4];
-  for (uint8_t byte : bytes) {
-    std::snprintf(digits, sizeof digits, " %02X", byte);
-    text += digits;
-  }
-  return text;
-}
 
 std::string seconds3(Time time) {
   const int64_t ms = std::chrono::duration_cast<milliseconds>(time).count();
@@ -37,6 +28,7 @@ const char* arrow(Traffic::Kind kind) {
     case Traffic::Kind::kLost:
       return " x- ";
     case Traffic::Kind::kEvent:
+    case Traffic::Kind::kNoise:
       break;
   }
   return " -- ";
@@ -48,10 +40,7 @@ std::string describeMessage(const Message& message) {
   std::snprintf(ids, sizeof ids, "%02X %0*X ", message.lingo, digits, message.command);
   std::string text = ids;
   text += commandName(message);
-  text += hexBytes(ByteView(message.data).prefix(kShownBytes));
-  if (message.data.size() > kShownBytes) {
-    text += " ... (" + std::to_string(message.data.size()) + " bytes)";
-  }
+  if (!message.data.empty()) text += " " + hexText(message.data, kShownBytes);
   return text;
 }
 
@@ -59,7 +48,9 @@ std::string describeMessage(const Message& message) {
 
 std::string describe(const Traffic& traffic) {
   std::string line = seconds3(traffic.at) + arrow(traffic.kind);
-  if (traffic.kind == Traffic::Kind::kEvent) return line + traffic.note;
+  const bool isNote =
+      traffic.kind == Traffic::Kind::kEvent || traffic.kind == Traffic::Kind::kNoise;
+  if (isNote) return line + traffic.note;
   line += describeMessage(traffic.message);
   if (!traffic.note.empty()) line += "  [" + traffic.note + "]";
   return line;

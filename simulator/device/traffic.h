@@ -14,6 +14,7 @@ struct Traffic {
     kSent,      ///< by the iPod
     kLost,      ///< meant to be sent, and lost by a fault
     kEvent,     ///< told by the note alone
+    kNoise,     ///< from the accessory, but no message; told by the note alone
   };
 
   Time at{0};

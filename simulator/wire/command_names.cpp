@@ -95,7 +95,7 @@ const char* commandName(const Message& message) {
   for (const NameRow& row : kNames) {
     if (message.is(row.lingo, row.command)) return row.name;
   }
-  return "unknown";
+  return kUnknownCommand;
 }
 
 }  // namespace simulator

@@ -4,7 +4,9 @@
 
 namespace simulator {
 
-/// The protocol's name of a message's command; "unknown" when it has none here.
+constexpr char kUnknownCommand[] = "unknown";
+
+/// The protocol's name of a message's command; kUnknownCommand when it has none here.
 const char* commandName(const Message& message);
 
 }  // namespace simulator

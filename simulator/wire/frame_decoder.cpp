@@ -9,22 +9,34 @@ void FrameDecoder::push(Time now, ByteView bytes,
   lastByte = now;
   for (uint8_t byte : bytes)
     take(byte, onPayload);
+  reportNoise();
 }
 
 void FrameDecoder::reset() {
+  if (state != State::kHunt) giveUp();
+}
+
+void FrameDecoder::clear() {
   state = State::kHunt;
   length = 0;
   sum = 0;
   payload.clear();
+  packet.clear();
 }
 
 void FrameDecoder::giveUpAfterGap(Time now) {
   if (state == State::kHunt || now - lastByte <= gap) return;
   ++tally.abandoned;
-  reset();
+  giveUp();
+}
+
+void FrameDecoder::giveUp() {
+  report(Waste::kUnfinished, packet);
+  clear();
 }
 
 void FrameDecoder::take(uint8_t byte, const std::function<void(ByteView)>& onPayload) {
+  if (state >= State::kLength) packet.push_back(byte);
   switch (state) {
     case State::kHunt:
       return hunt(byte);
@@ -43,24 +55,37 @@ void FrameDecoder::take(uint8_t byte, const std::function<void(ByteView)>& onPay
 
 void FrameDecoder::hunt(uint8_t byte) {
   if (kind == FrameKind::kUsb && byte == kStartByte) return beginPacket();
-  if (kind == FrameKind::kSerial && byte == kSyncByte) {
-    state = State::kSynced;
-    return;
-  }
-  ++tally.skippedBytes;
+  if (kind == FrameKind::kUsb || byte != kSyncByte) return skip(byte);
+  state = State::kSynced;
+  packet = {kSyncByte};
 }
 
 void FrameDecoder::afterSync(uint8_t byte) {
   if (byte == kStartByte) return beginPacket();
-  ++tally.skippedBytes;
+  skip(kSyncByte);
   // A sync byte can be repeated; the last one counts.
   if (byte == kSyncByte) return;
+  skip(byte);
+  clear();
+}
+
+void FrameDecoder::skip(uint8_t byte) {
   ++tally.skippedBytes;
-  state = State::kHunt;
+  noise.push_back(byte);
+}
+
+void FrameDecoder::reportNoise() {
+  if (!noise.empty()) report(Waste::kNoise, noise);
+  noise.clear();
+}
+
+void FrameDecoder::report(Waste waste, ByteView bytes) const {
+  if (onWaste) onWaste(waste, bytes);
 }
 
 void FrameDecoder::beginPacket() {
-  reset();
+  reportNoise();
+  packet.push_back(kStartByte);
   state = State::kLength;
 }
 
@@ -90,10 +115,11 @@ void FrameDecoder::takePayload(uint8_t byte) {
 void FrameDecoder::takeChecksum(uint8_t byte, const std::function<void(ByteView)>& onPayload) {
   const bool good = ((sum + byte) & 0xFF) == 0;
   const Bytes body = std::move(payload);
-  reset();
+  const Bytes whole = std::move(packet);
+  clear();
   if (!good) {
     ++tally.badChecksums;
-    return;
+    return report(Waste::kBadChecksum, whole);
   }
   ++tally.packets;
   onPayload(body);

@@ -22,12 +22,24 @@ class FrameDecoder {
     size_t abandoned = 0;     ///< packets given up because of a gap
   };
 
+  /// Why bytes are no packet.
+  enum class Waste {
+    kNoise,        ///< outside any packet
+    kBadChecksum,  ///< a whole packet
+    kUnfinished,   ///< a packet that was given up
+  };
+  /// The bytes as they arrived, valid during the call.
+  using WasteHook = std::function<void(Waste, ByteView bytes)>;
+
   explicit FrameDecoder(FrameKind frames, Time longestGap = kUsualPacketGap)
       : kind(frames), gap(longestGap) {}
 
   /// Takes bytes that arrived at `now` and gives each good payload to `onPayload`; the payload is
   /// valid during that call.
   void push(Time now, ByteView bytes, const std::function<void(ByteView payload)>& onPayload);
+  /// Called in the order of the bytes with what is no packet. Noise is reported as far as it
+  /// arrived together.
+  void setWasteHook(WasteHook hook) { onWaste = std::move(hook); }
   /// Forgets a packet that has begun.
   void reset();
   const Counters& counters() const { return tally; }
@@ -36,6 +48,8 @@ class FrameDecoder {
   enum class State { kHunt, kSynced, kLength, kLengthHigh, kLengthLow, kPayload, kChecksum };
 
   void giveUpAfterGap(Time now);
+  void giveUp();
+  void clear();
   void hunt(uint8_t byte);
   void afterSync(uint8_t byte);
   void beginPacket();
@@ -43,6 +57,9 @@ class FrameDecoder {
   void beginPayload();
   void takePayload(uint8_t byte);
   void takeChecksum(uint8_t byte, const std::function<void(ByteView)>& onPayload);
+  void skip(uint8_t byte);
+  void reportNoise();
+  void report(Waste waste, ByteView bytes) const;
   void take(uint8_t byte, const std::function<void(ByteView)>& onPayload);
 
   FrameKind kind;
@@ -51,6 +68,9 @@ class FrameDecoder {
   size_t length = 0;
   unsigned sum = 0;
   Bytes payload;
+  Bytes packet;  ///< as it arrived so far, a sync byte included
+  Bytes noise;
+  WasteHook onWaste;
   Time lastByte{0};
   Counters tally;
 };

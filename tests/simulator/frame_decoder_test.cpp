@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "hex.h"
 
 namespace simulator {
@@ -151,6 +153,107 @@ TEST_F(FrameDecoderTest, ResetForgetsTheBegunPacket) {
   decoder.reset();
   push(Time(0), "01 FD 55 02 00 03 FB");
   EXPECT_EQ(payloads, Payloads{"00 03"});
+}
+
+struct WasteRow {
+  const char* what;
+  FrameKind kind;
+  std::vector<const char*> pieces;  ///< each at the same moment
+  Payloads reports;
+};
+
+const WasteRow kWasteRows[] = {
+    {"nothing but frames",
+     kUsb,
+     {"55 02 00 01 FD", "55 02 00 03 FB"},
+     {"packet 00 01", "packet 00 03"}},
+    {"noise that arrives together", kUsb, {"13 A9 77"}, {"noise 13 A9 77"}},
+    {"noise in pieces", kUsb, {"13 A9", "77"}, {"noise 13 A9", "noise 77"}},
+    {"noise around a frame",
+     kUsb,
+     {"13 55 02 00 01 FD A9"},
+     {"noise 13", "packet 00 01", "noise A9"}},
+    {"a frame of two pieces", kUsb, {"13 55 02", "00 01 FD"}, {"noise 13", "packet 00 01"}},
+    {"a wrong checksum", kUsb, {"55 02 00 01 FC"}, {"checksum 55 02 00 01 FC"}},
+    {"a wrong checksum in pieces", kUsb, {"55", "02 00 01", "FC"}, {"checksum 55 02 00 01 FC"}},
+    {"a wrong checksum of a long form",
+     kUsb,
+     {"55 00 00 02 00 01 FF"},
+     {"checksum 55 00 00 02 00 01 FF"}},
+    {"a wrong checksum between frames",
+     kUsb,
+     {"55 02 00 01 FD 55 02 00 01 FC 55 02 00 03 FB"},
+     {"packet 00 01", "checksum 55 02 00 01 FC", "packet 00 03"}},
+    {"a sync byte is part of a serial frame",
+     kSerial,
+     {"FF 55 02 00 01 FC"},
+     {"checksum FF 55 02 00 01 FC"}},
+    {"a sync byte that came before",
+     kSerial,
+     {"FF", "55 02 00 01 FC"},
+     {"checksum FF 55 02 00 01 FC"}},
+    {"sync bytes too many",
+     kSerial,
+     {"FF FF FF 55 02 00 01 FC"},
+     {"noise FF FF", "checksum FF 55 02 00 01 FC"}},
+    {"a sync byte without a start byte", kSerial, {"FF 12 55"}, {"noise FF 12 55"}},
+    {"a sync byte alone", kSerial, {"12 FF"}, {"noise 12"}},
+};
+
+class FrameDecoderWaste : public testing::TestWithParam<WasteRow> {};
+
+TEST_P(FrameDecoderWaste, IsReportedInItsOrder) {
+  constexpr const char* kNames[] = {"noise ", "checksum ", "unfinished "};
+  FrameDecoder decoder(GetParam().kind);
+  Payloads reports;
+  decoder.setWasteHook([&](FrameDecoder::Waste waste, ByteView bytes) {
+    reports.push_back(kNames[static_cast<int>(waste)] + toHex(bytes));
+  });
+  for (const char* piece : GetParam().pieces) {
+    decoder.push(Time(0), hex(piece),
+                 [&](ByteView payload) { reports.push_back("packet " + toHex(payload)); });
+  }
+  EXPECT_EQ(reports, GetParam().reports);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FrameDecoderWaste, testing::ValuesIn(kWasteRows),
+                         [](const testing::TestParamInfo<WasteRow>& row) {
+                           std::string name = row.param.what;
+                           std::replace(name.begin(), name.end(), ' ', '_');
+                           return name;
+                         });
+
+class UnfinishedPacket : public FrameDecoderTest {
+ protected:
+  UnfinishedPacket() {
+    decoder.setWasteHook([this](FrameDecoder::Waste waste, ByteView bytes) {
+      EXPECT_EQ(waste, FrameDecoder::Waste::kUnfinished);
+      reports.push_back(toHex(bytes));
+    });
+  }
+
+  Payloads reports;
+};
+
+TEST_F(UnfinishedPacket, IsReportedWhenItIsGivenUp) {
+  push(milliseconds(0), "55 04 00");
+  push(milliseconds(25), "01");
+  EXPECT_EQ(reports, Payloads{});
+  push(milliseconds(51), "55 02 00 03 FB");
+  EXPECT_EQ(reports, Payloads{"55 04 00 01"});
+  EXPECT_EQ(payloads, Payloads{"00 03"});
+}
+
+TEST_F(UnfinishedPacket, IsReportedWhenItIsForgotten) {
+  push(Time(0), "55 02 00");
+  decoder.reset();
+  EXPECT_EQ(reports, Payloads{"55 02 00"});
+  decoder.reset();
+  EXPECT_EQ(reports, Payloads{"55 02 00"});
+  push(Time(0), "55 04");
+  decoder.reset();
+  EXPECT_EQ(reports, (Payloads{"55 02 00", "55 04"}));
+  EXPECT_EQ(decoder.counters().abandoned, 0u);
 }
 
 TEST_F(FrameDecoderTest, CountsWhatItSaw) {

@@ -80,6 +80,29 @@ TEST_F(IpodsimTest, TraceShowsEveryMessage) {
   EXPECT_TRUE(program->readUntil(" -- the accessory closed the link"));
 }
 
+TEST_F(IpodsimTest, TraceShowsBytesThatAreNoMessage) {
+  auto program = runReady({"--trace"});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write("13 A9 55 02 00 03 FC"));
+  EXPECT_TRUE(program->readUntil(" -- bytes that form no frame: 13 A9"));
+  EXPECT_TRUE(program->readUntil(" -- a frame with a wrong checksum: 55 02 00 03 FC"));
+  ASSERT_TRUE(host.write("55 02"));
+  host.close();
+  EXPECT_TRUE(program->readUntil(" -- a frame that was not finished: 55 02"));
+}
+
+TEST_F(IpodsimTest, WithoutATraceOnlyDamageIsShown) {
+  auto program = runReady({});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write("13 A9 55 02 00 03 FC 55 02 00 03 FB"));
+  const std::string line = program->readLine().value_or("");
+  EXPECT_NE(line.find(" -- a frame with a wrong checksum: 55 02 00 03 FC"), std::string::npos)
+      << line;
+  EXPECT_EQ(host.read(6), "55 03 00 04 00 F9");
+  host.close();
+  EXPECT_NE(program->readLine().value_or("").find(" -- the accessory closed"), std::string::npos);
+}
+
 TEST_F(IpodsimTest, WritesTheScreenWhenAnImageWasUploaded) {
   const fs::path screen = folder / "screen.png";
   auto program = runReady({"--screen", screen.string()});

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "bench.h"
 #include "device/traffic.h"
 #include "hex.h"
@@ -145,6 +147,74 @@ TEST(Trace, TellsEachMessageInOneLine) {
                        "     1.234 <- 04 0018 GetNumberCategorizedDbRecords 02",
                        "     1.239 -> 04 0019 ReturnNumberCategorizedDbRecords 00 00 00 03  [late]",
                    }));
+}
+
+class WasteTrace : public testing::Test {
+ protected:
+  WasteTrace() {
+    bench.ipod.setTrace([this](const Traffic& traffic) { lines.push_back(describe(traffic)); });
+  }
+  std::vector<std::string> take() { return std::exchange(lines, {}); }
+
+  Bench bench;
+  std::vector<std::string> lines;
+};
+
+TEST_F(WasteTrace, TellsBytesThatFormNoFrameInTheirOrder) {
+  bench.sendRaw("13 A9 55 02 00 03 FB 77 FF");
+  EXPECT_EQ(take(), (std::vector<std::string>{
+                        "     0.000 -- bytes that form no frame: 13 A9",
+                        "     0.000 <- 00 03 RequestRemoteUIMode",
+                        "     0.000 -- bytes that form no frame: 77 FF",
+                    }));
+}
+
+TEST_F(WasteTrace, TellsAFrameWithAWrongChecksum) {
+  bench.sendRaw("55 03 00 0F 04 EB");
+  EXPECT_EQ(take(), std::vector<std::string>{
+                        "     0.000 -- a frame with a wrong checksum: 55 03 00 0F 04 EB"});
+  EXPECT_EQ(bench.ipod.history().back().kind, Traffic::Kind::kEvent);
+}
+
+TEST_F(WasteTrace, TellsAFrameThatStopsWhenTheNextByteComes) {
+  bench.sendRaw("55 02 00");
+  EXPECT_EQ(take(), std::vector<std::string>{});
+  bench.wait(milliseconds(30));
+  bench.sendRaw("77");
+  EXPECT_EQ(take(), (std::vector<std::string>{
+                        "     0.030 -- a frame that was not finished: 55 02 00",
+                        "     0.030 -- bytes that form no frame: 77",
+                    }));
+}
+
+TEST_F(WasteTrace, TellsAFrameThatStopsWithItsAccessory) {
+  bench.sendRaw("55 02 00");
+  bench.ipod.hangUp(bench.now);
+  EXPECT_EQ(take(), (std::vector<std::string>{
+                        "     0.000 -- a frame that was not finished: 55 02 00",
+                        "     0.000 -- the accessory closed the link",
+                    }));
+  bench.sendRaw("55 02 00 03");
+  bench.ipod.unplug(bench.now);
+  EXPECT_EQ(take(), (std::vector<std::string>{
+                        "     0.000 -- a frame that was not finished: 55 02 00 03",
+                        "     0.000 -- unplugged",
+                    }));
+}
+
+TEST_F(WasteTrace, TellsAllBytesOfALargeFrameAndCutsAStorm) {
+  std::string large = "55 FF 00 77";
+  for (int i = 0; i < 253; ++i)
+    large += " 01";
+  bench.sendRaw(large + " 00");
+  EXPECT_EQ(take(), std::vector<std::string>{
+                        "     0.000 -- a frame with a wrong checksum: " + large + " 00"});
+  std::string shown;
+  for (int i = 0; i < 264; ++i)
+    shown += " 77";
+  bench.sendRaw(shown + " 77");
+  EXPECT_EQ(take(), std::vector<std::string>{"     0.000 -- bytes that form no frame:" + shown +
+                                             " ... (265 bytes)"});
 }
 
 TEST(Trace, CutsLongDataAndTellsItsLength) {
