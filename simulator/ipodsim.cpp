@@ -86,7 +86,9 @@ void connectOutputs(SimulatedIpod& ipod, const Options& options) {
   }
   if (options.quiet && !options.trace) return;
   ipod.setTrace([&options](const Traffic& traffic) {
-    if (options.trace || traffic.kind == Traffic::Kind::kEvent) say(describe(traffic));
+    const bool isAlwaysSaid =
+        traffic.kind == Traffic::Kind::kEvent || traffic.kind == Traffic::Kind::kFault;
+    if (options.trace || isAlwaysSaid) say(describe(traffic));
   });
 }
 

@@ -42,6 +42,9 @@ constexpr char kFaultUsage[] =
     "--fault random=PERCENT[/KIND,KIND...]\n"
     "\n"
     "Any answer, by chance; the same answers for the same --seed and requests.\n"
+    "\n"
+    "Each fault that strikes is a line of output, which starts with the fault as it\n"
+    "is written to strike the same answer again.\n"
     "\n";
 
 // What CLI11 fills in, before it is checked.

@@ -16,10 +16,11 @@ DeviceState::DeviceState(Personality model, MusicLibrary library, uint32_t seed)
     : personality(std::move(model)),
       catalogue(std::move(library)),
       random(seed),
+      faultChance(~seed),
       database(catalogue, orderOfAllTracks(personality.trackOrder)),
       player(catalogue, personality.player, random),
       display(personality.display),
-      faults(random) {}
+      faults(faultChance) {}
 
 const std::string& DeviceState::name() const {
   return personality.name.empty() ? catalogue.library().name : personality.name;

@@ -44,6 +44,7 @@ struct DeviceState {
   Personality personality;
   Catalogue catalogue;
   Random random;
+  Random faultChance;  ///< apart, so that faults leave the shuffled order as it is
   Database database;
   Player player;
   DisplayImage display;

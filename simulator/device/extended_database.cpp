@@ -93,7 +93,7 @@ void ExtendedInterfaceLingo::playTrackOf(const std::vector<uint32_t>& list, uint
 
 void ExtendedInterfaceLingo::sendListing(Category category, uint32_t start, uint32_t count) {
   const ListingShape shape = state.faults.shapeListing(*state.request);
-  const std::vector<uint32_t> indexes = shapedListing(start, count, shape, state.random);
+  const std::vector<uint32_t> indexes = shapedListing(start, count, shape, state.faultChance);
   for (size_t i = 0; i < indexes.size(); ++i) {
     for (uint32_t n = 0; i > 0 && n < shape.notificationsBetween; ++n)
       sendStrayNotification();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "faults/fault_text.h"
 #include "wire/hex_text.h"
 
 namespace simulator {
@@ -38,6 +39,7 @@ SimulatedIpod::SimulatedIpod(Personality personality, MusicLibrary library, uint
                }),
       notifier(state) {
   state.transmit = [this](Outgoing outgoing) { transmit(std::move(outgoing)); };
+  state.faults.setStrikeHook([this](const Fault& fault) { noteStrike(fault); });
 }
 
 void SimulatedIpod::plugIn(Time now, FrameKind frameKind) {
@@ -176,6 +178,11 @@ void SimulatedIpod::noteWaste(FrameDecoder::Waste waste, ByteView bytes) {
     case FrameDecoder::Waste::kNoise:
       return note(Traffic::Kind::kNoise, {}, "bytes that form no frame" + shown);
   }
+}
+
+void SimulatedIpod::noteStrike(const Fault& fault) {
+  const Message request{fault.target.lingo.value_or(0), fault.target.command.value_or(0), {}};
+  note(Traffic::Kind::kFault, request, faultText(fault));
 }
 
 void SimulatedIpod::takePayload(ByteView payload) {

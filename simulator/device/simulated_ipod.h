@@ -117,6 +117,7 @@ class SimulatedIpod {
   void step(Time now);
   void settle();
   void noteWaste(FrameDecoder::Waste waste, ByteView bytes);
+  void noteStrike(const Fault& fault);
   void takePayload(ByteView payload);
   void takeMessage(const Message& message);
   void transmit(Outgoing outgoing);

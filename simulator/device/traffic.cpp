@@ -12,10 +12,10 @@ namespace {
 
 constexpr size_t kShownBytes = 24;
 
-std::string seconds3(Time time) {
+std::string seconds3(Time time, int width) {
   const int64_t ms = std::chrono::duration_cast<milliseconds>(time).count();
   char text[32];
-  std::snprintf(text, sizeof text, "%6" PRId64 ".%03" PRId64, ms / 1000, ms % 1000);
+  std::snprintf(text, sizeof text, "%*" PRId64 ".%03" PRId64, width, ms / 1000, ms % 1000);
   return text;
 }
 
@@ -29,6 +29,7 @@ const char* arrow(Traffic::Kind kind) {
       return " x- ";
     case Traffic::Kind::kEvent:
     case Traffic::Kind::kNoise:
+    case Traffic::Kind::kFault:
       break;
   }
   return " -- ";
@@ -44,10 +45,18 @@ std::string describeMessage(const Message& message) {
   return text;
 }
 
+std::string describeFault(const Traffic& traffic) {
+  const std::string request = commandName(traffic.message);
+  return "fault: " + traffic.note + " struck at " + seconds3(traffic.at, 1) + " s" +
+         (request == kUnknownCommand ? "" : " (" + request + ")");
+}
+
 }  // namespace
 
 std::string describe(const Traffic& traffic) {
-  std::string line = seconds3(traffic.at) + arrow(traffic.kind);
+  if (traffic.kind == Traffic::Kind::kFault) return describeFault(traffic);
+  constexpr int kWidth = 6;
+  std::string line = seconds3(traffic.at, kWidth) + arrow(traffic.kind);
   const bool isNote =
       traffic.kind == Traffic::Kind::kEvent || traffic.kind == Traffic::Kind::kNoise;
   if (isNote) return line + traffic.note;

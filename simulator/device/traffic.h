@@ -15,6 +15,7 @@ struct Traffic {
     kLost,      ///< meant to be sent, and lost by a fault
     kEvent,     ///< told by the note alone
     kNoise,     ///< from the accessory, but no message; told by the note alone
+    kFault,     ///< a fault struck; the note is its text, the message the request if there is one
   };
 
   Time at{0};

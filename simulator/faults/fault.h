@@ -77,7 +77,8 @@ struct Fault {
   uint32_t value2 = 0;
 };
 
-/// Faults that strike at random: each reply with this chance, with one of these kinds.
+/// Faults that strike at random: each reply with this chance, with one of these kinds. Noise is one
+/// byte then, several times.
 struct RandomFaults {
   uint32_t perThousand = 0;
   std::vector<FaultKind> kinds;  ///< empty: every kind of one reply that a host can survive

@@ -46,6 +46,11 @@ void spoilText(const Fault& fault, Outgoing& outgoing) {
   }
 }
 
+Fault at(FaultTarget target, Fault fault) {
+  fault.target = target;
+  return fault;
+}
+
 }  // namespace
 
 void FaultPlan::add(const Fault& fault) {
@@ -62,20 +67,22 @@ void FaultPlan::clear() {
 Fate FaultPlan::decide(Outgoing& outgoing, FrameKind kind) {
   Fate fate;
   const Cause cause = outgoing.cause;
+  const FaultTarget reply = countUp(replies, cause);
   for (Rule& rule : rules) {
     if (faultRow(rule.fault.kind).stage != FaultStage::kReply || !strikes(rule, cause)) continue;
-    apply(rule.fault, outgoing, fate, kind);
+    apply(at(reply, rule.fault), outgoing, fate, kind);
   }
-  applyByChance(outgoing, fate, kind);
+  applyByChance(reply, outgoing, fate, kind);
   return fate;
 }
 
 ListingShape FaultPlan::shapeListing(Cause request) {
   ListingShape shape;
+  const FaultTarget listing = countUp(listings, request);
   for (Rule& rule : rules) {
     const Fault& fault = rule.fault;
     if (faultRow(fault.kind).stage != FaultStage::kListing || !strikes(rule, request)) continue;
-    record(fault.kind);
+    record(at(listing, fault));
     if (fault.kind == FaultKind::kShortListing) shape.missing += fault.value;
     if (fault.kind == FaultKind::kLongListing) shape.extra += fault.value;
     if (fault.kind == FaultKind::kShuffledListing) shape.shuffled = true;
@@ -86,10 +93,13 @@ ListingShape FaultPlan::shapeListing(Cause request) {
 
 uint32_t FaultPlan::drift(Cause request) {
   uint32_t sum = 0;
+  const FaultTarget count = countUp(counted, request);
   for (Rule& rule : rules) {
     if (rule.fault.kind != FaultKind::kDrift || !strikes(rule, request)) continue;
-    record(FaultKind::kDrift);
-    sum += rule.fault.value * ++rule.applied;
+    Fault now = at(count, rule.fault);
+    now.value *= ++rule.applied;
+    record(now);
+    sum += now.value;
   }
   return sum;
 }
@@ -99,7 +109,7 @@ std::optional<size_t> FaultPlan::bytesBeforeUnplug(FaultKind direction, size_t p
     const Fault& fault = rule.fault;
     if (fault.kind != direction || rule.applied > 0 || fault.value > passed + now) continue;
     ++rule.applied;
-    record(fault.kind);
+    record(fault);
     return std::max<size_t>(fault.value, passed) - passed;
   }
   return std::nullopt;
@@ -107,6 +117,16 @@ std::optional<size_t> FaultPlan::bytesBeforeUnplug(FaultKind direction, size_t p
 
 size_t FaultPlan::injectedInAll() const {
   return std::accumulate(struck.begin(), struck.end(), size_t{0});
+}
+
+FaultTarget FaultPlan::countUp(Counts& counts, Cause cause) {
+  const uint32_t number = ++counts[{cause.lingo, cause.command}];
+  return FaultTarget::repliesTo(cause.lingo, cause.command).nth(number);
+}
+
+void FaultPlan::record(const Fault& struckAlone) {
+  ++struck[static_cast<size_t>(struckAlone.kind)];
+  if (onStrike) onStrike(struckAlone);
 }
 
 bool FaultPlan::strikes(Rule& rule, Cause cause) {
@@ -118,7 +138,7 @@ bool FaultPlan::strikes(Rule& rule, Cause cause) {
 
 void FaultPlan::apply(const Fault& fault, Outgoing& outgoing, Fate& fate, FrameKind kind) {
   if (isTextFault(fault.kind) && !outgoing.textOffset) return;
-  record(fault.kind);
+  record(fault);
   if (!fate.note.empty()) fate.note += ", ";
   fate.note += faultRow(fault.kind).name;
   applyToMessage(fault, outgoing);
@@ -183,12 +203,12 @@ void FaultPlan::applyToFrame(const Fault& fault, Fate& fate, FrameKind kind) {
   }
 }
 
-void FaultPlan::applyByChance(Outgoing& outgoing, Fate& fate, FrameKind kind) {
+void FaultPlan::applyByChance(FaultTarget reply, Outgoing& outgoing, Fate& fate, FrameKind kind) {
   if (byChance.perThousand == 0 || random.below(1000) >= byChance.perThousand) return;
-  apply(randomFault(), outgoing, fate, kind);
+  apply(at(reply, randomFault(kind)), outgoing, fate, kind);
 }
 
-Fault FaultPlan::randomFault() {
+Fault FaultPlan::randomFault(FrameKind kind) {
   std::vector<FaultKind> kinds = byChance.kinds;
   for (const FaultRow* row = faultRowsBegin(); byChance.kinds.empty() && row != faultRowsEnd();
        ++row) {
@@ -197,19 +217,27 @@ Fault FaultPlan::randomFault() {
   Fault fault;
   fault.kind = kinds[random.below(static_cast<uint32_t>(kinds.size()))];
   fault.value = 1 + random.below(8);
+  // One byte, so that a text can say which noise it was.
+  while (fault.kind == FaultKind::kNoise && fault.value2 == 0)
+    fault.value2 = noiseByte(kind);
   return fault;
 }
 
-// Without a stated byte: bytes at which no frame can begin on this kind of link.
-Bytes FaultPlan::noise(const Fault& fault, FrameKind kind) {
+// Any at which no frame can begin on this kind of link.
+uint8_t FaultPlan::noiseByte(FrameKind kind) {
   const uint8_t forbidden = kind == FrameKind::kUsb ? kStartByte : kSyncByte;
+  uint8_t byte;
+  do {
+    byte = static_cast<uint8_t>(random.below(256));
+  } while (byte == forbidden);
+  return byte;
+}
+
+Bytes FaultPlan::noise(const Fault& fault, FrameKind kind) {
   Bytes bytes(std::min<size_t>(fault.value, kLongFormLimit), static_cast<uint8_t>(fault.value2));
   if (fault.value2 != 0) return bytes;
-  for (uint8_t& byte : bytes) {
-    do {
-      byte = static_cast<uint8_t>(random.below(256));
-    } while (byte == forbidden);
-  }
+  for (uint8_t& byte : bytes)
+    byte = noiseByte(kind);
   return bytes;
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <array>
+#include <functional>
+#include <map>
+#include <utility>
 #include <vector>
 
 #include "faults/fault.h"
@@ -49,8 +52,13 @@ struct ListingShape {
 /// The faults that an iPod is to show, which of them it has shown, and how often.
 class FaultPlan {
  public:
+  /// Called when a fault strikes, with the fault that strikes the same alone: its target is the one
+  /// reply or request, counted from the start of the plan. It may not change the plan.
+  using StrikeHook = std::function<void(const Fault&)>;
+
   explicit FaultPlan(Random& chance) : random(chance) {}
 
+  void setStrikeHook(StrikeHook hook) { onStrike = std::move(hook); }
   void add(const Fault& fault);
   void strikeAtRandom(RandomFaults faults) { byChance = std::move(faults); }
   /// From now on everything goes well. The counters stay.
@@ -77,19 +85,28 @@ class FaultPlan {
     uint32_t applied = 0;  ///< how many of them it struck
   };
 
+  /// How many replies or requests there were, for each lingo and command.
+  using Counts = std::map<std::pair<uint8_t, uint16_t>, uint32_t>;
+
+  static FaultTarget countUp(Counts& counts, Cause cause);
   bool strikes(Rule& rule, Cause cause);
   void apply(const Fault& fault, Outgoing& outgoing, Fate& fate, FrameKind kind);
   void applyToMessage(const Fault& fault, Outgoing& outgoing);
   void applyToFrame(const Fault& fault, Fate& fate, FrameKind kind);
-  void applyByChance(Outgoing& outgoing, Fate& fate, FrameKind kind);
-  Fault randomFault();
+  void applyByChance(FaultTarget reply, Outgoing& outgoing, Fate& fate, FrameKind kind);
+  Fault randomFault(FrameKind kind);
+  uint8_t noiseByte(FrameKind kind);
   Bytes noise(const Fault& fault, FrameKind kind);
-  void record(FaultKind kind) { ++struck[static_cast<size_t>(kind)]; }
+  void record(const Fault& struckAlone);
 
   Random& random;
   std::vector<Rule> rules;
   RandomFaults byChance;
   std::array<size_t, kFaultKinds> struck{};
+  Counts replies;
+  Counts listings;
+  Counts counted;  ///< requests for a count
+  StrikeHook onStrike;
 };
 
 }  // namespace simulator

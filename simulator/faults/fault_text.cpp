@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 #include <stdexcept>
@@ -93,19 +94,31 @@ std::string usageOf(const FaultRow& row) {
   return row.name + (values.front() == '[' ? "[=" + values.substr(1) : "=" + values);
 }
 
-Fault parseFault(const std::string& text) {
-  const auto [what, address] = cutAt(text, '@');
-  const auto [name, values] = cutAt(what, '=');
-  const FaultRow& row = parseKind(name, text);
-  Fault fault;
-  fault.kind = row.kind;
-  if (has(what, '=')) {
-    parseValues(row, values, fault, text);
-  } else if (*row.values != '\0' && *row.values != '[') {
-    refuse(text, "write it as " + usageOf(row));
-  }
-  if (has(text, '@')) fault.target = parseTarget(address, text);
-  return fault;
+// Empty for a fault without a number, and for a number that may be left out.
+std::string valueText(const Fault& fault) {
+  const std::string values = faultRow(fault.kind).values;
+  const bool isLeftOut = values.empty() || (values.front() == '[' && fault.value == 0);
+  if (isLeftOut) return "";
+  const bool isSigned = fault.kind == FaultKind::kDrift;
+  const std::string value =
+      isSigned ? std::to_string(static_cast<int32_t>(fault.value)) : std::to_string(fault.value);
+  return "=" + value + (fault.value2 == 0 ? "" : "/" + std::to_string(fault.value2));
+}
+
+std::string idText(std::optional<uint16_t> id, size_t bytes) {
+  if (!id) return "*";
+  char digits[8];
+  std::snprintf(digits, sizeof digits, "%0*X", static_cast<int>(2 * bytes), *id);
+  return digits;
+}
+
+std::string targetText(const FaultTarget& target) {
+  const bool any = !target.lingo && !target.command;
+  if (any && target.first == 1 && target.last != 1) return "";
+  const std::string address = "@" + idText(target.lingo, 1) + ":" +
+                              idText(target.command, commandWidth(target.lingo.value_or(0)));
+  if (target.first == target.last) return address + "#" + std::to_string(target.first);
+  return target.first == 1 ? address : address + "#" + std::to_string(target.first) + "+";
 }
 
 RandomFaults parseRandom(const std::string& values, const std::string& text) {
@@ -127,6 +140,21 @@ RandomFaults parseRandom(const std::string& values, const std::string& text) {
 
 }  // namespace
 
+Fault parseFault(const std::string& text) {
+  const auto [what, address] = cutAt(text, '@');
+  const auto [name, values] = cutAt(what, '=');
+  const FaultRow& row = parseKind(name, text);
+  Fault fault;
+  fault.kind = row.kind;
+  if (has(what, '=')) {
+    parseValues(row, values, fault, text);
+  } else if (*row.values != '\0' && *row.values != '[') {
+    refuse(text, "write it as " + usageOf(row));
+  }
+  if (has(text, '@')) fault.target = parseTarget(address, text);
+  return fault;
+}
+
 void addFault(FaultPlan& plan, const std::string& text) {
   const std::string random = "random=";
   if (text.rfind(random, 0) == 0) {
@@ -134,6 +162,10 @@ void addFault(FaultPlan& plan, const std::string& text) {
   } else {
     plan.add(parseFault(text));
   }
+}
+
+std::string faultText(const Fault& fault) {
+  return faultRow(fault.kind).name + valueText(fault) + targetText(fault.target);
 }
 
 std::string faultHelp() {

@@ -17,6 +17,12 @@ namespace simulator {
 /// Throws std::invalid_argument with a text for a person.
 void addFault(FaultPlan& plan, const std::string& text);
 
+/// The fault that a text of the first form means. Throws like addFault().
+Fault parseFault(const std::string& text);
+
+/// A fault in the first form, for example "late=200@04:001A#3".
+std::string faultText(const Fault& fault);
+
 /// A table of every kind of fault and how to write it, for a help text.
 std::string faultHelp();
 

@@ -129,6 +129,26 @@ TEST_F(FaultTextTest, RefusalsSayWhatIsWrong) {
   EXPECT_EQ(refusal(""), "fault '': there is no fault ''");
 }
 
+std::string writtenAgain(const std::string& text) { return faultText(parseFault(text)); }
+
+TEST(FaultText, IsWhatAPersonWrote) {
+  for (const char* text :
+       {"lost", "lost@04:0018", "lost@04:0018#2", "lost@04:0018#2+", "lost@00:07#1", "lost@0A:04",
+        "lost@04:*#2", "lost@*:07", "lost@*:*#1", "late=200@04:001A#3", "noise=3", "noise=3/170",
+        "split=4/50@00:07#1", "corrupt", "corrupt=8", "drift=-2@04:0018#1", "drift=2147483647",
+        "unplug-sent=12", "text-length=0"}) {
+    EXPECT_EQ(writtenAgain(text), text);
+  }
+}
+
+TEST(FaultText, IsInItsOwnWayForTheSame) {
+  EXPECT_EQ(writtenAgain("lost@4:18"), "lost@04:0018");
+  EXPECT_EQ(writtenAgain("noise=0x10/0xAA"), "noise=16/170");
+  EXPECT_EQ(writtenAgain("lost@00:07#1+"), "lost@00:07");
+  EXPECT_EQ(writtenAgain("corrupt=0"), "corrupt");
+  EXPECT_EQ(writtenAgain("drift=0xFFFFFFFE"), "drift=-2");
+}
+
 TEST(FaultHelp, NamesEveryKindOnALineOfItsOwn) {
   const std::string help = faultHelp();
   for (const FaultRow* row = faultRowsBegin(); row != faultRowsEnd(); ++row) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "bench.h"
+#include "device/traffic.h"
 #include "faults/fault_text.h"
 #include "hex.h"
 
@@ -338,29 +339,122 @@ TEST_F(FaultsTest, RandomFaultsStrikeAboutAsOftenAsTold) {
   EXPECT_LT(bench.ipod.faults().injected(FaultKind::kLost), 250u);
 }
 
-// A short session whose every byte is recorded.
-Payloads session(uint32_t seed) {
+// What strikes, as it is told.
+class StrikesTest : public FaultsTest {
+ protected:
+  void SetUp() override { bench.enter(); }
+
+  Payloads strikes() const {
+    Payloads texts;
+    for (const Traffic& traffic : bench.ipod.history()) {
+      if (traffic.kind == Traffic::Kind::kFault) texts.push_back(traffic.note);
+    }
+    return texts;
+  }
+};
+
+TEST_F(StrikesTest, NameTheOneReply) {
+  fault("doubled@00:*#3");
+  fault("late=5");
+  bench.ask("00 07");
+  bench.ask("00 03");
+  bench.ask("00 07");
+  EXPECT_EQ(strikes(),
+            (Payloads{"late=5@00:07#1", "late=5@00:03#1", "doubled@00:07#2", "late=5@00:07#2"}));
+}
+
+TEST_F(StrikesTest, CountFromTheStartWheneverTheFaultWasAdded) {
+  bench.ask("00 07");
+  fault("lost@00:07#1");
+  bench.ask("00 07");
+  bench.ipod.faults().clear();
+  fault("lost@00:07#1");
+  bench.ask("00 07");
+  EXPECT_EQ(strikes(), (Payloads{"lost@00:07#2", "lost@00:07#3"}));
+}
+
+TEST_F(StrikesTest, OfMessagesOfItsOwnNameTheMessage) {
+  fault("lost@04:27");
+  bench.ask("04 00 26 01");
+  bench.ask("04 00 28 00 00 00 00");
+  EXPECT_EQ(strikes(), Payloads{"lost@04:0027#1"});
+}
+
+TEST_F(StrikesTest, OfListingsAndCountsNameTheRequest) {
+  bench.ask("04 00 1A 02 00 00 00 00 00 00 00 03");
+  fault("short-listing=1");
+  fault("shuffled-listing");
+  fault("drift=-2");
+  bench.ask("04 00 1A 02 00 00 00 00 00 00 00 03");
+  bench.ask("04 00 18 05");
+  bench.ask("04 00 18 05");
+  EXPECT_EQ(strikes(), (Payloads{"short-listing=1@04:001A#2", "shuffled-listing@04:001A#2",
+                                 "drift=-2@04:0018#1", "drift=-4@04:0018#2"}));
+}
+
+TEST_F(StrikesTest, OfTheCableNameNoReply) {
+  fault("unplug-sent=20");
+  bench.ask("00 07");
+  bench.ask("00 07");
+  EXPECT_EQ(strikes(), Payloads{"unplug-sent=20"});
+}
+
+TEST_F(StrikesTest, AreNotToldWhereThereIsNoTextToSpoil) {
+  fault("text-length=3");
+  bench.ask("00 03");
+  bench.ask("00 07");
+  EXPECT_EQ(strikes(), Payloads{"text-length=3@00:07#1"});
+}
+
+// A short session: every byte that the iPod writes, and the faults that struck.
+struct Session {
+  Payloads writes;
+  Payloads strikes;
+};
+
+Session session(uint32_t seed, const Payloads& faults) {
   Bench bench({}, smallLibrary(), seed);
-  addFault(bench.ipod.faults(), "random=30");
-  Payloads all;
+  for (const std::string& fault : faults)
+    addFault(bench.ipod.faults(), fault);
+  Session past;
+  bench.ipod.setTrace([&](const Traffic& traffic) {
+    if (traffic.kind == Traffic::Kind::kFault) past.strikes.push_back(traffic.note);
+  });
   const auto ask = [&](const std::string& payload) {
     bench.send(payload);
     for (const std::string& write : bench.takeRaw())
-      all.push_back(write);
+      past.writes.push_back(write);
     bench.now += milliseconds(7);
   };
   for (int round = 0; round < 20; ++round) {
-    for (const char* payload : {"00 05", "04 00 2E 01", "04 00 28 00 00 00 02", "04 00 1C",
-                                "04 00 1A 05 00 00 00 00 FF FF FF FF"}) {
+    for (const char* payload : {"00 05", "04 00 2E 01", "04 00 28 00 00 00 02",
+                                "04 00 20 00 00 00 01", "04 00 1A 05 00 00 00 00 FF FF FF FF"}) {
       ask(payload);
     }
   }
-  return all;
+  return past;
 }
 
-TEST(Determinism, SameSeedGivesTheSameBytes) { EXPECT_EQ(session(5), session(5)); }
+const Payloads kAtRandom = {"random=30"};
 
-TEST(Determinism, AnotherSeedGivesOthers) { EXPECT_NE(session(5), session(6)); }
+TEST(Determinism, SameSeedGivesTheSameBytes) {
+  EXPECT_EQ(session(5, kAtRandom).writes, session(5, kAtRandom).writes);
+}
+
+TEST(Determinism, AnotherSeedGivesOthers) {
+  EXPECT_NE(session(5, kAtRandom).writes, session(6, kAtRandom).writes);
+}
+
+// Shuffled, too: what the faults draw is drawn apart.
+TEST(Determinism, FaultsThatStruckAtRandomStrikeTheSameAgainWhenTheyAreWritten) {
+  for (uint32_t seed = 1; seed <= 20; ++seed) {
+    const Session random = session(seed, kAtRandom);
+    const Session written = session(seed, random.strikes);
+    ASSERT_GT(random.strikes.size(), 20u);
+    ASSERT_EQ(written.strikes, random.strikes) << "seed " << seed;
+    ASSERT_EQ(written.writes, random.writes) << "seed " << seed;
+  }
+}
 
 }  // namespace
 }  // namespace simulator

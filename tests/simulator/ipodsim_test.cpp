@@ -103,6 +103,51 @@ TEST_F(IpodsimTest, WithoutATraceOnlyDamageIsShown) {
   EXPECT_NE(program->readLine().value_or("").find(" -- the accessory closed"), std::string::npos);
 }
 
+// The line that a fault is told in, without its time: "fault: lost@00:07#1 ... (Name)".
+std::string strikeOf(Program& program) {
+  const std::string line = program.readLine().value_or("");
+  const size_t time = line.find(" struck at ");
+  const size_t request = line.find(" s (");
+  if (time == std::string::npos || request == std::string::npos) return line;
+  return line.substr(0, time) + " ..." + line.substr(request + 2);
+}
+
+TEST_F(IpodsimTest, SaysWhichFaultStruckAsItIsGivenAgain) {
+  const char* const ask = "55 02 00 03 FB";
+  const char* const twice = "55 03 00 04 00 F9 55 03 00 04 00 F9";
+  {
+    auto program = runReady({"--fault", "doubled@00:*#2+"});
+    HostEnd host(link.string());
+    ASSERT_TRUE(host.write(ask));
+    EXPECT_EQ(host.read(6), "55 03 00 04 00 F9");
+    ASSERT_TRUE(host.write(ask));
+    EXPECT_EQ(host.read(12), twice);
+    EXPECT_EQ(strikeOf(*program), "fault: doubled@00:03#2 ... (RequestRemoteUIMode)");
+  }
+  auto program = runReady({"--fault", "doubled@00:03#2"});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write(ask));
+  ASSERT_TRUE(host.write(ask));
+  EXPECT_EQ(host.read(18), std::string("55 03 00 04 00 F9 ") + twice);
+  EXPECT_EQ(strikeOf(*program), "fault: doubled@00:03#2 ... (RequestRemoteUIMode)");
+}
+
+TEST_F(IpodsimTest, SaysWhichFaultStruckAtRandom) {
+  auto program = runReady({"--fault", "random=100/lost"});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write("55 02 00 03 FB"));
+  EXPECT_EQ(strikeOf(*program), "fault: lost@00:03#1 ... (RequestRemoteUIMode)");
+}
+
+TEST_F(IpodsimTest, QuietOneDoesNotSayThatAFaultStruck) {
+  auto program = runReady({"--quiet", "--interactive", "--fault", "doubled"});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write("13 55 02 00 03 FC 55 02 00 03 FB"));
+  EXPECT_EQ(host.read(12), "55 03 00 04 00 F9 55 03 00 04 00 F9");
+  program->type("status");
+  EXPECT_EQ(program->readLine(), "plugged in");
+}
+
 TEST_F(IpodsimTest, WritesTheScreenWhenAnImageWasUploaded) {
   const fs::path screen = folder / "screen.png";
   auto program = runReady({"--screen", screen.string()});

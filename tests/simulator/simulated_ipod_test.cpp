@@ -145,6 +145,7 @@ TEST(Trace, TellsEachMessageInOneLine) {
                        "     1.234 <- 00 05 EnterRemoteUIMode",
                        "     1.234 -> 00 02 iPodAck 00 05",
                        "     1.234 <- 04 0018 GetNumberCategorizedDbRecords 02",
+                       "fault: late=5@04:0018#1 struck at 1.234 s (GetNumberCategorizedDbRecords)",
                        "     1.239 -> 04 0019 ReturnNumberCategorizedDbRecords 00 00 00 03  [late]",
                    }));
 }
@@ -215,6 +216,14 @@ TEST_F(WasteTrace, TellsAllBytesOfALargeFrameAndCutsAStorm) {
   bench.sendRaw(shown + " 77");
   EXPECT_EQ(take(), std::vector<std::string>{"     0.000 -- bytes that form no frame:" + shown +
                                              " ... (265 bytes)"});
+}
+
+TEST(Trace, TellsStrikesWithTheirRequestIfItIsKnown) {
+  Traffic traffic{milliseconds(61005), Traffic::Kind::kFault, {0x00, 0x77, {}}, "lost@00:77#1"};
+  EXPECT_EQ(describe(traffic), "fault: lost@00:77#1 struck at 61.005 s");
+  traffic.message = {0x04, 0x0027, {}};
+  EXPECT_EQ(describe(traffic),
+            "fault: lost@00:77#1 struck at 61.005 s (PlayStatusChangeNotification)");
 }
 
 TEST(Trace, CutsLongDataAndTellsItsLength) {
