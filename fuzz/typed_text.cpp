@@ -37,6 +37,10 @@ void readFault(const std::string& text) {
   simulator::Random random(1);
   simulator::FaultPlan plan(random);
   mayRefuse([&] { addFault(plan, text); });
+  mayRefuse([&] {
+    const std::string written = faultText(simulator::parseFault(text));
+    require(faultText(simulator::parseFault(written)) == written, "a fault that changes its text");
+  });
 }
 
 void readSetting(const std::string& text) {
