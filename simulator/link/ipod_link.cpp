@@ -46,7 +46,8 @@ SocketName nameOf(const fs::path& link) {
                            std::to_string(folder.st_ino) + ":" + std::to_string(file);
   SocketName name;
   name.address.sun_family = AF_UNIX;
-  static_assert(sizeof name.address.sun_path > sizeof("ipodsim:::") + 3 * 20, "room for the text");
+  static_assert(sizeof name.address.sun_path > sizeof("ipodsim:::") + size_t{3} * 20,
+                "room for it");
   std::memcpy(name.address.sun_path + 1, text.data(), text.size());
   name.size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + text.size());
   return name;
