@@ -1,5 +1,6 @@
 // The head unit's program, as a person runs it, with an iPod in this process or in the simulator's
-// program. It takes its time: about six seconds for a session, which it spends listening.
+// program. It takes its time: about six seconds for a session, which it spends listening. What it
+// does with every model and every fault is tested in virtual time, in tests/headunit.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -85,6 +86,19 @@ void expectSteps(Program& headUnit) {
   EXPECT_EQ(headUnit.waitForEnd(), 0);
 }
 
+/// The head unit says within seconds that the iPod is lost, disconnects and ends.
+void expectLoss(Program& headUnit) {
+  constexpr simulator::Time kSeconds = simulator::seconds(20);
+  ASSERT_TRUE(headUnit.readUntil(
+      "   The iPod is lost: no usable answer comes any more. Plug it in again, then start headunit "
+      "again.",
+      kSeconds));
+  const std::optional<std::string> heading = lineWith(headUnit, "---- ");
+  ASSERT_TRUE(heading);
+  EXPECT_THAT(*heading, HasSubstr("Disconnect"));
+  EXPECT_EQ(headUnit.waitForEnd(), 1);
+}
+
 Picture readPng(const std::filesystem::path& file) {
   png_image image;
   std::memset(&image, 0, sizeof image);
@@ -114,21 +128,68 @@ TEST(HeadUnit, TakesAWholeSession) {
   EXPECT_TRUE(ipod.waitUntil([](const SimulatedIpod& device) { return !device.inExtendedMode(); }));
 }
 
+/// ipodsim as a person starts it, at the library's device.
+class PluggedSimulator {
+ public:
+  explicit PluggedSimulator(std::vector<std::string> options)
+      : link((folder / "ipod").string()),
+        devices("IPD1:=" + link),
+        program(IPODSIM_PROGRAM, withLink(std::move(options))) {
+    EXPECT_TRUE(program.readUntil("iPod ready on " + link));
+  }
+
+  const HostFolder folder;
+
+ private:
+  std::vector<std::string> withLink(std::vector<std::string> options) const {
+    options.insert(options.end(), {"--quiet", "--link", link});
+    return options;
+  }
+
+  const std::string link;
+  const host_test::DeviceMapping devices;
+  Program program;
+};
+
 // The screen has 320 x 240 pixels: the logo of 240 x 120 stands 40 from the left, 60 from the top.
 TEST(HeadUnit, LeavesItsLogoOnTheSimulatorsScreen) {
-  const HostFolder folder;
-  folder.putLogo();
-  const std::string link = (folder / "ipod").string();
-  const host_test::DeviceMapping devices("IPD1:=" + link);
-  Program simulator(IPODSIM_PROGRAM,
-                    {"--quiet", "--link", link, "--screen", (folder / "screen.png").string()});
-  ASSERT_TRUE(simulator.readUntil("iPod ready on " + link));
+  PluggedSimulator ipod({"--screen", "screen.png"});
+  ipod.folder.putLogo();
   Program headUnit(HEADUNIT_PROGRAM, {});
   expectSteps(headUnit);
-  const Picture screen = readPng(folder / "screen.png");
+  const Picture screen = readPng(ipod.folder / "screen.png");
   ASSERT_EQ(screen.width, 320);
   ASSERT_EQ(screen.height, 240);
   EXPECT_EQ(differentPixels(BitmapFile(contentOf(headUnitLogo())), screen, 40, 60), 0);
+}
+
+TEST(HeadUnit, TakesAWholeSessionWithAnIpodThatAcknowledgesTheConnectionTwice) {
+  const PluggedSimulator ipod({"--personality", "nano"});
+  Program headUnit(HEADUNIT_PROGRAM, {});
+  expectSteps(headUnit);
+}
+
+TEST(HeadUnit, AsksAgainWhenACountIsLost) {
+  const PluggedSimulator ipod({"--fault", "lost@04:0018#1"});
+  Program headUnit(HEADUNIT_PROGRAM, {});
+  expectSteps(headUnit);
+}
+
+TEST(HeadUnit, SaysThatTheCountsDoNotCome) {
+  const PluggedSimulator ipod({"--fault", "late=1500@04:0018"});
+  Program headUnit(HEADUNIT_PROGRAM, {});
+  ASSERT_TRUE(headUnit.readUntil("   The iPod does not say how long this list is."));
+  EXPECT_TRUE(headUnit.readUntil("   name:          Demo iPod"));
+  EXPECT_TRUE(headUnit.readUntil(
+      "   The iPod did not answer everything. Plug it in again, then start headunit again."));
+  EXPECT_EQ(headUnit.waitForEnd(), 3);
+}
+
+TEST(HeadUnit, NoticesInTheMiddleOfALongListThatTheIpodIsLost) {
+  const PluggedSimulator ipod({"--tracks", "10000", "--fault", "silence@04:001A#7"});
+  Program headUnit(HEADUNIT_PROGRAM, {});
+  ASSERT_TRUE(headUnit.readUntil("   in tabs:"));
+  expectLoss(headUnit);
 }
 
 TEST(HeadUnit, SaysThatThereIsNoIpod) {
@@ -136,18 +197,17 @@ TEST(HeadUnit, SaysThatThereIsNoIpod) {
   const host_test::DeviceMapping devices("IPD1:=" + (folder / "nothing").string());
   Program headUnit(HEADUNIT_PROGRAM, {});
   EXPECT_TRUE(headUnit.readUntil("No iPod connected"));
-  EXPECT_TRUE(headUnit.readUntil("   There is no iPod that answers on \"IPD1:\"."));
+  EXPECT_TRUE(headUnit.readUntil(
+      "   No iPod could be connected on \"IPD1:\". Check the cable, then start headunit again."));
   EXPECT_EQ(headUnit.waitForEnd(), 1);
 }
 
-TEST(HeadUnit, SaysWhenTheIpodIsLost) {
+TEST(HeadUnit, StopsWhenTheCableIsPulled) {
   SessionIpod ipod;
   Program headUnit(HEADUNIT_PROGRAM, {});
   ASSERT_TRUE(headUnit.readUntil("---- 5.", kLimit));
   ipod.pty().unplug();
-  EXPECT_TRUE(headUnit.readUntil("   The iPod no longer answers.", kLimit));
-  EXPECT_TRUE(headUnit.readUntil("   disconnected", kLimit));
-  EXPECT_EQ(headUnit.waitForEnd(), 1);
+  expectLoss(headUnit);
 }
 
 TEST(HeadUnit, RefusesAnArgumentThatItDoesNotKnow) {
@@ -158,7 +218,17 @@ TEST(HeadUnit, RefusesAnArgumentThatItDoesNotKnow) {
 
 TEST(HeadUnit, ExplainsItself) {
   Program headUnit(HEADUNIT_PROGRAM, {"--help"});
-  EXPECT_TRUE(headUnit.readUntil("usage: headunit [--help]"));
+  EXPECT_TRUE(headUnit.readUntil("usage: headunit [--help | --version]"));
+  EXPECT_TRUE(headUnit.readUntil("  0  the session ran to its end"));
+  EXPECT_TRUE(headUnit.readUntil("  1  no iPod could be connected, or the iPod was lost"));
+  EXPECT_TRUE(headUnit.readUntil("  2  wrong usage"));
+  EXPECT_TRUE(headUnit.readUntil("  3  the session ran to its end, but the iPod did not answer"));
+  EXPECT_EQ(headUnit.waitForEnd(), 0);
+}
+
+TEST(HeadUnit, SaysItsVersion) {
+  Program headUnit(HEADUNIT_PROGRAM, {"--version"});
+  EXPECT_EQ(headUnit.readLine(), "headunit 1.29");
   EXPECT_EQ(headUnit.waitForEnd(), 0);
 }
 
