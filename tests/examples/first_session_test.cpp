@@ -4,6 +4,9 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "program.h"
 #include "temporary_folder.h"
@@ -19,36 +22,57 @@ std::string contentOf(const char* path) {
 
 void putAtIpd1(const std::string& path) { setenv("IPODCTL_DEVICES", ("IPD1:=" + path).c_str(), 1); }
 
-/// A late acknowledgement of the connection can make the first request fail, and the list be empty.
-bool takesASession() {
-  Program session(FIRST_SESSION_PROGRAM, {});
-  const bool hasPlayed = session.readUntil("Aalto Varispeed plays");
-  EXPECT_EQ(session.waitForEnd(), 0) << session.errors();
-  return hasPlayed;
-}
-
 TEST(FirstPage, ShowsTheWholeFirstSession) {
   const std::string source = contentOf(FIRST_SESSION_SOURCE);
   ASSERT_THAT(source, testing::HasSubstr("IpodConnect"));
   EXPECT_THAT(contentOf(FIRST_PAGE), testing::HasSubstr("```c\n" + source + "```\n"));
 }
 
-TEST(FirstSession, PlaysTheFirstArtist) {
-  const simulator::TemporaryFolder folder;
-  const std::string link = (folder / "ipod").string();
-  Program ipod(IPODSIM_PROGRAM, {"--link", link, "--trace"});
-  ASSERT_EQ(ipod.readLine(), "iPod ready on " + link) << ipod.errors();
-  putAtIpd1(link);
+class FirstSession : public testing::Test {
+ protected:
+  void plugIn(std::vector<std::string> options) {
+    const std::string link = (folder / "ipod").string();
+    options.insert(options.end(), {"--trace", "--link", link});
+    ipod.emplace(IPODSIM_PROGRAM, options);
+    ASSERT_EQ(ipod->readLine(), "iPod ready on " + link) << ipod->errors();
+    putAtIpd1(link);
+  }
 
-  EXPECT_TRUE(takesASession() || takesASession() || takesASession());
-  EXPECT_TRUE(ipod.readUntil("PlayCurrentSelection"));
+  // The line that tells how the session went, and the exit status.
+  void expectSession(const std::string& sentence, int status) {
+    Program session(FIRST_SESSION_PROGRAM, {});
+    EXPECT_TRUE(session.readUntil(sentence));
+    EXPECT_EQ(session.waitForEnd(), status) << session.errors();
+  }
+
+  const simulator::TemporaryFolder folder;
+  std::optional<Program> ipod;
+};
+
+TEST_F(FirstSession, PlaysTheFirstArtist) {
+  plugIn({});
+  expectSession("Aalto Varispeed plays", 0);
+  EXPECT_TRUE(ipod->readUntil("PlayCurrentSelection"));
 }
 
-TEST(FirstSession, EndsWithOneWithoutAnIpod) {
+TEST_F(FirstSession, PlaysTheFirstArtistOfAnIpodThatAcknowledgesTheConnectionTwice) {
+  plugIn({"--personality", "nano"});
+  expectSession("Aalto Varispeed plays", 0);
+}
+
+TEST_F(FirstSession, AsksAgainWhenACountIsLost) {
+  plugIn({"--fault", "lost@04:0018#1"});
+  expectSession("Aalto Varispeed plays", 0);
+}
+
+TEST_F(FirstSession, SaysThatTheIpodDoesNotAnswer) {
+  plugIn({"--fault", "silence@04:001A"});
+  expectSession("The iPod gives no usable answer. Plug it in again, then start again.", 1);
+}
+
+TEST_F(FirstSession, EndsWithOneWithoutAnIpod) {
   putAtIpd1("/there/is/none");
-  Program session(FIRST_SESSION_PROGRAM, {});
-  EXPECT_TRUE(session.readUntil("No iPod connected"));
-  EXPECT_EQ(session.waitForEnd(), 1);
+  expectSession("No iPod could be connected. Check the cable, then start again.", 1);
 }
 
 }  // namespace
