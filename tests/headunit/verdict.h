@@ -13,10 +13,10 @@ std::string lastSentence(const Outcome& outcome);
 /// Empty, or what the head unit did wrong with an iPod that misbehaved. `whole` is its run with the
 /// same model when nothing is wrong.
 ///
-/// It ends within the bound. Its exit status fits its last sentence. It calls an iPod lost only
-/// when that one answers no other host either. What it shows is what an undisturbed session shows
-/// at this place, or says that something was not answered. A fault of one message costs nothing but
-/// time.
+/// It must end within its bound, with an exit status that fits its last sentence. It may call the
+/// iPod lost only when the iPod does not answer the test either, and must ask it nothing more then.
+/// It shows what an undisturbed session shows at this place, or that something was not answered. A
+/// fault of one message costs nothing but time.
 std::string faultOfHeadUnit(const Outcome& outcome, const Misbehaviour& misbehaviour,
                             const Outcome& whole);
 
