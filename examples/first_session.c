@@ -17,6 +17,13 @@ static void wait_a_second(void) {
 #endif
 }
 
+/* Tries twice: one disturbed message can make an attempt fail. */
+static int connect_ipod(void) {
+  if (IpodConnect()) return 1;
+  wait_a_second();
+  return IpodConnect();
+}
+
 /* Returns 1 when the first artist plays, else 0: there is none, or the iPod did not answer. */
 static int play_first_artist(void) {
   unsigned short name[64] = {0};
@@ -51,7 +58,7 @@ static void explain_failure(void) {
 int main(void) {
   int plays = 0;
   int attempt;
-  if (!IpodConnect()) {
+  if (!connect_ipod()) {
     puts("No iPod could be connected. Check the cable, then start again.");
     return 1;
   }

@@ -162,6 +162,7 @@ std::string faultOfExample(const Outcome& outcome, const Misbehaviour& misbehavi
     return "the iPod is not lost";
   }
   if (sentence == kExampleHearsNoMusic && !outcome.answersAtTheEnd) return "the iPod is lost";
+  if (misbehaviour.happensOnce && sentence == kExampleHasNoIpod) return "it did not try again";
   return misbehaviour.isSurvivable && !plays ? "it did not recover" : "";
 }
 
