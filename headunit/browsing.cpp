@@ -38,9 +38,9 @@ bool isSurelyEmpty() {
   return count == 0 && countsPlaylists();
 }
 
-void explainEmptyList(HeadUnit& headUnit) {
+void explainEmptyList(HeadUnit& headUnit, bool hasHadItems) {
   if (headUnit.ipod.isLost()) return;
-  if (isSurelyEmpty()) {
+  if (!hasHadItems && isSurelyEmpty()) {
     headUnit.screen.show("(nothing)");
   } else {
     headUnit.showGap("The iPod does not say how long this list is.");
@@ -55,11 +55,14 @@ struct List {
 
 /// Opens a list as `open` does, which returns its index.
 bool openList(HeadUnit& headUnit, List& list, const std::function<const int*()>& open) {
+  bool hasHadItems = false;
   const bool isOpen = headUnit.ipod.ask([&] {
     list.index = open();
-    return list.index != nullptr && countItems(list.items);
+    const bool isRight = list.index != nullptr && countItems(list.items);
+    hasHadItems = hasHadItems || list.items > 0;
+    return isRight;
   });
-  if (!isOpen) explainEmptyList(headUnit);
+  if (!isOpen) explainEmptyList(headUnit, hasHadItems);
   return isOpen;
 }
 

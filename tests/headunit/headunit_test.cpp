@@ -82,6 +82,20 @@ TEST_P(DeceptiveFault, ShowsNothingWrong) {
   }
 }
 
+TEST(HeadUnit, DoesNotCallAListEmptyThatHadItemsBefore) {
+  Trial trial;
+  // Opened: 83 artists, then 33. Opened again: no count. Asked once more: no count.
+  trial.disturb = [](SimulatedIpod& ipod, virtual_platform::VirtualIpod&) {
+    for (const char* const fault :
+         {"drift=-50@04:0018#2", "lost@04:0018#3", "lost@04:0018#4", "lost@04:0018#5"}) {
+      simulator::addFault(ipod.faults(), fault);
+    }
+  };
+  const Outcome outcome = runWith(trial);
+  EXPECT_THAT(outcome.lines, Contains("   The iPod does not say how long this list is."));
+  EXPECT_THAT(outcome.lines, Not(Contains("   (nothing)")));
+}
+
 TEST(HeadUnit, TellsAnEmptyListFromOneThatWasNotCounted) {
   Trial trial;
   trial.library = {"Empty", {}, {}};
