@@ -59,7 +59,7 @@ bool openList(HeadUnit& headUnit, List& list, const std::function<const int*()>&
   const bool isOpen = headUnit.ipod.ask([&] {
     list.index = open();
     const bool isRight = list.index != nullptr && countItems(list.items);
-    hasHadItems = hasHadItems || list.items > 0;
+    if (!isRight && IpodGetNextItem() != nullptr) hasHadItems = true;
     return isRight;
   });
   if (!isOpen) explainEmptyList(headUnit, hasHadItems);
