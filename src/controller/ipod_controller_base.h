@@ -62,8 +62,8 @@ class Reply {
 /// beside others; only onIncomingMessage runs on the link's reader thread. Numbers behind "ExtIf"
 /// are commands of the Extended Interface lingo.
 ///
-/// The exports do not use all of this. docs/architecture.md says for whom the rest is, under "What no
-/// export reaches".
+/// The exports do not use all of this. docs/architecture.md says for whom the rest is, under "What
+/// no export reaches".
 class IpodControllerBase {
  public:
   explicit IpodControllerBase(int transportKind);
