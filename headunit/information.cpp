@@ -31,7 +31,8 @@ void showTrackText(Screen& screen, const char* label, const TextBuffer& buffer) 
   screen.show(label + (text.empty() ? "(not known)" : text));
 }
 
-void showText(HeadUnit& headUnit, const std::string& label, int (*read)(unsigned short*, int)) {
+void showText(HeadUnit& headUnit, const std::string& label,
+              int(IPODCTL_CALL* read)(unsigned short*, int)) {
   std::string text;
   const bool hasCome = headUnit.ipod.ask([&] {
     TextBuffer buffer;
