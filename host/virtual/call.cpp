@@ -22,6 +22,10 @@ void beginCall() {
   if (VirtualWorld* const world = VirtualWorld::current()) world->threads().pass();
 }
 
+void yieldCall() {
+  if (VirtualWorld* const world = VirtualWorld::current()) world->threads().yield();
+}
+
 void note(const std::string& call) {
   if (VirtualWorld* const world = VirtualWorld::current()) world->note(call);
 }

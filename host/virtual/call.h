@@ -18,6 +18,9 @@ __attribute__((format(printf, 1, 2))) std::string text(const char* format, ...);
 // The beginning of a call: other threads may run first.
 void beginCall();
 
+// The end of a call that lets another thread go on: it may run before the call returns.
+void yieldCall();
+
 // The call's line in the trace of the world, if one runs.
 void note(const std::string& call);
 

@@ -56,8 +56,10 @@ std::string Scheduler::run() {
 void Scheduler::pass() {
   clock += kCallTime;
   ++callsSinceJump;
-  switchFrom(*current);
+  yield();
 }
+
+void Scheduler::yield() { switchFrom(*current); }
 
 bool Scheduler::await(Wait wait) {
   const auto isOver = wait.isOver;

@@ -43,6 +43,8 @@ class Scheduler {
 
   // In a thread: lets a moment pass, and perhaps other threads run.
   void pass();
+  // In a thread: perhaps other threads run.
+  void yield();
   // In a thread: false when the deadline came first.
   bool await(Wait wait);
 

@@ -19,6 +19,7 @@ class Semaphore final : public Waitable {
     const LONG before = releaseCount > maximum - count ? -1 : count;
     if (before >= 0) count += releaseCount;
     note(text("ReleaseSemaphore(%s, %d) from %d", name().c_str(), releaseCount, before));
+    yieldCall();
     return before;
   }
 

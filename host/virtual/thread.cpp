@@ -40,6 +40,7 @@ HANDLE createThread(VirtualWorld& world, LPTHREAD_START_ROUTINE start, LPVOID pa
   });
   // Nothing runs on a thread any more that its world has given up.
   world.atEnd([thread] { thread->end(); });
+  yieldCall();
   return handle;
 }
 

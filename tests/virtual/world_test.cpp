@@ -1,4 +1,5 @@
 #include <desk.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -14,6 +15,8 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
+using testing::AllOf;
+using testing::Contains;
 
 using Trace = std::vector<std::string>;
 
@@ -64,6 +67,51 @@ TEST(VirtualWorld, TellsWhatThePlatformWasAsked) {
                                   "2 host 1: WaitForSingleObject(semaphore 1, 20) = 0",
                                   "2 host 1: PostMessageW(0xffff, 0x400, 1, 2)",
                                   "3 host 1: CloseHandle(semaphore 1)"}));
+}
+
+DWORD WINAPI setFlag(LPVOID flag) {
+  *static_cast<bool*>(flag) = true;
+  return 0;
+}
+
+// Whether another thread has run before the call that lets it run returned, for each of some seeds.
+template <class Call>
+std::vector<bool> runsBefore(Call call) {
+  std::vector<bool> hasRun;
+  for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+    VirtualWorld world(seed);
+    EXPECT_EQ(world.run([&] { hasRun.push_back(call(world)); }), "");
+  }
+  return hasRun;
+}
+
+TEST(VirtualWorld, LetsANewThreadRunBeforeCreateThreadReturnsOrNot) {
+  const auto hasRun = runsBefore([](VirtualWorld&) {
+    bool flag = false;
+    const HANDLE thread = CreateThread(nullptr, 0, setFlag, &flag, 0, nullptr);
+    const bool wasSet = flag;
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
+    return wasSet;
+  });
+  EXPECT_THAT(hasRun, AllOf(Contains(true), Contains(false)));
+}
+
+TEST(VirtualWorld, LetsAWokenThreadRunBeforeReleaseSemaphoreReturnsOrNot) {
+  const auto hasRun = runsBefore([](VirtualWorld& world) {
+    const Semaphore semaphore(0);
+    bool isWoken = false;
+    world.spawn([&] {
+      WaitForSingleObject(semaphore.handle, INFINITE);
+      isWoken = true;
+    });
+    Sleep(10);
+    ReleaseSemaphore(semaphore.handle, 1, nullptr);
+    const bool wasWoken = isWoken;
+    Sleep(10);
+    return wasWoken;
+  });
+  EXPECT_THAT(hasRun, AllOf(Contains(true), Contains(false)));
 }
 
 TEST(VirtualWorld, WaitsAnHourInNoTime) {
