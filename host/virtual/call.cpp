@@ -19,7 +19,10 @@ std::string text(const char* format, ...) {
 }
 
 void beginCall() {
-  if (VirtualWorld* const world = VirtualWorld::current()) world->threads().pass();
+  VirtualWorld* const world = VirtualWorld::current();
+  if (world == nullptr) return;
+  world->look();
+  world->threads().pass();
 }
 
 void yieldCall() {

@@ -1,11 +1,13 @@
 #include "named_object.h"
 
 #include "call.h"
+#include "coredll/handle_table.h"
 #include "virtual_world.h"
 
 namespace virtual_platform {
 
 std::string NamedObject::name() {
+  if (!givenName.empty()) return givenName;
   VirtualWorld* const world = VirtualWorld::current();
   if (world != nullptr && namedIn != world->id()) {
     namedIn = world->id();
@@ -18,6 +20,11 @@ void NamedObject::close() {
   beginCall();
   isClosed = true;
   note("CloseHandle(" + name() + ")");
+}
+
+void nameHandle(HANDLE handle, const std::string& name) {
+  const auto object = std::dynamic_pointer_cast<NamedObject>(coredll::handles().find(handle));
+  if (object) object->rename(name);
 }
 
 }  // namespace virtual_platform

@@ -2,6 +2,8 @@
 #ifndef VIRTUAL_NAMED_OBJECT_H
 #define VIRTUAL_NAMED_OBJECT_H
 
+#include <windows.h>
+
 #include <cstdint>
 #include <string>
 
@@ -16,6 +18,8 @@ class NamedObject : public coredll::KernelObject {
   explicit NamedObject(const char* objectKind) : kind(objectKind) {}
 
   std::string name();
+  // From now on in every world.
+  void rename(const std::string& name) { givenName = name; }
   void close() override;
 
  protected:
@@ -25,7 +29,11 @@ class NamedObject : public coredll::KernelObject {
   const char* const kind;
   std::uint64_t namedIn = 0;  // the world's id
   unsigned number = 0;
+  std::string givenName;
 };
+
+// Nothing for a handle that is not open.
+void nameHandle(HANDLE handle, const std::string& name);
 
 }  // namespace virtual_platform
 

@@ -1,5 +1,6 @@
 #include "open_device.h"
 
+#include <algorithm>
 #include <functional>
 
 #include "call.h"
@@ -32,6 +33,15 @@ std::optional<Time> endOf(const coredll::TimeLimit& limit) {
   return now() + std::chrono::milliseconds(*limit);
 }
 
+// " 55 02 00 06 F8", the beginning of what was moved.
+std::string shown(const BYTE* bytes, DWORD count) {
+  constexpr DWORD kMostShown = 64;
+  std::string words;
+  for (DWORD i = 0; i < std::min(count, kMostShown); ++i)
+    words += text(" %02X", bytes[i]);
+  return count > kMostShown ? words + " ..." : words;
+}
+
 constexpr coredll::TransferPlan kReadWhatComes{1, std::nullopt, std::nullopt};
 
 }  // namespace
@@ -40,6 +50,7 @@ struct OpenDevice::Transfer {
   bool isRead;
   coredll::TransferPlan plan;
   std::string call;
+  const BYTE* bytes;
   std::function<std::size_t(DWORD)> moveRest;
 };
 
@@ -55,7 +66,7 @@ OpenDevice::OpenDevice(VirtualDevice& opened, bool isPort)
 
 DWORD OpenDevice::read(BYTE* buffer, DWORD count, DWORD& moved) {
   const Transfer transfer{true, isSerialPort ? coredll::readPlan(timeouts, count) : kReadWhatComes,
-                          text("ReadFile(%s, %u)", name().c_str(), count), [&](DWORD done) {
+                          text("ReadFile(%s, %u)", name().c_str(), count), buffer, [&](DWORD done) {
                             return device.read(now(), buffer + done, count - done);
                           }};
   const DWORD error = run(transfer, moved);
@@ -66,7 +77,7 @@ DWORD OpenDevice::read(BYTE* buffer, DWORD count, DWORD& moved) {
 DWORD OpenDevice::write(const BYTE* bytes, DWORD count, DWORD& moved) {
   const coredll::TransferPlan whole{count, std::nullopt, std::nullopt};
   const Transfer transfer{false, isSerialPort ? coredll::writePlan(timeouts, count) : whole,
-                          text("WriteFile(%s, %u)", name().c_str(), count), [&](DWORD done) {
+                          text("WriteFile(%s, %u)", name().c_str(), count), bytes, [&](DWORD done) {
                             return device.write(now(), bytes + done, count - done);
                           }};
   return run(transfer, moved);
@@ -116,7 +127,8 @@ DWORD OpenDevice::run(const Transfer& transfer, DWORD& moved) {
   }
   if (transfer.isRead && error == ERROR_GEN_FAILURE && moved > 0) error = ERROR_SUCCESS;
   --callsInside;
-  note(text("%s: error %u, %u bytes", transfer.call.c_str(), error, moved));
+  note(text("%s: error %u, %u bytes", transfer.call.c_str(), error, moved) +
+       shown(transfer.bytes, moved));
   return error;
 }
 

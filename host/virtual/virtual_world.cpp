@@ -76,7 +76,12 @@ void VirtualWorld::setOpen(const VirtualDevice& device, bool isOpenNow) {
   }
 }
 
+void VirtualWorld::look() {
+  if (watcher) watcher();
+}
+
 void VirtualWorld::note(const std::string& call) {
+  look();
   const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(now()).count();
   calls.push_back(std::to_string(microseconds) + " " + scheduler.threadName() + ": " + call);
 }

@@ -20,6 +20,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "scheduler.h"
@@ -51,6 +52,10 @@ class VirtualWorld {
   // What the platform was asked and answered, in order.
   const std::vector<std::string>& trace() const { return calls; }
 
+  // Called on every thread before each of its calls and lines of the trace: what has changed since
+  // the one before is that thread's doing. May add lines itself.
+  void watch(std::function<void()> onLook) { watcher = std::move(onLook); }
+
   // For the platform's functions. The world that runs; null outside of run().
   static VirtualWorld* current();
   Scheduler& threads() { return scheduler; }
@@ -58,6 +63,7 @@ class VirtualWorld {
   VirtualDevice* findDevice(const std::string& name) const;
   void setOpen(const VirtualDevice& device, bool isOpenNow);
   bool isOpen(const VirtualDevice& device) const { return openDevices.count(&device) > 0; }
+  void look();
   void note(const std::string& call);
   std::uint64_t id() const { return worldId; }
   unsigned nextNumber(const std::string& kind) { return ++numbers[kind]; }
@@ -72,6 +78,7 @@ class VirtualWorld {
   std::map<std::string, unsigned> numbers;
   std::vector<std::string> calls;
   std::vector<std::function<void()>> endings;
+  std::function<void()> watcher;
 };
 
 }  // namespace virtual_platform

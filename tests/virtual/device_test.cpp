@@ -125,6 +125,23 @@ TEST_P(VirtualDeviceTest, OpensByNameWhateverTheCaseAndUnshared) {
   });
 }
 
+TEST_P(VirtualDeviceTest, ShowsTheFirstBytesThatWereMoved) {
+  device.toRead = {0x55, 0x02};
+  run([&] {
+    const HANDLE handle = openDevice();
+    readSome(handle, 9);
+    writeBytes(handle, {0x00, 0xF9});
+    writeBytes(handle, Bytes(65, 0xAA));
+    CloseHandle(handle);
+  });
+  std::string longLine = "4 host 1: WriteFile(device 1, 65): error 0, 65 bytes";
+  for (int i = 0; i < 64; ++i)
+    longLine += " AA";
+  EXPECT_EQ(world.trace()[1], "2 host 1: ReadFile(device 1, 9): error 0, 2 bytes 55 02");
+  EXPECT_EQ(world.trace()[2], "3 host 1: WriteFile(device 1, 2): error 0, 2 bytes 00 F9");
+  EXPECT_EQ(world.trace()[3], longLine + " ...");
+}
+
 TEST_P(VirtualDeviceTest, ReadWaitsForAByteAndDeliversWhatThereIs) {
   device.toRead = {0x55, 0x02, 0x00};
   device.readableFrom = milliseconds(700);

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "virtual/named_object.h"
 #include "virtual/virtual_world.h"
 
 namespace virtual_platform {
@@ -112,6 +113,35 @@ TEST(VirtualWorld, LetsAWokenThreadRunBeforeReleaseSemaphoreReturnsOrNot) {
     return wasWoken;
   });
   EXPECT_THAT(hasRun, AllOf(Contains(true), Contains(false)));
+}
+
+TEST(VirtualWorld, LetsAWatcherLookBeforeEachCall) {
+  VirtualWorld world(1);
+  int value = 0;
+  int known = 0;
+  world.watch([&] {
+    if (value == known) return;
+    known = value;
+    world.note("changes " + std::to_string(value));
+  });
+  EXPECT_EQ(world.run([&] {
+    value = 1;
+    Sleep(1);
+    value = 2;
+    PostMessageW(HWND_BROADCAST, WM_USER, 1, 2);
+  }),
+            "");
+  EXPECT_EQ(world.trace(),
+            (Trace{"0 host 1: changes 1", "1001 host 1: Sleep(1)", "1001 host 1: changes 2",
+                   "1001 host 1: PostMessageW(0xffff, 0x400, 1, 2)"}));
+}
+
+TEST(VirtualWorld, CallsAHandleByTheNameThatItWasGiven) {
+  const Semaphore semaphore(1);
+  nameHandle(semaphore.handle, "the door");
+  VirtualWorld world(1);
+  EXPECT_EQ(world.run([&] { WaitForSingleObject(semaphore.handle, 20); }), "");
+  EXPECT_EQ(world.trace(), (Trace{"1 host 1: WaitForSingleObject(the door, 20) = 0"}));
 }
 
 TEST(VirtualWorld, WaitsAnHourInNoTime) {
