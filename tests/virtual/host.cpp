@@ -2,6 +2,8 @@
 
 #include <ipodctl.h>
 
+#include "virtual/call.h"
+
 namespace virtual_session {
 namespace {
 
@@ -27,7 +29,9 @@ void Host::call(const std::string& name, const std::function<int()>& exported,
   call.name = name;
   call.thread = thread;
   call.start = world.now();
+  virtual_platform::note("calls " + name);
   call.result = exported();
+  virtual_platform::note("returns " + std::to_string(call.result));
   call.took = world.now() - call.start;
   for (const Output* output : outputs) {
     call.written.push_back(output->words());

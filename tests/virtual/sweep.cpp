@@ -12,6 +12,7 @@
 
 #include "support/last_words.h"
 #include "virtual/replay.h"
+#include "virtual/story.h"
 
 namespace virtual_session {
 namespace {
@@ -25,6 +26,8 @@ constexpr std::uint64_t kSliceOfTheShort = 13;
 constexpr std::uint64_t kSliceOfTheLong = 211;
 
 bool isShort(const Script& script) { return &script == &shortScript(); }
+
+bool usesExports(const Script& script) { return &script.promises == &exportPromises(); }
 
 bool isInSlice(const Script& script, std::uint64_t point, std::uint64_t thinning) {
   const std::uint64_t slice = (isShort(script) ? kSliceOfTheShort : kSliceOfTheLong) * thinning;
@@ -53,7 +56,7 @@ struct Played {
 
 /// One session behind the other.
 struct Sessions {
-  std::string failure;  ///< of the world
+  std::string failure;  ///< of the world, or of its order
   Played first;
   Played between;
   Played last;
@@ -89,6 +92,9 @@ Sessions play(const Case& each) {
     played.last = playOne(session, nullptr);
   });
   showReplay(session.world.trace());
+  if (played.failure.empty() && usesExports(each.script)) {
+    played.failure = findDisorder(session.world.trace());
+  }
   return played;
 }
 

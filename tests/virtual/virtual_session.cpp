@@ -9,7 +9,7 @@
 
 #include "session/counted_heap.h"
 #include "virtual/failures.h"
-#include "virtual/silent_output.h"
+#include "virtual/recorded_console.h"
 
 namespace virtual_session {
 namespace {
@@ -27,13 +27,17 @@ void putLogo(const std::string& content) {
 }  // namespace
 
 VirtualSession::VirtualSession(std::uint64_t seed, const Script& played)
-    : script(played), ipod(script.model, script.library), cable(ipod, script.frames), world(seed) {
+    : script(played),
+      ipod(script.model, script.library),
+      cable(ipod, script.frames),
+      world(seed),
+      watch(world) {
   world.addDevice(script.device, cable);
   putLogo(script.logo);
 }
 
 std::string VirtualSession::run(const std::function<void()>& host) {
-  const SilentOutput silence;
+  const RecordedConsole console;
   return world.run(host);
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "device/simulated_ipod.h"
+#include "virtual/library_watch.h"
 #include "virtual/scripts.h"
 #include "virtual/virtual_ipod.h"
 #include "virtual/virtual_world.h"
@@ -12,8 +13,8 @@
 /// Sessions of a host with a simulated iPod in a virtual world.
 namespace virtual_session {
 
-/// The iPod of a script, plugged at its device. What the library prints is not shown. The current
-/// directory, a host's own, gets the script's logo.
+/// The iPod of a script, plugged at its device. What the library prints is in the world's trace.
+/// The current directory, a host's own, gets the script's logo.
 class VirtualSession {
  public:
   explicit VirtualSession(std::uint64_t seed, const Script& played = shortScript());
@@ -41,6 +42,7 @@ class VirtualSession {
   virtual_platform::VirtualWorld world;
 
  private:
+  LibraryWatch watch;
   int spawned = 0;
   int running = 0;
 };

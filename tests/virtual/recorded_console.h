@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+namespace virtual_session {
+
+/// While one lives, what is printed is not shown: each line goes to the trace of the world that
+/// runs, "prints IPod connected".
+class RecordedConsole {
+ public:
+  RecordedConsole();
+  ~RecordedConsole();
+  RecordedConsole(const RecordedConsole&) = delete;
+  RecordedConsole& operator=(const RecordedConsole&) = delete;
+
+ private:
+  static ssize_t take(void* console, const char* text, std::size_t size);
+
+  std::string line;  ///< until its end is printed
+  std::FILE* const before;
+};
+
+}  // namespace virtual_session
