@@ -84,8 +84,8 @@ DWORD OpenDevice::write(const BYTE* bytes, DWORD count, DWORD& moved) {
 }
 
 DWORD OpenDevice::flush() {
-  ++callsInside;
   beginCall();
+  ++callsInside;
   if (isHere()) awaitWritten();
   --callsInside;
   DWORD error = ERROR_SUCCESS;
@@ -116,8 +116,8 @@ void OpenDevice::close() {
 }
 
 DWORD OpenDevice::run(const Transfer& transfer, DWORD& moved) {
-  ++callsInside;
   beginCall();
+  ++callsInside;
   DWORD error = ERROR_OPERATION_ABORTED;
   if (isHere()) error = transfer.isRead ? transferAll(transfer, moved) : awaitTurn(transfer);
   if (!transfer.isRead && error == ERROR_SUCCESS) {

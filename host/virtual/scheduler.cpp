@@ -16,16 +16,21 @@ constexpr Time kLeavingTime = std::chrono::seconds(10);
 }  // namespace
 
 struct Scheduler::Thread {
-  Thread(Owner threadOwner, unsigned number, std::function<void()> body)
+  Thread(Owner threadOwner, unsigned number, std::function<void()> body,
+         std::function<void()> whenKilled)
       : owner(threadOwner),
         name((owner == Owner::kHost ? "host " : "library ") + std::to_string(number)),
-        fiber(std::move(body)) {}
+        fiber(std::move(body)),
+        onKill(std::move(whenKilled)) {}
 
   const Owner owner;
   const std::string name;
   Fiber fiber;
+  const std::function<void()> onKill;
   std::optional<Wait> wait;
   DWORD lastError = ERROR_SUCCESS;
+  std::optional<unsigned> callsToHold;
+  bool isHeld = false;
   bool ended = false;
 };
 
@@ -33,13 +38,15 @@ Scheduler::Scheduler(std::uint64_t seed) : random(seed) {}
 
 Scheduler::~Scheduler() = default;
 
-void Scheduler::spawn(Owner owner, std::function<void()> body) {
+void Scheduler::spawn(Owner owner, std::function<void()> body, std::function<void()> onKill) {
   reap();
-  threads.push_back(std::make_unique<Thread>(owner, ++made[static_cast<int>(owner)],
-                                             [this, body = std::move(body)] {
-                                               body();
-                                               end();
-                                             }));
+  threads.push_back(std::make_unique<Thread>(
+      owner, ++made[static_cast<int>(owner)],
+      [this, body = std::move(body)] {
+        body();
+        end();
+      },
+      std::move(onKill)));
   ++running[static_cast<int>(owner)];
 }
 
@@ -56,7 +63,30 @@ std::string Scheduler::run() {
 void Scheduler::pass() {
   clock += kCallTime;
   ++callsSinceJump;
+  if (isDue(current->callsToHold)) current->isHeld = true;
+  if (current->owner == Owner::kLibrary && isDue(callsToKill)) {
+    leave();
+    if (current->onKill) current->onKill();
+  }
   yield();
+}
+
+// Counts calls down, once.
+bool Scheduler::isDue(std::optional<unsigned>& callsLeft) {
+  if (!callsLeft || (*callsLeft)-- > 0) return false;
+  callsLeft.reset();
+  return true;
+}
+
+void Scheduler::killAfter(unsigned calls) { callsToKill = calls; }
+
+void Scheduler::holdAfter(unsigned calls) { current->callsToHold = calls; }
+
+bool Scheduler::resume() {
+  bool anyHeld = false;
+  for (const auto& thread : threads)
+    anyHeld = std::exchange(thread->isHeld, false) || anyHeld;
+  return anyHeld;
 }
 
 void Scheduler::yield() { switchFrom(*current); }
@@ -79,12 +109,16 @@ DWORD& Scheduler::lastError() { return current->lastError; }
 // In the thread that ends, as its last step.
 void Scheduler::end() {
   Thread& self = *current;
-  self.ended = true;
-  --running[static_cast<int>(self.owner)];
-  if (running[static_cast<int>(Owner::kHost)] == 0 && !hostsEnded) hostsEnded = clock;
+  leave();
   Thread* const following = next();
   current = following;
   self.fiber.leaveTo(following ? following->fiber : *outside);
+}
+
+void Scheduler::leave() {
+  current->ended = true;
+  --running[static_cast<int>(current->owner)];
+  if (running[static_cast<int>(Owner::kHost)] == 0 && !hostsEnded) hostsEnded = clock;
 }
 
 void Scheduler::switchFrom(Thread& thread) {
@@ -98,7 +132,7 @@ void Scheduler::switchFrom(Thread& thread) {
 Scheduler::Thread* Scheduler::next() {
   while (mayGoOn()) {
     if (Thread* const picked = pickRunnable()) return picked;
-    if (!jump()) break;
+    if (!jump() && !resume()) break;
   }
   if (running[0] + running[1] > 0) failure = complaint();
   return nullptr;
@@ -112,14 +146,16 @@ bool Scheduler::mayGoOn() {
 Scheduler::Thread* Scheduler::pickRunnable() {
   runnable.clear();
   for (const auto& thread : threads) {
-    if (thread->ended) continue;
-    const auto& wait = thread->wait;
-    if (!wait || wait->isOver() || (wait->deadline && *wait->deadline <= clock)) {
-      runnable.push_back(thread.get());
-    }
+    if (isRunnable(*thread)) runnable.push_back(thread.get());
   }
   if (runnable.empty()) return nullptr;
   return runnable.size() == 1 ? runnable.front() : runnable[draw() % runnable.size()];
+}
+
+bool Scheduler::isRunnable(const Thread& thread) const {
+  if (thread.ended || thread.isHeld) return false;
+  const auto& wait = thread.wait;
+  return !wait || wait->isOver() || (wait->deadline && *wait->deadline <= clock);
 }
 
 // Moves the clock to the next moment when somebody may be able to run; false when there is none.

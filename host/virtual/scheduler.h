@@ -34,7 +34,8 @@ class Scheduler {
   Scheduler(const Scheduler&) = delete;
   Scheduler& operator=(const Scheduler&) = delete;
 
-  void spawn(Owner owner, std::function<void()> body);
+  // `onKill` is called in the thread when the system ends it.
+  void spawn(Owner owner, std::function<void()> body, std::function<void()> onKill = nullptr);
 
   // Runs until every thread has ended, or the host's have and the others had their time to, or
   // nobody can run ever again, or a loop of calls has no end. Returns what went wrong; empty:
@@ -45,6 +46,15 @@ class Scheduler {
   void pass();
   // In a thread: perhaps other threads run.
   void yield();
+  // In a thread: after so many calls more the processor is taken from it until somebody resumes it,
+  // or until nobody else can ever run.
+  void holdAfter(unsigned calls);
+  // All that are held; false when none is.
+  bool resume();
+  // The system ends the library's thread that makes the call after so many of them all.
+  void killAfter(unsigned calls);
+  // Whether that is still to come.
+  bool isToKill() const { return callsToKill.has_value(); }
   // In a thread: false when the deadline came first.
   bool await(Wait wait);
 
@@ -56,10 +66,13 @@ class Scheduler {
  private:
   struct Thread;
 
+  static bool isDue(std::optional<unsigned>& callsLeft);
   void end();
+  void leave();
   void switchFrom(Thread& thread);
   Thread* next();
   Thread* pickRunnable();
+  bool isRunnable(const Thread& thread) const;
   bool jump();
   bool mayGoOn();
   std::string complaint() const;
@@ -71,6 +84,7 @@ class Scheduler {
   unsigned callsSinceJump = 0;
   unsigned running[2] = {0, 0};  // by owner
   unsigned made[2] = {0, 0};
+  std::optional<unsigned> callsToKill;
   std::optional<Time> hostsEnded;
   std::string failure;
   std::unique_ptr<Fiber> outside;

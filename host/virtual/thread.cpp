@@ -33,11 +33,12 @@ HANDLE createThread(VirtualWorld& world, LPTHREAD_START_ROUTINE start, LPVOID pa
   HANDLE handle = coredll::handles().open(thread);
   if (threadId != nullptr) *threadId = static_cast<DWORD>(reinterpret_cast<uintptr_t>(handle));
   note("CreateThread() = " + thread->name());
-  world.threads().spawn(Owner::kLibrary, [thread, start, parameter] {
+  const auto body = [thread, start, parameter] {
     start(parameter);
     thread->end();
     note(thread->name() + " ends");
-  });
+  };
+  world.threads().spawn(Owner::kLibrary, body, [thread] { thread->end(); });
   // Nothing runs on a thread any more that its world has given up.
   world.atEnd([thread] { thread->end(); });
   yieldCall();

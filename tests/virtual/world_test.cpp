@@ -214,6 +214,64 @@ TEST(VirtualWorld, GivesUpThreadsOfTheLibraryThatOutliveTheHost) {
   EXPECT_TRUE(CloseHandle(thread));
 }
 
+TEST(VirtualWorld, HoldsAThreadInItsCallUntilItIsResumed) {
+  VirtualWorld world(1);
+  int calls = 0;
+  world.spawn([&] {
+    world.threads().holdAfter(2);
+    for (; calls < 5; ++calls)
+      Sleep(0);
+  });
+  EXPECT_EQ(world.run([&] {
+    Sleep(10);
+    EXPECT_EQ(calls, 2);
+    EXPECT_TRUE(world.threads().resume());
+    Sleep(10);
+    EXPECT_EQ(calls, 5);
+    EXPECT_FALSE(world.threads().resume());
+  }),
+            "");
+}
+
+TEST(VirtualWorld, ResumesAHeldThreadWhenNobodyElseCanEverRun) {
+  const Semaphore semaphore(0);
+  VirtualWorld world(1);
+  world.spawn([&] {
+    world.threads().holdAfter(0);
+    ReleaseSemaphore(semaphore.handle, 1, nullptr);
+  });
+  EXPECT_EQ(
+      world.run([&] { EXPECT_EQ(WaitForSingleObject(semaphore.handle, INFINITE), WAIT_OBJECT_0); }),
+      "");
+}
+
+DWORD WINAPI releaseThreeTimes(LPVOID semaphore) {
+  for (int i = 0; i < 3; ++i)
+    ReleaseSemaphore(semaphore, 1, nullptr);
+  return 0;
+}
+
+TEST(VirtualWorld, EndsAThreadOfTheLibraryInTheMiddleOfItsWork) {
+  const unsigned before = deskOpenHandles();
+  VirtualWorld world(1);
+  EXPECT_EQ(world.run([&] {
+    const HANDLE semaphore = CreateSemaphoreW(nullptr, 0, 3, nullptr);
+    world.threads().killAfter(2);
+    const HANDLE thread = CreateThread(nullptr, 0, releaseThreeTimes, semaphore, 0, nullptr);
+    EXPECT_TRUE(world.threads().isToKill());
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    EXPECT_FALSE(world.threads().isToKill());
+    EXPECT_EQ(deskRunningThreads(), 0u);
+    LONG count = 0;
+    ReleaseSemaphore(semaphore, 1, &count);
+    EXPECT_EQ(count, 2);
+    CloseHandle(thread);
+    CloseHandle(semaphore);
+  }),
+            "");
+  EXPECT_EQ(deskOpenHandles(), before);
+}
+
 TEST(VirtualWorld, ReportsALoopOfCallsWithoutAnEnd) {
   VirtualWorld world(1);
   EXPECT_EQ(world.run([] {
