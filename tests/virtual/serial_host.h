@@ -50,6 +50,9 @@ class SerialHost {
  public:
   explicit SerialHost(Host& caller) : host(caller) {}
 
+  /// Makes the controller if there is none yet.
+  static void prepare() { controller(); }
+
   void act(const char* name, const std::function<bool(IpodController&)>& operation) {
     host.call(name, [&] { return operation(controller()) ? 1 : 0; });
   }

@@ -110,6 +110,10 @@ Lines storyOf(const Lines& trace) {
   return story;
 }
 
+bool tellsOfState(const std::string& line) {
+  return beginsWithOneOf(Event(line).text, {"changes", "sets"});
+}
+
 std::string findDisorder(const Lines& trace) {
   LockOrder order;
   const auto found = std::find_if(trace.begin(), trace.end(), [&](const std::string& line) {

@@ -19,6 +19,9 @@ using Lines = std::vector<std::string>;
 /// Lines of the reader begin with "reader: ". Left out is how the threads wait for each other.
 Lines storyOf(const Lines& trace);
 
+/// Whether a line of a trace is of the library's state.
+bool tellsOfState(const std::string& line);
+
 /// Empty, or the first line of a trace of exports that was done without the library's lock and may
 /// not: to talk to the iPod, the audio library, the host and the console, and to change what the
 /// library knows, is for the one who holds it.
