@@ -1,0 +1,105 @@
+// The system ends the reader in the middle of its work, as it ends all threads of a process before
+// it detaches the process's libraries: whatever the reader held, its link and its controller go.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "controller/ipod_controller.h"
+#include "link/usb_transport.h"
+#include "virtual/virtual_session.h"
+
+namespace virtual_session {
+namespace {
+
+constexpr uint64_t kOrders = 3;
+constexpr DWORD kWorkMilliseconds = 50;
+constexpr uint32_t kNewSampleRate = 48000;
+
+int followRate(int32_t) { return 0; }
+
+void ignoreMessage(void*, std::unique_ptr<LingoMessage>) {}
+
+/// What owns a link.
+class Owner {
+ public:
+  virtual ~Owner() = default;
+  virtual bool start() = 0;
+};
+
+class ControllerOwner final : public Owner {
+ public:
+  bool start() override {
+    controller.setResampleCallback(followRate);
+    return controller.connect("IPD1:", nullptr);
+  }
+
+ private:
+  IpodController controller{kUsbLink};
+};
+
+class LinkOwner final : public Owner {
+ public:
+  bool start() override {
+    return link.addHandler(this, ignoreMessage, DigitalAudioMessage::kTrackNewAudioAttributes,
+                           kDigitalAudioLingo) &&
+           link.open("IPD1:") && link.startReadData();
+  }
+
+ private:
+  UsbTransport link;
+};
+
+/// The iPod announces a rate, which goes to a handler, reports a position, which is queued, and is
+/// pulled, so that the reader closes all links.
+void letTheReaderWork(VirtualSession& session) {
+  session.ipod.announceSampleRate(session.world.now(), kNewSampleRate);
+  session.ipod.tellPosition(session.world.now());
+  Sleep(kWorkMilliseconds);
+  session.cable.unplug(session.world.now(), virtual_platform::Loss::kGone);
+  Sleep(kWorkMilliseconds);
+}
+
+struct End {
+  std::string stuck;
+  bool started = false;
+  bool wasKilled = false;
+};
+
+/// The reader gets as far as its call after so many, and the owner goes.
+template <class OwnerOfALink>
+End endAfter(unsigned calls, uint64_t seed) {
+  VirtualSession session(seed);
+  End end;
+  end.stuck = session.run([&] {
+    auto owner = std::make_unique<OwnerOfALink>();
+    end.started = owner->start();
+    session.world.threads().killAfter(calls);
+    letTheReaderWork(session);
+    end.wasKilled = !session.world.threads().isToKill();
+    owner.reset();
+  });
+  return end;
+}
+
+template <class OwnerOfALink>
+class KilledReader : public testing::Test {};
+
+using Owners = testing::Types<ControllerOwner, LinkOwner>;
+TYPED_TEST_SUITE(KilledReader, Owners);
+
+TYPED_TEST(KilledReader, NeverBlocksTheEndOfItsOwner) {
+  for (uint64_t seed = 1; seed <= kOrders; ++seed) {
+    bool wasKilled = true;
+    unsigned calls = 0;
+    for (; wasKilled; ++calls) {
+      const End end = endAfter<TypeParam>(calls, seed);
+      ASSERT_TRUE(end.started);
+      ASSERT_EQ(end.stuck, "") << "call " << calls << ", seed " << seed;
+      wasKilled = end.wasKilled;
+    }
+    EXPECT_GT(calls, 20u);
+  }
+}
+
+}  // namespace
+}  // namespace virtual_session
