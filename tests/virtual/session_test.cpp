@@ -62,6 +62,48 @@ TEST_F(VirtualSessionTest, TakesTheTimeOfTheIpodAndNotOfTheDesk) {
   EXPECT_LT(session.world.now(), milliseconds(2000));
 }
 
+/// With an iPod that answers at once: a connection pauses, and a disconnection looks every tenth of
+/// a second whether the reader has ended.
+Time longestOfACalm(const Call& call) {
+  const bool pauses = call.name == "IpodConnect" || call.name == "IpodDisconnect";
+  return milliseconds(pauses ? 101 : 1);
+}
+
+TEST_F(VirtualSessionTest, WaitsNoLongerThanTheIpodNeeds) {
+  for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+    VirtualSession session(seed);
+    Calls calls;
+    ASSERT_EQ(session.run([&] { calls = session.play(); }), "") << seed;
+    for (const Call& call : calls)
+      EXPECT_LE(call.took, longestOfACalm(call)) << call.name << ", seed " << seed;
+  }
+}
+
+TEST_F(VirtualSessionTest, TakesAnAnswerThatArrivesDuringTheWaitAtOnce) {
+  constexpr milliseconds kLate(300);
+  for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+    VirtualSession session(seed);
+    Time took{0};
+    int result = 0;
+    ASSERT_EQ(session.run([&] {
+      IpodConnect();
+      session.cable.rewrite([=](std::size_t, const simulator::Bytes& bytes) {
+        return std::vector<virtual_platform::ComingFrame>{{kLate, bytes}};
+      });
+      const Time start = session.world.now();
+      int index = 0;
+      result = IpodGetTrackIndex(&index);
+      took = session.world.now() - start;
+      IpodDisconnect();
+    }),
+              "")
+        << seed;
+    EXPECT_EQ(result, 1) << seed;
+    EXPECT_GE(took, kLate) << seed;
+    EXPECT_LE(took, kLate + milliseconds(1)) << seed;
+  }
+}
+
 class LostIpod : public VirtualSessionTest, public testing::WithParamInterface<Loss> {};
 
 INSTANTIATE_TEST_SUITE_P(Loss, LostIpod,
