@@ -1,40 +1,12 @@
 // The order of the virtual operations is the order of the protocol's table of operations, and other
-// code counts on it: a slot's number is read from a pointer to the member. The common C++ ABI makes
-// that 1 + the slot's offset in the table; on ARM the 1 is in the adjustment behind the offset.
+// code counts on it.
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
-
 #include "controller/ipod_controller.h"
+#include "support/slot_of.h"
 
 namespace {
-
-/// The destructor has two entries in front.
-constexpr std::size_t kEntriesBeforeSlot1 = 2;
-
-struct MemberPointer {
-  std::size_t offset;
-  std::size_t adjustment;
-};
-
-#ifdef __arm__
-constexpr std::size_t MemberPointer::*kVirtualMark = &MemberPointer::adjustment;
-#else
-constexpr std::size_t MemberPointer::*kVirtualMark = &MemberPointer::offset;
-#endif
-
-template <class Member>
-std::size_t slotOf(Member member) {
-  MemberPointer parts;
-  static_assert(sizeof(member) == sizeof(parts));
-  std::memcpy(&parts, &member, sizeof(parts));
-  EXPECT_EQ(parts.*kVirtualMark % 2, 1u) << "not virtual";
-  parts.*kVirtualMark -= 1;
-  return parts.offset / sizeof(void*) + 1 - kEntriesBeforeSlot1;
-}
 
 TEST(OperationOrder, OfConnectionAndExtendedMode) {
   using C = IpodControllerBase;
