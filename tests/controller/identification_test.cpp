@@ -157,6 +157,11 @@ TEST_F(Identification, DoesNotAnswerOtherQuestions) {
             Calls{});
 }
 
+TEST_F(Identification, DoesNotTakeAQuestionWithoutATypeForTheOneBefore) {
+  EXPECT_EQ(repliesTo({{0x00, 0x27, 0x00}, {0x00, 0x27}}),
+            (Calls{"send 55 07 00 28 00 00 00 00 01"}));
+}
+
 TEST_F(Identification, TellsTheSampleRatesAndThenAsksForTheVersionOfTheGeneralLingo) {
   EXPECT_EQ(repliesTo({kGetSampleRates}), kSampleRates + Calls{"send 55 03 00 0F 00"});
   EXPECT_EQ(repliesTo({{0x0A, 0x02, 0x00, 0x01}}), kSampleRates + Calls{"send 55 03 00 0F 00"});

@@ -355,6 +355,15 @@ TEST(LogoBitmap, MayBeWiderThanARowOnTheWire) {
   EXPECT_EQ(rowOf(logo, 0), Bytes(80000, 0xFF));
 }
 
+TEST(LogoBitmap, HasNoPictureAfterAFileThatCannotBeRead) {
+  const LogoFile file(bitmap({}, Bytes(4 * 1 * 3)));
+  LogoBitmap logo;
+  ASSERT_TRUE(logo.read(file.path()));
+  ASSERT_NE(logo.row(0), nullptr);
+  EXPECT_FALSE(logo.read("no such file"));
+  EXPECT_EQ(logo.row(0), nullptr);
+}
+
 TEST(LogoBitmap, LeavesNoFileOpen) {
   const uint32_t before = openFiles();
   BitmapHeader deep;

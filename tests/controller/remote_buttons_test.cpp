@@ -74,6 +74,13 @@ TEST_F(Buttons, ClearRepliesBeforeEachReport) {
   EXPECT_EQ(liveMessages(), 0u);
 }
 
+TEST_F(Buttons, AreReportedAloneAtTheSecondPress) {
+  controller().PressButton(8);
+  callLog().clear();
+  controller().PressButton(9);
+  EXPECT_EQ(linesOf(callLog(), "send"), repeated(50, {"send 55 04 02 00 00 01"}));
+}
+
 TEST_F(Buttons, AreNotReleasedByAPress) {
   controller().PressButton(4);
   EXPECT_EQ(linesOf(callLog(), "send 55 03 02 00 00"), Calls{});

@@ -87,6 +87,14 @@ TEST(RetAccSampleRateCaps, TakesAsManyRatesAsAPayloadHolds) {
   EXPECT_EQ(Bytes(data.end() - 4, data.end()), (Bytes{0x00, 0x00, 0xAC, 0x44}));
 }
 
+TEST(RetAccSampleRateCaps, KeepsNoRateForTheNextMessage) {
+  DigitalAudioMessage first;
+  ASSERT_TRUE(buildRates(first, {8}));
+  DigitalAudioMessage second;
+  ASSERT_TRUE(buildRates(second, {9}));
+  EXPECT_EQ(dataOf(second), (Bytes{0x00, 0x00, 0x00, 0x00}));
+}
+
 TEST(RetAccSampleRateCaps, KeepsItsLengthTo16Bits) {
   DigitalAudioMessage message;
   EXPECT_TRUE(buildRates(message, Bytes(16384, 7)));

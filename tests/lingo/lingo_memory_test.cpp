@@ -196,6 +196,16 @@ TEST(SetDataWithoutMemory, SucceedsInTheArrayThatItHas) {
   EXPECT_EQ(dataOf(message), (Bytes{3, 4}));
 }
 
+TEST(SetDataWithoutMemory, KnowsAnArrayByTheLastDataInIt) {
+  const Bytes bytes = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+  General message;
+  ASSERT_TRUE(message.setData(bytes.data(), 10));
+  ASSERT_TRUE(message.setData(bytes.data(), 4));
+  const MemoryLimit memory(kNoMemory);
+  EXPECT_FALSE(message.setData(bytes.data(), 8));
+  EXPECT_EQ(dataOf(message), (Bytes{0, 1, 2, 3}));
+}
+
 TEST(AppendDataWithoutMemory, FailsAndLeavesTheData) {
   General message;
   ASSERT_TRUE(message.setData(kRow, 3));

@@ -123,6 +123,12 @@ TEST(Utf8ToWide, TakesAStrayContinuationByteAsItsLowSevenBits) {
   EXPECT_EQ(wideText(wide), u"a\u0005z"s);
 }
 
+TEST(Utf8ToWide, TakesHalfOfASurrogatePairAsACharacter) {
+  WideString wide;
+  EXPECT_TRUE(LingoMessage::utf8ToWide("a\xED\xA0\x80z\xED\xBF\xBF", wide));
+  EXPECT_EQ(wideText(wide), (std::u16string{u'a', 0xD800, u'z', 0xDFFF}));
+}
+
 TEST(WideToNarrow, KeepsCharactersUpTo255) {
   ByteString narrow;
   EXPECT_TRUE(LingoMessage::wideToNarrow(wideString(u"Caf\u00E9\u00FF"), narrow));
@@ -158,6 +164,12 @@ TEST(Utf8ToNarrow, PutsASpaceForA16BitCharacterAndFails) {
   ByteString narrow;
   EXPECT_FALSE(LingoMessage::utf8ToNarrow("\xE2\x82\xAC", 3, narrow));
   EXPECT_EQ(textOf(narrow), " ");
+}
+
+TEST(Utf8ToNarrow, PutsASpaceForHalfOfASurrogatePairAndGoesOn) {
+  ByteString narrow;
+  EXPECT_FALSE(LingoMessage::utf8ToNarrow("a\xED\xA0\x80z", 5, narrow));
+  EXPECT_EQ(textOf(narrow), "a z");
 }
 
 TEST(Utf8ToNarrow, LeavesTheOutputWhenACharacterIsBeyond16Bits) {
