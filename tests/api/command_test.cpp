@@ -177,6 +177,24 @@ TEST_F(PreviousTrack, NearTheStartOfTheFirstTrackPlaysTheLastTrack) {
   }
 }
 
+TEST_F(PreviousTrack, WithoutATrackCountPlaysTheTrackBeforeTheFirst) {
+  ipod.refuse("04 00 18");
+  for (const std::uint32_t index : {0u, 0xFFFFFFFFu}) {
+    playingIndex(index);
+    playState(kPlaying, 2999);
+    EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05",
+                                        "04 00 28 FF FF FF FF", kRefresh));
+  }
+}
+
+TEST_F(PreviousTrack, WithoutATrackCountGoesBackFromALaterTrack) {
+  ipod.refuse("04 00 18");
+  playingIndex(4);
+  playState(kPlaying, 2999);
+  EXPECT_THAT(command(4),
+              ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04", kRefresh));
+}
+
 TEST_F(PreviousTrack, WhilePausedIsTheSame) {
   playState(kPaused, 2999);
   playingIndex(0);
@@ -270,6 +288,13 @@ TEST_F(PlayWithPlayCommand, TogglesWhenPlayIsRefused) {
   ipod.refuse("04 00 29 0A");
   playState(kPaused, 1000);
   EXPECT_THAT(command(10), ElementsAre("04 00 29 0A", "04 00 1C", "04 00 29 01", kRefresh));
+}
+
+TEST_F(PlayWithPlayCommand, SendsPlayAgainAfterARefusal) {
+  ipod.answerOnce("04 00 29 0A", {"00 02 05 00"});
+  playState(kPaused, 1000);
+  command(10);
+  EXPECT_THAT(command(10), ElementsAre("04 00 29 0A", kRefresh));
 }
 
 TEST_F(PlayWithPlayCommand, RefusedWhilePlayingStopsThere) {
@@ -397,6 +422,24 @@ TEST_F(PreviousTrackNoRestart, WithNothingPlayingSelectsTheLastTrack) {
   playState(kPlaying, 0);
   EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05",
                                        "04 00 17 05 00 00 00 09", kRefresh));
+}
+
+TEST_F(PreviousTrackNoRestart, WithoutATrackCountSelectsNoTrack) {
+  ipod.refuse("04 00 18");
+  playState(kPlaying, 5000);
+  for (const std::uint32_t index : {0u, 0xFFFFFFFFu}) {
+    playingIndex(index);
+    EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05",
+                                         "04 00 17 05 FF FF FF FF", kRefresh));
+  }
+}
+
+TEST_F(PreviousTrackNoRestart, WithoutATrackCountGoesBackFromALaterTrack) {
+  ipod.refuse("04 00 18");
+  playState(kPlaying, 5000);
+  playingIndexChanges(4, 3);
+  EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04",
+                                       "04 00 1E", kRefresh));
 }
 
 TEST_F(PreviousTrackNoRestart, SendsPreviousTrackTwiceWhenTheFirstOnlyRestartedTheTrack) {

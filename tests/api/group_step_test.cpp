@@ -175,6 +175,33 @@ TEST_F(AmongTracksTest, ANameThatTheIpodDoesNotTellIsEmpty) {
                           "04 00 22 00 00 00 03", "04 00 28 00 00 00 03", kRefresh));
 }
 
+/// Costs the wait for a reply.
+TEST_F(AmongTracksTest, ANameThatDoesNotArriveIsAnotherGroupThanOneWithAName) {
+  const QuickTimeOuts quickTimeOuts;
+  listArtists({"Abba", "Abba", "Abba"});
+  ipod.ignore("04 00 22 00 00 00 01");
+  playingIndex(0);
+  EXPECT_THAT(walk(kNextGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 00", "04 00 22 00 00 00 01",
+                          "04 00 28 00 00 00 01", kRefresh));
+}
+
+/// Costs the wait for a reply.
+TEST_F(AmongTracksTest, ANameThatDoesNotArriveEndsTheStepInAGroupWithoutNames) {
+  const QuickTimeOuts quickTimeOuts;
+  listArtists({"Abba", "", "", "", "Cher"});
+  for (const char* track : {"01", "02", "03"})
+    ipod.answer(std::string("04 00 22 00 00 00 ") + track, {"04 00 23 00 00"});
+  ipod.answerOnce("04 00 22 00 00 00 02", {});
+  playingIndex(1);
+  EXPECT_THAT(walk(kNextGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 01", "04 00 22 00 00 00 02"));
+  EXPECT_THAT(walk(kNextGroup),
+              ElementsAre("04 00 1E", "04 00 22 00 00 00 01", "04 00 22 00 00 00 02",
+                          "04 00 22 00 00 00 03", "04 00 22 00 00 00 04", "04 00 28 00 00 00 04",
+                          kRefresh));
+}
+
 TEST_F(AmongTracksTest, NamesMustBeEqualToTheLastByte) {
   listArtists({"Abba", "Abbe", "Abb", "abba"});
   for (const std::uint32_t index : {0u, 1u, 2u}) {
@@ -386,6 +413,52 @@ TEST_F(BelowARecordTest, DoesNotMindRefusals) {
                                             "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
   EXPECT_EQ(upDownTree.ipodLevelIndex[1], 2);
 }
+
+TEST_F(BelowARecordTest, OnThePlayAllTabStepsFromTheTabsFirstIndex) {
+  openTree(IPOD_ALBUMS, 71);
+  IpodGetPrevItem();
+  IpodGetNextItem();
+  ASSERT_EQ(browseTree.ipodLevelIndex[1], -35);
+  ASSERT_NE(IpodGetFirstItem(1, IPOD_TRACKS, 1), nullptr);
+  IpodValidateUpDownTree();
+  EXPECT_THAT(step(kNextGroup), ElementsAre("04 00 16", "04 00 18 03", "04 00 38 03 FF FF FF DE 03",
+                                            "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
+  EXPECT_EQ(upDownTree.ipodLevelIndex[1], -34);
+}
+
+/// A step from a record of which the iPod does not count how many there are.
+struct UncountedStep : NamedRow {
+  int type;
+  int from;
+  int code;
+  const char* countRequest;
+  const char* selectRequest;
+  int to;
+};
+
+class UncountedStepTest : public BelowARecordTest,
+                          public testing::WithParamInterface<UncountedStep> {};
+
+TEST_P(UncountedStepTest, GoesByNoRecordsAtAll) {
+  const UncountedStep& row = GetParam();
+  openBelow(row.type, 5, row.from);
+  ipod.refuse(row.countRequest);
+  EXPECT_THAT(step(row.code), ElementsAre("04 00 16", row.countRequest, row.selectRequest,
+                                          "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
+  EXPECT_EQ(upDownTree.ipodLevelIndex[1], row.to);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Steps, UncountedStepTest,
+    testing::Values(
+        UncountedStep{"NextAlbum", 3, 1, 13, "04 00 18 03", "04 00 38 03 00 00 00 00 03", 0},
+        UncountedStep{"PreviousAlbum", 3, 2, 12, "04 00 18 03", "04 00 38 03 00 00 00 01 03", 1},
+        UncountedStep{"BeforeTheFirstAlbum", 3, 0, 12, "04 00 18 03", "04 00 38 03 FF FF FF FF 03",
+                      -1},
+        UncountedStep{"NextPlaylist", 1, 2, 13, "04 00 18 01", "04 00 38 01 00 00 00 01 04", 1},
+        UncountedStep{"BeforeTheFirstPlaylist", 1, 1, 12, "04 00 18 01",
+                      "04 00 38 01 FF FF FF FE 04", -2}),
+    rowName<UncountedStep>);
 
 TEST_F(BelowARecordTest, UsesTheFirstListAlsoFromDeeperLevels) {
   openTree(IPOD_GENRES, 4);

@@ -1,3 +1,5 @@
+#include <climits>
+
 #include "api/api_test.h"
 #include "lingo/row_name.h"
 
@@ -95,6 +97,14 @@ TEST_F(IpodSongPlayTest, PostsAlsoWhenTheIpodRefuses) {
   openTracks(30);
   ipod.refuse("04 00 28");
   EXPECT_THAT(play(3), ElementsAre("04 00 28 00 00 00 03", kRefresh));
+}
+
+TEST_F(IpodSongPlayTest, AnIndexBelowMinusOnePlaysFromTheFirstTrack) {
+  openTracks(30);
+  IpodGetNextItem();
+  IpodGetNextItem();
+  for (const int index : {-2, -35, INT_MIN})
+    EXPECT_THAT(play(index), ElementsAre("04 00 18 05", "04 00 28 00 00 00 00", kRefresh)) << index;
 }
 
 TEST_F(IpodSongPlayTest, WithoutATreePlaysTheSelection) {
