@@ -31,6 +31,7 @@ struct Scheduler::Thread {
   DWORD lastError = ERROR_SUCCESS;
   std::optional<unsigned> callsToHold;
   bool isHeld = false;
+  bool isPreempted = false;
   bool ended = false;
 };
 
@@ -82,14 +83,23 @@ void Scheduler::killAfter(unsigned calls) { callsToKill = calls; }
 
 void Scheduler::holdAfter(unsigned calls) { current->callsToHold = calls; }
 
-bool Scheduler::resume() {
-  bool anyHeld = false;
+bool Scheduler::resume() { return clear(&Thread::isHeld); }
+
+bool Scheduler::clear(bool Thread::*flag) {
+  bool anySet = false;
   for (const auto& thread : threads)
-    anyHeld = std::exchange(thread->isHeld, false) || anyHeld;
-  return anyHeld;
+    anySet = std::exchange((*thread).*flag, false) || anySet;
+  return anySet;
 }
 
-void Scheduler::yield() { switchFrom(*current); }
+void Scheduler::yield() {
+  if (isDue(switchesToPreemption[static_cast<int>(current->owner)])) current->isPreempted = true;
+  switchFrom(*current);
+}
+
+void Scheduler::preemptAfter(Owner owner, unsigned switches) {
+  switchesToPreemption[static_cast<int>(owner)] = switches;
+}
 
 bool Scheduler::await(Wait wait) {
   const auto isOver = wait.isOver;
@@ -132,7 +142,7 @@ void Scheduler::switchFrom(Thread& thread) {
 Scheduler::Thread* Scheduler::next() {
   while (mayGoOn()) {
     if (Thread* const picked = pickRunnable()) return picked;
-    if (!jump() && !resume()) break;
+    if (!clear(&Thread::isPreempted) && !jump() && !resume()) break;
   }
   if (running[0] + running[1] > 0) failure = complaint();
   return nullptr;
@@ -153,7 +163,7 @@ Scheduler::Thread* Scheduler::pickRunnable() {
 }
 
 bool Scheduler::isRunnable(const Thread& thread) const {
-  if (thread.ended || thread.isHeld) return false;
+  if (thread.ended || thread.isHeld || thread.isPreempted) return false;
   const auto& wait = thread.wait;
   return !wait || wait->isOver() || (wait->deadline && *wait->deadline <= clock);
 }

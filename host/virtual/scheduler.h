@@ -51,6 +51,13 @@ class Scheduler {
   void holdAfter(unsigned calls);
   // All that are held; false when none is.
   bool resume();
+  // Where a thread of this owner could be switched, after so many such places: it does not run
+  // until no other thread can.
+  void preemptAfter(Owner owner, unsigned switches);
+  // Whether that is still to come.
+  bool isToPreempt(Owner owner) const {
+    return switchesToPreemption[static_cast<int>(owner)].has_value();
+  }
   // The system ends the library's thread that makes the call after so many of them all.
   void killAfter(unsigned calls);
   // Whether that is still to come.
@@ -67,6 +74,7 @@ class Scheduler {
   struct Thread;
 
   static bool isDue(std::optional<unsigned>& callsLeft);
+  bool clear(bool Thread::*flag);
   void end();
   void leave();
   void switchFrom(Thread& thread);
@@ -85,6 +93,7 @@ class Scheduler {
   unsigned running[2] = {0, 0};  // by owner
   unsigned made[2] = {0, 0};
   std::optional<unsigned> callsToKill;
+  std::optional<unsigned> switchesToPreemption[2];  // by owner
   std::optional<Time> hostsEnded;
   std::string failure;
   std::unique_ptr<Fiber> outside;

@@ -233,6 +233,32 @@ TEST(VirtualWorld, HoldsAThreadInItsCallUntilItIsResumed) {
             "");
 }
 
+DWORD WINAPI countCalls(LPVOID calls) {
+  for (int i = 0; i < 6; ++i) {
+    Sleep(0);
+    ++*static_cast<int*>(calls);
+  }
+  return 0;
+}
+
+TEST(VirtualWorld, PreemptsAThreadUntilNoOtherCanRun) {
+  for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+    VirtualWorld world(seed);
+    int calls = 0;
+    EXPECT_EQ(world.run([&] {
+      world.threads().preemptAfter(Owner::kLibrary, 3);
+      const HANDLE thread = CreateThread(nullptr, 0, countCalls, &calls, 0, nullptr);
+      for (int i = 0; i < 100; ++i)
+        Sleep(0);
+      EXPECT_EQ(calls, 3) << seed;
+      WaitForSingleObject(thread, INFINITE);
+      EXPECT_EQ(calls, 6) << seed;
+      CloseHandle(thread);
+    }),
+              "");
+  }
+}
+
 TEST(VirtualWorld, ResumesAHeldThreadWhenNobodyElseCanEverRun) {
   const Semaphore semaphore(0);
   VirtualWorld world(1);
