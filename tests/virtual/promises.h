@@ -31,6 +31,10 @@ const Promises& operationPromises();
 /// keeps it waiting.
 std::string findFault(const Calls& calls, const Promises& promises, Time stall = Time(0));
 
+/// How long an export may take with an iPod that answers at once: a connection pauses, and a
+/// disconnection looks every tenth of a second whether the reader has ended.
+Time longestWithAQuickIpod(const Call& call);
+
 /// The longest time for each export.
 using LongestTimes = std::map<std::string, Time>;
 void keepLongest(LongestTimes& longest, const Calls& calls);

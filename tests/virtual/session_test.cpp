@@ -62,20 +62,13 @@ TEST_F(VirtualSessionTest, TakesTheTimeOfTheIpodAndNotOfTheDesk) {
   EXPECT_LT(session.world.now(), milliseconds(2000));
 }
 
-/// With an iPod that answers at once: a connection pauses, and a disconnection looks every tenth of
-/// a second whether the reader has ended.
-Time longestOfACalm(const Call& call) {
-  const bool pauses = call.name == "IpodConnect" || call.name == "IpodDisconnect";
-  return milliseconds(pauses ? 101 : 1);
-}
-
 TEST_F(VirtualSessionTest, WaitsNoLongerThanTheIpodNeeds) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     VirtualSession session(seed);
     Calls calls;
     ASSERT_EQ(session.run([&] { calls = session.play(); }), "") << seed;
     for (const Call& call : calls)
-      EXPECT_LE(call.took, longestOfACalm(call)) << call.name << ", seed " << seed;
+      EXPECT_LE(call.took, longestWithAQuickIpod(call)) << call.name << ", seed " << seed;
   }
 }
 

@@ -1,0 +1,106 @@
+// A thread loses the processor at each place where it can, until no other thread can run. Nothing
+// is lost by that, and no call waits longer.
+#include <gtest/gtest.h>
+#include <ipodctl.h>
+
+#include <functional>
+#include <tuple>
+
+#include "controller/ipod_controller.h"
+#include "session/host_folder.h"
+#include "virtual/virtual_session.h"
+
+namespace virtual_session {
+namespace {
+
+using std::chrono::milliseconds;
+using virtual_platform::Owner;
+
+constexpr uint64_t kSeed = 1;
+
+std::string faultOfTimes(const Calls& calls) {
+  for (const Call& call : calls) {
+    if (call.took > longestWithAQuickIpod(call)) return call.name + " waits";
+  }
+  return "";
+}
+
+std::string playShort(VirtualSession& session) {
+  const Calls calls = session.play();
+  return resultsOf(calls) == shortScript().results ? faultOfTimes(calls) : "another result";
+}
+
+/// The iPod reports positions, which nobody awaits, just before each command.
+std::string commandBesidePositions(VirtualSession& session) {
+  constexpr int kCommands = 5;
+  Host host(session.world);
+  IpodConnect();
+  IpodGetFirstItem(0, IPOD_TRACKS, 0);
+  IpodSongPlay(0);
+  for (int i = 0; i < kCommands; ++i) {
+    session.ipod.tellPosition(session.world.now());
+    session.ipod.tellPosition(session.world.now());
+    host.command(IPOD_TOGGLE_PLAY_PAUSE);
+  }
+  IpodDisconnect();
+  return faultOfTimes(host.calls());
+}
+
+/// Records arrive one right after the other.
+std::string listRecords(VirtualSession& session) {
+  constexpr uint8_t kArtists = 2;
+  constexpr uint32_t kCount = 3;
+  IpodController controller(kUsbLink);
+  if (!controller.connect("IPD1:", nullptr) || !controller.EnterExtendedMode() ||
+      !controller.ResetDbSelection()) {
+    return "no connection";
+  }
+  RecordList records;
+  const Time start = session.world.now();
+  if (!controller.RetrieveDbRecords(kArtists, 0, kCount, records)) return "no records";
+  if (records.size() != kCount) return "fewer records";
+  return session.world.now() - start <= milliseconds(1) ? "" : "waits for records";
+}
+
+struct Work {
+  const char* name;
+  std::string (*act)(VirtualSession& session);
+};
+
+constexpr Work kWorks[] = {
+    {"session", playShort}, {"commands", commandBesidePositions}, {"listing", listRecords}};
+
+class Preemption : public testing::TestWithParam<std::tuple<Work, Owner>> {
+ protected:
+  Preemption() { warmUp(); }
+
+  const session::HostFolder folder;
+};
+
+std::string nameOfTest(const testing::TestParamInfo<Preemption::ParamType>& info) {
+  const bool isHosts = std::get<1>(info.param) == Owner::kHost;
+  return std::string(std::get<0>(info.param).name) + (isHosts ? "_of_the_host" : "_of_the_reader");
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Preemption,
+                         testing::Combine(testing::ValuesIn(kWorks),
+                                          testing::Values(Owner::kHost, Owner::kLibrary)),
+                         nameOfTest);
+
+TEST_P(Preemption, CostsNothing) {
+  const auto [work, owner] = GetParam();
+  bool cameToPass = true;
+  unsigned place = 0;
+  for (; cameToPass; ++place) {
+    VirtualSession session(kSeed + place);
+    session.world.threads().preemptAfter(owner, place);
+    std::string fault;
+    ASSERT_EQ(session.run([&, act = work.act] { fault = act(session); }), "") << place;
+    ASSERT_EQ(fault, "") << place;
+    cameToPass = !session.world.threads().isToPreempt(owner);
+  }
+  EXPECT_GT(place, 50u);
+}
+
+}  // namespace
+}  // namespace virtual_session
