@@ -268,6 +268,7 @@ class StuckReader : public testing::Test {
 
   void release() {
     handler.release();
+    link.transport->close();
     EXPECT_TRUE(link.transport->awaitReader());
   }
 
@@ -282,6 +283,23 @@ TEST_F(StuckReader, IsGiven300MillisecondsToStop) {
   EXPECT_TRUE(link.transport->stopReadData());
   EXPECT_GE(Clock::now() - start, milliseconds(300));
   EXPECT_EQ(deskRunningThreads(), 1u);
+  release();
+}
+
+/// Waits for a stated time-out: 300 ms.
+TEST_F(StuckReader, DoesNotKeepAWaiterFromTheStop) {
+  BackgroundCall waiter([&] { return link.transport->getMessage(0, 0) == nullptr; });
+  EXPECT_TRUE(link.transport->stopReadData());
+  EXPECT_EQ(waiter.result(), true);
+  release();
+}
+
+TEST_F(StuckReader, DoesNotKeepOthersFromTheHandlers) {
+  Transport& transport = *link.transport;
+  EXPECT_TRUE(returnsInTime([&] {
+    EXPECT_TRUE(transport.addHandler(this, StuckHandler::handle, 0x02, 0x00));
+    EXPECT_TRUE(transport.removeHandlers(this));
+  }));
   release();
 }
 

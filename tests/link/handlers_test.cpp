@@ -254,6 +254,15 @@ TEST_F(HandlersFromAHandler, RemovingAllOthersEndsTheWalk) {
   EXPECT_THAT(heard, IsEmpty());
 }
 
+TEST_F(HandlersFromAHandler, TheLastOneMayChangeThemToo) {
+  Meddler meddler{*transport,
+                  [&](Transport& own, Meddler&) { EXPECT_TRUE(own.removeHandlers(&anna)); }};
+  ASSERT_TRUE(transport->addHandler(&anna, Listener::first, 0x02, 0x00));
+  ASSERT_TRUE(transport->addHandler(&meddler, Meddler::handle, 0x02, 0x00));
+  receive(kAckFrame + kAckFrame);
+  EXPECT_THAT(heard, ElementsAre("anna first 0/2/1"));
+}
+
 TEST_F(HandlersFromAHandler, AddingOneForAnotherMessageLeavesTheWalkAlone) {
   receiveWith([&](Transport& own, Meddler&) {
     EXPECT_TRUE(own.addHandler(&anna, Listener::second, 0x04, 0x0A));

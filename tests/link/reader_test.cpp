@@ -151,6 +151,15 @@ TEST_F(Reader, ThatIsStillClosingKeepsTheTransportFromOpeningAgainForASecondOnly
   EXPECT_TRUE(transport->open("IPD1:"));
 }
 
+TEST_F(Reader, ThatIsStillClosingLetsNobodyWaitForAMessage) {
+  uint64_t waitedForAMessage = 1;
+  platform.onClose = [&] {
+    waitedForAMessage = waited([&] { EXPECT_EQ(transport->getMessage(0, 1), nullptr); });
+  };
+  platform.runThread();
+  EXPECT_EQ(waitedForAMessage, 0u);
+}
+
 TEST_F(Reader, EndsAtABadChecksumAndClosesTheDevice) {
   platform.arrive(kBadFrame + kFrame1);
   platform.runThread();
