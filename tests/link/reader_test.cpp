@@ -318,6 +318,16 @@ TEST_F(Reader, StartsOverWithoutTheSignalOfAStopThatEndsAfterItsRestart) {
   platform.runThread();
 }
 
+TEST_F(Reader, ThatHasEndedBeforeItsStartReturnsIsNotTakenForAKilledOne) {
+  platform.runThread();
+  platform.threadsRunAtOnce = true;
+  ASSERT_TRUE(transport->open("IPD1:"));
+  EXPECT_TRUE(transport->startReadData());
+  platform.calls.clear();
+  transport->letGoOfEndedReader();
+  EXPECT_THAT(platform.callsOf("ReleaseSemaphore"), IsEmpty());
+}
+
 TEST_F(Reader, RunsOnTheDefaultThreadWithItsTransport) {
   platform.runThread();
   ASSERT_TRUE(transport->open("IPD1:"));

@@ -144,8 +144,10 @@ HANDLE ScriptedPlatform::createThread(LPTHREAD_START_ROUTINE start, void* argume
   threadArgument = argument;
   if (threadsFail) return nullptr;
   threadState = ThreadState::kWaiting;
-  thread = addHandle("thread");
-  return thread;
+  const HANDLE made = addHandle("thread");
+  thread = made;
+  if (threadsRunAtOnce) runThread();
+  return made;
 }
 
 void ScriptedPlatform::runThread() {

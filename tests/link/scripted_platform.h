@@ -51,6 +51,7 @@ class ScriptedPlatform {
   bool semaphoresFail = false;      ///< to be created, as the next two
   std::set<int> semaphoresMissing;  ///< the first is 0: only these fail to be created
   bool threadsFail = false;
+  bool threadsRunAtOnce = false;  ///< to their end, before CreateThread returns
   bool devicesFail = false;
   std::deque<DWORD> waitResults;       ///< taken before the semaphores are looked at
   std::function<void()> whileBlocked;  ///< runs once when a wait without limit cannot end
