@@ -3,25 +3,26 @@
 #include <algorithm>
 #include <initializer_list>
 #include <map>
+#include <string_view>
 
 #include "virtual/library_watch.h"
 
 namespace virtual_session {
 namespace {
 
-bool contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
+using Text = std::string_view;
 
-bool beginsWithOneOf(const std::string& text, std::initializer_list<const char*> beginnings) {
-  return std::any_of(beginnings.begin(), beginnings.end(), [&](const char* beginning) {
-    return text.compare(0, std::char_traits<char>::length(beginning), beginning) == 0;
+bool contains(Text text, Text part) { return text.find(part) != Text::npos; }
+
+bool beginsWithOneOf(Text text, std::initializer_list<Text> beginnings) {
+  return std::any_of(beginnings.begin(), beginnings.end(), [&](Text beginning) {
+    return text.substr(0, beginning.size()) == beginning;
   });
 }
 
-/// A line of a trace: "300316 host 1: calls IpodDisconnect".
+/// A line of a trace, which must live on: "300316 host 1: calls IpodDisconnect".
 struct Event {
-  explicit Event(const std::string& line) {
+  explicit Event(Text line) {
     const std::size_t time = line.find(' ');
     const std::size_t end = line.find(": ");
     thread = line.substr(time + 1, end - time - 1);
@@ -35,8 +36,8 @@ struct Event {
   }
   bool releasesTheLock() const { return isOfTheLock() && contains(text, "ReleaseSemaphore"); }
 
-  std::string thread;
-  std::string text;
+  Text thread;
+  Text text;
 };
 
 bool isOfAStory(const Event& event) {
@@ -48,8 +49,8 @@ bool isOfAStory(const Event& event) {
 std::string toldAs(const Event& event) {
   if (event.takesTheLock()) return "takes the library's lock";
   if (event.releasesTheLock()) return "releases the library's lock";
-  if (!beginsWithOneOf(event.text, {"WriteFile"})) return event.text;
-  return "sends" + event.text.substr(event.text.find(" bytes") + 6);
+  if (!beginsWithOneOf(event.text, {"WriteFile"})) return std::string(event.text);
+  return "sends" + std::string(event.text.substr(event.text.find(" bytes") + 6));
 }
 
 bool needsTheLock(const Event& event) {
@@ -59,7 +60,7 @@ bool needsTheLock(const Event& event) {
 }
 
 /// What an export does without the lock.
-bool isFree(const Event& event, const std::string& call) {
+bool isFree(const Event& event, Text call) {
   if (call == "IpodConnect") {
     return beginsWithOneOf(event.text, {"prints Tavrel version", "prints IpodConnect start"});
   }
@@ -91,12 +92,12 @@ class LockOrder {
 
   bool release(const Event& event) {
     const bool wasMine = holder == event.thread;
-    holder.clear();
+    holder = {};
     return wasMine;
   }
 
-  std::string holder;                        ///< a thread; empty: none
-  std::map<std::string, std::string> calls;  ///< by thread, its export
+  Text holder;                 ///< a thread; empty: none
+  std::map<Text, Text> calls;  ///< by thread, its export
 };
 
 }  // namespace
