@@ -318,16 +318,6 @@ TEST_F(Reader, StartsOverWithoutTheSignalOfAStopThatEndsAfterItsRestart) {
   platform.runThread();
 }
 
-TEST_F(Reader, ThatHasEndedBeforeItsStartReturnsIsNotTakenForAKilledOne) {
-  platform.runThread();
-  platform.threadsRunAtOnce = true;
-  ASSERT_TRUE(transport->open("IPD1:"));
-  EXPECT_TRUE(transport->startReadData());
-  platform.calls.clear();
-  transport->letGoOfEndedReader();
-  EXPECT_THAT(platform.callsOf("ReleaseSemaphore"), IsEmpty());
-}
-
 TEST_F(Reader, RunsOnTheDefaultThreadWithItsTransport) {
   platform.runThread();
   ASSERT_TRUE(transport->open("IPD1:"));
@@ -338,6 +328,16 @@ TEST_F(Reader, RunsOnTheDefaultThreadWithItsTransport) {
 TEST_F(Reader, IsWaitedFor300MillisecondsAtMostWhenItIsStopped) {
   meanwhile([&] { EXPECT_EQ(waited([&] { EXPECT_TRUE(transport->stopReadData()); }), 300u); });
   platform.runThread();
+}
+
+TEST_F(Reader, ThatHasEndedBeforeItsStartReturnsIsNotTakenForAKilledOne) {
+  platform.runThread();
+  platform.threadsRunAtOnce = true;
+  ASSERT_TRUE(transport->open("IPD1:"));
+  EXPECT_TRUE(transport->startReadData());
+  platform.calls.clear();
+  transport->letGoOfEndedReader();
+  EXPECT_THAT(platform.callsOf("ReleaseSemaphore"), IsEmpty());
 }
 
 TEST_F(Reader, IsNotWaitedForWhenItDoesNotRun) {
