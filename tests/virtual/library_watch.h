@@ -14,7 +14,7 @@ namespace virtual_session {
 constexpr char kLibraryLock[] = "the library's lock";
 
 /// Has each change of the library's global state in the trace of a world, "sets ipodConnected = 1",
-/// "changes the browse tree", after what the thread that makes it has done before.
+/// "changes the browse tree: level 2", after what the thread that makes it has done before.
 class LibraryWatch {
  public:
   explicit LibraryWatch(virtual_platform::VirtualWorld& watched);

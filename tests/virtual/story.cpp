@@ -15,9 +15,8 @@ using Text = std::string_view;
 bool contains(Text text, Text part) { return text.find(part) != Text::npos; }
 
 bool beginsWithOneOf(Text text, std::initializer_list<Text> beginnings) {
-  return std::any_of(beginnings.begin(), beginnings.end(), [&](Text beginning) {
-    return text.substr(0, beginning.size()) == beginning;
-  });
+  return std::any_of(beginnings.begin(), beginnings.end(),
+                     [&](Text beginning) { return text.substr(0, beginning.size()) == beginning; });
 }
 
 /// A line of a trace, which must live on: "300316 host 1: calls IpodDisconnect".
@@ -64,8 +63,10 @@ bool isFree(const Event& event, Text call) {
   if (call == "IpodConnect") {
     return beginsWithOneOf(event.text, {"prints Tavrel version", "prints IpodConnect start"});
   }
-  if (call == "IpodSetSameIpod") return event.text == "changes the snapshot";
-  if (call == "IpodDisableTabVisualizationActive") return event.text == "changes the browse tree";
+  if (call == "IpodSetSameIpod") return beginsWithOneOf(event.text, {"changes the snapshot"});
+  if (call == "IpodDisableTabVisualizationActive") {
+    return beginsWithOneOf(event.text, {"changes the browse tree"});
+  }
   if (call == "IpodEnableTabVisualizationActive") {
     return beginsWithOneOf(event.text, {"prints", "changes the browse tree"});
   }

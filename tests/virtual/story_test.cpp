@@ -88,7 +88,7 @@ const Lines kBegins{"calls IpodConnect",
                     "prints IpodConnect start",
                     "takes the library's lock",
                     "sets ipodHasPlayPause = 0",
-                    "changes the browse tree",
+                    "changes the browse tree: level 0",
                     "SelectZeroBandwithInterface()"};
 
 const Lines kIdentifies{"CreateFileW(IPD1:) = device 1",
@@ -208,17 +208,17 @@ TEST_F(Story, OfANewTree) {
   expect(
       connect, [](VirtualSession&, Host& host) { host.open(0, IPOD_ARTISTS); },
       locked("IpodGetFirstItem", 1,
-             {"changes the browse tree", "sends 55 03 04 00 16 E3", "sends 55 04 04 00 18 02 DE",
-              "changes the browse tree"}));
+             {"changes the browse tree: level 1", "sends 55 03 04 00 16 E3",
+              "sends 55 04 04 00 18 02 DE", "changes the browse tree: level 1"}));
 }
 
 TEST_F(Story, OfTheNextLevel) {
   expect(
       openAlbums, [](VirtualSession&, Host& host) { host.open(1, IPOD_TRACKS); },
       locked("IpodGetFirstItem", 1,
-             {"changes the browse tree", "sends 55 04 04 00 18 03 DD",
+             {"changes the browse tree: level 2", "sends 55 04 04 00 18 03 DD",
               "sends 55 09 04 00 38 03 FF FF FF FF 04 B8", "sends 55 04 04 00 18 05 DB",
-              "changes the browse tree"}));
+              "changes the browse tree: level 2"}));
 }
 
 TEST_F(Story, OfTheLevelAbove) {
@@ -226,12 +226,13 @@ TEST_F(Story, OfTheLevelAbove) {
       openTracksOfTheSecondAlbum,
       [](VirtualSession&, Host& host) { host.move("IpodGetParentItem", IpodGetParentItem); },
       locked("IpodGetParentItem", 1,
-             {"changes the browse tree", "sends 55 08 04 00 17 03 FF FF FF FF DE",
+             {"changes the browse tree: level 1", "sends 55 08 04 00 17 03 FF FF FF FF DE",
               "sends 55 04 04 00 18 03 DD"}));
 }
 
 TEST_F(Story, OfASnapshot) {
-  expect(openAlbums, remember, locked("IpodValidateUpDownTree", 0, {"changes the snapshot"}));
+  expect(openAlbums, remember,
+         locked("IpodValidateUpDownTree", 0, {"changes the snapshot: level 1"}));
 }
 
 TEST_F(Story, OfATrackOfTheWholeLibrary) {
@@ -253,7 +254,7 @@ TEST_F(Story, OfAStepToTheRecordBefore) {
       locked("IpodCommand(12)", 0,
              {"sends 55 03 04 00 16 E3", "sends 55 04 04 00 18 03 DD",
               "sends 55 09 04 00 38 03 00 00 00 00 03 B5", "sends 55 04 04 00 18 05 DB",
-              "sends 55 07 04 00 28 00 00 00 00 CD", "changes the snapshot",
+              "sends 55 07 04 00 28 00 00 00 00 CD", "changes the snapshot: level 2",
               "PostMessageW(0xffff, 0x2400, 0, 0)"}));
 }
 
