@@ -140,6 +140,13 @@ TEST_F(IpodGetFirstItemTest, StartsANewTreeFromAnyLevel) {
             "type=3 count=3 index=-1 start=-1 end=3 tab=-1 tabs=0 shown=0 split=0 playAll=1");
 }
 
+TEST_F(IpodGetFirstItemTest, KeepsNothingOfALongerListBefore) {
+  openTree(IPOD_ARTISTS, 71);
+  openTree(IPOD_GENRES, 12);
+  EXPECT_EQ(levelText(browseTree, 1),
+            "type=4 count=12 index=0 start=0 end=12 tab=-1 tabs=0 shown=0 split=0 playAll=0");
+}
+
 TEST_F(IpodGetFirstItemTest, WithATypeThatIsNoneReturnsNullAndChangesNothing) {
   count("02", 3);
   open(0, IPOD_ARTISTS, 0);
