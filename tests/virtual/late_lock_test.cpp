@@ -39,6 +39,8 @@ void startSession() {
   IpodGetFirstItem(1, IPOD_TRACKS, 1);
   IpodValidateUpDownTree();
   IpodSongPlay(0);
+  IpodGetNextItem();
+  IpodGetNextItem();  // to the second track
 }
 
 enum class Meeting { kOneAfterTheOther, kAtTheLock };
