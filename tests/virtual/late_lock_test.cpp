@@ -24,6 +24,8 @@ struct Before {
   void (*act)();
 };
 
+void PrintTo(const Before& before, std::ostream* stream) { *stream << before.name; }
+
 constexpr Before kBefore[] = {{"opens_genres", [] { IpodGetFirstItem(0, IPOD_GENRES, 0); }},
                               {"goes_up", [] { IpodGetParentItem(); }},
                               {"disconnects", [] { IpodDisconnect(); }},

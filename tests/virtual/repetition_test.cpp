@@ -55,6 +55,8 @@ struct Session {
   Disturb disturb;
 };
 
+void PrintTo(const Session& session, std::ostream* stream) { *stream << session.name; }
+
 /// Without what a look at a signal found: the end of a session may leave it set, and the next start
 /// resets it.
 std::string withoutSignal(const std::string& line) {
