@@ -94,7 +94,7 @@ void ScriptedIpod::release() {
   order([this] {
     heldRequests.clear();
     for (Bytes& frame : heldReplies)
-      pending.push_back({Clock::now(), std::move(frame)});
+      queue(Clock::now(), std::move(frame));
     heldReplies.clear();
   });
 }
@@ -170,12 +170,19 @@ bool ScriptedIpod::carryOutOrders() {
   return !stopping;
 }
 
+// By the time when they are due, so that a late iPod sends them in the same order as one in time.
+void ScriptedIpod::queue(Clock::time_point due, Bytes frame) {
+  const auto place = std::upper_bound(
+      pending.begin(), pending.end(), due,
+      [](Clock::time_point time, const PendingReply& reply) { return time < reply.due; });
+  pending.insert(place, {due, std::move(frame)});
+}
+
 void ScriptedIpod::sendDueReplies() {
-  const auto isDue = [now = Clock::now()](const PendingReply& reply) { return reply.due <= now; };
-  for (auto next = std::find_if(pending.begin(), pending.end(), isDue); next != pending.end();
-       next = std::find_if(pending.begin(), pending.end(), isDue)) {
-    wire.send(next->frame);
-    pending.erase(next);
+  const auto now = Clock::now();
+  while (!pending.empty() && pending.front().due <= now) {
+    wire.send(pending.front().frame);
+    pending.erase(pending.begin());
   }
 }
 
@@ -190,10 +197,7 @@ void ScriptedIpod::waitForWork() {
 
 int ScriptedIpod::millisecondsToNextReply() {
   if (pending.empty()) return -1;
-  const auto next =
-      std::min_element(pending.begin(), pending.end(),
-                       [](const PendingReply& a, const PendingReply& b) { return a.due < b.due; });
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(next->due - Clock::now());
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(pending.front().due - Clock::now());
   return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
 }
 
@@ -227,12 +231,13 @@ void ScriptedIpod::take(const FrameCutter::Piece& piece) {
 void ScriptedIpod::reply(const std::string& request) {
   const std::lock_guard<std::mutex> lock(mutex);
   const bool held = isHeld(request);
+  const auto now = Clock::now();
   for (const IpodReply& next : repliesTo(request)) {
     Bytes frame = frameOf(bytesOf(next.payload), kind);
     if (held) {
       heldReplies.push_back(std::move(frame));
     } else {
-      pending.push_back({Clock::now() + next.delay, std::move(frame)});
+      queue(now + next.delay, std::move(frame));
     }
   }
 }

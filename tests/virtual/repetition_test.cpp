@@ -9,6 +9,7 @@
 
 #include "api/library_state.h"
 #include "session/host_folder.h"
+#include "support/slice.h"
 #include "virtual/forged_frame.h"
 #include "virtual/serial_host.h"
 #include "virtual/story.h"
@@ -124,7 +125,9 @@ INSTANTIATE_TEST_SUITE_P(All, Repetition, testing::ValuesIn(allSessions()),
 
 TEST_P(Repetition, OfASessionIsTheSameAfterEveryOther) {
   const Lines first = recordOf(GetParam());
-  for (const Session& history : histories()) {
+  const std::vector<Session> others = histories();
+  for (std::size_t i = 0; i < others.size(); i += kSliceThinning) {
+    const Session& history = others[i];
     recordOf(history);
     const Lines again = recordOf(GetParam());
     const auto [was, is] = std::mismatch(first.begin(), first.end(), again.begin(), again.end());

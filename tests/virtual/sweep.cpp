@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "support/last_words.h"
+#include "support/slice.h"
 #include "virtual/replay.h"
 #include "virtual/story.h"
 
@@ -30,7 +31,8 @@ bool isShort(const Script& script) { return &script == &shortScript(); }
 bool usesExports(const Script& script) { return &script.promises == &exportPromises(); }
 
 bool isInSlice(const Script& script, std::uint64_t point, std::uint64_t thinning) {
-  const std::uint64_t slice = (isShort(script) ? kSliceOfTheShort : kSliceOfTheLong) * thinning;
+  const std::uint64_t slice =
+      (isShort(script) ? kSliceOfTheShort : kSliceOfTheLong) * std::max(thinning, kSliceThinning);
   return isReplay() || std::getenv("VIRTUAL_ALL") != nullptr || point % slice == 0;
 }
 

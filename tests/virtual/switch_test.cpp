@@ -7,6 +7,7 @@
 
 #include "device/personality_settings.h"
 #include "faults/fault_text.h"
+#include "support/slice.h"
 #include "virtual/sweep.h"
 
 namespace virtual_session {
@@ -19,7 +20,7 @@ using simulator::Traffic;
 using History = std::deque<Traffic>;
 using Seen = std::function<bool(const History&)>;
 
-constexpr std::uint64_t kOrders = 20;
+constexpr std::uint64_t kOrders = 20 / kSliceThinning;
 
 /// The one result that is another one.
 struct Change {
