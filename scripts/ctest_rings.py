@@ -6,13 +6,11 @@ import subprocess
 import tempfile
 import xml.etree.ElementTree
 
-# The tests of one behaviour each, from cheap to dear; any other label is a sweep's: many faults at
-# many places.
-RINGS = ("unit", "device", "session")
-SWEEPS = "sweeps"
-LOADING = ("session", SWEEPS)
-# Threads and semaphores of the tests mostly wait.
-TESTS_PER_JOB = 2
+# The labels of the tests, and how many of them run at once for each job: those that have real ports
+# and semaphores mostly wait. The cheap ones come first.
+RINGS = {"unit": 2, "device": 5, "virtual": 2, "race": 3, "session": 6, "endurance": 1}
+# Their programs may load the library that they test.
+LOADING = ("race", "session", "endurance")
 AGAIN = 3
 ENDS = {"Timeout": "does not end", "SEGFAULT": "crashes", "Subprocess aborted": "aborts"}
 
@@ -34,15 +32,15 @@ class Suite:
     def __init__(self, folder, jobs, programs=()):
         """`programs` are those whose tests count; without any all do."""
         self.folder = folder
-        self.jobs = jobs * TESTS_PER_JOB
+        self.jobs = jobs
         self.programs = programs
         shown = subprocess.run(["ctest", "--test-dir", folder, "--show-only=json-v1"],
                                capture_output=True, check=True)
         self.tests = json.loads(shown.stdout)["tests"]
 
     def numbers(self, ring, newer_than):
-        """The tests of a ring. Of those of one behaviour only the ones whose program was linked
-        after a time: others cannot have changed. The others may load what they test."""
+        """The tests of a ring, without those whose program was linked before a time: they cannot
+        have changed."""
         for number, test in enumerate(self.tests, 1):
             if ring_of(test) == ring and self.is_of_a_program(test):
                 if ring in LOADING or may_have_changed(test, self.folder, newer_than):
@@ -51,13 +49,13 @@ class Suite:
     def is_of_a_program(self, test):
         return not self.programs or pathlib.Path(test["command"][0]).name in self.programs
 
-    def first_red(self, numbers):
-        """The first test that is red again when it runs alone; None when there is none. On a busy
-        machine a test can be red once without a reason."""
-        left = list(numbers)
-        while red := self.run(left):
+    def first_red(self, ring, newer_than):
+        """The first test of a ring that is red again when it runs alone; None when there is none.
+        On a busy machine a test can be red once without a reason."""
+        left = list(self.numbers(ring, newer_than))
+        while red := self.run(left, self.jobs * RINGS[ring]):
             number = self.number_of(red)
-            if any(self.run([number]) for _ in range(AGAIN)):
+            if any(self.run([number], 1) for _ in range(AGAIN)):
                 return red
             left.remove(number)
         return None
@@ -66,14 +64,14 @@ class Suite:
         names = [plain(test["name"]) for test in self.tests]
         return names.index(plain(red.name)) + 1
 
-    def run(self, numbers):
+    def run(self, numbers, at_once):
         """Runs tests until one is red."""
         chosen = ",".join(str(number) for number in numbers)
         if not chosen:
             return None
         with tempfile.NamedTemporaryFile(suffix=".xml") as report:
             subprocess.run(["ctest", "--test-dir", self.folder, "-I", f"0,0,0,{chosen}",
-                            "--stop-on-failure", "-j", str(self.jobs), "--output-junit",
+                            "--stop-on-failure", "-j", str(at_once), "--output-junit",
                             report.name], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                            check=False)
             return first_failure(xml.etree.ElementTree.parse(report.name))
@@ -87,9 +85,7 @@ def plain(name):
 def ring_of(test):
     labels = next((each["value"] for each in test.get("properties", [])
                    if each["name"] == "LABELS"), [])
-    if not labels or "command" not in test:
-        return None
-    return next((label for label in labels if label in RINGS), SWEEPS)
+    return labels[0] if labels and "command" in test else None
 
 
 def may_have_changed(test, folder, time):

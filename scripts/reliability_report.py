@@ -114,11 +114,11 @@ def fuzzers(records):
     return "\n".join([ran(record), "", table(["fuzzer", "runs:", "time:", "edges reached:", "findings:"], rows)])
 
 
-def planted(records):
-    record = records["planted"]
-    rows = [[defect["name"].replace("_", " "), defect["layer"], plain(defect["found_by"] or "**nothing**"),
-             plain(defect["sweep"] or "-")] for defect in record["numbers"]]
-    return "\n".join([ran(record), "", table(["planted defect", "in", "found by", "of the sweeps by"], rows)])
+def mutants(records):
+    record = records["mutants"]
+    rows = [[mutant["name"].replace("_", " "), mutant["layer"], mutant["ring"] or "-",
+             plain(mutant["found_by"] or mutant["error"] or "**nothing**")] for mutant in record["numbers"]]
+    return "\n".join([ran(record), "", table(["mutant", "in", "ring", "found by"], rows)])
 
 
 def coverage(records):
@@ -131,7 +131,7 @@ def coverage(records):
 
 # Each needs the records of these steps.
 SECTIONS = {sweeps: ("sweeps", "schedules", "races"), bounds: ("sweeps",), life: ("cycles", "months"), fuzzers: ("fuzz",),
-            planted: ("planted",), coverage: ("coverage",)}
+            mutants: ("mutants",), coverage: ("coverage",)}
 
 
 def fill(text, name, content):
