@@ -147,6 +147,13 @@ TEST_F(IpodGetFirstItemTest, KeepsNothingOfALongerListBefore) {
             "type=4 count=12 index=0 start=0 end=12 tab=-1 tabs=0 shown=0 split=0 playAll=0");
 }
 
+TEST_F(IpodGetFirstItemTest, KeepsNoTabOfALongerListBefore) {
+  openTree(IPOD_GENRES, 71);
+  EXPECT_EQ(browseTree.ipodLevelTab[1], 0);
+  openTree(IPOD_GENRES, 12);
+  EXPECT_EQ(browseTree.ipodLevelTab[1], -1);
+}
+
 TEST_F(IpodGetFirstItemTest, WithATypeThatIsNoneReturnsNullAndChangesNothing) {
   count("02", 3);
   open(0, IPOD_ARTISTS, 0);

@@ -188,6 +188,14 @@ TEST_P(OpenAndClose, OpensTheNamedDevice) {
   EXPECT_THAT(platform.callsOf("CreateFileW"), ElementsAre(createFile(kind().deviceName)));
 }
 
+TEST_P(OpenAndClose, OpensTheDeviceOfTheNewNameAfterAnother) {
+  EXPECT_TRUE(transport->open("DEV1:"));
+  EXPECT_TRUE(transport->close());
+  EXPECT_TRUE(transport->open("DEV2:"));
+  EXPECT_THAT(platform.callsOf("CreateFileW"),
+              ElementsAre(createFile("DEV1:"), createFile("DEV2:")));
+}
+
 TEST_P(OpenAndClose, OpensAnEmptyNameForNone) {
   EXPECT_TRUE(transport->open(nullptr));
   EXPECT_TRUE(transport->open(""));

@@ -44,6 +44,17 @@ TEST_F(MessageQueueTest, HasNoSignalAfterAFlushAndAnAppendBetweenAWaitAndItsTake
   EXPECT_FALSE(queue.awaitSignal(0, 1));
 }
 
+TEST_F(MessageQueueTest, HasNoSignalAfterAFlushThatTheTakeOfAnotherThreadHasJustLetIn) {
+  append(1);
+  append(2);
+  EXPECT_TRUE(queue.awaitSignal(0, 1));
+  platform.releasedByName = "semaphore 1";  // the lock, which the queue creates first
+  platform.afterRelease = [&] { queue.flush(); };
+  EXPECT_EQ(queue.takeFirst()->getCommand(), 1);
+  EXPECT_FALSE(platform.afterRelease);
+  EXPECT_FALSE(queue.awaitSignal(0, 1));
+}
+
 TEST_F(MessageQueueTest, KeepsTheSignalOfTheStoppedReaderThroughATake) {
   append(1);
   EXPECT_TRUE(queue.awaitSignal(0, 1));

@@ -256,6 +256,24 @@ TEST_F(Reader, IsStartedOnlyOnce) {
   platform.runThread();
 }
 
+// A reader that fails is no longer active while it closes the transports before its own.
+TEST_F(Reader, IsNotStartedWhileTheOneBeforeIsStillLeaving) {
+  platform.runThread();
+  const std::unique_ptr<Transport> second = kUsbKind.create();
+  ASSERT_TRUE(transport->open("IPD1:"));
+  ASSERT_TRUE(second->open("IPD2:"));
+  ASSERT_TRUE(second->startReadData());
+  platform.calls.clear();
+  uint64_t waitedToStart = 0;
+  platform.onClose = [&] {
+    EXPECT_TRUE(second->isOpen());
+    waitedToStart = waited([&] { EXPECT_FALSE(second->startReadData()); });
+  };
+  platform.runThread();
+  EXPECT_EQ(waitedToStart, 1000u);
+  EXPECT_THAT(platform.callsOf("CreateThread"), IsEmpty());
+}
+
 TEST_F(Reader, IsNotStartedOnAClosedDevice) {
   platform.runThread();
   EXPECT_FALSE(transport->startReadData());

@@ -89,6 +89,7 @@ BOOL ScriptedPlatform::releaseSemaphore(HANDLE handle, LONG count) {
   Semaphore& semaphore = found->second;
   if (semaphore.count + count > semaphore.maximum) return FALSE;
   semaphore.count += count;
+  if (afterRelease && nameOf(handle) == releasedByName) std::exchange(afterRelease, nullptr)();
   return TRUE;
 }
 

@@ -56,7 +56,9 @@ class ScriptedPlatform {
   std::deque<DWORD> waitResults;       ///< taken before the semaphores are looked at
   std::function<void()> whileBlocked;  ///< runs once when a wait without limit cannot end
   std::function<void()> onRelease;
-  std::function<void()> onClose;  ///< of a device
+  std::string releasedByName;          ///< the semaphore of the next one
+  std::function<void()> afterRelease;  ///< runs once, when that semaphore has been released
+  std::function<void()> onClose;       ///< of a device
   std::function<void()> onCreateFile;
 
   // The device.
