@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <string>
 #include <vector>
 
 #include "controller/controller_test.h"
@@ -140,6 +141,15 @@ TEST_F(ConnectedNotification, DoesNotReachAClosedController) {
   ipod().notify(kRate48000);
   EXPECT_EQ(callLog(), Calls{});
   EXPECT_TRUE(calledWith.empty());
+}
+
+TEST_F(ConnectedNotification, IsFollowedWhileTheControllerIsDestroyed) {
+  FakeTransport& link = ipod();
+  link.onCall = [&](const std::string& call) {
+    if (call == "removeHandlers") link.notify(kRate48000);
+  };
+  destroyController();
+  EXPECT_EQ(calledWith, (std::vector<int32_t>{48000}));
 }
 
 TEST_F(ConnectedNotification, IsToldOnceAfterClosingAndConnectingAgain) {

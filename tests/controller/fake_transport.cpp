@@ -13,10 +13,10 @@ namespace {
 /// More than any test waits for messages: whoever gets here would wait for ever.
 constexpr uint32_t kEndlessWaits = 100000;
 
-void logRegistration(const char* call, uint16_t command, uint8_t lingo) {
+std::string registration(const char* call, uint16_t command, uint8_t lingo) {
   char line[32];
   std::snprintf(line, sizeof(line), "%s %02X %04X", call, lingo, command);
-  callLog().push_back(line);
+  return line;
 }
 
 }  // namespace
@@ -25,7 +25,7 @@ FakeTransport::FakeTransport(void (*tell)(const LingoMessage*)) : onMade(tell) {
 
 FakeTransport::~FakeTransport() {
   shutDown();
-  callLog().push_back("destroyed");
+  log("destroyed");
 }
 
 void FakeTransport::arrive(const Payloads& payloads) {
@@ -53,19 +53,19 @@ void FakeTransport::notify(const Bytes& payload) {
 }
 
 bool FakeTransport::open(const char* deviceName) {
-  callLog().push_back(std::string("open ") + deviceName);
+  log(std::string("open ") + deviceName);
   opened = opens;
   return opens;
 }
 
 bool FakeTransport::close() {
-  callLog().push_back("close");
+  log("close");
   opened = false;
   return closes;
 }
 
 bool FakeTransport::startReadData() {
-  callLog().push_back("start");
+  log("start");
   return starts;
 }
 
@@ -79,8 +79,7 @@ std::unique_ptr<LingoMessage> FakeTransport::getMessage(uint32_t nanoseconds, ui
     std::fputs("the controller waits without end\n", stderr);
     std::abort();
   }
-  callLog().push_back("wait " + std::to_string(nanoseconds) + " ns " + std::to_string(seconds) +
-                      " s");
+  log("wait " + std::to_string(nanoseconds) + " ns " + std::to_string(seconds) + " s");
   if (queue.empty() && floodLeft > 0) {
     --floodLeft;
     return make(floodPayload);
@@ -94,14 +93,14 @@ std::unique_ptr<LingoMessage> FakeTransport::getMessage(uint32_t nanoseconds, ui
 bool FakeTransport::isOpen() const { return opened; }
 
 bool FakeTransport::sendSyncByte() {
-  callLog().push_back("sync");
+  log("sync");
   return sends;
 }
 
 bool FakeTransport::sendMessage(const LingoMessage& message) {
   const Bytes bytes = bodyOf(message);
   const std::string body = hexText(bytes.data(), static_cast<uint32_t>(bytes.size()));
-  callLog().push_back("send " + body);
+  log("send " + body);
   const auto found = std::find_if(answers.begin(), answers.end(),
                                   [&](const Answer& answer) { return answer.body == body; });
   if (found == answers.end()) return sends;
@@ -111,7 +110,7 @@ bool FakeTransport::sendMessage(const LingoMessage& message) {
 }
 
 int FakeTransport::flushMessages() {
-  callLog().push_back("flush");
+  log("flush");
   queue.clear();
   std::swap(queue, behindFlush);
   return 0;
@@ -119,7 +118,7 @@ int FakeTransport::flushMessages() {
 
 bool FakeTransport::addHandler(void* object, MessageHandler handler, uint16_t command,
                                uint8_t lingo) {
-  logRegistration("addHandler", command, lingo);
+  log(registration("addHandler", command, lingo));
   if (!registers) return false;
   registered.push_back({lingo, command, handler, object});
   return true;
@@ -127,7 +126,7 @@ bool FakeTransport::addHandler(void* object, MessageHandler handler, uint16_t co
 
 bool FakeTransport::removeHandler(void* object, MessageHandler handler, uint16_t command,
                                   uint8_t lingo) {
-  logRegistration("removeHandler", command, lingo);
+  log(registration("removeHandler", command, lingo));
   const HandlerRecord record = {lingo, command, handler, object};
   const auto found = std::find(registered.begin(), registered.end(), record);
   if (found == registered.end()) return false;
@@ -136,7 +135,7 @@ bool FakeTransport::removeHandler(void* object, MessageHandler handler, uint16_t
 }
 
 bool FakeTransport::removeHandlers(void* object) {
-  callLog().push_back("removeHandlers");
+  log("removeHandlers");
   registered.erase(std::remove_if(registered.begin(), registered.end(),
                                   [&](const HandlerRecord& r) { return r.object == object; }),
                    registered.end());
@@ -144,7 +143,7 @@ bool FakeTransport::removeHandlers(void* object) {
 }
 
 bool FakeTransport::writeData(const uint8_t* bytes, uint32_t count) {
-  callLog().push_back("write " + hexText(bytes, count));
+  log("write " + hexText(bytes, count));
   return sends;
 }
 
@@ -161,4 +160,9 @@ FakeTransport::Messages FakeTransport::makeAll(const Payloads& payloads) const {
   for (const Bytes& payload : payloads)
     made.push_back(make(payload));
   return made;
+}
+
+void FakeTransport::log(const std::string& call) {
+  callLog().push_back(call);
+  if (onCall) onCall(call);
 }

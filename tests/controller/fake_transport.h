@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -52,6 +53,9 @@ class FakeTransport final : public Transport {
   bool sends = true;
   bool registers = true;  ///< addHandler
 
+  /// Runs after each line of the call log that comes from here.
+  std::function<void(const std::string& call)> onCall;
+
   bool open(const char* deviceName) override;
   bool close() override;
   bool startReadData() override;
@@ -75,6 +79,7 @@ class FakeTransport final : public Transport {
     Messages messages;
   };
 
+  void log(const std::string& call);
   std::unique_ptr<LingoMessage> make(const Bytes& payload) const;
   Messages makeAll(const Payloads& payloads) const;
 

@@ -144,6 +144,12 @@ TEST_F(Destruction, TakesHandlersBackBeforeTheLinkGoes) {
   EXPECT_EQ(callLog().back(), "destroyed");
 }
 
+TEST_F(Destruction, ShutsTheLinkDownBeforeItDestroysTheQueuedMessages) {
+  destroyController();
+  // The link shuts itself down once more.
+  EXPECT_EQ(callLog(), (Calls{"removeHandlers", "close", "flush", "close", "destroyed"}));
+}
+
 TEST_F(Destruction, DoesNotTalkToTheIpod) {
   controller().setIdentified(1);
   destroyController();

@@ -6,6 +6,7 @@
 
 #include "controller/controller_test.h"
 #include "controller/logo_file.h"
+#include "lingo/console.h"
 
 namespace {
 
@@ -225,6 +226,15 @@ TEST_F(LogoUpload, IsNotAskedForWithoutTheFlag) {
   ipod().answer(kIdentify, {kIdentified});
   EXPECT_TRUE(controller().IdentifyIpod("IPD1:", false));
   EXPECT_EQ(linesOf(callLog(), "send").size(), 1u);
+}
+
+TEST_F(LogoUpload, BeginsAfterTheSuccessOfTheIdentificationWasPrinted) {
+  loadSized(4, 3);
+  EXPECT_EQ(printedInDebug([&] { uploadTo({}); }),
+            "OUT-> Lingo=0\tCommand=0x13 Data=0x0 0x0 \n"
+            "indentifyIpod A = true \n"
+            "indentifyIpod = 1 \n"
+            "OUT-> Lingo=4\tCommand=0x39 \n");
 }
 
 TEST_F(LogoUpload, DoesNotUseUpTheLogo) {
