@@ -78,7 +78,7 @@ std::string takeTheFirstMessage(VirtualSession& session) {
 }
 
 /// The reader of one link fails and closes all while another link is destroyed.
-std::string destroyBesideAFailure(VirtualSession& session) {
+std::string destroyBesideAFailureAfter(VirtualSession& session, Time delay) {
   simulator::SimulatedIpod otherIpod({}, simulator::smallLibrary());
   VirtualIpod otherCable(otherIpod, simulator::FrameKind::kUsb);
   session.world.addDevice("IPD2:", otherCable);
@@ -86,9 +86,13 @@ std::string destroyBesideAFailure(VirtualSession& session) {
   auto destroyed = std::make_unique<UsbTransport>();
   if (!failing.open("IPD1:") || !failing.startReadData()) return "no link";
   if (!destroyed->open("IPD2:") || !destroyed->startReadData()) return "no other link";
-  session.cable.unplug(session.world.now(), virtual_platform::Loss::kGone);
+  session.cable.unplugAt(session.world.now() + delay, virtual_platform::Loss::kGone);
   destroyed.reset();
   return failing.awaitReader() ? "" : "waits for the reader";
+}
+
+std::string destroyBesideAFailure(VirtualSession& session) {
+  return destroyBesideAFailureAfter(session, Time{0});
 }
 
 struct Work {
@@ -104,12 +108,16 @@ constexpr Work kWorks[] = {{"session", playShort},
                            {"start", takeTheFirstMessage},
                            {"destruction", destroyBesideAFailure}};
 
-class Preemption : public testing::TestWithParam<std::tuple<Work, bool>> {
+class InAFolder {
  protected:
-  Preemption() { warmUp(); }
+  InAFolder() { warmUp(); }
 
   const session::HostFolder folder;
 };
+
+class Preemption : public InAFolder, public testing::TestWithParam<std::tuple<Work, bool>> {};
+
+class LinkDestruction : public InAFolder, public testing::Test {};
 
 std::string nameOfTest(const testing::TestParamInfo<Preemption::ParamType>& info) {
   const bool isReader = std::get<1>(info.param);
@@ -133,6 +141,22 @@ TEST_P(Preemption, CostsNothing) {
     cameToPass = !session.world.threads().isToPreempt(owner);
   }
   EXPECT_GT(place, 20u);
+}
+
+TEST_F(LinkDestruction, IsNotDisturbedWheneverAnotherLinkFails) {
+  constexpr int kDelays = 60;  // microseconds, which is longer than the destruction
+  constexpr int kOrders = 30;
+  for (int delay = 0; delay < kDelays; ++delay) {
+    for (unsigned order = 0; order < kOrders; ++order) {
+      VirtualSession session(kSeed + order);
+      std::string fault;
+      const auto destroy = [&] {
+        fault = destroyBesideAFailureAfter(session, std::chrono::microseconds(delay));
+      };
+      ASSERT_EQ(session.run(destroy), "") << delay << " " << order;
+      ASSERT_EQ(fault, "") << delay << " " << order;
+    }
+  }
 }
 
 }  // namespace
