@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <ipodctl.h>
 
+#include <atomic>
 #include <functional>
 #include <tuple>
 
@@ -95,6 +96,36 @@ std::string destroyBesideAFailure(VirtualSession& session) {
   return destroyBesideAFailureAfter(session, Time{0});
 }
 
+/// One thread takes a message while another one empties the queue; later one waits for the next.
+std::string takeBesideAFlush(VirtualSession& session, unsigned pauses) {
+  constexpr uint32_t kRate = 48000;
+  constexpr DWORD kLateMessageMilliseconds = 10;
+  UsbTransport link;
+  if (!link.open("IPD1:") || !link.startReadData()) return "no link";
+  std::atomic<int> running{2};
+  session.world.spawn([&] {
+    link.getMessage(0, 1);
+    --running;
+  });
+  session.ipod.announceSampleRate(session.world.now(), kRate);
+  session.world.spawn([&] {
+    for (unsigned i = 0; i < pauses; ++i)
+      Sleep(0);
+    link.flushMessages();
+    --running;
+  });
+  for (unsigned i = 0; i < pauses; ++i)
+    Sleep(0);
+  session.ipod.announceSampleRate(session.world.now(), kRate);
+  while (running > 0)
+    Sleep(1);
+  Sleep(kLateMessageMilliseconds);
+  link.flushMessages();
+  const Time start = session.world.now();
+  if (link.getMessage(0, 1) != nullptr) return "a message after a flush";
+  return session.world.now() - start >= milliseconds(1000) ? "" : "a signal without a message";
+}
+
 struct Work {
   const char* name;
   std::string (*act)(VirtualSession& session);
@@ -118,6 +149,8 @@ class InAFolder {
 class Preemption : public InAFolder, public testing::TestWithParam<std::tuple<Work, bool>> {};
 
 class LinkDestruction : public InAFolder, public testing::Test {};
+
+using MessagesOfTwoThreads = LinkDestruction;
 
 std::string nameOfTest(const testing::TestParamInfo<Preemption::ParamType>& info) {
   const bool isReader = std::get<1>(info.param);
@@ -156,6 +189,18 @@ TEST_F(LinkDestruction, IsNotDisturbedWheneverAnotherLinkFails) {
       ASSERT_EQ(session.run(destroy), "") << delay << " " << order;
       ASSERT_EQ(fault, "") << delay << " " << order;
     }
+  }
+}
+
+TEST_F(MessagesOfTwoThreads, LeaveNoSignalWithoutAMessage) {
+  constexpr unsigned kOrders = 3000;
+  constexpr unsigned kMostPauses = 16;
+  for (unsigned order = 0; order < kOrders; ++order) {
+    VirtualSession session(kSeed + order);
+    std::string fault;
+    ASSERT_EQ(session.run([&] { fault = takeBesideAFlush(session, order % kMostPauses); }), "")
+        << order;
+    ASSERT_EQ(fault, "") << order;
   }
 }
 
