@@ -6,7 +6,7 @@
 #include <tuple>
 #include <vector>
 
-#include "lingo/debug_print.h"
+#include "base/debug_print.h"
 #include "lingo/digital_audio_message.h"
 #include "lingo/extended_interface_message.h"
 #include "lingo/general_message.h"

@@ -12,10 +12,10 @@
 #include <string>
 #include <vector>
 
-#include "session/counted_heap.h"
 #include "session/disturbances.h"
 #include "session/host_calls.h"
 #include "session/scene.h"
+#include "support/counted_heap.h"
 #include "support/require.h"
 #include "support/script.h"
 

@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "device/simulated_ipod.h"
-#include "simulator/small_library.h"
 #include "support/require.h"
 #include "support/script.h"
 #include "support/simulated_faults.h"
+#include "support/small_library.h"
 
 namespace {
 

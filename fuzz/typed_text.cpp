@@ -18,8 +18,8 @@
 #include "coredll/device_names.h"
 #include "device/personality_settings.h"
 #include "faults/fault_text.h"
-#include "simulator/small_library.h"
 #include "support/require.h"
+#include "support/small_library.h"
 
 namespace {
 

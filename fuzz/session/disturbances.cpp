@@ -2,7 +2,7 @@
 
 #include <iterator>
 
-#include "session/counted_heap.h"
+#include "support/counted_heap.h"
 #include "support/simulated_faults.h"
 #include "virtual/failures.h"
 #include "wire/frame.h"

@@ -2,7 +2,7 @@
 
 #include "device/simulated_ipod.h"
 #include "session/hostile_cable.h"
-#include "simulator/small_library.h"
+#include "support/small_library.h"
 #include "virtual/virtual_ipod.h"
 #include "virtual/virtual_world.h"
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "api/shared_value.h"
+#include "base/shared_value.h"
 
 /// Level 0 means that no list is open; the lists are at levels 1 to 7.
 constexpr int32_t kLevelCount = 8;

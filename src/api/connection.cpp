@@ -9,8 +9,8 @@
 #include "api/browse_tree.h"
 #include "api/ipodctl.h"
 #include "api/library_state.h"
+#include "base/os_primitives.h"
 #include "isochplay.h"
-#include "link/os_primitives.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "lingo/text_string.h"
+#include "base/text_string.h"
 
 /// The exports' words for the iPod's database. A type is a BrowseType and goes to the iPod as the
 /// category; an index of -1 chooses no record. Callers hold the library lock; only a count may be

@@ -7,7 +7,7 @@
 #include "api/browse_tree.h"
 #include "api/database.h"
 #include "api/library_state.h"
-#include "lingo/text_string.h"
+#include "base/text_string.h"
 
 namespace {
 

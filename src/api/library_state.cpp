@@ -1,6 +1,6 @@
 #include "api/library_state.h"
 
-#include "link/os_primitives.h"
+#include "base/os_primitives.h"
 
 // Destroyed in reverse: the lock goes last.
 LibraryLock libraryLock;

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "api/shared_value.h"
+#include "base/shared_value.h"
 #include "controller/ipod_controller.h"
 
 /// The library's global state. All of it is in static storage; the controller is built when the

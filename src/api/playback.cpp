@@ -7,7 +7,7 @@
 #include "api/group_step.h"
 #include "api/ipodctl.h"
 #include "api/library_state.h"
-#include "link/os_primitives.h"
+#include "base/os_primitives.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "lingo/text_string.h"
+#include "base/text_string.h"
 
 /// A host's text buffers: up to two of them, null or of `maxChars` 16-bit units each. Every byte of
 /// a text becomes one unit; no terminator is written.

@@ -1,9 +1,9 @@
 // The identification of an accessory that speaks the General lingo only and asks its way into the
 // Extended Interface mode, and what both identifications do alike.
 
+#include "base/debug_print.h"
+#include "base/os_primitives.h"
 #include "controller/ipod_controller_base.h"
-#include "lingo/debug_print.h"
-#include "link/os_primitives.h"
 
 namespace {
 

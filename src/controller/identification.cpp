@@ -1,9 +1,9 @@
 // The identification of a digital-audio accessory: it announces its lingoes, answers the iPod's
 // questions about itself and its sample rates, and walks the iPod through three lingo versions.
 
+#include "base/debug_print.h"
+#include "base/os_primitives.h"
 #include "controller/ipod_controller.h"
-#include "lingo/debug_print.h"
-#include "link/os_primitives.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "lingo/debug_print.h"
+#include "base/debug_print.h"
 #include "link/serial_transport.h"
 #include "link/usb_transport.h"
 

@@ -5,13 +5,13 @@
 #include <memory>
 #include <utility>
 
+#include "base/growable_array.h"
+#include "base/text_string.h"
 #include "controller/logo_bitmap.h"
 #include "lingo/extended_interface_message.h"
 #include "lingo/general_message.h"
-#include "lingo/growable_array.h"
 #include "lingo/lingo_message.h"
 #include "lingo/simple_remote_message.h"
-#include "lingo/text_string.h"
 #include "link/transport.h"
 
 /// The link that a controller is made for. Any other number: none, and every operation that needs

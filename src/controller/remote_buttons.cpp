@@ -1,8 +1,8 @@
 // The buttons of the iPod's remote control, and the identifications that older iPods want for them.
 
+#include "base/debug_print.h"
+#include "base/os_primitives.h"
 #include "controller/ipod_controller_base.h"
-#include "lingo/debug_print.h"
-#include "link/os_primitives.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <new>
 #include <utility>
 
-#include "lingo/debug_print.h"
+#include "base/debug_print.h"
 #include "lingo/frame_format.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "lingo/text_string.h"
+#include "base/text_string.h"
 
 /// The lingoes that the library speaks.
 enum LingoId : uint8_t {

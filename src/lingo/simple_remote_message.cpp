@@ -1,6 +1,6 @@
 #include "lingo/simple_remote_message.h"
 
-#include "lingo/debug_print.h"
+#include "base/debug_print.h"
 
 SimpleRemoteMessage::SimpleRemoteMessage() : LingoMessage(kLingo) {}
 

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "lingo/debug_print.h"
-#include "link/os_primitives.h"
+#include "base/debug_print.h"
+#include "base/os_primitives.h"
 
 namespace {
 

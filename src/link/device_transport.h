@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "lingo/text_string.h"
+#include "base/text_string.h"
 #include "link/transport.h"
 
 /// Where readFrame stands in the received bytes.

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "lingo/debug_print.h"
+#include "base/debug_print.h"
 #include "link/device_transport.h"
 
 int DeviceTransport::readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut) {

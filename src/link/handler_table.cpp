@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "base/os_primitives.h"
 #include "lingo/received_message.h"
-#include "link/os_primitives.h"
 
 bool operator==(const HandlerRecord& left, const HandlerRecord& right) {
   return left.lingo == right.lingo && left.command == right.command &&

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "lingo/growable_array.h"
+#include "base/growable_array.h"
 #include "lingo/lingo_message.h"
 
 /// Receives a message on the reader thread and owns it from then on.

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "link/os_primitives.h"
+#include "base/os_primitives.h"
 
 MessageQueue::MessageQueue(const std::atomic<uint8_t>& active) : readerActive(active) { prepare(); }
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "lingo/growable_array.h"
+#include "base/growable_array.h"
 #include "lingo/lingo_message.h"
 
 /// The received messages that no handler took, oldest first. The reader thread appends, the host's

@@ -1,7 +1,7 @@
 #include "link/serial_transport.h"
 
-#include "lingo/debug_print.h"
-#include "link/os_primitives.h"
+#include "base/debug_print.h"
+#include "base/os_primitives.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "lingo/debug_print.h"
+#include "base/debug_print.h"
+#include "base/os_primitives.h"
 #include "lingo/received_message.h"
-#include "link/os_primitives.h"
 #include "link/transport_registry.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "link/os_primitives.h"
+#include "base/os_primitives.h"
 #include "link/transport.h"
 
 TransportRegistry& TransportRegistry::instance() {

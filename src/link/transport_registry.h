@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "lingo/growable_array.h"
+#include "base/growable_array.h"
 
 class Transport;
 

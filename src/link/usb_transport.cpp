@@ -1,7 +1,7 @@
 #include "link/usb_transport.h"
 
-#include "lingo/debug_print.h"
-#include "link/os_primitives.h"
+#include "base/debug_print.h"
+#include "base/os_primitives.h"
 
 int usbOpen(HANDLE& handleOut, const char* name) {
   debugPrint("OPENING DEVICE\n");

@@ -1,7 +1,7 @@
 #include <climits>
 
 #include "api/api_test.h"
-#include "lingo/row_name.h"
+#include "support/row_name.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -1,5 +1,5 @@
 #include "api/api_test.h"
-#include "lingo/row_name.h"
+#include "support/row_name.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

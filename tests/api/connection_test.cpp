@@ -2,7 +2,7 @@
 
 #include "api/api_test.h"
 #include "api/logo_folder.h"
-#include "lingo/row_name.h"
+#include "support/row_name.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

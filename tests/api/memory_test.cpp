@@ -4,8 +4,8 @@
 #include <functional>
 
 #include "api/api_test.h"
-#include "lingo/memory_limit.h"
-#include "lingo/row_name.h"
+#include "support/memory_limit.h"
+#include "support/row_name.h"
 
 namespace {
 

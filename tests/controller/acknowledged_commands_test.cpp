@@ -4,7 +4,7 @@
 
 #include "controller/controller_test.h"
 #include "controller/operations.h"
-#include "lingo/row_name.h"
+#include "support/row_name.h"
 
 namespace {
 

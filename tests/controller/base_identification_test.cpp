@@ -4,7 +4,7 @@
 #include <string>
 
 #include "controller/controller_test.h"
-#include "lingo/console.h"
+#include "support/console.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "lingo/message_bytes.h"
+#include "support/message_bytes.h"
 
 /// What the controller did, in order, each step a line: "flush", "open IPD1:", "start",
 /// "send 55 02 00 05", "wait 0 ns 1 s", "sleep 80", "sync", "addHandler 0A 0004", "close", ...

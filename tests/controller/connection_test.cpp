@@ -2,7 +2,7 @@
 
 #include "controller/controller_test.h"
 #include "controller/logo_file.h"
-#include "lingo/console.h"
+#include "support/console.h"
 
 namespace {
 

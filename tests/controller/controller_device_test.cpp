@@ -16,8 +16,8 @@
 #include <thread>
 
 #include "controller/ipod_controller.h"
-#include "host/background_call.h"
-#include "host/pty_pair.h"
+#include "support/background_call.h"
+#include "support/pty_pair.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include "controller/logo_file.h"
 #include "controller/operations.h"
 #include "controller/scripted_controller.h"
-#include "lingo/memory_limit.h"
 #include "lingo/received_message.h"
-#include "lingo/row_name.h"
+#include "support/memory_limit.h"
+#include "support/row_name.h"
 
 namespace {
 

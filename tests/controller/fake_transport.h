@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "controller/call_log.h"
-#include "lingo/message_bytes.h"
 #include "link/transport.h"
+#include "support/message_bytes.h"
 
 /// What the iPod sends, one message after another: payloads (lingo, command, data). An empty one is
 /// a second of silence.

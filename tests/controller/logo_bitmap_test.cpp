@@ -12,7 +12,7 @@
 #include "controller/ipod_controller.h"
 #include "controller/logo_file.h"
 #include "controller/scripted_controller.h"
-#include "lingo/row_name.h"
+#include "support/row_name.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "lingo/message_bytes.h"
+#include "support/message_bytes.h"
 
 /// The header of a bitmap file; by default of a picture of 4 x 1 pixels with 24 bits.
 struct BitmapHeader {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "controller/outcome.h"
-#include "lingo/message_bytes.h"
+#include "support/message_bytes.h"
 
 /// An operation that sends one request and judges the one message that comes next.
 struct SingleReplyOperation {

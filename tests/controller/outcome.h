@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "controller/ipod_controller.h"
-#include "lingo/message_bytes.h"
+#include "support/message_bytes.h"
 
 /// A value that an operation gives out: a number or a text.
 using Output = std::variant<uint32_t, std::string>;

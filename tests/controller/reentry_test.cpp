@@ -3,7 +3,7 @@
 #include <initializer_list>
 
 #include "controller/controller_test.h"
-#include "lingo/console.h"
+#include "support/console.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 
 #include "controller/controller_test.h"
 #include "controller/operations.h"
-#include "lingo/console.h"
-#include "lingo/row_name.h"
+#include "support/console.h"
+#include "support/row_name.h"
 
 namespace {
 

@@ -9,10 +9,10 @@
 #include <cstdlib>
 #include <functional>
 
-#include "session/loaded_library.h"
-#include "session/remains.h"
-#include "simulator/program.h"
 #include "support/last_words.h"
+#include "support/loaded_library.h"
+#include "support/program.h"
+#include "support/remains.h"
 
 namespace session {
 namespace {

@@ -5,7 +5,7 @@
 #include "faults/fault_text.h"
 #include "headunit/trial.h"
 #include "headunit/verdict.h"
-#include "session/host_folder.h"
+#include "support/host_folder.h"
 #include "wire/lingo.h"
 
 namespace headunit_test {

@@ -14,10 +14,10 @@
 #include "headunit/misbehaviour.h"
 #include "headunit/trial.h"
 #include "headunit/verdict.h"
-#include "session/host_folder.h"
+#include "support/host_folder.h"
 #include "support/last_words.h"
+#include "support/replay.h"
 #include "support/slice.h"
-#include "virtual/replay.h"
 
 namespace headunit_test {
 namespace {

@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <string>
 
-#include "host/device_calls.h"
-#include "host/pty_pair.h"
+#include "support/device_calls.h"
+#include "support/pty_pair.h"
 
 namespace {
 

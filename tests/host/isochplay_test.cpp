@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/background_call.h"
+#include "support/background_call.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 
 #include <cstdlib>
 
-#include "host/device_calls.h"
-#include "host/pty_pair.h"
+#include "support/device_calls.h"
+#include "support/pty_pair.h"
 
 namespace {
 

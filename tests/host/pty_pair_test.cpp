@@ -1,4 +1,4 @@
-#include "host/pty_pair.h"
+#include "support/pty_pair.h"
 
 #include <gtest/gtest.h>
 

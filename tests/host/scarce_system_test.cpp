@@ -12,8 +12,8 @@
 #include <atomic>
 #include <cerrno>
 
-#include "host/device_calls.h"
-#include "host/pty_pair.h"
+#include "support/device_calls.h"
+#include "support/pty_pair.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <optional>
 #include <thread>
 
-#include "host/background_call.h"
-#include "host/device_calls.h"
-#include "host/pty_pair.h"
+#include "support/background_call.h"
+#include "support/device_calls.h"
+#include "support/pty_pair.h"
 
 namespace {
 

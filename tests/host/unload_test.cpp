@@ -8,7 +8,7 @@
 #include <memory>
 #include <thread>
 
-#include "host/pty_pair.h"
+#include "support/pty_pair.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "host/background_call.h"
+#include "support/background_call.h"
 
 namespace {
 

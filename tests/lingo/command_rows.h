@@ -9,8 +9,8 @@
 #include <variant>
 #include <vector>
 
-#include "lingo/message_bytes.h"
-#include "lingo/row_name.h"
+#include "support/message_bytes.h"
+#include "support/row_name.h"
 
 /// A command that goes to the iPod: how it is built and the bytes that come of it.
 template <class Message>

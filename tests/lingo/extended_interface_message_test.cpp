@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "lingo/command_rows.h"
-#include "lingo/message_bytes.h"
+#include "support/message_bytes.h"
 
 namespace {
 

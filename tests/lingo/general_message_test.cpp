@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "lingo/command_rows.h"
-#include "lingo/message_bytes.h"
+#include "support/message_bytes.h"
 
 namespace {
 

@@ -4,15 +4,15 @@
 #include <memory>
 #include <string>
 
+#include "base/growable_array.h"
 #include "lingo/digital_audio_message.h"
 #include "lingo/extended_interface_message.h"
 #include "lingo/general_message.h"
-#include "lingo/growable_array.h"
-#include "lingo/memory_limit.h"
-#include "lingo/message_bytes.h"
 #include "lingo/received_message.h"
-#include "lingo/row_name.h"
 #include "lingo/simple_remote_message.h"
+#include "support/memory_limit.h"
+#include "support/message_bytes.h"
+#include "support/row_name.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "lingo/console.h"
 #include "lingo/extended_interface_message.h"
 #include "lingo/general_message.h"
-#include "lingo/message_bytes.h"
+#include "support/console.h"
+#include "support/message_bytes.h"
 
 namespace {
 

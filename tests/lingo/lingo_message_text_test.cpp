@@ -3,8 +3,8 @@
 #include <string>
 
 #include "lingo/lingo_message.h"
-#include "lingo/message_bytes.h"
-#include "lingo/row_name.h"
+#include "support/message_bytes.h"
+#include "support/row_name.h"
 
 namespace {
 

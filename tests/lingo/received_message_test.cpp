@@ -5,9 +5,9 @@
 #include "lingo/digital_audio_message.h"
 #include "lingo/extended_interface_message.h"
 #include "lingo/general_message.h"
-#include "lingo/message_bytes.h"
-#include "lingo/row_name.h"
 #include "lingo/simple_remote_message.h"
+#include "support/message_bytes.h"
+#include "support/row_name.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "lingo/command_rows.h"
-#include "lingo/console.h"
-#include "lingo/message_bytes.h"
+#include "support/console.h"
+#include "support/message_bytes.h"
 
 namespace {
 

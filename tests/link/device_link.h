@@ -10,10 +10,10 @@
 #include <memory>
 #include <string>
 
-#include "host/background_call.h"
-#include "host/pty_pair.h"
 #include "link/link_kinds.h"
 #include "link/refused_closes.h"
+#include "support/background_call.h"
+#include "support/pty_pair.h"
 
 /// Calls `condition` until it holds; false when it does not in time.
 template <class Condition>

@@ -4,10 +4,10 @@
 #include <future>
 #include <thread>
 
-#include "lingo/console.h"
 #include "lingo/extended_interface_message.h"
 #include "lingo/general_message.h"
 #include "link/device_link.h"
+#include "support/console.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 
 #include <cstring>
 
-#include "lingo/console.h"
-#include "lingo/row_name.h"
 #include "link/link_kinds.h"
-#include "link/scripted_platform.h"
+#include "support/console.h"
+#include "support/row_name.h"
+#include "support/scripted_platform.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "lingo/console.h"
 #include "lingo/digital_audio_message.h"
 #include "lingo/extended_interface_message.h"
 #include "lingo/general_message.h"
-#include "lingo/row_name.h"
 #include "link/link_kinds.h"
-#include "link/scripted_platform.h"
+#include "support/console.h"
+#include "support/row_name.h"
+#include "support/scripted_platform.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include "link/link_kinds.h"
 #include "link/listener.h"
-#include "link/scripted_platform.h"
+#include "support/scripted_platform.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 #include <memory>
 #include <string>
 
-#include "lingo/message_bytes.h"
-#include "lingo/row_name.h"
 #include "link/serial_transport.h"
 #include "link/usb_transport.h"
+#include "support/message_bytes.h"
+#include "support/row_name.h"
 
 /// What the two kinds of transport differ in.
 struct LinkKind : NamedRow {

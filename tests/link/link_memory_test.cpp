@@ -2,11 +2,11 @@
 #include <gtest/gtest.h>
 
 #include "lingo/extended_interface_message.h"
-#include "lingo/memory_limit.h"
-#include "lingo/row_name.h"
 #include "link/link_kinds.h"
 #include "link/listener.h"
-#include "link/scripted_platform.h"
+#include "support/memory_limit.h"
+#include "support/row_name.h"
+#include "support/scripted_platform.h"
 
 namespace {
 

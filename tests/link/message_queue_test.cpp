@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "lingo/general_message.h"
-#include "link/scripted_platform.h"
+#include "support/scripted_platform.h"
 
 namespace {
 

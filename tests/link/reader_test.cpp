@@ -5,9 +5,9 @@
 #include <future>
 #include <thread>
 
-#include "lingo/console.h"
 #include "link/link_kinds.h"
-#include "link/scripted_platform.h"
+#include "support/console.h"
+#include "support/scripted_platform.h"
 
 namespace {
 

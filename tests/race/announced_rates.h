@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "race/stoppable_thread.h"
-#include "session/session_ipod.h"
+#include "support/session_ipod.h"
 
 namespace race {
 

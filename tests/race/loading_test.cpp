@@ -14,10 +14,10 @@
 #include "race/announced_rates.h"
 #include "race/slow_audio.h"
 #include "race/starting_line.h"
-#include "session/eventually.h"
-#include "session/guarded.h"
-#include "session/loaded_library.h"
+#include "support/eventually.h"
+#include "support/guarded.h"
 #include "support/last_words.h"
+#include "support/loaded_library.h"
 
 namespace race {
 namespace {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "session/host_screen.h"
+#include "support/host_screen.h"
 
 namespace race {
 namespace {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "race/tally.h"
-#include "session/session_ipod.h"
+#include "support/session_ipod.h"
 
 /// Host threads beside one another and beside an iPod that talks and is pulled, on the real
 /// platform.

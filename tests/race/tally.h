@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "race/export_calls.h"
+#include "support/export_calls.h"
 
 namespace race {
 

@@ -17,7 +17,7 @@
 #include <mutex>
 #include <thread>
 
-#include "remote/message.h"
+#include "support/remote_message.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <climits>
 #include <ostream>
 
-#include "session/guarded.h"
-#include "session/loaded_library.h"
-#include "session/session_ipod.h"
+#include "support/guarded.h"
+#include "support/loaded_library.h"
+#include "support/session_ipod.h"
 
 namespace session {
 namespace {

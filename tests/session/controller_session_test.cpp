@@ -9,9 +9,9 @@
 #include <ostream>
 
 #include "controller/ipod_controller.h"
-#include "session/bitmap_file.h"
-#include "session/known_music.h"
-#include "session/session_ipod.h"
+#include "support/bitmap_file.h"
+#include "support/known_music.h"
+#include "support/session_ipod.h"
 
 namespace session {
 namespace {

@@ -6,8 +6,8 @@
 #include <ostream>
 #include <string>
 
-#include "session/host_screen.h"
-#include "session/session_ipod.h"
+#include "support/host_screen.h"
+#include "support/session_ipod.h"
 
 namespace session {
 namespace {

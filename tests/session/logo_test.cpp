@@ -6,8 +6,8 @@
 
 #include <optional>
 
-#include "session/bitmap_file.h"
-#include "session/session_ipod.h"
+#include "support/bitmap_file.h"
+#include "support/session_ipod.h"
 
 namespace session {
 namespace {

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "music/music_folder.h"
-#include "session/host_screen.h"
-#include "session/session_ipod.h"
+#include "support/host_screen.h"
+#include "support/session_ipod.h"
 
 namespace session {
 namespace {

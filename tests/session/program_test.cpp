@@ -11,10 +11,10 @@
 #include <stdexcept>
 
 #include "screen/display_image.h"
-#include "session/bitmap_file.h"
-#include "session/known_music.h"
-#include "session/session_ipod.h"
-#include "simulator/program.h"
+#include "support/bitmap_file.h"
+#include "support/known_music.h"
+#include "support/program.h"
+#include "support/session_ipod.h"
 
 namespace session {
 namespace {

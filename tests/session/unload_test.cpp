@@ -3,9 +3,9 @@
 #include <desk.h>
 #include <gtest/gtest.h>
 
-#include "session/loaded_library.h"
-#include "session/remains.h"
-#include "simulator/program.h"
+#include "support/loaded_library.h"
+#include "support/program.h"
+#include "support/remains.h"
 
 namespace session {
 namespace {

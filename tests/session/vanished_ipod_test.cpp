@@ -7,8 +7,8 @@
 
 #include <thread>
 
-#include "session/host_screen.h"
-#include "session/session_ipod.h"
+#include "support/host_screen.h"
+#include "support/session_ipod.h"
 
 namespace session {
 namespace {

@@ -4,8 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "session/host_screen.h"
-#include "session/session_ipod.h"
+#include "support/host_screen.h"
+#include "support/session_ipod.h"
 
 namespace session {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "host/patience.h"
+#include "support/patience.h"
 
 bool beginsWith(const std::string& text, const std::string& beginning) {
   return text.compare(0, beginning.size(), beginning) == 0;

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/pty_pair.h"
+#include "support/pty_pair.h"
 
 /// Payloads as tests write them: pairs of hexadecimal digits with blanks between, "04 00 18 05".
 

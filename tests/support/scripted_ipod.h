@@ -10,8 +10,8 @@
 #include <thread>
 #include <vector>
 
-#include "host/pty_pair.h"
 #include "support/event_log.h"
+#include "support/pty_pair.h"
 #include "support/wire_frames.h"
 
 /// One answer of the iPod, sent so long after the request.

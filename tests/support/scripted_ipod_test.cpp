@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "host/device_calls.h"
+#include "support/device_calls.h"
 #include "support/payload_text.h"
 
 using host_test::Bytes;

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "host/pty_pair.h"
+#include "support/pty_pair.h"
 
 /// The two links: frames begin with FF 55 on a serial line and with 55 over USB.
 enum class WireKind { kUsb, kSerial };

@@ -1,7 +1,7 @@
 // The bytes of either direction spoiled, one at a time.
 #include <tuple>
 
-#include "virtual/replay.h"
+#include "support/replay.h"
 #include "virtual/sweep.h"
 
 namespace virtual_session {

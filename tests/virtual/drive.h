@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "device/simulated_ipod.h"
-#include "race/export_calls.h"
+#include "support/export_calls.h"
 #include "virtual/virtual_ipod.h"
 #include "virtual/virtual_world.h"
 

@@ -4,8 +4,8 @@
 
 #include <tuple>
 
-#include "session/counted_heap.h"
-#include "virtual/replay.h"
+#include "support/counted_heap.h"
+#include "support/replay.h"
 #include "virtual/sweep.h"
 
 namespace virtual_session {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "virtual/replay.h"
+#include "support/replay.h"
 
 namespace virtual_session {
 namespace {

@@ -1,7 +1,7 @@
 // Every frame from the iPod lost, doubled, late or behind the next one.
 #include <tuple>
 
-#include "virtual/replay.h"
+#include "support/replay.h"
 #include "virtual/sweep.h"
 
 namespace virtual_session {

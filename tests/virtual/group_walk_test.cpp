@@ -4,7 +4,7 @@
 
 #include <tuple>
 
-#include "session/host_folder.h"
+#include "support/host_folder.h"
 #include "virtual/forged_frame.h"
 #include "virtual/sweep.h"
 

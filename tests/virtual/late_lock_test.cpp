@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
-#include "race/export_calls.h"
-#include "session/host_folder.h"
+#include "support/export_calls.h"
+#include "support/host_folder.h"
 #include "virtual/story.h"
 #include "virtual/virtual_session.h"
 

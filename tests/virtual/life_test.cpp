@@ -12,10 +12,10 @@
 #include <string>
 #include <vector>
 
-#include "session/host_folder.h"
+#include "support/host_folder.h"
 #include "support/last_words.h"
+#include "support/replay.h"
 #include "virtual/drive.h"
-#include "virtual/replay.h"
 #include "virtual/silent_output.h"
 #include "virtual/virtual_session.h"
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "session/counted_heap.h"
-#include "session/host_folder.h"
-#include "simulator/program.h"
+#include "support/counted_heap.h"
+#include "support/host_folder.h"
+#include "support/program.h"
 #include "virtual/failures.h"
 #include "virtual/virtual_session.h"
 

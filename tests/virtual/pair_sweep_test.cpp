@@ -1,8 +1,8 @@
 // Two faults: in one session, and in two sessions one behind the other.
-#include "session/counted_heap.h"
+#include "support/counted_heap.h"
+#include "support/replay.h"
 #include "virtual/disturbances.h"
 #include "virtual/failures.h"
-#include "virtual/replay.h"
 #include "virtual/sweep.h"
 
 namespace virtual_session {

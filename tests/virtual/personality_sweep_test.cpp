@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "device/personality_settings.h"
-#include "virtual/replay.h"
+#include "support/replay.h"
 #include "virtual/sweep.h"
 
 namespace virtual_session {

@@ -9,8 +9,8 @@
 
 #include "controller/ipod_controller.h"
 #include "link/usb_transport.h"
-#include "session/host_folder.h"
-#include "simulator/small_library.h"
+#include "support/host_folder.h"
+#include "support/small_library.h"
 #include "virtual/virtual_session.h"
 
 namespace virtual_session {

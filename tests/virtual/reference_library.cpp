@@ -1,6 +1,6 @@
 #include "virtual/reference_library.h"
 
-#include "session/bitmap_file.h"
+#include "support/bitmap_file.h"
 
 namespace virtual_session {
 namespace {

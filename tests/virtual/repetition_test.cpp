@@ -8,7 +8,7 @@
 #include <algorithm>
 
 #include "api/library_state.h"
-#include "session/host_folder.h"
+#include "support/host_folder.h"
 #include "support/slice.h"
 #include "virtual/forged_frame.h"
 #include "virtual/serial_host.h"

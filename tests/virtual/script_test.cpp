@@ -7,8 +7,8 @@
 #include <regex>
 #include <set>
 
-#include "session/counted_heap.h"
-#include "session/host_folder.h"
+#include "support/counted_heap.h"
+#include "support/host_folder.h"
 #include "virtual/failures.h"
 #include "virtual/sweep.h"
 

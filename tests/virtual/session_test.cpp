@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "session/host_folder.h"
+#include "support/host_folder.h"
 #include "virtual/virtual_session.h"
 
 namespace virtual_session {

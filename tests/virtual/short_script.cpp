@@ -1,7 +1,7 @@
 #include <ipodctl.h>
 #include <windows.h>
 
-#include "simulator/small_library.h"
+#include "support/small_library.h"
 #include "virtual/scripts.h"
 #include "virtual/virtual_session.h"
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <tuple>
 
-#include "virtual/replay.h"
+#include "support/replay.h"
 #include "virtual/sweep.h"
 
 namespace virtual_session {

@@ -9,7 +9,7 @@
 #include <functional>
 
 #include "api/library_state.h"
-#include "session/host_folder.h"
+#include "support/host_folder.h"
 #include "virtual/forged_frame.h"
 #include "virtual/virtual_session.h"
 

@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "support/last_words.h"
+#include "support/replay.h"
 #include "support/slice.h"
-#include "virtual/replay.h"
 #include "virtual/story.h"
 
 namespace virtual_session {

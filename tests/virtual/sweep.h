@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "session/host_folder.h"
+#include "support/host_folder.h"
 #include "virtual/virtual_session.h"
 
 /// Sessions disturbed at every place, each time from the same start. Whatever happens, calls end in

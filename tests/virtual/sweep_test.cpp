@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <tuple>
 
-#include "virtual/replay.h"
+#include "support/replay.h"
 
 namespace virtual_session {
 namespace {

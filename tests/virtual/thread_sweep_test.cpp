@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "support/last_words.h"
-#include "virtual/replay.h"
+#include "support/replay.h"
 #include "virtual/sweep.h"
 
 namespace virtual_session {

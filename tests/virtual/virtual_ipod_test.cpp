@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "simulator/small_library.h"
+#include "support/small_library.h"
 #include "virtual/virtual_world.h"
 
 namespace virtual_platform {

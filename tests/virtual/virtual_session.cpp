@@ -7,7 +7,7 @@
 #include <fstream>
 #include <ostream>
 
-#include "session/counted_heap.h"
+#include "support/counted_heap.h"
 #include "virtual/failures.h"
 #include "virtual/recorded_console.h"
 

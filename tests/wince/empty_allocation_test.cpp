@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-#include "session/session_ipod.h"
+#include "support/session_ipod.h"
 
 extern "C" void* __libc_malloc(size_t size);
 

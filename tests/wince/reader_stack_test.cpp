@@ -12,7 +12,7 @@
 #include <cstdio>
 #include <iterator>
 
-#include "session/session_ipod.h"
+#include "support/session_ipod.h"
 
 namespace {
 

@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "import_table.h"
-#include "remote/message.h"
+#include "support/remote_message.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <atomic>
 
 #include "controller/ipod_controller.h"
-#include "session/eventually.h"
+#include "support/eventually.h"
 
 namespace {
 

@@ -10,9 +10,9 @@
 #include <cstdint>
 
 #include "music/built_in_library.h"
-#include "session/eventually.h"
-#include "session/host_screen.h"
 #include "support/event_log.h"
+#include "support/eventually.h"
+#include "support/host_screen.h"
 
 namespace session {
 namespace {

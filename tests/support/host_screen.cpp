@@ -1,4 +1,4 @@
-#include "session/host_screen.h"
+#include "support/host_screen.h"
 
 #include <functional>
 #include <stdexcept>

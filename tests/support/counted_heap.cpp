@@ -1,4 +1,4 @@
-#include "session/counted_heap.h"
+#include "support/counted_heap.h"
 
 #include <malloc.h>
 

@@ -2,8 +2,8 @@
 
 #include <iosfwd>
 
-#include "session/counted_heap.h"
-#include "session/session_ipod.h"
+#include "support/counted_heap.h"
+#include "support/session_ipod.h"
 
 namespace session {
 

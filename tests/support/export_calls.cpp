@@ -1,11 +1,11 @@
-#include "race/export_calls.h"
+#include "support/export_calls.h"
 
 #include <ipodctl.h>
 
 #include <algorithm>
 #include <string>
 
-#include "session/guarded.h"
+#include "support/guarded.h"
 
 namespace race {
 namespace {

@@ -1,4 +1,4 @@
-#include "session/known_music.h"
+#include "support/known_music.h"
 
 #include <algorithm>
 #include <iterator>

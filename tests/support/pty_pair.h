@@ -26,7 +26,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/patience.h"
+#include "support/patience.h"
 
 namespace host_test {
 

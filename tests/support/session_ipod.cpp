@@ -1,4 +1,4 @@
-#include "session/session_ipod.h"
+#include "support/session_ipod.h"
 
 #include <desk.h>
 #include <dirent.h>

@@ -1,4 +1,4 @@
-#include "virtual/replay.h"
+#include "support/replay.h"
 
 #include <errno.h>
 #include <gtest/gtest.h>

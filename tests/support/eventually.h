@@ -2,7 +2,7 @@
 
 #include <thread>
 
-#include "host/patience.h"
+#include "support/patience.h"
 
 namespace session {
 

@@ -1,10 +1,10 @@
-#include "lingo/text_string.h"
+#include "base/text_string.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "lingo/message_bytes.h"
+#include "support/message_bytes.h"
 
 namespace {
 

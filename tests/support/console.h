@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "lingo/debug_print.h"
+#include "base/debug_print.h"
 
 /// What `action` prints while the debug flag is `flag`.
 template <class Action>

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "session/known_music.h"
+#include "support/known_music.h"
 
 /// What a head unit's screen shows, read through the exports.
 namespace session {

@@ -1,4 +1,4 @@
-#include "session/loaded_library.h"
+#include "support/loaded_library.h"
 
 #include <cstdlib>
 

@@ -1,4 +1,4 @@
-#include "link/os_primitives.h"
+#include "base/os_primitives.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <utility>
 
-#include "lingo/console.h"
-#include "lingo/row_name.h"
-#include "link/scripted_platform.h"
+#include "support/console.h"
+#include "support/row_name.h"
+#include "support/scripted_platform.h"
 
 namespace {
 

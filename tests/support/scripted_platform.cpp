@@ -1,4 +1,4 @@
-#include "link/scripted_platform.h"
+#include "support/scripted_platform.h"
 
 #include <algorithm>
 #include <cstring>

@@ -7,13 +7,13 @@
 #include <thread>
 #include <vector>
 
-#include "host/pty_pair.h"
 #include "link/pty_ipod.h"
 #include "music/built_in_library.h"
-#include "session/eventually.h"
-#include "session/host_folder.h"
 #include "support/desk_recorder.h"
 #include "support/event_log.h"
+#include "support/eventually.h"
+#include "support/host_folder.h"
+#include "support/pty_pair.h"
 
 namespace session {
 

@@ -1,4 +1,4 @@
-#include "lingo/debug_print.h"
+#include "base/debug_print.h"
 
 #include <cstdarg>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "session/bitmap_file.h"
+#include "support/bitmap_file.h"
 
 namespace session {
 

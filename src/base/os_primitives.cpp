@@ -1,8 +1,8 @@
-#include "link/os_primitives.h"
+#include "base/os_primitives.h"
 
 #include <cstdio>
 
-#include "lingo/debug_print.h"
+#include "base/debug_print.h"
 
 std::atomic<uint8_t> semTraceFlag{0};
 

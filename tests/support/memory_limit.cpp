@@ -1,4 +1,4 @@
-#include "lingo/memory_limit.h"
+#include "support/memory_limit.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -15,8 +15,8 @@
 #include <thread>
 #include <utility>
 
-#include "host/kernel_calls.h"
-#include "host/pty_pair.h"
+#include "support/kernel_calls.h"
+#include "support/pty_pair.h"
 
 namespace host_test {
 

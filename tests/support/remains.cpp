@@ -1,4 +1,4 @@
-#include "session/remains.h"
+#include "support/remains.h"
 
 #include <ostream>
 

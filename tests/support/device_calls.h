@@ -9,7 +9,7 @@
 #include <ostream>
 #include <utility>
 
-#include "host/pty_pair.h"
+#include "support/pty_pair.h"
 
 namespace host_test {
 

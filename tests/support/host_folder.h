@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-#include "simulator/temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace session {
 

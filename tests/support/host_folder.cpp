@@ -1,4 +1,4 @@
-#include "session/host_folder.h"
+#include "support/host_folder.h"
 
 #include <fstream>
 #include <iterator>

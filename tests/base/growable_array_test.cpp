@@ -1,4 +1,4 @@
-#include "lingo/growable_array.h"
+#include "base/growable_array.h"
 
 #include <gtest/gtest.h>
 
