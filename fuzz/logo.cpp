@@ -6,6 +6,8 @@
 #include "support/input_file.h"
 #include "support/require.h"
 
+using namespace ipodctl;
+
 namespace {
 
 /// The file as its header describes it.

@@ -12,6 +12,8 @@
 #include "support/require.h"
 #include "virtual/virtual_world.h"
 
+using namespace ipodctl;
+
 namespace {
 
 using Bytes = std::vector<uint8_t>;

@@ -13,6 +13,8 @@
 #include "lingo/received_message.h"
 #include "support/require.h"
 
+using namespace ipodctl;
+
 namespace {
 
 using Extended = ExtendedInterfaceMessage;

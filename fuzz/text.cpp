@@ -14,6 +14,8 @@
 #include "music/text.h"
 #include "support/require.h"
 
+using namespace ipodctl;
+
 namespace {
 
 constexpr uint16_t kMostChars = 600;

@@ -7,6 +7,7 @@
 #include "api/ipodctl.h"
 #include "api/library_state.h"
 
+namespace ipodctl {
 namespace {
 
 /// The whole library comes first among the playlists and is not offered.
@@ -89,6 +90,9 @@ uint32_t countMediaFiles() {
 }
 
 }  // namespace
+}  // namespace ipodctl
+
+using namespace ipodctl;
 
 const int* IPODCTL_CALL IpodGetFirstItem(int descend, int type, int tracksOfSelection) {
   const LibraryLockHold lock;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace ipodctl {
+
 BrowseTree browseTree;
 BrowseTree upDownTree;
 
@@ -149,3 +151,5 @@ bool BrowseTree::onPlayAll(int32_t level) const {
 bool BrowseTree::onItem(int32_t level) const {
   return ipodLevelIndex[level] >= 0 && ipodLevelIndex[level] < ipodLevelCount[level];
 }
+
+}  // namespace ipodctl

@@ -4,6 +4,8 @@
 
 #include "base/shared_value.h"
 
+namespace ipodctl {
+
 /// Level 0 means that no list is open; the lists are at levels 1 to 7.
 constexpr int32_t kLevelCount = 8;
 
@@ -88,3 +90,5 @@ extern BrowseTree browseTree;
 
 /// The up-down snapshot: the tree as it stood when playback started from one of its lists.
 extern BrowseTree upDownTree;
+
+}  // namespace ipodctl

@@ -12,6 +12,7 @@
 #include "base/os_primitives.h"
 #include "isochplay.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr char kVersion[] = "01.29";
@@ -106,6 +107,9 @@ bool connect() {
 }
 
 }  // namespace
+}  // namespace ipodctl
+
+using namespace ipodctl;
 
 int IPODCTL_CALL IpodConnect(void) {
   const bool lockExists = libraryLock.create();

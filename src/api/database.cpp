@@ -5,6 +5,8 @@
 #include "api/browse_tree.h"
 #include "api/library_state.h"
 
+namespace ipodctl {
+
 uint32_t countRecords(int32_t type) {
   uint32_t count = 0;
   ipodController.GetDbRecordCount(static_cast<uint8_t>(type), count);
@@ -30,3 +32,5 @@ bool retrieveName(int32_t type, int32_t index, ByteString& name) {
   name = std::move(records[0].name);
   return true;
 }
+
+}  // namespace ipodctl

@@ -4,6 +4,8 @@
 
 #include "base/text_string.h"
 
+namespace ipodctl {
+
 /// The exports' words for the iPod's database. A type is a BrowseType and goes to the iPod as the
 /// category; an index of -1 chooses no record. Callers hold the library lock; only a count may be
 /// asked without it.
@@ -21,3 +23,5 @@ void selectRecordSorted(int32_t type, int32_t index, int32_t sortType);
 
 /// The name of one record; false when none came.
 bool retrieveName(int32_t type, int32_t index, ByteString& name);
+
+}  // namespace ipodctl

@@ -9,6 +9,7 @@
 #include "api/library_state.h"
 #include "base/text_string.h"
 
+namespace ipodctl {
 namespace {
 
 bool sameText(const ByteString& left, const ByteString& right) {
@@ -120,3 +121,5 @@ bool stepToGroup(bool forward) {
   if (upDownLevel > kTopLevel) return stepAmongRecords(forward);
   return (type == kArtists || type == kAlbums) && stepAmongTracks(type, forward);
 }
+
+}  // namespace ipodctl

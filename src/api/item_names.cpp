@@ -8,6 +8,7 @@
 #include "api/library_state.h"
 #include "api/text_output.h"
 
+namespace ipodctl {
 namespace {
 
 /// How much of a tab's first and last name its label shows.
@@ -75,6 +76,9 @@ void writeParentName(const BrowseTree& tree, int32_t parent, const TextBuffers& 
 }
 
 }  // namespace
+}  // namespace ipodctl
+
+using namespace ipodctl;
 
 int IPODCTL_CALL IpodGetItemName(int, unsigned short* first, unsigned short* second, int maxChars) {
   const LibraryLockHold lock;

@@ -2,6 +2,8 @@
 
 #include "base/os_primitives.h"
 
+namespace ipodctl {
+
 // Destroyed in reverse: the lock goes last.
 LibraryLock libraryLock;
 IpodController ipodController(kUsbLink);
@@ -35,3 +37,5 @@ int LibraryLockHold::release() {
   semaphore = nullptr;
   return result;
 }
+
+}  // namespace ipodctl

@@ -8,6 +8,8 @@
 #include "base/shared_value.h"
 #include "controller/ipod_controller.h"
 
+namespace ipodctl {
+
 /// The library's global state. All of it is in static storage; the controller is built when the
 /// library is loaded and destroyed when it is unloaded.
 
@@ -69,3 +71,5 @@ class LibraryLockHold {
  private:
   HANDLE semaphore;
 };
+
+}  // namespace ipodctl

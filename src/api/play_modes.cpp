@@ -6,6 +6,7 @@
 #include "api/ipodctl.h"
 #include "api/library_state.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr uint32_t kModeCount = 3;
@@ -53,6 +54,9 @@ int getMode(const PlayMode& playMode, int* hostMode) {
 }
 
 }  // namespace
+}  // namespace ipodctl
+
+using namespace ipodctl;
 
 int IPODCTL_CALL IpodSetShuffleMode(int mode) { return setMode(kShuffle, mode); }
 

@@ -9,6 +9,7 @@
 #include "api/library_state.h"
 #include "base/os_primitives.h"
 
+namespace ipodctl {
 namespace {
 
 /// PlayControl's codes that the library chooses itself; the host's codes 1 to 9 go out as they are.
@@ -198,6 +199,9 @@ void selectWholeLibrary(uint32_t track) {
 }
 
 }  // namespace
+}  // namespace ipodctl
+
+using namespace ipodctl;
 
 int IPODCTL_CALL IpodCommand(int command) {
   const LibraryLockHold lock;

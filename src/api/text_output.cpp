@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
+namespace ipodctl {
 namespace {
 
 constexpr unsigned short kPlayAllUnit = 0xFFFF;
@@ -39,3 +40,5 @@ void writeText(const ByteString& text, const TextBuffers& buffers) {
 void writePlayAllMark(const TextBuffers& buffers) {
   writeUnits([](uint32_t) { return kPlayAllUnit; }, kPlayAllUnits, buffers);
 }
+
+}  // namespace ipodctl

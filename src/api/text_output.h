@@ -4,6 +4,8 @@
 
 #include "base/text_string.h"
 
+namespace ipodctl {
+
 /// A host's text buffers: up to two of them, null or of `maxChars` 16-bit units each. Every byte of
 /// a text becomes one unit; no terminator is written.
 struct TextBuffers {
@@ -19,3 +21,5 @@ void writeText(const ByteString& text, const TextBuffers& buffers);
 
 /// Writes the mark of the play-all entry, four units 0xFFFF, as if it were a text.
 void writePlayAllMark(const TextBuffers& buffers);
+
+}  // namespace ipodctl

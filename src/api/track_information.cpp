@@ -6,6 +6,7 @@
 #include "api/library_state.h"
 #include "api/text_output.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr uint32_t kGenreInfo = 5;
@@ -41,6 +42,9 @@ void printSerialNumber(const unsigned short* serial, int maxChars) {
 }
 
 }  // namespace
+}  // namespace ipodctl
+
+using namespace ipodctl;
 
 int IPODCTL_CALL IpodGetTrackInfo(int* trackIndex, unsigned short* artist, unsigned short* album,
                                   unsigned short* title, unsigned short* genre,

@@ -3,6 +3,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+namespace ipodctl {
+
 std::atomic<uint8_t> debugFlag{0};
 
 void debugPrint(const char* format, ...) {
@@ -12,3 +14,5 @@ void debugPrint(const char* format, ...) {
   vprintf(format, arguments);
   va_end(arguments);
 }
+
+}  // namespace ipodctl

@@ -5,6 +5,8 @@
 #include <new>
 #include <utility>
 
+namespace ipodctl {
+
 /// A growable array for a platform without exceptions: growing can fail, and append says so.
 /// T is movable and default-constructible.
 template <class T>
@@ -63,3 +65,5 @@ class GrowableArray {
   uint32_t count = 0;
   uint32_t capacity = 0;
 };
+
+}  // namespace ipodctl

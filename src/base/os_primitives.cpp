@@ -4,6 +4,8 @@
 
 #include "base/debug_print.h"
 
+namespace ipodctl {
+
 std::atomic<uint8_t> semTraceFlag{0};
 
 namespace {
@@ -101,3 +103,5 @@ int usbRead(HANDLE handle, uint8_t* buffer, uint32_t maximum) {
   DWORD received = 0;
   return ReadFile(handle, buffer, maximum, &received, nullptr) ? static_cast<int>(received) : -1;
 }
+
+}  // namespace ipodctl

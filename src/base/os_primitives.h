@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cstdint>
 
+namespace ipodctl {
+
 /// The few things that the link needs of the operating system. The semaphores are binary: they
 /// serve as locks and as signals, and any thread may give one that another has taken.
 
@@ -67,3 +69,5 @@ class SemaphoreHold {
  private:
   HANDLE handle;
 };
+
+}  // namespace ipodctl

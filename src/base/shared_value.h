@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+namespace ipodctl {
+
 /// A global value that exports without the library lock read and write while another thread works
 /// on it under the lock. Each access is whole; accesses to several values are not ordered.
 template <class T>
@@ -33,3 +35,5 @@ class SharedValue {
  private:
   std::atomic<T> value{};
 };
+
+}  // namespace ipodctl

@@ -5,6 +5,8 @@
 #include <memory>
 #include <new>
 
+namespace ipodctl {
+
 /// An owned string of 8-bit or 16-bit units that may hold zero units. Making it longer can fail,
 /// and says so. One zero unit that size() does not count stands behind the text.
 template <class Unit>
@@ -44,3 +46,5 @@ class TextString {
 
 using ByteString = TextString<char>;
 using WideString = TextString<char16_t>;
+
+}  // namespace ipodctl

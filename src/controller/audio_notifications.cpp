@@ -5,6 +5,7 @@
 
 #include "controller/ipod_controller.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr int kAttributeWaits = 3;
@@ -53,3 +54,5 @@ void IpodController::acceptAudioAttributes(const DigitalAudioMessage& message) {
   constexpr auto kCommand = static_cast<uint8_t>(DigitalAudioMessage::kTrackNewAudioAttributes);
   send(&DigitalAudioMessage::buildAccAck, kStatusOk, kCommand);
 }
+
+}  // namespace ipodctl

@@ -5,6 +5,7 @@
 #include "base/os_primitives.h"
 #include "controller/ipod_controller_base.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr uint32_t kGeneralLingoMask = 1u << kGeneralLingo;
@@ -107,3 +108,5 @@ bool IpodControllerBase::concludeIdentification(int attemptsLeft) {
   debugPrint("indentifyIpod B = false \n");
   return false;
 }
+
+}  // namespace ipodctl

@@ -2,6 +2,8 @@
 
 #include "controller/ipod_controller_base.h"
 
+namespace ipodctl {
+
 using Message = ExtendedInterfaceMessage;
 
 namespace {
@@ -54,3 +56,5 @@ bool IpodControllerBase::RetrieveDbRecords(uint8_t category, uint32_t start, uin
   }
   return lastIsRecord && allAppended;
 }
+
+}  // namespace ipodctl

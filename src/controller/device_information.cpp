@@ -3,6 +3,8 @@
 
 #include "controller/ipod_controller_base.h"
 
+namespace ipodctl {
+
 bool IpodControllerBase::GetIpodName(ByteString& name) {
   return ask(&ExtendedInterfaceMessage::buildRequestIpodName)
       .read(&ExtendedInterfaceMessage::decodeReturnIpodName, name);
@@ -49,3 +51,5 @@ bool IpodControllerBase::EnterExtendedMode() {
 }
 
 bool IpodControllerBase::ExitExtendedMode() { return tell(&GeneralMessage::buildExitRemoteUiMode); }
+
+}  // namespace ipodctl

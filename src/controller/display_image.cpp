@@ -5,6 +5,8 @@
 
 #include "controller/ipod_controller_base.h"
 
+namespace ipodctl {
+
 using Message = ExtendedInterfaceMessage;
 
 namespace {
@@ -68,3 +70,5 @@ void IpodControllerBase::uploadLogo() {
     SetDisplayImage(kRgb565LowByteFirst, i, width, totalHeight, rowBytes, row);
   }
 }
+
+}  // namespace ipodctl

@@ -5,6 +5,7 @@
 #include "base/os_primitives.h"
 #include "controller/ipod_controller.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr uint32_t kLingoMask =
@@ -111,3 +112,5 @@ bool IpodController::answersReentry(const LingoMessage& message) {
   if (endsVersionChain(general)) send(&GeneralMessage::buildEnterRemoteUiMode);
   return acknowledges(general, GeneralMessage::kEnterRemoteUiMode);
 }
+
+}  // namespace ipodctl

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+namespace ipodctl {
 namespace {
 
 constexpr uint32_t kDefaultSampleRate = 44100;
@@ -39,3 +40,5 @@ bool IpodController::setResampleCallback(ResampleCallback callback) {
   resampleCallback = callback;
   return true;
 }
+
+}  // namespace ipodctl

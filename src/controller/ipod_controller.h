@@ -7,6 +7,8 @@
 #include "controller/ipod_controller_base.h"
 #include "lingo/digital_audio_message.h"
 
+namespace ipodctl {
+
 /// Is told the new sample rate (Hz) on the link's reader thread. The result does not count.
 using ResampleCallback = int (*)(int32_t sampleRate);
 
@@ -59,3 +61,5 @@ class IpodController : public IpodControllerBase {
   std::atomic<uint32_t> sampleRate;
   std::atomic<ResampleCallback> resampleCallback{nullptr};
 };
+
+}  // namespace ipodctl

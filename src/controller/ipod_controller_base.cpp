@@ -6,6 +6,7 @@
 #include "link/serial_transport.h"
 #include "link/usb_transport.h"
 
+namespace ipodctl {
 namespace {
 
 std::unique_ptr<Transport> makeTransport(int kind) {
@@ -58,3 +59,5 @@ bool IpodControllerBase::CloseIpod() {
 uint8_t IpodControllerBase::isIdentified() { return identified; }
 
 int IpodControllerBase::onIncomingMessage(std::unique_ptr<LingoMessage>) { return 0; }
+
+}  // namespace ipodctl

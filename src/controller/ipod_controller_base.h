@@ -14,6 +14,8 @@
 #include "lingo/simple_remote_message.h"
 #include "link/transport.h"
 
+namespace ipodctl {
+
 /// The link that a controller is made for. Any other number: none, and every operation that needs
 /// the link fails.
 enum TransportKind : int {
@@ -263,3 +265,5 @@ class IpodControllerBase {
   std::unique_ptr<LogoBitmap> logo;
   std::atomic<uint8_t> silent{0};
 };
+
+}  // namespace ipodctl

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+namespace ipodctl {
 namespace {
 
 constexpr uint32_t kHeaderSize = 54;
@@ -145,3 +146,5 @@ const uint8_t* LogoBitmap::row(uint32_t fromTop) const {
   if (!pixels || fromTop >= pixelHeight) return nullptr;
   return pixels.get() + size_t{pixelHeight - 1 - fromTop} * bytesPerRow;
 }
+
+}  // namespace ipodctl

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <memory>
 
+namespace ipodctl {
+
 /// The head unit's logo, converted for the iPod's screen: RGB 565 with the low byte first.
 ///
 /// Of a width that is no multiple of 4 the iPod gets the next lower multiple and one pixel more:
@@ -33,3 +35,5 @@ class LogoBitmap {
   uint32_t bytesPerRow = 0;
   std::unique_ptr<uint8_t[]> pixels;  ///< bottom row first, as the file has them
 };
+
+}  // namespace ipodctl

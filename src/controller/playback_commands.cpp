@@ -2,6 +2,8 @@
 
 #include "controller/ipod_controller_base.h"
 
+namespace ipodctl {
+
 using Message = ExtendedInterfaceMessage;
 
 bool IpodControllerBase::PlayCurrentSelection(uint32_t trackIndex) {
@@ -82,3 +84,5 @@ bool IpodControllerBase::readMode(bool (Message::*builder)(),
   mode = modeByte;
   return true;
 }
+
+}  // namespace ipodctl

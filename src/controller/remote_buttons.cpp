@@ -4,6 +4,7 @@
 #include "base/os_primitives.h"
 #include "controller/ipod_controller_base.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr int kButtonsPerByte = 8;
@@ -67,3 +68,5 @@ bool IpodControllerBase::IdentifyExtendedInterface() {
   tell(&GeneralMessage::buildIdentify, kExtendedInterfaceLingo);
   return false;
 }
+
+}  // namespace ipodctl

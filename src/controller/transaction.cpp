@@ -2,6 +2,7 @@
 
 #include "controller/ipod_controller_base.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr uint32_t kReplyNanoseconds = 0;
@@ -43,3 +44,5 @@ bool IpodControllerBase::awaitAcknowledgement(uint16_t command) {
   }
   return false;
 }
+
+}  // namespace ipodctl

@@ -1,5 +1,6 @@
 #include "lingo/digital_audio_message.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr uint32_t kRatesInHz[] = {8000, 11025, 12000, 16000, 22050, 24000, 32000, 44100, 48000};
@@ -35,3 +36,5 @@ bool DigitalAudioMessage::decodeTrackNewAudioAttributes(uint32_t& sampleRate, ui
                                                         uint32_t& volumeAdjustment) const {
   return decodeExactly(kTrackNewAudioAttributes, sampleRate, soundCheck, volumeAdjustment);
 }
+
+}  // namespace ipodctl

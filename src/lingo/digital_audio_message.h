@@ -2,6 +2,8 @@
 
 #include "lingo/lingo_message.h"
 
+namespace ipodctl {
+
 /// The Digital Audio lingo (0x0A): the sample rates that the accessory plays and the one that the
 /// iPod streams.
 class DigitalAudioMessage final : public LingoMessage {
@@ -43,3 +45,5 @@ class DigitalAudioMessage final : public LingoMessage {
   bool decodeTrackNewAudioAttributes(uint32_t& sampleRate, uint32_t& soundCheck,
                                      uint32_t& volumeAdjustment) const;
 };
+
+}  // namespace ipodctl

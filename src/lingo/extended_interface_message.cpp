@@ -1,5 +1,6 @@
 #include "lingo/extended_interface_message.h"
 
+namespace ipodctl {
 namespace {
 
 /// A track's text is never empty: a single byte would be its terminator alone.
@@ -187,3 +188,5 @@ bool ExtendedInterfaceMessage::decodeWholeText(Command command, uint32_t leastLe
   return getCommand() == command && getDataLength() >= leastLength &&
          decodeText(0, getDataLength(), text);
 }
+
+}  // namespace ipodctl

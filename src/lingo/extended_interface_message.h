@@ -2,6 +2,8 @@
 
 #include "lingo/lingo_message.h"
 
+namespace ipodctl {
+
 /// The Extended Interface lingo (0x04): the database, playback, the playing track and the picture
 /// on the iPod's screen. Its command ids are two bytes wide.
 ///
@@ -124,3 +126,5 @@ class ExtendedInterfaceMessage final : public LingoMessage {
   /// A reply that is one text.
   bool decodeWholeText(Command command, uint32_t leastLength, ByteString& text) const;
 };
+
+}  // namespace ipodctl

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace ipodctl {
+
 /// The bytes around a payload on the wire:
 ///
 ///     [FF] 55 length lingo command data... checksum
@@ -32,3 +34,5 @@ constexpr uint32_t kLargestBody = kBodyCapacity - 4 + kStartSize + kLongLengthSi
 
 /// The largest payload that the length field can tell.
 constexpr uint32_t kPayloadCapacity = 65535;
+
+}  // namespace ipodctl

@@ -1,5 +1,6 @@
 #include "lingo/general_message.h"
 
+namespace ipodctl {
 namespace {
 
 /// The one capability bit that the accessory reports.
@@ -116,3 +117,5 @@ bool GeneralMessage::decodeGetAccessoryInfo(AccessoryInfoQuestion& question) con
   question.type = type;
   return complete && type < kInfoTypeLimit;
 }
+
+}  // namespace ipodctl

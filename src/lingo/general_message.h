@@ -2,6 +2,8 @@
 
 #include "lingo/lingo_message.h"
 
+namespace ipodctl {
+
 /// What GetAccessoryInfo asks for, and the `type` of a RetAccessoryInfo.
 enum AccessoryInfoType : uint8_t {
   kInfoCapabilities = 0,
@@ -94,3 +96,5 @@ class GeneralMessage final : public LingoMessage {
   /// was. Without a payload `question.type` stays, and is judged, as it was.
   bool decodeGetAccessoryInfo(AccessoryInfoQuestion& question) const;
 };
+
+}  // namespace ipodctl

@@ -7,6 +7,7 @@
 #include "base/debug_print.h"
 #include "lingo/frame_format.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr uint32_t kDumpedBytes = 2;
@@ -157,3 +158,5 @@ void LingoMessage::take(const uint8_t*& cursor, uint32_t& value) {
   getUint32(cursor, value);
   cursor += sizeof(value);
 }
+
+}  // namespace ipodctl

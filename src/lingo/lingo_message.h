@@ -5,6 +5,8 @@
 
 #include "base/text_string.h"
 
+namespace ipodctl {
+
 /// The lingoes that the library speaks.
 enum LingoId : uint8_t {
   kGeneralLingo = 0x00,
@@ -145,3 +147,5 @@ class LingoMessage {
   uint16_t commandId = 0;
   std::unique_ptr<uint8_t[]> data;
 };
+
+}  // namespace ipodctl

@@ -4,6 +4,7 @@
 
 #include "lingo/lingo_message.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr uint32_t kMalformed = 0xFFFFFFFF;
@@ -120,3 +121,5 @@ bool LingoMessage::copyText(uint32_t offset, uint32_t length, ByteString& out) c
   }
   return true;
 }
+
+}  // namespace ipodctl

@@ -7,6 +7,7 @@
 #include "lingo/general_message.h"
 #include "lingo/simple_remote_message.h"
 
+namespace ipodctl {
 namespace {
 
 template <class Message>
@@ -55,3 +56,5 @@ std::unique_ptr<LingoMessage> copyMessage(const LingoMessage& message) {
   return makeMessage(message.getLingo(), message.getCommand(), message.dataBytes(),
                      message.getDataLength());
 }
+
+}  // namespace ipodctl

@@ -2,6 +2,8 @@
 
 #include "base/debug_print.h"
 
+namespace ipodctl {
+
 SimpleRemoteMessage::SimpleRemoteMessage() : LingoMessage(kLingo) {}
 
 SimpleRemoteMessage::~SimpleRemoteMessage() = default;
@@ -24,3 +26,5 @@ bool SimpleRemoteMessage::buildContextButtonStatus(int byteIndex, uint8_t button
 bool SimpleRemoteMessage::buildAudioButtonStatus(uint32_t buttons) {
   return build(kAudioButtonStatus, buttons);
 }
+
+}  // namespace ipodctl

@@ -2,6 +2,8 @@
 
 #include "lingo/lingo_message.h"
 
+namespace ipodctl {
+
 /// The Simple Remote lingo (0x02): the accessory presses the iPod's buttons.
 class SimpleRemoteMessage final : public LingoMessage {
  public:
@@ -23,3 +25,5 @@ class SimpleRemoteMessage final : public LingoMessage {
   /// A button state of four bytes.
   bool buildAudioButtonStatus(uint32_t buttons);
 };
+
+}  // namespace ipodctl

@@ -5,6 +5,7 @@
 #include "base/debug_print.h"
 #include "base/os_primitives.h"
 
+namespace ipodctl {
 namespace {
 
 /// A sender waits as long for the one before it as a command waits for its reply.
@@ -98,3 +99,5 @@ HANDLE openDeviceFile(const char* name) {
   return CreateFileW(wideName.text(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0,
                      nullptr);
 }
+
+}  // namespace ipodctl

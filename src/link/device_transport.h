@@ -8,6 +8,8 @@
 #include "base/text_string.h"
 #include "link/transport.h"
 
+namespace ipodctl {
+
 /// Where readFrame stands in the received bytes.
 struct FrameScan {
   uint32_t index = 0;
@@ -73,3 +75,5 @@ class DeviceTransport : public Transport {
 /// Opens a device by its 8-bit name for reading and writing, unshared. INVALID_HANDLE_VALUE when
 /// that fails.
 HANDLE openDeviceFile(const char* name);
+
+}  // namespace ipodctl

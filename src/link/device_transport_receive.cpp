@@ -5,6 +5,8 @@
 #include "base/debug_print.h"
 #include "link/device_transport.h"
 
+namespace ipodctl {
+
 int DeviceTransport::readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut) {
   payloadOut = nullptr;
   if (capacity < 1 || dest == nullptr) return -1;
@@ -79,3 +81,5 @@ void DeviceTransport::dropReceived(uint32_t count) {
   rxCount -= count;
   std::memmove(rxArea, rxArea + count, rxCount);
 }
+
+}  // namespace ipodctl

@@ -5,6 +5,8 @@
 #include "base/os_primitives.h"
 #include "lingo/received_message.h"
 
+namespace ipodctl {
+
 bool operator==(const HandlerRecord& left, const HandlerRecord& right) {
   return left.lingo == right.lingo && left.command == right.command &&
          left.handler == right.handler && left.object == right.object;
@@ -87,3 +89,5 @@ void HandlerTable::removeAt(uint32_t index) {
   handlerList.removeAt(index);
   if (index < cursor) --cursor;
 }
+
+}  // namespace ipodctl

@@ -8,6 +8,8 @@
 #include "base/growable_array.h"
 #include "lingo/lingo_message.h"
 
+namespace ipodctl {
+
 /// Receives a message on the reader thread and owns it from then on.
 using MessageHandler = void (*)(void* object, std::unique_ptr<LingoMessage> message);
 
@@ -60,3 +62,5 @@ class HandlerTable {
   GrowableArray<HandlerRecord> handlerList;  ///< guarded by listGuard
   uint32_t cursor = 0;                       ///< where dispatch goes on; guarded by listGuard
 };
+
+}  // namespace ipodctl

@@ -4,6 +4,8 @@
 
 #include "base/os_primitives.h"
 
+namespace ipodctl {
+
 MessageQueue::MessageQueue(const std::atomic<uint8_t>& active) : readerActive(active) { prepare(); }
 
 MessageQueue::~MessageQueue() {
@@ -68,3 +70,5 @@ void MessageQueue::resetSignal() {
   semMutexTryLock(messageReady);
   if (!readerActive) semMutexGive(messageReady);
 }
+
+}  // namespace ipodctl

@@ -9,6 +9,8 @@
 #include "base/growable_array.h"
 #include "lingo/lingo_message.h"
 
+namespace ipodctl {
+
 /// The received messages that no handler took, oldest first. The reader thread appends, the host's
 /// threads take. `queueMutex` guards the messages and is held for a few steps only. `messageReady`
 /// is a signal: set while there are messages to take and while the reader is stopped. A waiter
@@ -57,3 +59,5 @@ class MessageQueue {
   HANDLE messageReady = nullptr;
   GrowableArray<std::unique_ptr<LingoMessage>> messageQueue;  ///< guarded by queueMutex
 };
+
+}  // namespace ipodctl

@@ -3,6 +3,7 @@
 #include "base/debug_print.h"
 #include "base/os_primitives.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr uint32_t kBaudRate = 57600;
@@ -82,3 +83,5 @@ bool SerialTransport::findStart(FrameScan& scan) {
   }
   return false;
 }
+
+}  // namespace ipodctl

@@ -2,6 +2,8 @@
 
 #include "link/device_transport.h"
 
+namespace ipodctl {
+
 /// The link over a serial COM port: 57600 baud, 8N1, frames with the sync byte.
 class SerialTransport final : public DeviceTransport {
  public:
@@ -20,3 +22,5 @@ class SerialTransport final : public DeviceTransport {
 /// Opens a serial port and sets it up: 8 data bits, no parity, one stop bit, RTS off, reads that
 /// return at once with what has arrived. 0, or -1 with `handleOut` as it was.
 int serialOpen(HANDLE& handleOut, const char* name, uint32_t baudRate);
+
+}  // namespace ipodctl

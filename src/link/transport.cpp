@@ -7,6 +7,7 @@
 #include "lingo/received_message.h"
 #include "link/transport_registry.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr int kStopWaits = 3;
@@ -165,3 +166,5 @@ uint8_t Transport::computeChecksum(const uint8_t* bytes, int count) const {
     sum = static_cast<uint8_t>(sum + bytes[i]);
   return static_cast<uint8_t>(-sum);
 }
+
+}  // namespace ipodctl

@@ -11,6 +11,8 @@
 #include "link/handler_table.h"
 #include "link/message_queue.h"
 
+namespace ipodctl {
+
 /// Raw received bytes that a transport holds at most: room for every frame and much noise.
 constexpr uint32_t kReceiveCapacity = 200000;
 
@@ -134,3 +136,5 @@ class Transport {
   MessageQueue messages{readDataActive};
   HandlerTable handlers;
 };
+
+}  // namespace ipodctl

@@ -5,6 +5,8 @@
 #include "base/os_primitives.h"
 #include "link/transport.h"
 
+namespace ipodctl {
+
 TransportRegistry& TransportRegistry::instance() {
   // Made by the first transport, and so destroyed after the last one that lives as long as the
   // library.
@@ -45,3 +47,5 @@ void TransportRegistry::closeAll() {
   for (Transport* transport : transportRegistry)
     transport->close();
 }
+
+}  // namespace ipodctl

@@ -4,6 +4,8 @@
 
 #include "base/growable_array.h"
 
+namespace ipodctl {
+
 class Transport;
 
 /// Every live transport of the process. A reader that fails closes them all.
@@ -26,3 +28,5 @@ class TransportRegistry {
   HANDLE registryGuard = nullptr;
   GrowableArray<Transport*> transportRegistry;  ///< guarded by registryGuard
 };
+
+}  // namespace ipodctl

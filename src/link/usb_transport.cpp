@@ -3,6 +3,8 @@
 #include "base/debug_print.h"
 #include "base/os_primitives.h"
 
+namespace ipodctl {
+
 int usbOpen(HANDLE& handleOut, const char* name) {
   debugPrint("OPENING DEVICE\n");
   HANDLE device = openDeviceFile(name);
@@ -34,3 +36,5 @@ bool UsbTransport::findStart(FrameScan& scan) {
   scan.index = 0;
   return false;
 }
+
+}  // namespace ipodctl

@@ -2,6 +2,8 @@
 
 #include "link/device_transport.h"
 
+namespace ipodctl {
+
 /// The link over the platform's iPod stream driver: frames without the sync byte. Audio does not
 /// pass here.
 class UsbTransport final : public DeviceTransport {
@@ -20,3 +22,5 @@ class UsbTransport final : public DeviceTransport {
 
 /// Opens the stream driver. 0, or -1 with `handleOut` as it was.
 int usbOpen(HANDLE& handleOut, const char* name);
+
+}  // namespace ipodctl

@@ -2,8 +2,10 @@
 
 #include <sstream>
 
+using namespace ipodctl;
+
 std::string word(std::uint32_t value) {
-  host_test::Bytes bytes;
+  Bytes bytes;
   for (int shift = 24; shift >= 0; shift -= 8)
     bytes.push_back(static_cast<std::uint8_t>(value >> shift));
   return ' ' + payloadText(bytes);

@@ -24,14 +24,14 @@ std::string word(std::uint32_t value);
 
 /// One level of a tree: "type=2 count=36 index=-1 start=0 end=35 tab=-1 tabs=2 shown=1 split=1
 /// playAll=1".
-std::string levelText(const BrowseTree& tree, int level);
+std::string levelText(const ipodctl::BrowseTree& tree, int level);
 
 /// A level of which nothing is known.
 constexpr char kUnknownLevel[] =
     "type=-1 count=-1 index=-1 start=-1 end=-1 tab=-1 tabs=-1 shown=0 split=0 playAll=0";
 
 /// A tree's level and all its levels.
-std::vector<std::string> treeText(const BrowseTree& tree);
+std::vector<std::string> treeText(const ipodctl::BrowseTree& tree);
 
 /// A host's text buffer. Tests give it just the size that they tell the library, so that a write
 /// behind it is seen.

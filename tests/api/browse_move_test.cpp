@@ -1,5 +1,7 @@
 #include "api/api_test.h"
 
+using namespace ipodctl;
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 

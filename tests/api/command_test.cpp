@@ -3,6 +3,8 @@
 #include "api/api_test.h"
 #include "support/row_name.h"
 
+using namespace ipodctl;
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 

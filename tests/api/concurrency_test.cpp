@@ -5,6 +5,8 @@
 
 #include "api/api_test.h"
 
+using namespace ipodctl;
+
 namespace {
 
 /// Runs each work on a thread of its own until all are done.

@@ -11,6 +11,8 @@
 #include "api/logo_folder.h"
 #include "lingo/received_message.h"
 
+using namespace ipodctl;
+
 namespace {
 
 std::function<void(const char* name)> whenAFileIsOpened;

@@ -4,6 +4,8 @@
 #include "api/logo_folder.h"
 #include "support/row_name.h"
 
+using namespace ipodctl;
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -2,6 +2,8 @@
 
 #include "api/api_test.h"
 
+using namespace ipodctl;
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 

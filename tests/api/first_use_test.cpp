@@ -16,6 +16,8 @@
 
 #include "api/api_test.h"
 
+using namespace ipodctl;
+
 using testing::IsEmpty;
 
 namespace {

@@ -6,6 +6,8 @@
 
 #include "api/api_test.h"
 
+using namespace ipodctl;
+
 namespace {
 
 struct LockCase {

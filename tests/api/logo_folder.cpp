@@ -33,7 +33,7 @@ LogoFolder::~LogoFolder() {
 }
 
 void LogoFolder::writeLogo() const {
-  const host_test::Bytes bytes = bytesOf(kLogo);
+  const Bytes bytes = bytesOf(kLogo);
   std::ofstream file(folder / kLogoFile, std::ios::binary);
   file.write(reinterpret_cast<const char*>(bytes.data()),
              static_cast<std::streamsize>(bytes.size()));

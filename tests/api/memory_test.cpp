@@ -7,6 +7,8 @@
 #include "support/memory_limit.h"
 #include "support/row_name.h"
 
+using namespace ipodctl;
+
 namespace {
 
 constexpr int kRoom = 12;

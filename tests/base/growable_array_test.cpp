@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+namespace ipodctl {
 namespace {
 
 std::vector<int> itemsOf(const GrowableArray<int>& array) { return {array.begin(), array.end()}; }
@@ -83,3 +84,4 @@ TEST(GrowableArray, GivesARemovedItemAway) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -10,6 +10,7 @@
 #include "support/row_name.h"
 #include "support/scripted_platform.h"
 
+namespace ipodctl {
 namespace {
 
 using testing::ElementsAre;
@@ -332,3 +333,4 @@ TEST_F(UsbRead, FailsWhenTheDeviceFails) {
 }
 
 }  // namespace
+}  // namespace ipodctl

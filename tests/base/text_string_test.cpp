@@ -6,6 +6,7 @@
 
 #include "support/message_bytes.h"
 
+namespace ipodctl {
 namespace {
 
 using namespace std::string_literals;
@@ -51,3 +52,4 @@ TEST(TextString, CopiesWideUnitsWhole) {
 }
 
 }  // namespace
+}  // namespace ipodctl

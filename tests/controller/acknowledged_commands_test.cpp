@@ -6,6 +6,7 @@
 #include "controller/operations.h"
 #include "support/row_name.h"
 
+namespace ipodctl {
 namespace {
 
 const Bytes kPlayStatusNotification = {0x04, 0x00, 0x27, 0x04, 0x00, 0x00, 0x10, 0x00};
@@ -169,3 +170,4 @@ TEST_F(DisplayImage, RowIsAsLongAsTheLow16BitsOfItsStrideSay) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -6,6 +6,7 @@
 
 #include "controller/controller_test.h"
 
+namespace ipodctl {
 namespace {
 
 const Bytes kRate48000 = {0x0A, 0x04, 0x00, 0x00, 0xBB, 0x80, 1, 2, 3, 4, 5, 6, 7, 8};
@@ -253,3 +254,4 @@ TEST_F(AudioAttributes, LeaveNoMessageBehindTheController) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -6,6 +6,7 @@
 #include "controller/controller_test.h"
 #include "support/console.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr const char* kIdentify = "55 0E 00 13 00 00 00 01 00 00 00 00 00 00 00 00";
@@ -180,3 +181,4 @@ TEST(BaseIdentificationWithoutALink, TellsSoInDebug) {
 }
 
 }  // namespace
+}  // namespace ipodctl

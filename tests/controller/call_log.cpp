@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <iterator>
 
+namespace ipodctl {
+
 Calls& callLog() {
   static Calls log;
   return log;
@@ -43,3 +45,5 @@ Calls linesOf(const Calls& calls, const std::string& start) {
                [&](const std::string& line) { return line.compare(0, start.size(), start) == 0; });
   return lines;
 }
+
+}  // namespace ipodctl

@@ -6,6 +6,10 @@
 
 #include "support/message_bytes.h"
 
+namespace ipodctl {
+
+using ::operator+;
+
 /// What the controller did, in order, each step a line: "flush", "open IPD1:", "start",
 /// "send 55 02 00 05", "wait 0 ns 1 s", "sleep 80", "sync", "addHandler 0A 0004", "close", ...
 using Calls = std::vector<std::string>;
@@ -25,3 +29,5 @@ Calls behindFirst(uint32_t count, const Calls& calls);
 
 /// The lines that begin with `start`, e.g. "send".
 Calls linesOf(const Calls& calls, const std::string& start);
+
+}  // namespace ipodctl

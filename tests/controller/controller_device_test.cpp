@@ -19,10 +19,10 @@
 #include "support/background_call.h"
 #include "support/pty_pair.h"
 
+namespace ipodctl {
 namespace {
 
 using host_test::BackgroundCall;
-using host_test::Bytes;
 using host_test::DeviceMapping;
 using host_test::Patience;
 using host_test::PtyPair;
@@ -395,3 +395,4 @@ TEST(LogoBitmap, IsNotReadFromAPipe) {
 }
 
 }  // namespace
+}  // namespace ipodctl

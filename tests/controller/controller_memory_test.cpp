@@ -12,6 +12,7 @@
 #include "support/memory_limit.h"
 #include "support/row_name.h"
 
+namespace ipodctl {
 namespace {
 
 using Controller = Scripted<IpodController>;
@@ -288,3 +289,4 @@ TEST(ConstructionWithoutMemory, MakesAControllerThatDoesNotConnect) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -8,6 +8,8 @@
 #include "controller/scripted_controller.h"
 #include "lingo/received_message.h"
 
+namespace ipodctl {
+
 /// A followed message of these bytes (lingo, command, data).
 inline std::unique_ptr<LingoMessage> receivedMessage(const Bytes& payload) {
   auto message = makeReceivedMessage(payload.data(), static_cast<uint16_t>(payload.size()));
@@ -39,3 +41,5 @@ class ControllerFixture : public testing::Test {
 };
 
 using ControllerTest = ControllerFixture<IpodController>;
+
+}  // namespace ipodctl

@@ -8,6 +8,7 @@
 
 #include "lingo/received_message.h"
 
+namespace ipodctl {
 namespace {
 
 /// More than any test waits for messages: whoever gets here would wait for ever.
@@ -166,3 +167,5 @@ void FakeTransport::log(const std::string& call) {
   callLog().push_back(call);
   if (onCall) onCall(call);
 }
+
+}  // namespace ipodctl

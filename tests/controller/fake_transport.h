@@ -11,6 +11,8 @@
 #include "link/transport.h"
 #include "support/message_bytes.h"
 
+namespace ipodctl {
+
 /// What the iPod sends, one message after another: payloads (lingo, command, data). An empty one is
 /// a second of silence.
 using Payloads = std::vector<Bytes>;
@@ -93,3 +95,5 @@ class FakeTransport final : public Transport {
   std::vector<HandlerRecord> registered;
   bool opened = false;
 };
+
+}  // namespace ipodctl

@@ -6,6 +6,7 @@
 #include "controller/controller_test.h"
 #include "support/console.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr const char* kIdentify = "55 0E 00 13 00 00 04 11 00 00 00 00 00 00 00 00";
@@ -296,3 +297,4 @@ TEST(IdentificationWithoutALink, TellsSoInDebug) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -7,6 +7,7 @@
 #include "controller/controller_test.h"
 #include "controller/logo_file.h"
 
+namespace ipodctl {
 namespace {
 
 template <class Controller>
@@ -207,3 +208,4 @@ TEST_F(SampleRate, CanBeAnyNumber) {
 }
 
 }  // namespace
+}  // namespace ipodctl

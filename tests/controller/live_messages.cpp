@@ -7,6 +7,7 @@
 
 #include "lingo/lingo_message.h"
 
+namespace ipodctl {
 namespace {
 
 /// Room for more messages than any test has at once.
@@ -47,6 +48,10 @@ uint32_t liveMessages() {
   return kMostFollowed -
          static_cast<uint32_t>(std::count(followed.begin(), followed.end(), nullptr));
 }
+
+}  // namespace ipodctl
+
+using namespace ipodctl;
 
 void* operator new(std::size_t size) { return allocateOrAbort(size); }
 

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace ipodctl {
+
 class LingoMessage;
 
 /// From now on the message counts among the live ones until it is destroyed. Only in programs that
@@ -10,3 +12,5 @@ void followMessage(const LingoMessage* message);
 
 /// The followed messages that have not been destroyed.
 uint32_t liveMessages();
+
+}  // namespace ipodctl

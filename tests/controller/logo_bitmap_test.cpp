@@ -14,6 +14,7 @@
 #include "controller/scripted_controller.h"
 #include "support/row_name.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr uint32_t kHeaderBytes = 54;
@@ -427,3 +428,4 @@ TEST_F(Logo, IsReadWithoutAWordToTheIpod) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+namespace ipodctl {
 namespace {
 
 class HeaderBytes {
@@ -66,3 +67,5 @@ LogoFile::LogoFile(const Bytes& content) : name(testing::TempDir() + "logo-XXXXX
 }
 
 LogoFile::~LogoFile() { unlink(name.c_str()); }
+
+}  // namespace ipodctl

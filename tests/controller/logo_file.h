@@ -5,6 +5,8 @@
 
 #include "support/message_bytes.h"
 
+namespace ipodctl {
+
 /// The header of a bitmap file; by default of a picture of 4 x 1 pixels with 24 bits.
 struct BitmapHeader {
   bool highByteFirst = false;  ///< begins with "MB" instead of "BM"
@@ -44,3 +46,5 @@ class LogoFile {
  private:
   std::string name;
 };
+
+}  // namespace ipodctl

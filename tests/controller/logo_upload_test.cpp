@@ -6,8 +6,9 @@
 
 #include "controller/controller_test.h"
 #include "controller/logo_file.h"
-#include "lingo/console.h"
+#include "support/console.h"
 
+namespace ipodctl {
 namespace {
 
 constexpr const char* kIdentify = "55 0E 00 13 00 00 04 11 00 00 00 00 00 00 00 00";
@@ -245,3 +246,4 @@ TEST_F(LogoUpload, DoesNotUseUpTheLogo) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -6,6 +6,7 @@
 #include "controller/ipod_controller.h"
 #include "support/slot_of.h"
 
+namespace ipodctl {
 namespace {
 
 TEST(OperationOrder, OfConnectionAndExtendedMode) {
@@ -79,3 +80,4 @@ TEST(OperationOrder, OfTheAudioControllerFollowsTheBase) {
 }
 
 }  // namespace
+}  // namespace ipodctl

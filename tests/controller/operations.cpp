@@ -1,5 +1,6 @@
 #include "controller/operations.h"
 
+namespace ipodctl {
 namespace {
 
 using Controller = IpodController;
@@ -218,3 +219,5 @@ const std::vector<UnansweredOperation>& unansweredOperations() {
 }
 
 uint32_t dataOffset(const Bytes& payload) { return payload[0] == kExtendedInterfaceLingo ? 3 : 2; }
+
+}  // namespace ipodctl

@@ -9,6 +9,8 @@
 #include "controller/outcome.h"
 #include "support/message_bytes.h"
 
+namespace ipodctl {
+
 /// An operation that sends one request and judges the one message that comes next.
 struct SingleReplyOperation {
   const char* name;
@@ -52,3 +54,5 @@ inline void PrintTo(const AcknowledgedOperation& operation, std::ostream* stream
 inline void PrintTo(const UnansweredOperation& operation, std::ostream* stream) {
   *stream << operation.name;
 }
+
+}  // namespace ipodctl

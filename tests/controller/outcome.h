@@ -13,6 +13,8 @@
 #include "controller/ipod_controller.h"
 #include "support/message_bytes.h"
 
+namespace ipodctl {
+
 /// A value that an operation gives out: a number or a text.
 using Output = std::variant<uint32_t, std::string>;
 using Outputs = std::vector<Output>;
@@ -85,3 +87,5 @@ template <class... Values>
 Outputs untouchedOutputs(bool odd) {
   return outputsOf(valuesBefore<Values...>(odd));
 }
+
+}  // namespace ipodctl

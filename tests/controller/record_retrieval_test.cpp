@@ -7,6 +7,7 @@
 
 #include "controller/controller_test.h"
 
+namespace ipodctl {
 namespace {
 
 using Entries = std::vector<std::pair<uint32_t, std::string>>;
@@ -171,3 +172,4 @@ TEST_F(RecordRetrieval, TheRecordThatWasLeftIsClearedByTheNextRequest) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -5,6 +5,7 @@
 #include "controller/controller_test.h"
 #include "support/console.h"
 
+namespace ipodctl {
 namespace {
 
 const Bytes kGetSampleRates = {0x0A, 0x02};
@@ -147,3 +148,4 @@ TEST_F(Reentry, TellsNothingOutsideDebug) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -7,6 +7,7 @@
 #include "controller/controller_test.h"
 #include "support/console.h"
 
+namespace ipodctl {
 namespace {
 
 /// A button's code and the state that holds it.
@@ -138,3 +139,4 @@ TEST_F(AudioButton, ClearsRepliesBeforeEachReport) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -6,6 +6,8 @@
 #include "controller/fake_transport.h"
 #include "controller/ipod_controller.h"
 
+namespace ipodctl {
+
 /// No transport kind has this number.
 constexpr int kNoLink = 2;
 
@@ -25,3 +27,5 @@ class Scripted final : public Controller {
  private:
   FakeTransport* link = nullptr;
 };
+
+}  // namespace ipodctl

@@ -9,6 +9,7 @@
 #include "support/console.h"
 #include "support/row_name.h"
 
+namespace ipodctl {
 namespace {
 
 class SingleReply : public ControllerFixture<IpodController>,
@@ -340,3 +341,4 @@ TEST(ColorImageLimits, AreThoseOfTheFirstEntry) {
 }
 
 }  // namespace
+}  // namespace ipodctl

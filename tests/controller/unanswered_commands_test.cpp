@@ -4,6 +4,7 @@
 #include "controller/operations.h"
 #include "support/row_name.h"
 
+namespace ipodctl {
 namespace {
 
 class Unanswered : public ControllerFixture<IpodController>,
@@ -48,3 +49,4 @@ INSTANTIATE_TEST_SUITE_P(Command, Unanswered, testing::ValuesIn(unansweredOperat
                          rowName<UnansweredOperation>);
 
 }  // namespace
+}  // namespace ipodctl

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "program.h"
-#include "temporary_folder.h"
+#include "support/program.h"
+#include "support/temporary_folder.h"
 
 namespace {
 

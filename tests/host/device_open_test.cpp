@@ -11,7 +11,6 @@
 
 namespace {
 
-using host_test::Bytes;
 using host_test::DeviceMapping;
 using host_test::openDevice;
 using host_test::OwnedHandle;

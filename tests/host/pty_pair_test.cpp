@@ -4,7 +4,6 @@
 
 namespace {
 
-using host_test::Bytes;
 using host_test::DeviceMapping;
 using host_test::PtyPair;
 

@@ -12,7 +12,6 @@
 namespace {
 
 using host_test::BackgroundCall;
-using host_test::Bytes;
 using host_test::DeviceMapping;
 using host_test::failure;
 using host_test::openDevice;

@@ -12,6 +12,8 @@
 #include "support/message_bytes.h"
 #include "support/row_name.h"
 
+namespace ipodctl {
+
 /// A command that goes to the iPod: how it is built and the bytes that come of it.
 template <class Message>
 struct BuilderRow : NamedRow {
@@ -145,3 +147,5 @@ void expectOtherCommandsRefused(const DecoderRow<Message>& row) {
     expectRefused(row, message);
   }
 }
+
+}  // namespace ipodctl

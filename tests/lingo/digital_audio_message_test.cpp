@@ -5,6 +5,7 @@
 #include "lingo/command_rows.h"
 #include "support/message_bytes.h"
 
+namespace ipodctl {
 namespace {
 
 TEST(DigitalAudioMessage, StartsAsAnEmptyMessageOfLingoTen) {
@@ -130,3 +131,4 @@ INSTANTIATE_TEST_SUITE_P(Notifications, DigitalAudioDecoder, testing::ValuesIn(k
                          rowName<Decoded>);
 
 }  // namespace
+}  // namespace ipodctl

@@ -5,6 +5,7 @@
 #include "lingo/command_rows.h"
 #include "support/message_bytes.h"
 
+namespace ipodctl {
 namespace {
 
 using namespace std::string_literals;
@@ -326,3 +327,4 @@ INSTANTIATE_TEST_SUITE_P(Commands, TextReplies, testing::ValuesIn(kTextReplies),
                          rowName<TextReply>);
 
 }  // namespace
+}  // namespace ipodctl

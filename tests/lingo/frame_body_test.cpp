@@ -10,6 +10,7 @@
 #include "support/message_bytes.h"
 #include "support/row_name.h"
 
+namespace ipodctl {
 namespace {
 
 template <class Message>
@@ -157,3 +158,4 @@ const Lingo kLingoes[] = {
 INSTANTIATE_TEST_SUITE_P(Lingoes, FrameBody, testing::ValuesIn(kLingoes), rowName<Lingo>);
 
 }  // namespace
+}  // namespace ipodctl

@@ -7,6 +7,7 @@
 #include "lingo/command_rows.h"
 #include "support/message_bytes.h"
 
+namespace ipodctl {
 namespace {
 
 using namespace std::string_literals;
@@ -283,3 +284,4 @@ TEST(GetAccessoryInfo, OfAnotherCommandIsRefusedAndLeavesTheQuestion) {
 }
 
 }  // namespace
+}  // namespace ipodctl

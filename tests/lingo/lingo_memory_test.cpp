@@ -14,6 +14,7 @@
 #include "support/message_bytes.h"
 #include "support/row_name.h"
 
+namespace ipodctl {
 namespace {
 
 /// A builder that carries data, so that it needs memory.
@@ -321,3 +322,4 @@ TEST(GrowableArrayWithoutMemory, ReleasesTheItemThatItCouldNotTake) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -7,6 +7,7 @@
 #include "support/console.h"
 #include "support/message_bytes.h"
 
+namespace ipodctl {
 namespace {
 
 const uint8_t kTen[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
@@ -228,3 +229,4 @@ TEST(ByteOrderHelpers, DoNothingWithoutABuffer) {
 }
 
 }  // namespace
+}  // namespace ipodctl

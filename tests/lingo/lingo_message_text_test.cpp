@@ -6,6 +6,7 @@
 #include "support/message_bytes.h"
 #include "support/row_name.h"
 
+namespace ipodctl {
 namespace {
 
 using namespace std::string_literals;
@@ -206,3 +207,4 @@ TEST(Utf8ToNarrow, OfAnEmptyTextIsEmpty) {
 }
 
 }  // namespace
+}  // namespace ipodctl

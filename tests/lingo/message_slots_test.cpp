@@ -5,6 +5,7 @@
 #include "lingo/lingo_message.h"
 #include "support/slot_of.h"
 
+namespace ipodctl {
 namespace {
 
 TEST(MessageSlots, AreInTheirOrder) {
@@ -21,3 +22,4 @@ TEST(MessageSlots, AreInTheirOrder) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -9,6 +9,7 @@
 #include "support/message_bytes.h"
 #include "support/row_name.h"
 
+namespace ipodctl {
 namespace {
 
 std::unique_ptr<LingoMessage> made(const Bytes& payload) {
@@ -102,3 +103,4 @@ TEST(CopyMessage, HasTheSameLingoCommandAndDataOfItsOwn) {
 }
 
 }  // namespace
+}  // namespace ipodctl

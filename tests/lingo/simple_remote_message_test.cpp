@@ -6,6 +6,7 @@
 #include "support/console.h"
 #include "support/message_bytes.h"
 
+namespace ipodctl {
 namespace {
 
 TEST(SimpleRemoteMessage, StartsAsAnEmptyMessageOfLingoTwo) {
@@ -93,3 +94,4 @@ TEST(ContextButtonStatus, SetsItsCommandOnAUsedMessage) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -15,6 +15,8 @@
 #include "support/background_call.h"
 #include "support/pty_pair.h"
 
+namespace ipodctl {
+
 /// Calls `condition` until it holds; false when it does not in time.
 template <class Condition>
 bool eventually(const Condition& condition) {
@@ -119,3 +121,5 @@ inline const Bytes kFrame1 = {0x55, 0x02, 0x00, 0x01, 0xFD};
 inline const Bytes kFrame2 = {0x55, 0x03, 0x00, 0x02, 0x07, 0xF4};
 inline const Bytes kFrame3 = {0x55, 0x02, 0x00, 0x03, 0xFB};
 inline const Bytes kBadFrame = {0x55, 0x02, 0x00, 0x01, 0xFE};
+
+}  // namespace ipodctl

@@ -9,6 +9,7 @@
 #include "link/device_link.h"
 #include "support/console.h"
 
+namespace ipodctl {
 namespace {
 
 using host_test::BackgroundCall;
@@ -328,3 +329,4 @@ TEST_F(StuckReader, IsWaitedForByTheTransportsEndHoweverLongItTakes) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -8,6 +8,7 @@
 #include "support/row_name.h"
 #include "support/scripted_platform.h"
 
+namespace ipodctl {
 namespace {
 
 using testing::ElementsAre;
@@ -369,3 +370,4 @@ INSTANTIATE_TEST_SUITE_P(Kinds, WithoutSemaphores, testing::ValuesIn(kLinkKinds)
 INSTANTIATE_TEST_SUITE_P(Kinds, OpenAndClose, testing::ValuesIn(kLinkKinds), rowName<LinkKind>);
 
 }  // namespace
+}  // namespace ipodctl

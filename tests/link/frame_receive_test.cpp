@@ -11,6 +11,7 @@
 #include "support/row_name.h"
 #include "support/scripted_platform.h"
 
+namespace ipodctl {
 namespace {
 
 using testing::Each;
@@ -594,3 +595,4 @@ TEST_F(ReadUsbFrame, IsReadAgainAtOnceWhenNothingCame) {
 }
 
 }  // namespace
+}  // namespace ipodctl

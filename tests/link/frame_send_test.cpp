@@ -9,6 +9,7 @@
 #include "support/row_name.h"
 #include "support/scripted_platform.h"
 
+namespace ipodctl {
 namespace {
 
 using testing::ElementsAre;
@@ -298,3 +299,4 @@ TEST_P(ChecksumOfNothing, IsZeroForANegativeCount) {
 INSTANTIATE_TEST_SUITE_P(Sums, ChecksumOfNothing, testing::Values(kSums[4]), rowName<Sum>);
 
 }  // namespace
+}  // namespace ipodctl

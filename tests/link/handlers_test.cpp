@@ -5,6 +5,7 @@
 #include "link/listener.h"
 #include "support/scripted_platform.h"
 
+namespace ipodctl {
 namespace {
 
 using testing::ElementsAre;
@@ -280,3 +281,4 @@ TEST_F(HandlersFromAHandler, StoppingTheReaderEndsItAfterThisMessage) {
 }
 
 }  // namespace
+}  // namespace ipodctl

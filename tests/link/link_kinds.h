@@ -8,6 +8,8 @@
 #include "support/message_bytes.h"
 #include "support/row_name.h"
 
+namespace ipodctl {
+
 /// What the two kinds of transport differ in.
 struct LinkKind : NamedRow {
   std::unique_ptr<Transport> (*create)();
@@ -46,3 +48,5 @@ inline const LinkKind kUsbKind{"Usb",
                                "WRITING ON DEVICE\nOver USB\n"};
 
 inline const LinkKind kLinkKinds[] = {kSerialKind, kUsbKind};
+
+}  // namespace ipodctl

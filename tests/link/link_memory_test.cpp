@@ -8,6 +8,7 @@
 #include "support/row_name.h"
 #include "support/scripted_platform.h"
 
+namespace ipodctl {
 namespace {
 
 using testing::Contains;
@@ -230,3 +231,4 @@ TEST_P(WithoutMemory, TheLastHandlerOfAMessageIsCalledAllTheSame) {
 INSTANTIATE_TEST_SUITE_P(Kinds, WithoutMemory, testing::ValuesIn(kLinkKinds), rowName<LinkKind>);
 
 }  // namespace
+}  // namespace ipodctl

@@ -6,6 +6,8 @@
 #include "lingo/general_message.h"
 #include "link/device_link.h"
 
+namespace ipodctl {
+
 // Threads that meet in one transport, or in several. All over USB devices, which wait for nothing.
 
 namespace {
@@ -453,3 +455,4 @@ TEST_F(TwoLinks, OpenBesideAFailureOfTheOther) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -7,6 +7,8 @@
 #include "lingo/lingo_message.h"
 #include "link/transport.h"
 
+namespace ipodctl {
+
 /// An owner of handlers. It writes down in `heard`, with its name, what each of its handlers got.
 struct Listener {
   std::string name;
@@ -26,3 +28,5 @@ struct Listener {
                     std::to_string(message.getDataLength()));
   }
 };
+
+}  // namespace ipodctl

@@ -5,6 +5,7 @@
 #include "lingo/general_message.h"
 #include "support/scripted_platform.h"
 
+namespace ipodctl {
 namespace {
 
 class MessageQueueTest : public ScriptedPlatformTest {
@@ -78,3 +79,4 @@ TEST_F(MessageQueueTest, IsNotWokenForAReaderThatRunsAgain) {
 }
 
 }  // namespace
+}  // namespace ipodctl

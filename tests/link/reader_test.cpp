@@ -9,6 +9,7 @@
 #include "support/console.h"
 #include "support/scripted_platform.h"
 
+namespace ipodctl {
 namespace {
 
 using testing::ElementsAre;
@@ -536,3 +537,4 @@ TEST_F(EndedReader, DoesNotKeepItsTransportFromItsEndWhateverItHeld) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -5,6 +5,7 @@
 
 #include <atomic>
 
+namespace ipodctl {
 namespace {
 
 std::atomic<int> refused{0};
@@ -14,6 +15,10 @@ using CloseFunction = BOOL(WINAPI*)(HANDLE);
 }  // namespace
 
 int refusedCloses() { return refused; }
+
+}  // namespace ipodctl
+
+using namespace ipodctl;
 
 /// Stands in front of the platform's.
 BOOL WINAPI CloseHandle(HANDLE object) {

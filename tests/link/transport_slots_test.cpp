@@ -5,6 +5,7 @@
 #include "link/transport.h"
 #include "support/slot_of.h"
 
+namespace ipodctl {
 namespace {
 
 TEST(TransportSlots, AreInTheirOrder) {
@@ -29,3 +30,4 @@ TEST(TransportSlots, AreInTheirOrder) {
 }
 
 }  // namespace
+}  // namespace ipodctl

@@ -13,6 +13,8 @@
 #include "support/known_music.h"
 #include "support/session_ipod.h"
 
+using namespace ipodctl;
+
 namespace session {
 namespace {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "device/simulated_ipod.h"
-#include "small_library.h"
+#include "support/small_library.h"
 
 namespace simulator {
 

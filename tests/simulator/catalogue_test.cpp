@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "database/sort_key.h"
-#include "small_library.h"
+#include "support/small_library.h"
 
 namespace simulator {
 namespace {

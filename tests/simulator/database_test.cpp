@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "small_library.h"
+#include "support/small_library.h"
 
 namespace simulator {
 namespace {

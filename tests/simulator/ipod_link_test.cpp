@@ -9,7 +9,7 @@
 #include <fstream>
 
 #include "link/pty_port.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace simulator {
 namespace {

@@ -6,8 +6,8 @@
 
 #include "hex.h"
 #include "host_end.h"
-#include "program.h"
-#include "temporary_folder.h"
+#include "support/program.h"
+#include "support/temporary_folder.h"
 
 namespace simulator {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "small_library.h"
+#include "support/small_library.h"
 
 namespace simulator {
 namespace {

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace simulator {
 namespace {

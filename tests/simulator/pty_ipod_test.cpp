@@ -11,7 +11,7 @@
 #include "faults/fault_text.h"
 #include "hex.h"
 #include "host_end.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 namespace simulator {
 namespace {

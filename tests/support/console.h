@@ -9,10 +9,10 @@
 /// What `action` prints while the debug flag is `flag`.
 template <class Action>
 std::string printed(uint8_t flag, const Action& action) {
-  const uint8_t before = debugFlag.exchange(flag);
+  const uint8_t before = ipodctl::debugFlag.exchange(flag);
   testing::internal::CaptureStdout();
   action();
-  debugFlag = before;
+  ipodctl::debugFlag = before;
   return testing::internal::GetCapturedStdout();
 }
 

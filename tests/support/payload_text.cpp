@@ -17,8 +17,8 @@ unsigned digit(char character) {
 
 }  // namespace
 
-host_test::Bytes bytesOf(const std::string& payload) {
-  host_test::Bytes bytes;
+Bytes bytesOf(const std::string& payload) {
+  Bytes bytes;
   for (std::size_t i = 0; i < payload.size(); ++i) {
     if (payload[i] == ' ') continue;
     const unsigned high = digit(payload[i]);
@@ -27,7 +27,7 @@ host_test::Bytes bytesOf(const std::string& payload) {
   return bytes;
 }
 
-std::string payloadText(const host_test::Bytes& bytes) {
+std::string payloadText(const Bytes& bytes) {
   std::string text;
   for (const std::uint8_t byte : bytes) {
     if (!text.empty()) text += ' ';
@@ -38,5 +38,5 @@ std::string payloadText(const host_test::Bytes& bytes) {
 }
 
 std::string textBytes(const std::string& text) {
-  return ' ' + payloadText(host_test::Bytes(text.begin(), text.end())) + " 00";
+  return ' ' + payloadText(Bytes(text.begin(), text.end())) + " 00";
 }

@@ -7,9 +7,9 @@
 /// Payloads as tests write them: pairs of hexadecimal digits with blanks between, "04 00 18 05".
 
 /// Throws std::invalid_argument for anything else.
-host_test::Bytes bytesOf(const std::string& payload);
+Bytes bytesOf(const std::string& payload);
 
-std::string payloadText(const host_test::Bytes& bytes);
+std::string payloadText(const Bytes& bytes);
 
 /// A text's bytes and the final 00 that iPods send, to stand behind a payload's other bytes.
 std::string textBytes(const std::string& text);

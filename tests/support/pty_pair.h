@@ -26,11 +26,10 @@
 #include <utility>
 #include <vector>
 
+#include "support/bytes.h"
 #include "support/patience.h"
 
 namespace host_test {
-
-using Bytes = std::vector<std::uint8_t>;
 
 // The near end is raw from the start, so nothing is echoed or translated before a device opens it.
 class PtyPair {

@@ -12,8 +12,6 @@
 
 #include "support/payload_text.h"
 
-using host_test::Bytes;
-
 namespace {
 
 /// The payload of a frame that settle() writes behind the library's; no lingo that it knows.

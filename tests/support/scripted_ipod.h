@@ -82,7 +82,7 @@ class ScriptedIpod {
 
   struct PendingReply {
     Clock::time_point due;
-    host_test::Bytes frame;
+    Bytes frame;
   };
 
   static constexpr const char* kRefusal = "00 02 05 00";
@@ -126,7 +126,7 @@ class ScriptedIpod {
 
   // Of the iPod's thread.
   std::vector<PendingReply> pending;
-  std::vector<host_test::Bytes> heldReplies;
+  std::vector<Bytes> heldReplies;
 
   std::thread thread;
 };

@@ -9,7 +9,6 @@
 #include "support/device_calls.h"
 #include "support/payload_text.h"
 
-using host_test::Bytes;
 using host_test::openDevice;
 using host_test::OwnedHandle;
 using host_test::readDevice;

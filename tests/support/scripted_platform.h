@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "support/message_bytes.h"
+#include "support/bytes.h"
 
 /// What a read of the scripted device gives: some bytes (perhaps none), a failure, or, before
 /// either, something that happens meanwhile.

@@ -3,8 +3,6 @@
 #include <cstddef>
 #include <numeric>
 
-using host_test::Bytes;
-
 namespace {
 
 constexpr std::uint8_t kSync = 0xFF;

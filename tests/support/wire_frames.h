@@ -8,7 +8,7 @@
 enum class WireKind { kUsb, kSerial };
 
 /// A payload in its frame; the long form when the payload does not fit the short one.
-host_test::Bytes frameOf(const host_test::Bytes& payload, WireKind kind);
+Bytes frameOf(const Bytes& payload, WireKind kind);
 
 /// Cuts the library's frames out of the bytes that it writes. It is strict: a byte that belongs to
 /// no frame, and a frame with a wrong checksum, comes out as an error. Sync bytes alone are
@@ -19,10 +19,10 @@ class FrameCutter {
 
   struct Piece {
     bool good;
-    host_test::Bytes bytes;  ///< the payload, or what is wrong
+    Bytes bytes;  ///< the payload, or what is wrong
   };
 
-  void feed(const host_test::Bytes& bytes);
+  void feed(const Bytes& bytes);
 
   /// The next piece, none when more bytes are needed.
   std::optional<Piece> next();
@@ -31,5 +31,5 @@ class FrameCutter {
   Piece cut(std::size_t count, bool good, std::size_t payloadStart, std::size_t payloadLength);
 
   WireKind kind;
-  host_test::Bytes buffered;
+  Bytes buffered;
 };

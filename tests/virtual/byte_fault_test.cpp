@@ -1,11 +1,11 @@
 #include "virtual/byte_fault.h"
 
 #include <gtest/gtest.h>
+#include "support/bytes.h"
 
 namespace virtual_platform {
 namespace {
 
-using Bytes = std::vector<BYTE>;
 using Kind = ByteFault::Kind;
 
 Bytes carried(const ByteFault& fault) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "support/bytes.h"
 #include "virtual/failures.h"
 #include "virtual/virtual_world.h"
 
@@ -14,7 +15,6 @@ namespace virtual_platform {
 namespace {
 
 using std::chrono::milliseconds;
-using Bytes = std::vector<BYTE>;
 
 // Delivers bytes at a time and takes a few bytes.
 class ScriptedDevice final : public VirtualDevice {

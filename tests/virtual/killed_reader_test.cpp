@@ -8,6 +8,8 @@
 #include "link/usb_transport.h"
 #include "virtual/virtual_session.h"
 
+using namespace ipodctl;
+
 namespace virtual_session {
 namespace {
 

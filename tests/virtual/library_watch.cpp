@@ -6,6 +6,8 @@
 #include "api/library_state.h"
 #include "virtual/named_object.h"
 
+using namespace ipodctl;
+
 namespace virtual_session {
 namespace {
 

@@ -24,11 +24,11 @@ class LibraryWatch {
  private:
   static constexpr std::size_t kValues = 6;
   using Values = std::array<int64_t, kValues>;
-  using TreeBytes = std::array<unsigned char, sizeof(BrowseTree)>;
+  using TreeBytes = std::array<unsigned char, sizeof(ipodctl::BrowseTree)>;
 
   void look();
   void nameLock();
-  void lookAtTree(const BrowseTree& tree, TreeBytes& known, const char* name);
+  void lookAtTree(const ipodctl::BrowseTree& tree, TreeBytes& known, const char* name);
   static Values read();
 
   virtual_platform::VirtualWorld& world;

@@ -13,6 +13,8 @@
 #include "support/small_library.h"
 #include "virtual/virtual_session.h"
 
+using namespace ipodctl;
+
 namespace virtual_session {
 namespace {
 

@@ -15,6 +15,8 @@
 #include "virtual/story.h"
 #include "virtual/sweep.h"
 
+using namespace ipodctl;
+
 namespace virtual_session {
 namespace {
 

@@ -15,17 +15,17 @@ class Said final : public Output {
   bool isIntact() const override { return true; }
   std::string words() const override { return text; }
 
-  void say(const ByteString& said) {
+  void say(const ipodctl::ByteString& said) {
     text.clear();
     append(said);
   }
-  void say(const ImageLimits& said) {
+  void say(const ipodctl::ImageLimits& said) {
     text = std::to_string(said.width) + "x" + std::to_string(said.height);
   }
   /// In the order of their indexes: one that is late comes last.
-  void say(const RecordList& said) {
-    std::map<uint32_t, const ByteString*> names;
-    for (const RecordEntry& entry : said)
+  void say(const ipodctl::RecordList& said) {
+    std::map<uint32_t, const ipodctl::ByteString*> names;
+    for (const ipodctl::RecordEntry& entry : said)
       names[entry.index] = &entry.name;
     text.clear();
     for (const auto& [index, name] : names)
@@ -37,7 +37,7 @@ class Said final : public Output {
   }
 
  private:
-  void append(const ByteString& said) {
+  void append(const ipodctl::ByteString& said) {
     for (uint32_t i = 0; i < said.size(); ++i)
       text += wordsOf(static_cast<unsigned char>(said[i]));
   }
@@ -53,12 +53,13 @@ class SerialHost {
   /// Makes the controller if there is none yet.
   static void prepare() { controller(); }
 
-  void act(const char* name, const std::function<bool(IpodController&)>& operation) {
+  void act(const char* name, const std::function<bool(ipodctl::IpodController&)>& operation) {
     host.call(name, [&] { return operation(controller()) ? 1 : 0; });
   }
 
   template <class Value>
-  void ask(const char* name, const std::function<bool(IpodController&, Value&)>& operation) {
+  void ask(const char* name,
+           const std::function<bool(ipodctl::IpodController&, Value&)>& operation) {
     Said said;
     const auto asked = [&] {
       Value value{};
@@ -74,8 +75,8 @@ class SerialHost {
   }
 
  private:
-  static IpodController& controller() {
-    static IpodController one(kSerialLink);
+  static ipodctl::IpodController& controller() {
+    static ipodctl::IpodController one(ipodctl::kSerialLink);
     return one;
   }
 

@@ -6,6 +6,8 @@
 #include "virtual/serial_host.h"
 #include "virtual/virtual_session.h"
 
+using namespace ipodctl;
+
 namespace virtual_session {
 namespace {
 

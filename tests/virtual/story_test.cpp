@@ -13,6 +13,8 @@
 #include "virtual/forged_frame.h"
 #include "virtual/virtual_session.h"
 
+using namespace ipodctl;
+
 namespace virtual_session {
 namespace {
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include "support/bytes.h"
 #include "support/small_library.h"
 #include "virtual/virtual_world.h"
 
@@ -11,7 +12,6 @@ namespace virtual_platform {
 namespace {
 
 using std::chrono::milliseconds;
-using Bytes = std::vector<BYTE>;
 
 const Bytes kSixBytes(6, 0x00);
 

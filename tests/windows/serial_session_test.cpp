@@ -8,6 +8,8 @@
 #include "controller/ipod_controller.h"
 #include "support/eventually.h"
 
+using namespace ipodctl;
+
 namespace {
 
 using session::eventually;
