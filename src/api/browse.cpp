@@ -17,10 +17,10 @@ const int* currentIndex() { return browseTree.ipodLevelIndex[browseTree.ipodLeve
 
 int32_t firstIndex(bool playAll) { return playAll ? kPlayAllEntry : 0; }
 
-const int* openTree(int32_t type) {
+const int* openTree(Category type) {
   BrowseTree& tree = browseTree;
   tree.ipodLevelIndex[0] = -1;
-  tree.ipodLevelType[0] = kNoType;
+  tree.ipodLevelType[0] = Category::kNone;
   tree.ipodLevelCount[0] = -1;
   tree.ipodPlayAll[0] = 0;
   tree.ipodLevelIndex[kTopLevel] = 0;
@@ -28,20 +28,20 @@ const int* openTree(int32_t type) {
   tree.ipodLevel = kTopLevel;
   ipodController.ResetDbSelection();
   uint32_t count = countRecords(topLevelCategory(type));
-  if (type == kPlaylists) --count;
+  if (type == Category::kPlaylists) --count;
   tree.ipodLevelIndex[kTopLevel] =
-      type == kPlaylists ? kFirstOfferedPlaylist : firstIndex(hasPlayAll(type));
+      type == Category::kPlaylists ? kFirstOfferedPlaylist : firstIndex(hasPlayAll(type));
   tree.openList(kTopLevel, count, allowsTabs(type), hasPlayAll(type));
   return currentIndex();
 }
 
-const int* openCurrentItem(int32_t type, bool tracksOfSelection) {
+const int* openCurrentItem(Category type, bool tracksOfSelection) {
   BrowseTree& tree = browseTree;
   const int32_t parent = tree.ipodLevel;
   const int32_t level = parent + 1;
   if (level >= kLevelCount) return nullptr;
   const bool playAll = tracksOfSelection || hasPlayAll(type);
-  tree.ipodLevelType[level] = tracksOfSelection ? kTracks : type;
+  tree.ipodLevelType[level] = tracksOfSelection ? Category::kTracks : type;
   tree.ipodLevel = level;
   countRecords(tree.ipodLevelType[parent]);
   if (level == kTopLevel) {
@@ -65,10 +65,10 @@ const int* move(void (BrowseTree::*step)()) {
 }
 
 /// Asks the iPod whether the current item leads to tracks, and takes the question's selection back.
-bool leadsToTracks(int32_t type, int32_t index) {
+bool leadsToTracks(Category type, RecordIndex index) {
   selectRecord(type, index);
   const uint32_t tracks = countTracks();
-  selectRecord(type, -1);
+  selectRecord(type, kNoRecord);
   return tracks != 0;
 }
 
@@ -76,17 +76,17 @@ bool currentItemIsEmpty() {
   const BrowseTree& tree = browseTree;
   const int32_t level = tree.ipodLevel;
   if (tree.ipodLevelCount[level] <= 0) return true;
-  if (tree.showsTabs(level) || tree.ipodLevelType[level] == kTracks) return false;
+  if (tree.showsTabs(level) || tree.ipodLevelType[level] == Category::kTracks) return false;
   return !leadsToTracks(tree.ipodLevelType[level], tree.ipodLevelIndex[level]);
 }
 
 /// The count of the current list's type, without the whole library and one playlist more.
 uint32_t countMediaFiles() {
   constexpr uint32_t kPlaylistsNotCounted = 2;
-  const int32_t type = browseTree.ipodLevelType[browseTree.ipodLevel];
-  if (!isBrowseType(type)) return 0;
+  const Category type = browseTree.ipodLevelType[browseTree.ipodLevel];
+  if (!isListed(type)) return 0;
   const uint32_t count = countRecords(type);
-  return type == kPlaylists && count != 0 ? count - kPlaylistsNotCounted : count;
+  return type == Category::kPlaylists && count != 0 ? count - kPlaylistsNotCounted : count;
 }
 
 }  // namespace
@@ -96,8 +96,9 @@ using namespace ipodctl;
 
 const int* IPODCTL_CALL IpodGetFirstItem(int descend, int type, int tracksOfSelection) {
   const LibraryLockHold lock;
-  if (!lock || !isBrowseType(type)) return nullptr;
-  return descend == 0 ? openTree(type) : openCurrentItem(type, tracksOfSelection != 0);
+  const Category category = categoryOfType(type);
+  if (!lock || category == Category::kNone) return nullptr;
+  return descend == 0 ? openTree(category) : openCurrentItem(category, tracksOfSelection != 0);
 }
 
 const int* IPODCTL_CALL IpodGetNextItem(void) { return move(&BrowseTree::moveToNext); }
@@ -116,7 +117,7 @@ const int* IPODCTL_CALL IpodGetParentItem(void) {
   tree.leaveLevel();
   const int32_t parent = tree.ipodLevel;
   if (parent == 0) return nullptr;
-  selectRecord(tree.ipodLevelType[parent], -1);
+  selectRecord(tree.ipodLevelType[parent], kNoRecord);
   countRecords(tree.ipodLevelType[parent]);
   return currentIndex();
 }
@@ -130,12 +131,12 @@ int IPODCTL_CALL IpodIsPlayAll(void) { return browseTree.onPlayAll(browseTree.ip
 
 int IPODCTL_CALL IpodIsTrack(void) {
   const LibraryLockHold lock;
-  return lock && browseTree.ipodLevelType[browseTree.ipodLevel] == kTracks ? 1 : 0;
+  return lock && browseTree.ipodLevelType[browseTree.ipodLevel] == Category::kTracks ? 1 : 0;
 }
 
 int IPODCTL_CALL IpodGetType(void) {
   const LibraryLockHold lock;
-  return lock ? browseTree.ipodLevelType[browseTree.ipodLevel].get() : 0;
+  return lock ? typeOfCategory(browseTree.ipodLevelType[browseTree.ipodLevel]) : 0;
 }
 
 int IPODCTL_CALL IpodIsTabActive(void) { return browseTree.ipodEnableTab[browseTree.ipodLevel]; }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "api/ipodctl.h"
+
 namespace ipodctl {
 
 BrowseTree browseTree;
@@ -9,20 +11,7 @@ BrowseTree upDownTree;
 
 namespace {
 
-enum SortOrder : uint8_t {
-  kSortByGenre = 0,
-  kSortByArtist = 1,
-  kSortByAlbum = 3,
-  kSortByName = 4,
-  kSortByDefault = 255,
-};
-
-/// The iPod's categories of the last three types, whose numbers differ from the types'.
-enum Category : uint8_t {
-  kComposerCategory = 6,
-  kAudiobookCategory = 7,
-  kPodcastCategory = 8,
-};
+constexpr int kNoType = -1;
 
 uint32_t roundedUpQuotient(uint32_t dividend, uint32_t divisor) {
   return dividend / divisor + (dividend % divisor != 0 ? 1 : 0);
@@ -30,45 +19,60 @@ uint32_t roundedUpQuotient(uint32_t dividend, uint32_t divisor) {
 
 }  // namespace
 
-bool isBrowseType(int32_t type) { return type >= kPlaylists && type <= kType8; }
+Category categoryOfType(int type) {
+  return type >= IPOD_PLAYLISTS && type <= IPOD_TYPE_8 ? static_cast<Category>(type)
+                                                       : Category::kNone;
+}
 
-bool allowsTabs(int32_t type) { return type >= kPlaylists && type <= kGenres; }
+int typeOfCategory(Category category) {
+  return category == Category::kNone ? kNoType : static_cast<int>(category);
+}
 
-bool hasPlayAll(int32_t type) { return type == kArtists || type == kAlbums; }
+bool isListed(Category category) {
+  return category >= Category::kPlaylists && category <= Category::kPodcasts;
+}
 
-uint8_t topLevelCategory(int32_t type) {
-  switch (type) {
-    case kType6:
-      return kAudiobookCategory;
-    case kType7:
-      return kPodcastCategory;
-    case kType8:
-      return kComposerCategory;
+bool allowsTabs(Category category) {
+  return category >= Category::kPlaylists && category <= Category::kGenres;
+}
+
+bool hasPlayAll(Category category) {
+  return category == Category::kArtists || category == Category::kAlbums;
+}
+
+Category topLevelCategory(Category category) {
+  switch (category) {
+    case Category{IPOD_TYPE_6}:
+      return Category::kAudiobooks;
+    case Category{IPOD_TYPE_7}:
+      return Category::kPodcasts;
+    case Category{IPOD_TYPE_8}:
+      return Category::kComposers;
     default:
-      return static_cast<uint8_t>(type);
+      return category;
   }
 }
 
-uint8_t sortOrderOf(int32_t type) {
-  switch (type) {
-    case kPlaylists:
-    case kTracks:
-      return kSortByName;
-    case kArtists:
-      return kSortByArtist;
-    case kAlbums:
-      return kSortByAlbum;
-    case kGenres:
-      return kSortByGenre;
+SortOrder sortOrderOf(Category category) {
+  switch (category) {
+    case Category::kPlaylists:
+    case Category::kTracks:
+      return SortOrder::kName;
+    case Category::kArtists:
+      return SortOrder::kArtist;
+    case Category::kAlbums:
+      return SortOrder::kAlbum;
+    case Category::kGenres:
+      return SortOrder::kGenre;
     default:
-      return kSortByDefault;
+      return SortOrder::kDefault;
   }
 }
 
 void BrowseTree::clear() {
   for (int32_t level = 0; level < kLevelCount; ++level) {
     ipodLevelCount[level] = -1;
-    ipodLevelType[level] = kNoType;
+    ipodLevelType[level] = Category::kNone;
     ipodLevelIndex[level] = -1;
     ipodLevelEnd[level] = -1;
     ipodLevelStart[level] = -1;
@@ -135,7 +139,7 @@ void BrowseTree::leaveLevel() {
   ipodLevelTab[level] = -1;
   ipodLevelEnd[level] = -1;
   ipodLevelStart[level] = -1;
-  ipodLevelType[level] = kNoType;
+  ipodLevelType[level] = Category::kNone;
   ipodLevelTabCount[level] = -1;
   ipodTabVisualization[level] = 0;
   ipodEnableTab[level] = 0;

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "base/shared_value.h"
+#include "lingo/database.h"
 
 namespace ipodctl {
 
@@ -18,39 +19,33 @@ constexpr int32_t ipodTabSize = 35;
 /// The index of the play-all entry, and the tab of the play-all tab.
 constexpr int32_t kPlayAllEntry = -1;
 
-/// What a list holds; also the database category that is asked for its records. The iPod's own
-/// numbers for what types 6 to 8 are called are others.
-enum BrowseType : int32_t {
-  kNoType = -1,
-  kPlaylists = 1,
-  kArtists = 2,
-  kAlbums = 3,
-  kGenres = 4,
-  kTracks = 5,
-  kType6 = 6,
-  kType7 = 7,
-  kType8 = 8,
-};
+/// The category that the host means by a type, kNone when there is no such type.
+Category categoryOfType(int type);
 
-bool isBrowseType(int32_t type);
+/// The host's number for what a list holds, -1 when no list is open.
+int typeOfCategory(Category category);
+
+/// True for the categories that a list can hold.
+bool isListed(Category category);
 
 /// True for the lists that are split into tabs when they are long.
-bool allowsTabs(int32_t type);
+bool allowsTabs(Category category);
 
 /// True for the lists that begin with a play-all entry.
-bool hasPlayAll(int32_t type);
+bool hasPlayAll(Category category);
 
-/// The category whose records are counted when a new tree opens with this type.
-uint8_t topLevelCategory(int32_t type);
+/// The category whose records are counted when a new tree opens with this list: the host's types 6
+/// to 8 are audiobooks, podcasts and composers there, and the categories of their numbers below.
+Category topLevelCategory(Category category);
 
 /// The sort order of a sorted record selection.
-uint8_t sortOrderOf(int32_t type);
+SortOrder sortOrderOf(Category category);
 
 /// Where the host stands in the iPod's lists, level by level.
 struct BrowseTree {
   SharedValue<int32_t> ipodLevel;
   SharedValue<int32_t> ipodLevelCount[kLevelCount];  ///< items in the list
-  SharedValue<int32_t> ipodLevelType[kLevelCount];   ///< BrowseType
+  SharedValue<Category> ipodLevelType[kLevelCount];  ///< what the list holds
   SharedValue<int> ipodLevelIndex[kLevelCount];      ///< current item; the host reads it itself
   SharedValue<int32_t> ipodLevelEnd[kLevelCount];    ///< next and previous stay below this
   SharedValue<int32_t> ipodLevelStart[kLevelCount];  ///< and not below this

@@ -7,27 +7,25 @@
 
 namespace ipodctl {
 
-uint32_t countRecords(int32_t type) {
+uint32_t countRecords(Category category) {
   uint32_t count = 0;
-  ipodController.GetDbRecordCount(static_cast<uint8_t>(type), count);
+  ipodController.GetDbRecordCount(category, count);
   return count;
 }
 
-uint32_t countTracks() { return countRecords(kTracks); }
+uint32_t countTracks() { return countRecords(Category::kTracks); }
 
-void selectRecord(int32_t type, int32_t index) {
-  ipodController.SelectDbRecord(static_cast<uint8_t>(type), static_cast<uint32_t>(index));
+void selectRecord(Category category, RecordIndex index) {
+  ipodController.SelectDbRecord(category, index);
 }
 
-void selectRecordSorted(int32_t type, int32_t index, int32_t sortType) {
-  ipodController.SelectSortDbRecord(static_cast<uint8_t>(type), static_cast<uint32_t>(index),
-                                    sortOrderOf(sortType));
+void selectRecordSorted(Category category, RecordIndex index, Category below) {
+  ipodController.SelectSortDbRecord(category, index, sortOrderOf(below));
 }
 
-bool retrieveName(int32_t type, int32_t index, ByteString& name) {
+bool retrieveName(Category category, RecordIndex index, ByteString& name) {
   RecordList records;
-  ipodController.RetrieveDbRecords(static_cast<uint8_t>(type), static_cast<uint32_t>(index), 1,
-                                   records);
+  ipodController.RetrieveDbRecords(category, index, 1, records);
   if (records.empty()) return false;
   name = std::move(records[0].name);
   return true;

@@ -3,25 +3,27 @@
 #include <cstdint>
 
 #include "base/text_string.h"
+#include "lingo/database.h"
 
 namespace ipodctl {
 
-/// The exports' words for the iPod's database. A type is a BrowseType and goes to the iPod as the
-/// category; an index of -1 chooses no record. Callers hold the library lock; only a count may be
-/// asked without it.
+/// The exports' requests to the iPod's database. Callers hold the library lock; only countRecords
+/// may be called without it.
 
-/// The number of records of a type under the present selection, 0 when the iPod does not answer.
-uint32_t countRecords(int32_t type);
+/// The number of records of a category under the present selection, 0 when the iPod does not
+/// answer.
+uint32_t countRecords(Category category);
 
 /// The number of tracks under the present selection.
 uint32_t countTracks();
 
-void selectRecord(int32_t type, int32_t index);
+/// kNoRecord undoes the selection.
+void selectRecord(Category category, RecordIndex index);
 
-/// Selects a record so that what is below it comes in the sort order of `sortType`.
-void selectRecordSorted(int32_t type, int32_t index, int32_t sortType);
+/// Selects a record; the list below it, of the category `below`, is sorted as its records are.
+void selectRecordSorted(Category category, RecordIndex index, Category below);
 
 /// The name of one record; false when none came.
-bool retrieveName(int32_t type, int32_t index, ByteString& name);
+bool retrieveName(Category category, RecordIndex index, ByteString& name);
 
 }  // namespace ipodctl

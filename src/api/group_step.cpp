@@ -20,7 +20,7 @@ bool sameText(const ByteString& left, const ByteString& right) {
 /// A group is the tracks in a row whose artist (or album) has the same name; no name is a name too.
 class GroupWalk {
  public:
-  GroupWalk(int32_t groupType, uint32_t startTrack, bool goForward)
+  GroupWalk(Category groupType, RecordIndex startTrack, bool goForward)
       : type(groupType),
         start(startTrack),
         forward(goForward),
@@ -28,7 +28,7 @@ class GroupWalk {
         count(countTracks()),
         track(start) {}
 
-  uint32_t position() const { return track; }
+  RecordIndex position() const { return static_cast<RecordIndex>(track); }
   bool cameRound() const { return track == start; }
 
   /// Goes on to the first track of another group, which is the group from then on; false when there
@@ -60,15 +60,15 @@ class GroupWalk {
 
   ByteString nameOf(uint32_t index) const {
     ByteString name;
-    if (type == kArtists) {
-      ipodController.GetTrackArtist(index, name);
+    if (type == Category::kArtists) {
+      ipodController.GetTrackArtist(static_cast<RecordIndex>(index), name);
     } else {
-      ipodController.GetTrackAlbum(index, name);
+      ipodController.GetTrackAlbum(static_cast<RecordIndex>(index), name);
     }
     return name;
   }
 
-  const int32_t type;
+  const Category type;
   const uint32_t start;
   const bool forward;
   ByteString group;
@@ -78,8 +78,8 @@ class GroupWalk {
 };
 
 /// In a list of level 1: by the names of the tracks around the playing one.
-bool stepAmongTracks(int32_t type, bool forward) {
-  uint32_t playing = 0;
+bool stepAmongTracks(Category type, bool forward) {
+  RecordIndex playing = kNoRecord;
   if (!ipodController.GetCurrentTrackIndex(playing)) return false;
   GroupWalk walk(type, playing, forward);
   if (!walk.leaveGroup()) return false;
@@ -98,12 +98,12 @@ int64_t neighbourOf(int64_t index, int64_t first, int64_t count, bool forward) {
 
 /// Below a list: to the next record of that list.
 bool stepAmongRecords(bool forward) {
-  const int32_t type = upDownTree.ipodLevelType[kTopLevel];
+  const Category type = upDownTree.ipodLevelType[kTopLevel];
   ipodController.ResetDbSelection();
   const auto count = static_cast<int32_t>(countRecords(type));
   const int32_t index = upDownTree.ipodLevelIndex[kTopLevel];
   if (index == kPlayAllEntry) return false;
-  const int32_t first = type == kPlaylists ? 1 : 0;
+  const int32_t first = type == Category::kPlaylists ? 1 : 0;
   const auto neighbour = static_cast<int32_t>(neighbourOf(index, first, count, forward));
   selectRecordSorted(type, neighbour, type);
   countTracks();
@@ -116,10 +116,11 @@ bool stepAmongRecords(bool forward) {
 
 bool stepToGroup(bool forward) {
   const int32_t upDownLevel = upDownTree.ipodLevel;
-  const int32_t type = upDownTree.ipodLevelType[kTopLevel];
+  const Category type = upDownTree.ipodLevelType[kTopLevel];
   if (upDownLevel == 0) return false;
   if (upDownLevel > kTopLevel) return stepAmongRecords(forward);
-  return (type == kArtists || type == kAlbums) && stepAmongTracks(type, forward);
+  return (type == Category::kArtists || type == Category::kAlbums) &&
+         stepAmongTracks(type, forward);
 }
 
 }  // namespace ipodctl

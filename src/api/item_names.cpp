@@ -17,7 +17,7 @@ constexpr char kLabelJoint[] = " - ";
 constexpr uint32_t kLabelJointLength = sizeof(kLabelJoint) - 1;
 
 /// Appends the beginning of a record's name to a label; nothing when no record came.
-char* addName(char* end, int32_t type, int32_t index) {
+uint8_t* addName(uint8_t* end, Category type, RecordIndex index) {
   ByteString name;
   retrieveName(type, index, name);
   const uint32_t count = std::min(name.size(), kLabelChars);
@@ -27,9 +27,9 @@ char* addName(char* end, int32_t type, int32_t index) {
 }
 
 void writeTabLabel(const BrowseTree& tree, int32_t level, const TextBuffers& buffers) {
-  const int32_t type = tree.ipodLevelType[level];
-  char label[kLabelChars + kLabelJointLength + kLabelChars];
-  char* end = addName(label, type, tree.ipodLevelTab[level] * ipodTabSize);
+  const Category type = tree.ipodLevelType[level];
+  uint8_t label[kLabelChars + kLabelJointLength + kLabelChars];
+  uint8_t* end = addName(label, type, tree.ipodLevelTab[level] * ipodTabSize);
   end = std::copy_n(kLabelJoint, kLabelJointLength, end);
   end = addName(end, type, tree.ipodLevelEnd[level] - 1);
   writeText(label, static_cast<uint32_t>(end - label), buffers);
@@ -64,7 +64,7 @@ void writeCurrentName(const BrowseTree& tree, const TextBuffers& buffers) {
 /// that the playing list came from is made again afterwards.
 void writeParentName(const BrowseTree& tree, int32_t parent, const TextBuffers& buffers) {
   constexpr int32_t kSortedLevel = 2;
-  selectRecord(tree.ipodLevelType[parent], -1);
+  selectRecord(tree.ipodLevelType[parent], kNoRecord);
   countRecords(tree.ipodLevelType[parent]);
   writeItemName(tree, parent, buffers);
   if (parent == kSortedLevel) {

@@ -9,47 +9,48 @@
 namespace ipodctl {
 namespace {
 
-constexpr uint32_t kModeCount = 3;
+constexpr int kModeCount = 3;
 
-/// A play mode: the iPod's commands for it and the words for its three values.
-struct PlayMode {
-  bool (IpodControllerBase::*set)(uint8_t mode);
-  bool (IpodControllerBase::*get)(uint32_t& mode);
+/// Shuffle or repeat: the iPod's commands for it and the words for its three modes.
+struct ModeSetting {
+  bool (IpodControllerBase::*set)(PlayMode mode);
+  bool (IpodControllerBase::*get)(PlayMode& mode);
   const char* setTexts[kModeCount];
   const char* getTexts[kModeCount];
 };
 
-constexpr PlayMode kShuffle = {
+constexpr ModeSetting kShuffle = {
     &IpodControllerBase::SetShuffle,
     &IpodControllerBase::GetShuffle,
     {"\nShuffle Off\n", "\nShuffle tracks activated\n", "\nShuffle album activated\n"},
     {"\nThe shuffle is off\n", "\nThe shuffle is active in mode Tracks\n",
      "\nThe shuffle is active in mode Albums\n"}};
 
-constexpr PlayMode kRepeat = {
+constexpr ModeSetting kRepeat = {
     &IpodControllerBase::SetRepeat,
     &IpodControllerBase::GetRepeat,
     {"\nRepeat Off\n", "\nRepeat tracks activated\n", "\nRepeat album activated\n"},
     {"\nThe Repeat is off\n", "\nThe Repeat is active in mode Tracks\n",
      "\nThe Repeat is active in mode Albums\n"}};
 
-int setMode(const PlayMode& playMode, int hostMode) {
+int setMode(const ModeSetting& setting, int hostMode) {
   const LibraryLockHold lock;
   if (!lock || hostMode < IPOD_MODE_OFF || hostMode > IPOD_MODE_ALBUMS) return 0;
-  const auto mode = static_cast<uint8_t>(hostMode - IPOD_MODE_OFF);
-  (ipodController.*playMode.set)(mode);
-  std::printf("%s", playMode.setTexts[mode]);
+  const int mode = hostMode - IPOD_MODE_OFF;
+  (ipodController.*setting.set)(static_cast<PlayMode>(mode));
+  std::printf("%s", setting.setTexts[mode]);
   return 0;
 }
 
-int getMode(const PlayMode& playMode, int* hostMode) {
+int getMode(const ModeSetting& setting, int* hostMode) {
   const LibraryLockHold lock;
   if (!lock) return 0;
-  uint32_t mode = kModeCount;  // none of them, when the iPod does not answer
-  (ipodController.*playMode.get)(mode);
+  PlayMode current{};
+  if (!(ipodController.*setting.get)(current)) return 0;
+  const auto mode = static_cast<int>(current);
   if (mode >= kModeCount) return 0;
-  std::printf("%s", playMode.getTexts[mode]);
-  if (hostMode != nullptr) *hostMode = static_cast<int>(mode) + IPOD_MODE_OFF;
+  std::printf("%s", setting.getTexts[mode]);
+  if (hostMode != nullptr) *hostMode = mode + IPOD_MODE_OFF;
   return 0;
 }
 

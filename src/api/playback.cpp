@@ -12,19 +12,6 @@
 namespace ipodctl {
 namespace {
 
-/// PlayControl's codes that the library chooses itself; the host's codes 1 to 9 go out as they are.
-enum PlayControlCode : uint8_t {
-  kTogglePlayPause = 1,
-  kNextTrack = 3,
-  kPreviousTrack = 4,
-  kPlay = 10,
-  kPause = 11,
-};
-
-constexpr uint32_t kStatePlaying = 1;
-constexpr uint32_t kStatePaused = 2;
-constexpr uint32_t kNoTrack = 0xFFFFFFFF;
-
 // How far into a track, in ms, "previous" means the track before it, and from when on it means the
 // start of this one. At exactly 3000 ms it means neither.
 constexpr uint32_t kPreviousTrackBelow = 3000;
@@ -33,10 +20,10 @@ constexpr uint32_t kRestartFrom = 3001;
 struct PlayStatus {
   uint32_t trackLength = 0;  ///< ms
   uint32_t position = 0;     ///< ms
-  uint32_t state = 0;
+  PlayState state = PlayState::kStopped;
 
-  bool playing() const { return state == kStatePlaying; }
-  bool active() const { return playing() || state == kStatePaused; }
+  bool playing() const { return state == PlayState::kPlaying; }
+  bool active() const { return playing() || state == PlayState::kPaused; }
 };
 
 PlayStatus playStatus() {
@@ -47,13 +34,13 @@ PlayStatus playStatus() {
 
 /// Where playback stands in the current selection.
 struct PlayingTrack {
-  uint32_t index = 0;
+  RecordIndex index = 0;
   uint32_t count = 0;
   bool known = false;  ///< the iPod told the index
 
   bool isFirst() const { return index == 0; }
-  bool isNone() const { return index == kNoTrack; }
-  uint32_t last() const { return count - 1; }
+  bool isNone() const { return index == kNoRecord; }
+  RecordIndex last() const { return static_cast<RecordIndex>(count - 1); }
 };
 
 PlayingTrack playingTrack() {
@@ -67,7 +54,7 @@ enum class IndexChange { kNone, kMoved, kUnknown };
 
 /// What has become of the playing index since it was read.
 IndexChange changeSince(const PlayingTrack& track) {
-  uint32_t index = 0;
+  RecordIndex index = 0;
   if (!ipodController.GetCurrentTrackIndex(index)) return IndexChange::kUnknown;
   return index == track.index ? IndexChange::kNone : IndexChange::kMoved;
 }
@@ -82,15 +69,15 @@ void playNextTrack() {
       return;
     }
   }
-  ipodController.PlayControl(kNextTrack);
+  ipodController.PlayControl(PlayControlCode::kNextTrack);
 }
 
 /// The iPod may take "previous" for the track before where the library wants this one again: then
 /// it goes forward once.
 void restartTrack(const PlayingTrack& track, uint32_t position) {
-  ipodController.PlayControl(kPreviousTrack);
+  ipodController.PlayControl(PlayControlCode::kPreviousTrack);
   if (position >= kRestartFrom && changeSince(track) == IndexChange::kMoved) {
-    ipodController.PlayControl(kNextTrack);
+    ipodController.PlayControl(PlayControlCode::kNextTrack);
   }
 }
 
@@ -112,31 +99,32 @@ void playPreviousTrack() {
 /// The iPod may take "previous" for a restart where the track before is wanted: then once more.
 void playTrackBefore() {
   if (!playStatus().active()) {
-    selectRecord(kTracks, 0);
+    selectRecord(Category::kTracks, 0);
     return;
   }
   const PlayingTrack track = playingTrack();
   if (!track.known) return;
   if (track.isFirst() || track.isNone()) {
-    selectRecord(kTracks, static_cast<int32_t>(track.last()));
+    selectRecord(Category::kTracks, track.last());
     return;
   }
-  ipodController.PlayControl(kPreviousTrack);
-  if (changeSince(track) == IndexChange::kNone) ipodController.PlayControl(kPreviousTrack);
+  ipodController.PlayControl(PlayControlCode::kPreviousTrack);
+  if (changeSince(track) == IndexChange::kNone)
+    ipodController.PlayControl(PlayControlCode::kPreviousTrack);
 }
 
 /// True when something was done. An iPod that has only the toggle is left alone when it plays.
 bool play() {
   if (ipodHasPlayPause) {
     if (ipodPlayDelayFlag) taskSleepMicro(0);
-    if (ipodController.PlayControl(kPlay)) return true;
+    if (ipodController.PlayControl(PlayControlCode::kPlay)) return true;
   }
-  return !playStatus().playing() && ipodController.PlayControl(kTogglePlayPause);
+  return !playStatus().playing() && ipodController.PlayControl(PlayControlCode::kTogglePlayPause);
 }
 
 void pause() {
-  if (ipodHasPlayPause && ipodController.PlayControl(kPause)) return;
-  if (playStatus().playing()) ipodController.PlayControl(kTogglePlayPause);
+  if (ipodHasPlayPause && ipodController.PlayControl(PlayControlCode::kPause)) return;
+  if (playStatus().playing()) ipodController.PlayControl(PlayControlCode::kTogglePlayPause);
 }
 
 /// Carries out a command and says whether the host is to refresh.
@@ -149,7 +137,7 @@ bool carryOut(int command) {
     case IPOD_END_SEEK:
     case IPOD_NEXT:
     case IPOD_PREVIOUS:
-      ipodController.PlayControl(static_cast<uint8_t>(command));
+      ipodController.PlayControl(static_cast<PlayControlCode>(command));
       return false;
     case IPOD_NEXT_TRACK:
       playNextTrack();
@@ -175,27 +163,25 @@ bool carryOut(int command) {
 }
 
 /// The track that the host means by an item of the current list.
-uint32_t trackOfItem(int32_t item) {
+RecordIndex trackOfItem(RecordIndex item) {
   const int32_t level = browseTree.ipodLevel;
   const int32_t items = browseTree.ipodLevelCount[level];
   constexpr int32_t kCurrentItem = -1;
   if (item == kCurrentItem) {
-    return browseTree.onItem(level) ? static_cast<uint32_t>(browseTree.ipodLevelIndex[level].get())
-                                    : 0;
+    return browseTree.onItem(level) ? browseTree.ipodLevelIndex[level].get() : 0;
   }
-  const auto track = static_cast<uint32_t>(item);
-  if (item >= 0 && item < items) return track;
-  return countTracks() > track ? track : 0;
+  if (item >= 0 && item < items) return item;
+  return countTracks() > static_cast<uint32_t>(item) ? item : 0;
 }
 
 /// In a list of level 1 nothing is selected yet: the whole library is.
-void selectWholeLibrary(uint32_t track) {
-  constexpr int32_t kWholeLibrary = 0;
-  const int32_t type = browseTree.ipodLevelType[browseTree.ipodLevel];
-  countRecords(kPlaylists);
-  selectRecordSorted(kPlaylists, kWholeLibrary, type);
+void selectWholeLibrary(RecordIndex track) {
+  constexpr RecordIndex kWholeLibrary = 0;
+  const Category type = browseTree.ipodLevelType[browseTree.ipodLevel];
+  countRecords(Category::kPlaylists);
+  selectRecordSorted(Category::kPlaylists, kWholeLibrary, type);
   countTracks();
-  selectRecord(kTracks, static_cast<int32_t>(track));
+  selectRecord(Category::kTracks, track);
 }
 
 }  // namespace
@@ -212,7 +198,7 @@ int IPODCTL_CALL IpodCommand(int command) {
 int IPODCTL_CALL IpodSongPlay(int index) {
   const LibraryLockHold lock;
   if (!lock) return 0;
-  const uint32_t track = trackOfItem(index);
+  const RecordIndex track = trackOfItem(index);
   if (browseTree.ipodLevel == kTopLevel) selectWholeLibrary(track);
   ipodController.PlayCurrentSelection(track);
   notifyHost();
@@ -229,9 +215,9 @@ int IPODCTL_CALL IpodSongGetNumElem(int* count) {
 
 int IPODCTL_CALL IpodGetTrackIndex(int* index) {
   const LibraryLockHold lock;
-  uint32_t playing = 0;
+  RecordIndex playing = 0;
   if (!lock || !ipodController.GetCurrentTrackIndex(playing)) return 0;
-  if (index != nullptr) *index = static_cast<int>(playing);
+  if (index != nullptr) *index = playing;
   return 1;
 }
 

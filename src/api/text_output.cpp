@@ -29,8 +29,8 @@ void writeUnits(UnitAt unitAt, uint32_t length, const TextBuffers& buffers) {
 
 }  // namespace
 
-void writeText(const char* text, uint32_t length, const TextBuffers& buffers) {
-  writeUnits([text](uint32_t i) { return static_cast<unsigned char>(text[i]); }, length, buffers);
+void writeText(const uint8_t* text, uint32_t length, const TextBuffers& buffers) {
+  writeUnits([text](uint32_t i) { return text[i]; }, length, buffers);
 }
 
 void writeText(const ByteString& text, const TextBuffers& buffers) {

@@ -16,7 +16,7 @@ struct TextBuffers {
 
 /// Writes a text's first maxChars bytes into the first buffer and the next maxChars into the
 /// second.
-void writeText(const char* text, uint32_t length, const TextBuffers& buffers);
+void writeText(const uint8_t* text, uint32_t length, const TextBuffers& buffers);
 void writeText(const ByteString& text, const TextBuffers& buffers);
 
 /// Writes the mark of the play-all entry, four units 0xFFFF, as if it were a text.

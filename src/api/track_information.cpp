@@ -9,28 +9,26 @@
 namespace ipodctl {
 namespace {
 
-constexpr uint32_t kGenreInfo = 5;
-constexpr char kFifthText[] = "UnKnown";
-constexpr uint32_t kFifthTextLength = sizeof(kFifthText) - 1;
+constexpr uint8_t kFifthText[] = {'U', 'n', 'K', 'n', 'o', 'w', 'n'};
 
-using TextRequest = bool (IpodControllerBase::*)(uint32_t trackIndex, ByteString& text);
+using TextRequest = bool (IpodControllerBase::*)(RecordIndex trackIndex, ByteString& text);
 
-void writeTrackText(TextRequest request, uint32_t trackIndex, unsigned short* buffer,
+void writeTrackText(TextRequest request, RecordIndex trackIndex, unsigned short* buffer,
                     int maxChars) {
   if (buffer == nullptr) return;
   ByteString text;
   if ((ipodController.*request)(trackIndex, text)) writeText(text, {buffer, nullptr, maxChars});
 }
 
-void writeGenre(uint32_t trackIndex, unsigned short* buffer, int maxChars) {
+void writeGenre(RecordIndex trackIndex, unsigned short* buffer, int maxChars) {
   ByteString genre;
-  uint8_t answeredType = 0;
+  TrackInfoType answeredType{};
   if (buffer == nullptr ||
-      !ipodController.GetIndexedTrackInfo(trackIndex, genre, answeredType, kGenreInfo)) {
+      !ipodController.GetIndexedTrackInfo(trackIndex, genre, answeredType, TrackInfoType::kGenre)) {
     std::printf("Failed Gnere \n");
     return;
   }
-  std::printf("Gnere is %s\n", genre.text());
+  std::printf("Gnere is %s\n", reinterpret_cast<const char*>(genre.text()));
   writeText(genre, {buffer, nullptr, maxChars});
 }
 
@@ -51,14 +49,14 @@ int IPODCTL_CALL IpodGetTrackInfo(int* trackIndex, unsigned short* artist, unsig
                                   unsigned short* fifth, int maxChars) {
   const LibraryLockHold lock;
   if (!lock) return 0;
-  uint32_t index = 0;
+  RecordIndex index = 0;
   if (!ipodController.GetCurrentTrackIndex(index)) return -1;
-  if (trackIndex != nullptr) *trackIndex = static_cast<int>(index);
+  if (trackIndex != nullptr) *trackIndex = index;
   writeTrackText(&IpodControllerBase::GetTrackTitle, index, title, maxChars);
   writeTrackText(&IpodControllerBase::GetTrackArtist, index, artist, maxChars);
   writeTrackText(&IpodControllerBase::GetTrackAlbum, index, album, maxChars);
   writeGenre(index, genre, maxChars);
-  writeText(kFifthText, kFifthTextLength, {fifth, nullptr, maxChars});
+  writeText(kFifthText, sizeof(kFifthText), {fifth, nullptr, maxChars});
   return 0;
 }
 

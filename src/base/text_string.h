@@ -44,7 +44,7 @@ class TextString {
   uint32_t length = 0;
 };
 
-using ByteString = TextString<char>;
+using ByteString = TextString<uint8_t>;
 using WideString = TextString<char16_t>;
 
 }  // namespace ipodctl

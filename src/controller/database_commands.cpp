@@ -25,20 +25,21 @@ bool IpodControllerBase::ResetDbSelection() {
          status == kStatusOk && command == Message::kResetDbSelection;
 }
 
-bool IpodControllerBase::SelectDbRecord(uint8_t category, uint32_t index) {
+bool IpodControllerBase::SelectDbRecord(Category category, RecordIndex index) {
   return acknowledged(&Message::buildSelectDbRecord, category, index);
 }
 
-bool IpodControllerBase::SelectSortDbRecord(uint8_t category, uint32_t index, uint8_t sortOrder) {
+bool IpodControllerBase::SelectSortDbRecord(Category category, RecordIndex index,
+                                            SortOrder sortOrder) {
   return acknowledged(&Message::buildSelectSortDbRecord, category, index, sortOrder);
 }
 
-bool IpodControllerBase::GetDbRecordCount(uint8_t category, uint32_t& count) {
+bool IpodControllerBase::GetDbRecordCount(Category category, uint32_t& count) {
   return ask(&Message::buildGetNumberCategorizedDbRecords, category)
       .read(&Message::decodeReturnNumberCategorizedDbRecords, count);
 }
 
-bool IpodControllerBase::RetrieveDbRecords(uint8_t category, uint32_t start, uint32_t count,
+bool IpodControllerBase::RetrieveDbRecords(Category category, RecordIndex start, uint32_t count,
                                            RecordList& records) {
   if (count == 0) return false;
   if (!tell(&Message::buildRetrieveCategorizedDatabaseRecords, category, start, count)) {

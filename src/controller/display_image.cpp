@@ -11,7 +11,9 @@ using Message = ExtendedInterfaceMessage;
 
 namespace {
 
-constexpr uint8_t kRgb565LowByteFirst = 2;
+/// The pixel format of LogoBitmap.
+constexpr PixelFormat kFormat = PixelFormat::kRgb565LowByteFirst;
+
 constexpr uint8_t kWhite = 0xFF;
 
 }  // namespace
@@ -28,7 +30,7 @@ bool IpodControllerBase::GetColorImageLimits(ImageLimits& limits) {
             limits.format);
 }
 
-bool IpodControllerBase::SetDisplayImage(uint8_t format, uint16_t packetIndex, uint16_t width,
+bool IpodControllerBase::SetDisplayImage(PixelFormat format, uint16_t packetIndex, uint16_t width,
                                          uint16_t height, uint32_t rowBytes, const uint8_t* row) {
   return acknowledged(&Message::buildSetDisplayImage, format, packetIndex, width, height, rowBytes,
                       row);
@@ -57,8 +59,7 @@ void IpodControllerBase::uploadLogo() {
   std::memset(whiteRow.get(), kWhite, rowBytes);
   ImageLimits limits;
   GetColorImageLimits(limits);
-  if (limits.width < logo->width() || limits.height < logo->height() ||
-      limits.format != kRgb565LowByteFirst) {
+  if (limits.width < logo->width() || limits.height < logo->height() || limits.format != kFormat) {
     return;
   }
   const auto width = static_cast<uint16_t>(logo->width());
@@ -67,7 +68,7 @@ void IpodControllerBase::uploadLogo() {
   const auto totalHeight = static_cast<uint16_t>(logoHeight + margin);
   for (uint16_t i = 0; i < totalHeight; ++i) {
     const uint8_t* row = i < margin ? whiteRow.get() : logo->row(i - margin);
-    SetDisplayImage(kRgb565LowByteFirst, i, width, totalHeight, rowBytes, row);
+    SetDisplayImage(kFormat, i, width, totalHeight, rowBytes, row);
   }
 }
 

@@ -25,18 +25,11 @@ enum TransportKind : int {
 
 /// One record of a database category: its index and its name.
 struct RecordEntry {
-  uint32_t index = 0;
+  RecordIndex index = 0;
   ByteString name;
 };
 
 using RecordList = GrowableArray<RecordEntry>;
-
-/// What the iPod's screen takes: pixels, and the pixel format of its first entry.
-struct ImageLimits {
-  uint16_t width = 0;
-  uint16_t height = 0;
-  uint8_t format = 0;
-};
 
 /// The received answer to a request of one lingo, or nothing when none came.
 template <class Lingo>
@@ -87,49 +80,48 @@ class IpodControllerBase {
   virtual bool EnterExtendedMode();  ///< General 0x05, acknowledged with status 0
   virtual bool ExitExtendedMode();   ///< General 0x06, not answered
 
-  virtual bool ResetDbSelection();                                   ///< ExtIf 0x0016
-  virtual bool GetDbRecordCount(uint8_t category, uint32_t& count);  ///< ExtIf 0x0018
+  virtual bool ResetDbSelection();                                    ///< ExtIf 0x0016
+  virtual bool GetDbRecordCount(Category category, uint32_t& count);  ///< ExtIf 0x0018
 
   /// ExtIf 0x001A. Appends the records that arrive, waiting once for each one asked for; any other
   /// Extended Interface message costs one of the waits. True when the last record decoded and there
   /// was memory for all of them. Records that came before a time-out stay in the list.
-  virtual bool RetrieveDbRecords(uint8_t category, uint32_t start, uint32_t count,
+  virtual bool RetrieveDbRecords(Category category, RecordIndex start, uint32_t count,
                                  RecordList& records);
 
-  virtual bool SelectDbRecord(uint8_t category, uint32_t index);  ///< ExtIf 0x0017
-  virtual bool PlayCurrentSelection(uint32_t trackIndex);         ///< ExtIf 0x0028
-  virtual bool PlayControl(uint8_t code);                         ///< ExtIf 0x0029
+  virtual bool SelectDbRecord(Category category, RecordIndex index);  ///< ExtIf 0x0017
+  virtual bool PlayCurrentSelection(RecordIndex trackIndex);          ///< ExtIf 0x0028
+  virtual bool PlayControl(PlayControlCode code);                     ///< ExtIf 0x0029
 
-  /// ExtIf 0x001C. Length and position in ms; state 0 stopped, 1 playing, 2 paused.
-  virtual bool GetPlayStatus(uint32_t& trackLength, uint32_t& position, uint32_t& state);
+  /// ExtIf 0x001C. Length and position in ms.
+  virtual bool GetPlayStatus(uint32_t& trackLength, uint32_t& position, PlayState& state);
 
-  virtual bool GetCurrentTrackIndex(uint32_t& trackIndex);               ///< ExtIf 0x001E
-  virtual bool GetTrackTitle(uint32_t trackIndex, ByteString& title);    ///< ExtIf 0x0020
-  virtual bool GetTrackArtist(uint32_t trackIndex, ByteString& artist);  ///< ExtIf 0x0022
-  virtual bool GetTrackAlbum(uint32_t trackIndex, ByteString& album);    ///< ExtIf 0x0024
+  virtual bool GetCurrentTrackIndex(RecordIndex& trackIndex);               ///< ExtIf 0x001E
+  virtual bool GetTrackTitle(RecordIndex trackIndex, ByteString& title);    ///< ExtIf 0x0020
+  virtual bool GetTrackArtist(RecordIndex trackIndex, ByteString& artist);  ///< ExtIf 0x0022
+  virtual bool GetTrackAlbum(RecordIndex trackIndex, ByteString& album);    ///< ExtIf 0x0024
 
-  // Shuffle: 0 off, 1 tracks, 2 albums. Repeat: 0 off, 1 one track, 2 all.
-  virtual bool GetShuffle(uint32_t& mode);  ///< ExtIf 0x002C
-  virtual bool SetShuffle(uint8_t mode);    ///< ExtIf 0x002E
-  virtual bool GetRepeat(uint32_t& mode);   ///< ExtIf 0x002F
-  virtual bool SetRepeat(uint8_t mode);     ///< ExtIf 0x0031
+  virtual bool GetShuffle(PlayMode& mode);  ///< ExtIf 0x002C
+  virtual bool SetShuffle(PlayMode mode);   ///< ExtIf 0x002E
+  virtual bool GetRepeat(PlayMode& mode);   ///< ExtIf 0x002F
+  virtual bool SetRepeat(PlayMode mode);    ///< ExtIf 0x0031
 
   virtual bool GetMonoImageLimits(ImageLimits& limits);   ///< ExtIf 0x0033
   virtual bool GetColorImageLimits(ImageLimits& limits);  ///< ExtIf 0x0039
 
   /// ExtIf 0x0032: one row of a picture. `height` is the picture's, `row` has `rowBytes` bytes.
-  virtual bool SetDisplayImage(uint8_t format, uint16_t packetIndex, uint16_t width,
+  virtual bool SetDisplayImage(PixelFormat format, uint16_t packetIndex, uint16_t width,
                                uint16_t height, uint32_t rowBytes, const uint8_t* row);
 
   /// Replaces the logo by the bitmap file; false, and no logo, when it cannot be read.
   virtual bool LoadLogo(const char* fileName);
   virtual bool FreeLogo();
 
-  virtual bool GetNumPlayingTracks(uint32_t& count);         ///< ExtIf 0x0035
-  virtual bool SetCurrentPlayingTrack(uint32_t trackIndex);  ///< ExtIf 0x0037
+  virtual bool GetNumPlayingTracks(uint32_t& count);            ///< ExtIf 0x0035
+  virtual bool SetCurrentPlayingTrack(RecordIndex trackIndex);  ///< ExtIf 0x0037
 
-  /// ExtIf 0x0038. Sort orders: 0 genre, 1 artist, 3 album, 4 name, 255 the iPod's own.
-  virtual bool SelectSortDbRecord(uint8_t category, uint32_t index, uint8_t sortOrder);
+  virtual bool SelectSortDbRecord(Category category, RecordIndex index,
+                                  SortOrder sortOrder);  ///< ExtIf 0x0038
 
   virtual bool RequestIpodName(ByteString& name);  ///< General 0x07
   virtual bool RequestSoftwareVersion(uint8_t& major, uint8_t& minor,
@@ -145,10 +137,10 @@ class IpodControllerBase {
   virtual bool RequestLingoProtocolVersion(uint8_t lingo, uint8_t& answeredLingo, uint8_t& major,
                                            uint8_t& minor);  ///< General 0x0F
 
-  /// ExtIf 0x000C of a track of the playing list. Of the type asked for, the low 8 bits count. The
-  /// text's first character is the information type.
-  virtual bool GetIndexedTrackInfo(uint32_t trackIndex, ByteString& data, uint8_t& answeredType,
-                                   uint32_t infoType);
+  /// ExtIf 0x000C of a track of the playing list. The text's first character is the information
+  /// type.
+  virtual bool GetIndexedTrackInfo(RecordIndex trackIndex, ByteString& data,
+                                   TrackInfoType& answeredType, TrackInfoType infoType);
 
   /// Simple Remote 0x00: holds a button (1 to 26; 0 is none) for a quarter of a second. Follow with
   /// ReleaseButtons.
@@ -256,8 +248,6 @@ class IpodControllerBase {
 
   std::unique_ptr<LingoMessage> nextReply(LingoId lingo);
   bool awaitAcknowledgement(uint16_t command);
-  bool readMode(bool (ExtendedInterfaceMessage::*builder)(),
-                bool (ExtendedInterfaceMessage::*decoder)(uint8_t&) const, uint32_t& mode);
   void answerIdentification(const GeneralMessage& message);
   bool concludeIdentification(int attemptsLeft);
   void uploadLogo();

@@ -19,8 +19,8 @@ uint16_t ExtendedInterfaceMessage::encode(uint8_t* buffer, uint32_t capacity) co
   return encodeBody(buffer, capacity, sizeof(uint16_t));
 }
 
-bool ExtendedInterfaceMessage::buildGetIndexedPlayingTrackInfo(uint8_t infoType,
-                                                               uint32_t trackIndex,
+bool ExtendedInterfaceMessage::buildGetIndexedPlayingTrackInfo(TrackInfoType infoType,
+                                                               RecordIndex trackIndex,
                                                                uint16_t chapterIndex) {
   return build(kGetIndexedPlayingTrackInfo, infoType, trackIndex, chapterIndex);
 }
@@ -29,16 +29,16 @@ bool ExtendedInterfaceMessage::buildRequestIpodName() { return build(kRequestIpo
 
 bool ExtendedInterfaceMessage::buildResetDbSelection() { return build(kResetDbSelection); }
 
-bool ExtendedInterfaceMessage::buildSelectDbRecord(uint8_t category, uint32_t index) {
+bool ExtendedInterfaceMessage::buildSelectDbRecord(Category category, RecordIndex index) {
   return build(kSelectDbRecord, category, index);
 }
 
-bool ExtendedInterfaceMessage::buildGetNumberCategorizedDbRecords(uint8_t category) {
+bool ExtendedInterfaceMessage::buildGetNumberCategorizedDbRecords(Category category) {
   return build(kGetNumberCategorizedDbRecords, category);
 }
 
-bool ExtendedInterfaceMessage::buildRetrieveCategorizedDatabaseRecords(uint8_t category,
-                                                                       uint32_t start,
+bool ExtendedInterfaceMessage::buildRetrieveCategorizedDatabaseRecords(Category category,
+                                                                       RecordIndex start,
                                                                        uint32_t count) {
   return build(kRetrieveCategorizedDatabaseRecords, category, start, count);
 }
@@ -49,33 +49,35 @@ bool ExtendedInterfaceMessage::buildGetCurrentPlayingTrackIndex() {
   return build(kGetCurrentPlayingTrackIndex);
 }
 
-bool ExtendedInterfaceMessage::buildGetIndexedPlayingTrackTitle(uint32_t trackIndex) {
+bool ExtendedInterfaceMessage::buildGetIndexedPlayingTrackTitle(RecordIndex trackIndex) {
   return build(kGetIndexedPlayingTrackTitle, trackIndex);
 }
 
-bool ExtendedInterfaceMessage::buildGetIndexedPlayingTrackArtistName(uint32_t trackIndex) {
+bool ExtendedInterfaceMessage::buildGetIndexedPlayingTrackArtistName(RecordIndex trackIndex) {
   return build(kGetIndexedPlayingTrackArtistName, trackIndex);
 }
 
-bool ExtendedInterfaceMessage::buildGetIndexedPlayingTrackAlbumName(uint32_t trackIndex) {
+bool ExtendedInterfaceMessage::buildGetIndexedPlayingTrackAlbumName(RecordIndex trackIndex) {
   return build(kGetIndexedPlayingTrackAlbumName, trackIndex);
 }
 
-bool ExtendedInterfaceMessage::buildPlayCurrentSelection(uint32_t trackIndex) {
+bool ExtendedInterfaceMessage::buildPlayCurrentSelection(RecordIndex trackIndex) {
   return build(kPlayCurrentSelection, trackIndex);
 }
 
-bool ExtendedInterfaceMessage::buildPlayControl(uint8_t code) { return build(kPlayControl, code); }
+bool ExtendedInterfaceMessage::buildPlayControl(PlayControlCode code) {
+  return build(kPlayControl, code);
+}
 
 bool ExtendedInterfaceMessage::buildGetShuffle() { return build(kGetShuffle); }
 
-bool ExtendedInterfaceMessage::buildSetShuffle(uint8_t mode) { return build(kSetShuffle, mode); }
+bool ExtendedInterfaceMessage::buildSetShuffle(PlayMode mode) { return build(kSetShuffle, mode); }
 
 bool ExtendedInterfaceMessage::buildGetRepeat() { return build(kGetRepeat); }
 
-bool ExtendedInterfaceMessage::buildSetRepeat(uint8_t mode) { return build(kSetRepeat, mode); }
+bool ExtendedInterfaceMessage::buildSetRepeat(PlayMode mode) { return build(kSetRepeat, mode); }
 
-bool ExtendedInterfaceMessage::buildSetDisplayImage(uint8_t pixelFormat, uint16_t packetIndex,
+bool ExtendedInterfaceMessage::buildSetDisplayImage(PixelFormat pixelFormat, uint16_t packetIndex,
                                                     uint16_t width, uint16_t height,
                                                     uint32_t rowBytes, const uint8_t* row) {
   const bool described =
@@ -90,12 +92,12 @@ bool ExtendedInterfaceMessage::buildGetMonoDisplayImageLimits() {
 
 bool ExtendedInterfaceMessage::buildGetNumPlayingTracks() { return build(kGetNumPlayingTracks); }
 
-bool ExtendedInterfaceMessage::buildSetCurrentPlayingTrack(uint32_t trackIndex) {
+bool ExtendedInterfaceMessage::buildSetCurrentPlayingTrack(RecordIndex trackIndex) {
   return build(kSetCurrentPlayingTrack, trackIndex);
 }
 
-bool ExtendedInterfaceMessage::buildSelectSortDbRecord(uint8_t category, uint32_t index,
-                                                       uint8_t sortOrder) {
+bool ExtendedInterfaceMessage::buildSelectSortDbRecord(Category category, RecordIndex index,
+                                                       SortOrder sortOrder) {
   return build(kSelectSortDbRecord, category, index, sortOrder);
 }
 
@@ -107,9 +109,9 @@ bool ExtendedInterfaceMessage::decodeIpodAck(uint8_t& status, uint16_t& command)
   return decodeExactly(kIpodAck, status, command);
 }
 
-bool ExtendedInterfaceMessage::decodeReturnIndexedPlayingTrackInfo(uint8_t& infoType,
+bool ExtendedInterfaceMessage::decodeReturnIndexedPlayingTrackInfo(TrackInfoType& infoType,
                                                                    ByteString& text) const {
-  uint8_t type = 0;
+  TrackInfoType type{};
   if (!decodeFirst(kReturnIndexedPlayingTrackInfo, type)) return false;
   if (getDataLength() < kLeastTrackText) return false;
   if (!decodeText(0, getDataLength() - 1u, text)) return false;
@@ -129,10 +131,10 @@ bool ExtendedInterfaceMessage::isRecord() const {
   return getCommand() == kReturnCategorizedDatabaseRecord && getDataLength() > kRecordIndexSize;
 }
 
-bool ExtendedInterfaceMessage::decodeReturnCategorizedDatabaseRecord(uint32_t& index,
+bool ExtendedInterfaceMessage::decodeReturnCategorizedDatabaseRecord(RecordIndex& index,
                                                                      ByteString& name) const {
   if (!isRecord()) return false;
-  uint32_t recordIndex = 0;
+  RecordIndex recordIndex = 0;
   decodeFirst(kReturnCategorizedDatabaseRecord, recordIndex);
   if (!decodeText(kRecordIndexSize, getDataLength() - kRecordIndexSize, name)) return false;
   index = recordIndex;
@@ -140,11 +142,11 @@ bool ExtendedInterfaceMessage::decodeReturnCategorizedDatabaseRecord(uint32_t& i
 }
 
 bool ExtendedInterfaceMessage::decodeReturnPlayStatus(uint32_t& trackLength, uint32_t& position,
-                                                      uint8_t& state) const {
+                                                      PlayState& state) const {
   return decodeExactly(kReturnPlayStatus, trackLength, position, state);
 }
 
-bool ExtendedInterfaceMessage::decodeReturnCurrentPlayingTrackIndex(uint32_t& trackIndex) const {
+bool ExtendedInterfaceMessage::decodeReturnCurrentPlayingTrackIndex(RecordIndex& trackIndex) const {
   return decodeExactly(kReturnCurrentPlayingTrackIndex, trackIndex);
 }
 
@@ -160,22 +162,22 @@ bool ExtendedInterfaceMessage::decodeReturnIndexedPlayingTrackAlbumName(ByteStri
   return decodeWholeText(kReturnIndexedPlayingTrackAlbumName, kLeastTrackText, album);
 }
 
-bool ExtendedInterfaceMessage::decodeReturnShuffle(uint8_t& mode) const {
+bool ExtendedInterfaceMessage::decodeReturnShuffle(PlayMode& mode) const {
   return decodeFirst(kReturnShuffle, mode);
 }
 
-bool ExtendedInterfaceMessage::decodeReturnRepeat(uint8_t& mode) const {
+bool ExtendedInterfaceMessage::decodeReturnRepeat(PlayMode& mode) const {
   return decodeFirst(kReturnRepeat, mode);
 }
 
 bool ExtendedInterfaceMessage::decodeReturnMonoDisplayImageLimits(uint16_t& width, uint16_t& height,
-                                                                  uint8_t& format) const {
+                                                                  PixelFormat& format) const {
   return decodeFirst(kReturnMonoDisplayImageLimits, width, height, format);
 }
 
 bool ExtendedInterfaceMessage::decodeReturnColorDisplayImageLimits(uint16_t& width,
                                                                    uint16_t& height,
-                                                                   uint8_t& format) const {
+                                                                   PixelFormat& format) const {
   return decodeFirst(kReturnColorDisplayImageLimits, width, height, format);
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "lingo/database.h"
+#include "lingo/display.h"
 #include "lingo/lingo_message.h"
+#include "lingo/playback.h"
 
 namespace ipodctl {
 
@@ -59,35 +62,36 @@ class ExtendedInterfaceMessage final : public LingoMessage {
   uint16_t encode(uint8_t* buffer, uint32_t capacity) const override;
 
   // To the iPod.
-  bool buildGetIndexedPlayingTrackInfo(uint8_t infoType, uint32_t trackIndex,
+  bool buildGetIndexedPlayingTrackInfo(TrackInfoType infoType, RecordIndex trackIndex,
                                        uint16_t chapterIndex);
   bool buildRequestIpodName();
   bool buildResetDbSelection();
-  bool buildSelectDbRecord(uint8_t category, uint32_t index);
-  bool buildGetNumberCategorizedDbRecords(uint8_t category);
-  bool buildRetrieveCategorizedDatabaseRecords(uint8_t category, uint32_t start, uint32_t count);
+  bool buildSelectDbRecord(Category category, RecordIndex index);
+  bool buildGetNumberCategorizedDbRecords(Category category);
+  bool buildRetrieveCategorizedDatabaseRecords(Category category, RecordIndex start,
+                                               uint32_t count);
   bool buildGetPlayStatus();
   bool buildGetCurrentPlayingTrackIndex();
-  bool buildGetIndexedPlayingTrackTitle(uint32_t trackIndex);
-  bool buildGetIndexedPlayingTrackArtistName(uint32_t trackIndex);
-  bool buildGetIndexedPlayingTrackAlbumName(uint32_t trackIndex);
-  bool buildPlayCurrentSelection(uint32_t trackIndex);
-  bool buildPlayControl(uint8_t code);
+  bool buildGetIndexedPlayingTrackTitle(RecordIndex trackIndex);
+  bool buildGetIndexedPlayingTrackArtistName(RecordIndex trackIndex);
+  bool buildGetIndexedPlayingTrackAlbumName(RecordIndex trackIndex);
+  bool buildPlayCurrentSelection(RecordIndex trackIndex);
+  bool buildPlayControl(PlayControlCode code);
   bool buildGetShuffle();
-  bool buildSetShuffle(uint8_t mode);
+  bool buildSetShuffle(PlayMode mode);
   bool buildGetRepeat();
-  bool buildSetRepeat(uint8_t mode);
+  bool buildSetRepeat(PlayMode mode);
 
   /// Packet 0 describes the picture (`rowBytes` is its row stride) and carries the first row; every
   /// later packet is its index and a row. The row is sent with the low 16 bits of `rowBytes` as its
   /// length.
-  bool buildSetDisplayImage(uint8_t pixelFormat, uint16_t packetIndex, uint16_t width,
+  bool buildSetDisplayImage(PixelFormat pixelFormat, uint16_t packetIndex, uint16_t width,
                             uint16_t height, uint32_t rowBytes, const uint8_t* row);
 
   bool buildGetMonoDisplayImageLimits();
   bool buildGetNumPlayingTracks();
-  bool buildSetCurrentPlayingTrack(uint32_t trackIndex);
-  bool buildSelectSortDbRecord(uint8_t category, uint32_t index, uint8_t sortOrder);
+  bool buildSetCurrentPlayingTrack(RecordIndex trackIndex);
+  bool buildSelectSortDbRecord(Category category, RecordIndex index, SortOrder sortOrder);
   bool buildGetColorDisplayImageLimits();
 
   // From the iPod.
@@ -95,7 +99,7 @@ class ExtendedInterfaceMessage final : public LingoMessage {
 
   /// The text starts at the information type, whose byte becomes its first character, and so lacks
   /// the payload's last byte, which is the terminator.
-  bool decodeReturnIndexedPlayingTrackInfo(uint8_t& infoType, ByteString& text) const;
+  bool decodeReturnIndexedPlayingTrackInfo(TrackInfoType& infoType, ByteString& text) const;
 
   bool decodeReturnIpodName(ByteString& name) const;
   bool decodeReturnNumberCategorizedDbRecords(uint32_t& count) const;
@@ -103,22 +107,23 @@ class ExtendedInterfaceMessage final : public LingoMessage {
   /// True for a record with an index and at least one byte of name.
   bool isRecord() const;
 
-  bool decodeReturnCategorizedDatabaseRecord(uint32_t& index, ByteString& name) const;
+  bool decodeReturnCategorizedDatabaseRecord(RecordIndex& index, ByteString& name) const;
 
-  /// Times in ms; state 0 stopped, 1 playing, 2 paused.
-  bool decodeReturnPlayStatus(uint32_t& trackLength, uint32_t& position, uint8_t& state) const;
+  /// Times in ms.
+  bool decodeReturnPlayStatus(uint32_t& trackLength, uint32_t& position, PlayState& state) const;
 
-  bool decodeReturnCurrentPlayingTrackIndex(uint32_t& trackIndex) const;
+  bool decodeReturnCurrentPlayingTrackIndex(RecordIndex& trackIndex) const;
   bool decodeReturnIndexedPlayingTrackTitle(ByteString& title) const;
   bool decodeReturnIndexedPlayingTrackArtistName(ByteString& artist) const;
   bool decodeReturnIndexedPlayingTrackAlbumName(ByteString& album) const;
-  bool decodeReturnShuffle(uint8_t& mode) const;
-  bool decodeReturnRepeat(uint8_t& mode) const;
+  bool decodeReturnShuffle(PlayMode& mode) const;
+  bool decodeReturnRepeat(PlayMode& mode) const;
 
   /// Limits in pixels, and the pixel format of the first entry.
-  bool decodeReturnMonoDisplayImageLimits(uint16_t& width, uint16_t& height, uint8_t& format) const;
+  bool decodeReturnMonoDisplayImageLimits(uint16_t& width, uint16_t& height,
+                                          PixelFormat& format) const;
   bool decodeReturnColorDisplayImageLimits(uint16_t& width, uint16_t& height,
-                                           uint8_t& format) const;
+                                           PixelFormat& format) const;
 
   bool decodeReturnNumPlayingTracks(uint32_t& count) const;
 

@@ -149,6 +149,11 @@ void LingoMessage::put(uint8_t*& cursor, uint32_t value) {
   cursor += sizeof(value);
 }
 
+void LingoMessage::put(uint8_t*& cursor, int32_t value) {
+  putUint32(cursor, value);
+  cursor += sizeof(value);
+}
+
 void LingoMessage::take(const uint8_t*& cursor, uint16_t& value) {
   getUint16(cursor, value);
   cursor += sizeof(value);
@@ -157,6 +162,12 @@ void LingoMessage::take(const uint8_t*& cursor, uint16_t& value) {
 void LingoMessage::take(const uint8_t*& cursor, uint32_t& value) {
   getUint32(cursor, value);
   cursor += sizeof(value);
+}
+
+void LingoMessage::take(const uint8_t*& cursor, int32_t& value) {
+  uint32_t word = 0;
+  take(cursor, word);
+  value = static_cast<int32_t>(word);
 }
 
 }  // namespace ipodctl

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <type_traits>
 
 #include "base/text_string.h"
 
@@ -73,15 +74,15 @@ class LingoMessage {
   static int utf8SequenceLength(uint8_t lead);
 
   /// The number of characters of a NUL-terminated text; a cut sequence counts as one.
-  static uint32_t utf8CharCount(const char* text);
+  static uint32_t utf8CharCount(const uint8_t* text);
 
   /// Decodes one character of `length` bytes and returns the number of bytes consumed. A sequence
   /// that is cut short gives 0xFFFFFFFF.
-  static int utf8DecodeChar(const char* bytes, int length, uint32_t& out);
+  static int utf8DecodeChar(const uint8_t* bytes, int length, uint32_t& out);
 
   /// Converts a NUL-terminated UTF-8 text to 16-bit characters. A character that does not fit, or
   /// is malformed, becomes a space and makes the result false.
-  static bool utf8ToWide(const char* text, WideString& wide);
+  static bool utf8ToWide(const uint8_t* text, WideString& wide);
 
   /// Converts 16-bit characters to 8-bit ones. A character above 255 becomes a space and makes the
   /// result false.
@@ -90,7 +91,7 @@ class LingoMessage {
   /// Converts a NUL-terminated UTF-8 text to 8-bit characters (Latin-1). False when a character did
   /// not fit; `out` is then unchanged if one of them is malformed or beyond 16 bits. A length of 0
   /// fails; other lengths do not count: the text ends at its NUL.
-  static bool utf8ToNarrow(const char* text, uint32_t length, ByteString& out);
+  static bool utf8ToNarrow(const uint8_t* text, uint32_t length, ByteString& out);
 
  protected:
   explicit LingoMessage(LingoId lingo);
@@ -138,9 +139,21 @@ class LingoMessage {
   static void put(uint8_t*& cursor, uint8_t value) { *cursor++ = value; }
   static void put(uint8_t*& cursor, uint16_t value);
   static void put(uint8_t*& cursor, uint32_t value);
+  static void put(uint8_t*& cursor, int32_t value);
+  template <class Enum, class Byte = std::underlying_type_t<Enum>>
+  static void put(uint8_t*& cursor, Enum value) {
+    put(cursor, static_cast<Byte>(value));
+  }
   static void take(const uint8_t*& cursor, uint8_t& value) { value = *cursor++; }
   static void take(const uint8_t*& cursor, uint16_t& value);
   static void take(const uint8_t*& cursor, uint32_t& value);
+  static void take(const uint8_t*& cursor, int32_t& value);
+  template <class Enum, class Byte = std::underlying_type_t<Enum>>
+  static void take(const uint8_t*& cursor, Enum& value) {
+    Byte byte{};
+    take(cursor, byte);
+    value = Enum{byte};
+  }
 
   uint16_t dataLength = 0;
   uint8_t lingoId = 0;

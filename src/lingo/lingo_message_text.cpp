@@ -10,26 +10,24 @@ namespace {
 constexpr uint32_t kMalformed = 0xFFFFFFFF;
 constexpr uint32_t kWideLimit = 0x10000;
 constexpr char16_t kNarrowLimit = 0x100;
-constexpr char kReplacement = ' ';
+constexpr uint8_t kReplacement = ' ';
 
-bool isContinuation(char byte) { return (static_cast<uint8_t>(byte) & 0xC0) == 0x80; }
+bool isContinuation(uint8_t byte) { return (byte & 0xC0) == 0x80; }
 
 /// The bytes of one sequence that are there: the lead byte and the continuation bytes behind it.
-int presentBytes(const char* bytes, int length) {
+int presentBytes(const uint8_t* bytes, int length) {
   int count = 1;
   while (count < length && isContinuation(bytes[count]))
     ++count;
   return count;
 }
 
-int sequenceLengthAt(const char* text) {
-  return LingoMessage::utf8SequenceLength(static_cast<uint8_t>(*text));
-}
+int sequenceLengthAt(const uint8_t* text) { return LingoMessage::utf8SequenceLength(*text); }
 
 /// Fills a string of as many characters as the text has; false when one did not fit.
-bool widen(const char* text, WideString& wide) {
+bool widen(const uint8_t* text, WideString& wide) {
   bool allFitted = true;
-  for (uint32_t i = 0; *text != '\0'; ++i) {
+  for (uint32_t i = 0; *text != 0; ++i) {
     uint32_t codePoint = kMalformed;
     text += LingoMessage::utf8DecodeChar(text, sequenceLengthAt(text), codePoint);
     const bool fits = codePoint < kWideLimit;
@@ -44,7 +42,7 @@ bool narrow(const WideString& wide, ByteString& text) {
   bool allFitted = true;
   for (uint32_t i = 0; i < wide.size(); ++i) {
     const bool fits = wide[i] < kNarrowLimit;
-    text[i] = fits ? static_cast<char>(wide[i]) : kReplacement;
+    text[i] = fits ? static_cast<uint8_t>(wide[i]) : kReplacement;
     allFitted = allFitted && fits;
   }
   return allFitted;
@@ -54,7 +52,7 @@ enum class Conversion { kWhole, kNotWhole, kNoMemory };
 
 /// Converts UTF-8 to 8-bit characters. `out` stays as it was when a character is malformed or
 /// beyond 16 bits, and without memory.
-Conversion convert(const char* text, ByteString& out) {
+Conversion convert(const uint8_t* text, ByteString& out) {
   WideString wide;
   if (!wide.resize(LingoMessage::utf8CharCount(text))) return Conversion::kNoMemory;
   if (!widen(text, wide)) return Conversion::kNotWhole;
@@ -74,29 +72,29 @@ int LingoMessage::utf8SequenceLength(uint8_t lead) {
   return 1;
 }
 
-uint32_t LingoMessage::utf8CharCount(const char* text) {
+uint32_t LingoMessage::utf8CharCount(const uint8_t* text) {
   uint32_t count = 0;
-  while (*text != '\0') {
+  while (*text != 0) {
     text += presentBytes(text, sequenceLengthAt(text));
     ++count;
   }
   return count;
 }
 
-int LingoMessage::utf8DecodeChar(const char* bytes, int length, uint32_t& out) {
+int LingoMessage::utf8DecodeChar(const uint8_t* bytes, int length, uint32_t& out) {
   const int present = presentBytes(bytes, length);
   if (present != length) {
     out = kMalformed;
     return present;
   }
   const uint32_t leadMask = length == 1 ? 0x7Fu : 0x7Fu >> length;
-  out = static_cast<uint8_t>(bytes[0]) & leadMask;
+  out = bytes[0] & leadMask;
   for (int i = 1; i < length; ++i)
-    out = (out << 6) + (static_cast<uint8_t>(bytes[i]) & 0x3Fu);
+    out = (out << 6) + (bytes[i] & 0x3Fu);
   return present;
 }
 
-bool LingoMessage::utf8ToWide(const char* text, WideString& wide) {
+bool LingoMessage::utf8ToWide(const uint8_t* text, WideString& wide) {
   return wide.resize(utf8CharCount(text)) && widen(text, wide);
 }
 
@@ -104,7 +102,7 @@ bool LingoMessage::wideToNarrow(const WideString& wide, ByteString& text) {
   return text.resize(wide.size()) && narrow(wide, text);
 }
 
-bool LingoMessage::utf8ToNarrow(const char* text, uint32_t length, ByteString& out) {
+bool LingoMessage::utf8ToNarrow(const uint8_t* text, uint32_t length, ByteString& out) {
   return text != nullptr && length != 0 && convert(text, out) == Conversion::kWhole;
 }
 
@@ -116,9 +114,8 @@ bool LingoMessage::decodeText(uint32_t offset, uint32_t length, ByteString& out)
 
 bool LingoMessage::copyText(uint32_t offset, uint32_t length, ByteString& out) const {
   if (!out.resize(length)) return false;
-  for (uint32_t i = 0; i < length && offset + i < dataLength; ++i) {
-    out[i] = static_cast<char>(data[offset + i]);
-  }
+  for (uint32_t i = 0; i < length && offset + i < dataLength; ++i)
+    out[i] = data[offset + i];
   return true;
 }
 

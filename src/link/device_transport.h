@@ -66,7 +66,7 @@ class DeviceTransport : public Transport {
   int takeFrame(const Frame& frame, uint8_t* dest, int capacity, uint8_t*& payloadOut);
   void dropReceived(uint32_t count);
 
-  ByteString deviceName;
+  TextString<char> deviceName;
   std::atomic<HANDLE> deviceHandle{nullptr};  ///< null while closed
   HANDLE handleGuard = nullptr;               ///< held to close a handle exactly once
   HANDLE txGuard = nullptr;                   ///< guards txFrame and the order of writes

@@ -13,7 +13,7 @@ std::string word(std::uint32_t value) {
 
 std::string levelText(const BrowseTree& tree, int level) {
   std::ostringstream text;
-  text << "type=" << tree.ipodLevelType[level].get()
+  text << "type=" << typeOfCategory(tree.ipodLevelType[level])
        << " count=" << tree.ipodLevelCount[level].get()
        << " index=" << tree.ipodLevelIndex[level].get()
        << " start=" << tree.ipodLevelStart[level].get() << " end=" << tree.ipodLevelEnd[level].get()

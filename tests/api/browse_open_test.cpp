@@ -125,7 +125,7 @@ TEST_F(IpodGetFirstItemTest, LeavesLevelZeroWithoutAList) {
   count("02", 3);
   open(0, IPOD_ARTISTS, 0);
   EXPECT_EQ(browseTree.ipodLevelIndex[0], -1);
-  EXPECT_EQ(browseTree.ipodLevelType[0], -1);
+  EXPECT_EQ(browseTree.ipodLevelType[0], Category::kNone);
   EXPECT_EQ(browseTree.ipodLevelCount[0], -1);
   EXPECT_EQ(browseTree.ipodPlayAll[0], 0);
 }

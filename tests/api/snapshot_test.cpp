@@ -49,7 +49,7 @@ TEST_F(SnapshotTest, IsACopyOfTheWholeTree) {
 TEST_F(SnapshotTest, CopiesAllEightLevels) {
   for (int level = 0; level < 8; ++level) {
     browseTree.ipodLevelCount[level] = 100 + level;
-    browseTree.ipodLevelType[level] = 200 + level;
+    browseTree.ipodLevelType[level] = static_cast<Category>(200 + level);
     browseTree.ipodLevelIndex[level] = 300 + level;
     browseTree.ipodLevelEnd[level] = 400 + level;
     browseTree.ipodLevelStart[level] = 500 + level;

@@ -20,7 +20,7 @@ TEST(TextString, StartsAsAnEmptyTerminatedText) {
 }
 
 TEST(TextString, CopiesUnitsWithZerosAmongThem) {
-  char source[] = {'a', '\0', 'b'};
+  uint8_t source[] = {'a', 0, 'b'};
   ByteString text;
   ASSERT_TRUE(text.assign(source, 3));
   source[0] = 'x';

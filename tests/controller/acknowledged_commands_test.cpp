@@ -132,12 +132,12 @@ INSTANTIATE_TEST_SUITE_P(Operation, Acknowledged, testing::ValuesIn(acknowledged
 using Parameters = ControllerTest;
 
 TEST_F(Parameters, AreSentWithAllTheirBytes) {
-  controller().SelectDbRecord(0xFF, 0x89ABCDEF);
-  controller().SelectSortDbRecord(0xFE, 0x89ABCDEF, 0xFF);
+  controller().SelectDbRecord(Category{0xFF}, 0x89ABCDEF);
+  controller().SelectSortDbRecord(Category{0xFE}, 0x89ABCDEF, SortOrder::kDefault);
   controller().PlayCurrentSelection(0xFFFFFFFF);
-  controller().PlayControl(0xFF);
-  controller().SetShuffle(0x80);
-  controller().SetRepeat(0x00);
+  controller().PlayControl(PlayControlCode{0xFF});
+  controller().SetShuffle(PlayMode{0x80});
+  controller().SetRepeat(PlayMode::kOff);
   controller().SetCurrentPlayingTrack(0x89ABCDEF);
   EXPECT_EQ(
       linesOf(callLog(), "send"),
@@ -153,17 +153,19 @@ constexpr uint8_t kPixels[] = {0x11, 0x22, 0x33, 0x44};
 TEST_F(DisplayImage, Packet0DescribesThePicture) {
   ipod().answer("55 12 04 00 32 00 00 02 01 40 00 F0 00 00 00 04 11 22 33 44",
                 {{0x04, 0x00, 0x01, 0x00, 0x00, 0x32}});
-  EXPECT_TRUE(controller().SetDisplayImage(2, 0, 320, 240, 4, kPixels));
+  EXPECT_TRUE(
+      controller().SetDisplayImage(PixelFormat::kRgb565LowByteFirst, 0, 320, 240, 4, kPixels));
 }
 
 TEST_F(DisplayImage, LaterPacketsAreTheirIndexAndARow) {
   ipod().answer("55 09 04 00 32 01 02 11 22 33 44", {{0x04, 0x00, 0x01, 0x00, 0x00, 0x32}});
-  EXPECT_TRUE(controller().SetDisplayImage(2, 0x0102, 320, 240, 4, kPixels));
+  EXPECT_TRUE(
+      controller().SetDisplayImage(PixelFormat::kRgb565LowByteFirst, 0x0102, 320, 240, 4, kPixels));
 }
 
 TEST_F(DisplayImage, RowIsAsLongAsTheLow16BitsOfItsStrideSay) {
-  controller().SetDisplayImage(3, 0, 1, 2, 0x00010003, kPixels);
-  controller().SetDisplayImage(3, 1, 1, 2, 0x00010003, kPixels);
+  controller().SetDisplayImage(PixelFormat::kRgb565HighByteFirst, 0, 1, 2, 0x00010003, kPixels);
+  controller().SetDisplayImage(PixelFormat::kRgb565HighByteFirst, 1, 1, 2, 0x00010003, kPixels);
   EXPECT_EQ(linesOf(callLog(), "send"),
             (Calls{"send 55 11 04 00 32 00 00 03 00 01 00 02 00 01 00 03 11 22 33",
                    "send 55 08 04 00 32 00 01 11 22 33"}));

@@ -240,7 +240,7 @@ TEST_F(AudioAttributes, KeepTheirMessagesAliveUntilTheControllerCloses) {
   EXPECT_EQ(liveMessages(), 3u);
   EXPECT_FALSE(waitWith({{0x0A, 0x02}, {0x00, 0x04, 0x01}, {0x02, 0x00}}));
   EXPECT_EQ(liveMessages(), 6u);
-  uint32_t mode = 0;
+  PlayMode mode{};
   controller().GetShuffle(mode);
   EXPECT_EQ(liveMessages(), 6u);
   controller().CloseIpod();

@@ -124,10 +124,10 @@ class UsbController : public ControllerOnAWire {
 
   /// A command and its reply, behind everything that has arrived.
   bool answersGetShuffle() {
-    uint32_t mode = 0;
+    PlayMode mode{};
     BackgroundCall asking([&] { return controller->GetShuffle(mode); });
     return wire.receive(kGetShuffle.size()) == kGetShuffle && wire.send(kShuffleIsTracks) &&
-           asking.result() == true && mode == 1;
+           asking.result() == true && mode == PlayMode::kTracks;
   }
 
   /// The next frame that the controller sends.
@@ -246,8 +246,8 @@ TEST_F(UsbController, AnswersNotificationsBetweenItsOwnCommands) {
   int answered = 0;
   BackgroundCall asking([&] {
     for (int i = 0; i < kRounds; ++i) {
-      uint32_t mode = 0;
-      if (controller->GetShuffle(mode) && mode == 1) ++answered;
+      PlayMode mode{};
+      if (controller->GetShuffle(mode) && mode == PlayMode::kTracks) ++answered;
     }
     return true;
   });
@@ -292,17 +292,18 @@ INSTANTIATE_TEST_SUITE_P(AfterAcknowledgements, DestroyedController,
 
 TEST_F(UsbController, FailsAfterASecondWithoutAnAnswer) {
   ASSERT_TRUE(connect());
-  uint32_t mode = 7;
+  PlayMode mode{7};
   bool result = true;
   const auto duration = durationOf([&] { result = controller->GetShuffle(mode); });
   EXPECT_FALSE(result);
-  EXPECT_EQ(mode, 7u);
+  EXPECT_EQ(mode, PlayMode{7});
   EXPECT_GE(duration.count(), 1000);
 }
 
 TEST_F(UsbController, FailsASecondAfterARefusal) {
   ASSERT_TRUE(connect());
-  BackgroundCall setting([&] { return durationOf([&] { controller->SetShuffle(1); }); });
+  BackgroundCall setting(
+      [&] { return durationOf([&] { controller->SetShuffle(PlayMode::kTracks); }); });
   EXPECT_EQ(wire.receive(7), kSetShuffle);
   wire.send(kSetShuffleRefused);
   const auto duration = setting.result();
@@ -317,7 +318,7 @@ TEST_F(UsbController, FailsAtOnceAfterABadFrameAndConnectsAgain) {
   ASSERT_TRUE(wire.waitUntilDeviceCloses());
   ASSERT_TRUE(comesTrue([] { return deskRunningThreads() == 0; }));
   const auto duration = durationOf([&] {
-    uint32_t mode = 0;
+    PlayMode mode{};
     for (int i = 0; i < kCalls; ++i)
       EXPECT_FALSE(controller->GetShuffle(mode));
   });
@@ -337,9 +338,9 @@ TEST_F(UsbController, FailsInEverythingWhenItIsUnplugged) {
   ASSERT_TRUE(connect());
   wire.hangUp();
   ASSERT_TRUE(comesTrue([] { return deskRunningThreads() == 0; }));
-  uint32_t mode = 0;
+  PlayMode mode{};
   EXPECT_FALSE(controller->GetShuffle(mode));
-  EXPECT_FALSE(controller->SetShuffle(1));
+  EXPECT_FALSE(controller->SetShuffle(PlayMode::kTracks));
   EXPECT_TRUE(controller->CloseIpod());
 }
 

@@ -120,15 +120,15 @@ TEST(RecordRetrievalWithoutMemory, FailsAndKeepsWholeRecordsOnly) {
     Controller controller;
     RecordList records;
     controller.ipod().answer(kRequestOfThree, kThreeRecords);
-    const Limited outcome =
-        limited(point, [&] { return controller.RetrieveDbRecords(0x05, 0, 3, records); });
+    const Limited outcome = limited(
+        point, [&] { return controller.RetrieveDbRecords(Category::kTracks, 0, 3, records); });
     EXPECT_EQ(outcome.result, !outcome.struck);
     EXPECT_EQ(records.size() == 3, !outcome.struck);
     for (const RecordEntry& record : records)
       EXPECT_EQ(textOf(record.name), std::string(1, static_cast<char>('a' + record.index)));
     records.clear();
     controller.ipod().answer(kRequestOfThree, kThreeRecords);
-    EXPECT_TRUE(controller.RetrieveDbRecords(0x05, 0, 3, records));
+    EXPECT_TRUE(controller.RetrieveDbRecords(Category::kTracks, 0, 3, records));
     EXPECT_EQ(records.size(), 3u);
     return outcome.struck;
   });

@@ -34,10 +34,12 @@ using Call = std::function<bool(Controller&, Values&...)>;
 using NameCall = Call<ByteString>;
 using NumberCall = Call<uint32_t>;
 using ByteTripleCall = Call<uint8_t, uint8_t, uint8_t>;
-using LimitsCall = Call<uint16_t, uint16_t, uint8_t>;
+using IndexCall = Call<RecordIndex>;
+using ModeCall = Call<PlayMode>;
+using LimitsCall = Call<uint16_t, uint16_t, PixelFormat>;
 
 LimitsCall limitsOf(bool (IpodControllerBase::*request)(ImageLimits&)) {
-  return [request](Controller& c, uint16_t& width, uint16_t& height, uint8_t& format) {
+  return [request](Controller& c, uint16_t& width, uint16_t& height, PixelFormat& format) {
     ImageLimits limits{width, height, format};
     const bool result = (c.*request)(limits);
     width = limits.width;
@@ -83,8 +85,9 @@ std::vector<SingleReplyOperation> modeAndDatabase() {
                 [](uint32_t length) { return length == 2 || length == 6; }),
       operation("ResetDbSelection", Call<>([](auto& c) { return c.ResetDbSelection(); }),
                 "55 03 04 00 16", {0x04, 0x00, 0x01, 0x00, 0x00, 0x16}, {}, exactly(3)),
-      operation("GetDbRecordCount",
-                NumberCall([](auto& c, auto& count) { return c.GetDbRecordCount(0x05, count); }),
+      operation("GetDbRecordCount", NumberCall([](auto& c, auto& count) {
+                  return c.GetDbRecordCount(Category::kTracks, count);
+                }),
                 "55 04 04 00 18 05", {0x04, 0x00, 0x19, 0x01, 0x02, 0x03, 0x04}, {0x01020304u},
                 exactly(4)),
   };
@@ -93,7 +96,7 @@ std::vector<SingleReplyOperation> modeAndDatabase() {
 std::vector<SingleReplyOperation> playStatus() {
   return {
       operation("GetPlayStatus",
-                Call<uint32_t, uint32_t, uint32_t>(
+                Call<uint32_t, uint32_t, PlayState>(
                     [](auto& c, auto& trackLength, auto& position, auto& state) {
                       return c.GetPlayStatus(trackLength, position, state);
                     }),
@@ -101,15 +104,15 @@ std::vector<SingleReplyOperation> playStatus() {
                 {0x04, 0x00, 0x1D, 0x00, 0x03, 0xD0, 0x90, 0x80, 0x00, 0x27, 0x10, 0x02},
                 {250000u, 0x80002710u, 2u}, exactly(9)),
       operation("GetCurrentTrackIndex",
-                NumberCall([](auto& c, auto& index) { return c.GetCurrentTrackIndex(index); }),
+                IndexCall([](auto& c, auto& index) { return c.GetCurrentTrackIndex(index); }),
                 "55 03 04 00 1E", {0x04, 0x00, 0x1F, 0xFF, 0xFE, 0xFD, 0xFC}, {0xFFFEFDFCu},
                 exactly(4)),
       operation("GetNumPlayingTracks",
                 NumberCall([](auto& c, auto& count) { return c.GetNumPlayingTracks(count); }),
                 "55 03 04 00 35", {0x04, 0x00, 0x36, 0x00, 0x00, 0x01, 0x2C}, {300u}, atLeast(4)),
-      operation("GetShuffle", NumberCall([](auto& c, auto& mode) { return c.GetShuffle(mode); }),
+      operation("GetShuffle", ModeCall([](auto& c, auto& mode) { return c.GetShuffle(mode); }),
                 "55 03 04 00 2C", {0x04, 0x00, 0x2D, 0x02}, {2u}, atLeast(1)),
-      operation("GetRepeat", NumberCall([](auto& c, auto& mode) { return c.GetRepeat(mode); }),
+      operation("GetRepeat", ModeCall([](auto& c, auto& mode) { return c.GetRepeat(mode); }),
                 "55 03 04 00 2F", {0x04, 0x00, 0x30, 0xFE}, {0xFEu}, atLeast(1)),
   };
 }
@@ -128,8 +131,9 @@ std::vector<SingleReplyOperation> playingTrack() {
                 NameCall([](auto& c, auto& album) { return c.GetTrackAlbum(0xFFFFFFFF, album); }),
                 "55 07 04 00 24 FF FF FF FF", {0x04, 0x00, 0x25, 'L', 'P'}, {"LP"}, atLeast(2)),
       operation("GetIndexedTrackInfo",
-                Call<ByteString, uint8_t>([](auto& c, auto& data, auto& answeredType) {
-                  return c.GetIndexedTrackInfo(0x01020304, data, answeredType, 0xABCDEF05);
+                Call<ByteString, TrackInfoType>([](auto& c, auto& data, auto& answeredType) {
+                  return c.GetIndexedTrackInfo(0x01020304, data, answeredType,
+                                               TrackInfoType::kGenre);
                 }),
                 "55 0A 04 00 0C 05 01 02 03 04 00 00", {0x04, 0x00, 0x0D, 0x05, 'J', 'a', 'z', 'z'},
                 {std::string("\x05Jaz"), 5u}, atLeast(2)),
@@ -171,7 +175,7 @@ const std::vector<SingleReplyOperation>& singleReplyOperations() {
 const std::vector<AcknowledgedOperation>& acknowledgedOperations() {
   static const std::vector<AcknowledgedOperation> rows = {
       {"SelectDbRecord",
-       [](auto& c) { return c.SelectDbRecord(0x02, 7); },
+       [](auto& c) { return c.SelectDbRecord(Category::kArtists, 7); },
        "55 08 04 00 17 02 00 00 00 07",
        {0x04, 0x00, 0x01, 0x00, 0x00, 0x17}},
       {"PlayCurrentSelection",
@@ -179,19 +183,21 @@ const std::vector<AcknowledgedOperation>& acknowledgedOperations() {
        "55 07 04 00 28 01 02 03 04",
        {0x04, 0x00, 0x01, 0x00, 0x00, 0x28}},
       {"PlayControl",
-       [](auto& c) { return c.PlayControl(0x01); },
+       [](auto& c) { return c.PlayControl(PlayControlCode::kTogglePlayPause); },
        "55 04 04 00 29 01",
        {0x04, 0x00, 0x01, 0x00, 0x00, 0x29}},
       {"SetShuffle",
-       [](auto& c) { return c.SetShuffle(0x02); },
+       [](auto& c) { return c.SetShuffle(PlayMode::kAlbums); },
        "55 04 04 00 2E 02",
        {0x04, 0x00, 0x01, 0x00, 0x00, 0x2E}},
       {"SetRepeat",
-       [](auto& c) { return c.SetRepeat(0xFF); },
+       [](auto& c) { return c.SetRepeat(PlayMode{0xFF}); },
        "55 04 04 00 31 FF",
        {0x04, 0x00, 0x01, 0x00, 0x00, 0x31}},
       {"SetDisplayImage",
-       [](auto& c) { return c.SetDisplayImage(2, 1, 1, 9, 2, kRow); },
+       [](auto& c) {
+         return c.SetDisplayImage(PixelFormat::kRgb565LowByteFirst, 1, 1, 9, 2, kRow);
+       },
        "55 07 04 00 32 00 01 AA BB",
        {0x04, 0x00, 0x01, 0x00, 0x00, 0x32}},
       {"SetCurrentPlayingTrack",
@@ -199,7 +205,9 @@ const std::vector<AcknowledgedOperation>& acknowledgedOperations() {
        "55 07 04 00 37 0A 0B 0C 0D",
        {0x04, 0x00, 0x01, 0x00, 0x00, 0x37}},
       {"SelectSortDbRecord",
-       [](auto& c) { return c.SelectSortDbRecord(0x03, 0xFFFFFFFE, 0x04); },
+       [](auto& c) {
+         return c.SelectSortDbRecord(Category::kAlbums, 0xFFFFFFFE, SortOrder::kName);
+       },
        "55 09 04 00 38 03 FF FF FF FE 04",
        {0x04, 0x00, 0x01, 0x00, 0x00, 0x38}},
   };

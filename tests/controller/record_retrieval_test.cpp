@@ -33,7 +33,7 @@ class RecordRetrieval : public ControllerTest {
   bool retrieve(const Payloads& answer, uint32_t waits, uint32_t left) {
     callLog().clear();
     ipod().answer(kRequestOfThree, answer);
-    const bool result = controller().RetrieveDbRecords(0x05, 0, 3, records);
+    const bool result = controller().RetrieveDbRecords(Category::kTracks, 0, 3, records);
     EXPECT_EQ(callLog(), (Calls{"flush", std::string("send ") + kRequestOfThree}) +
                              repeated(waits, {"wait 0 ns 1 s"}));
     EXPECT_EQ(ipod().queued(), left);
@@ -58,19 +58,19 @@ TEST_F(RecordRetrieval, KeepsWhatTheListHeldBefore) {
 }
 
 TEST_F(RecordRetrieval, SendsCategoryStartAndCount) {
-  controller().RetrieveDbRecords(0xFF, 0x01020304, 0x89ABCDEF, records);
+  controller().RetrieveDbRecords(Category{0xFF}, 0x01020304, 0x89ABCDEF, records);
   EXPECT_EQ(callLog(),
             (Calls{"flush", "send 55 0C 04 00 1A FF 01 02 03 04 89 AB CD EF", "wait 0 ns 1 s"}));
 }
 
 TEST_F(RecordRetrieval, OfNoRecordFailsAndSendsNothing) {
-  EXPECT_FALSE(controller().RetrieveDbRecords(0x05, 0, 0, records));
+  EXPECT_FALSE(controller().RetrieveDbRecords(Category::kTracks, 0, 0, records));
   EXPECT_EQ(callLog(), Calls{});
 }
 
 TEST_F(RecordRetrieval, FailsWithoutALink) {
   IpodController unlinked(kNoLink);
-  EXPECT_FALSE(unlinked.RetrieveDbRecords(0x05, 0, 3, records));
+  EXPECT_FALSE(unlinked.RetrieveDbRecords(Category::kTracks, 0, 3, records));
   EXPECT_EQ(callLog(), Calls{});
 }
 
@@ -166,9 +166,9 @@ TEST_F(RecordRetrieval, IgnoresRecordsThatCameBeforeTheRequest) {
 TEST_F(RecordRetrieval, TheRecordThatWasLeftIsClearedByTheNextRequest) {
   EXPECT_TRUE(retrieve({kRecord0, kNotification, kRecord1, kRecord2}, 3, 1));
   ipod().answer("55 03 04 00 1E", {{0x04, 0x00, 0x1F, 0x00, 0x00, 0x00, 0x05}});
-  uint32_t index = 0;
+  RecordIndex index = 0;
   EXPECT_TRUE(controller().GetCurrentTrackIndex(index));
-  EXPECT_EQ(index, 5u);
+  EXPECT_EQ(index, 5);
 }
 
 }  // namespace

@@ -287,46 +287,46 @@ TEST_F(TrackInfo, ConvertsTheTypeByteAndAllButTheLastCharacter) {
   ipod().answer("55 0A 04 00 0C 05 00 00 00 02 00 00",
                 {{0x04, 0x00, 0x0D, 0x05, 'R', 'o', 'c', 'k'}});
   ByteString data;
-  uint8_t answeredType = 0;
-  ASSERT_TRUE(controller().GetIndexedTrackInfo(2, data, answeredType, 0x05));
+  TrackInfoType answeredType{};
+  ASSERT_TRUE(controller().GetIndexedTrackInfo(2, data, answeredType, TrackInfoType::kGenre));
   EXPECT_EQ(textOf(data), "\x05Roc");
-  EXPECT_EQ(answeredType, 0x05);
+  EXPECT_EQ(answeredType, TrackInfoType{0x05});
 }
 
 TEST_F(TrackInfo, OfTypeZeroSucceedsWithAnEmptyText) {
   ipod().answer("55 0A 04 00 0C 00 00 00 00 02 00 00",
                 {{0x04, 0x00, 0x0D, 0x00, 0x00, 0x00, 0x00, 0x01}});
   ByteString data = byteString("before");
-  uint8_t answeredType = 0xEE;
-  EXPECT_TRUE(controller().GetIndexedTrackInfo(2, data, answeredType, 0x00));
+  TrackInfoType answeredType{0xEE};
+  EXPECT_TRUE(controller().GetIndexedTrackInfo(2, data, answeredType, TrackInfoType{0}));
   EXPECT_EQ(textOf(data), "");
-  EXPECT_EQ(answeredType, 0x00);
+  EXPECT_EQ(answeredType, TrackInfoType{0x00});
 }
 
 TEST_F(TrackInfo, SucceedsWhenItsTextDoesNotConvert) {
   ipod().answer("55 0A 04 00 0C 05 00 00 00 02 00 00",
                 {{0x04, 0x00, 0x0D, 0x05, 0xE2, 0x82, 0xAC, 0x00}});
   ByteString data;
-  uint8_t answeredType = 0;
-  EXPECT_TRUE(controller().GetIndexedTrackInfo(2, data, answeredType, 0x05));
+  TrackInfoType answeredType{};
+  EXPECT_TRUE(controller().GetIndexedTrackInfo(2, data, answeredType, TrackInfoType::kGenre));
   EXPECT_EQ(textOf(data), "\x05 ");
 }
 
 TEST_F(TrackInfo, GivesOutTheTypeThatTheIpodAnswered) {
   ipod().answer("55 0A 04 00 0C 05 00 00 00 02 00 00", {{0x04, 0x00, 0x0D, 0x07, 'x'}});
   ByteString data;
-  uint8_t answeredType = 0;
-  EXPECT_TRUE(controller().GetIndexedTrackInfo(2, data, answeredType, 0x05));
-  EXPECT_EQ(answeredType, 0x07);
+  TrackInfoType answeredType{};
+  EXPECT_TRUE(controller().GetIndexedTrackInfo(2, data, answeredType, TrackInfoType::kGenre));
+  EXPECT_EQ(answeredType, TrackInfoType{0x07});
   EXPECT_EQ(textOf(data), "\x07");
 }
 
 TEST(Shuffle, TakesTheFirstByteOfALongReply) {
   Scripted<IpodController> controller(followMessage);
   controller.ipod().answer("55 03 04 00 2C", {{0x04, 0x00, 0x2D, 0x01, 0x02, 0x03}});
-  uint32_t mode = 0xFFFFFFFF;
+  PlayMode mode{0xFF};
   EXPECT_TRUE(controller.GetShuffle(mode));
-  EXPECT_EQ(mode, 1u);
+  EXPECT_EQ(mode, PlayMode::kTracks);
 }
 
 TEST(ColorImageLimits, AreThoseOfTheFirstEntry) {
@@ -337,7 +337,7 @@ TEST(ColorImageLimits, AreThoseOfTheFirstEntry) {
   ASSERT_TRUE(controller.GetColorImageLimits(limits));
   EXPECT_EQ(limits.width, 320);
   EXPECT_EQ(limits.height, 240);
-  EXPECT_EQ(limits.format, 2);
+  EXPECT_EQ(limits.format, PixelFormat::kRgb565LowByteFirst);
 }
 
 }  // namespace

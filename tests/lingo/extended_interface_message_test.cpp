@@ -30,7 +30,9 @@ const uint8_t kRow[] = {0xF8, 0x00, 0x07, 0xE0};
 
 const Builder kBuilders[] = {
     {"GetIndexedPlayingTrackInfo",
-     [](Message& m) { return m.buildGetIndexedPlayingTrackInfo(0x05, 0x12345678, 0x9ABC); },
+     [](Message& m) {
+       return m.buildGetIndexedPlayingTrackInfo(TrackInfoType::kGenre, 0x12345678, 0x9ABC);
+     },
      0x000C,
      {0x05, 0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC},
      {0x55, 0x0A, 0x04, 0x00, 0x0C, 0x05, 0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC}},
@@ -45,23 +47,23 @@ const Builder kBuilders[] = {
      {},
      {0x55, 0x03, 0x04, 0x00, 0x16}},
     {"SelectDbRecord",
-     [](Message& m) { return m.buildSelectDbRecord(2, 7); },
+     [](Message& m) { return m.buildSelectDbRecord(Category::kArtists, 7); },
      0x0017,
      {0x02, 0x00, 0x00, 0x00, 0x07},
      {0x55, 0x08, 0x04, 0x00, 0x17, 0x02, 0x00, 0x00, 0x00, 0x07}},
     {"SelectDbRecordThatUndoesASelection",
-     [](Message& m) { return m.buildSelectDbRecord(1, 0xFFFFFFFF); },
+     [](Message& m) { return m.buildSelectDbRecord(Category::kPlaylists, 0xFFFFFFFF); },
      0x0017,
      {0x01, 0xFF, 0xFF, 0xFF, 0xFF},
      {0x55, 0x08, 0x04, 0x00, 0x17, 0x01, 0xFF, 0xFF, 0xFF, 0xFF}},
     {"GetNumberCategorizedDbRecords",
-     [](Message& m) { return m.buildGetNumberCategorizedDbRecords(5); },
+     [](Message& m) { return m.buildGetNumberCategorizedDbRecords(Category::kTracks); },
      0x0018,
      {0x05},
      {0x55, 0x04, 0x04, 0x00, 0x18, 0x05}},
     {"RetrieveCategorizedDatabaseRecords",
      [](Message& m) {
-       return m.buildRetrieveCategorizedDatabaseRecords(3, 0x01020304, 0x0A0B0C0D);
+       return m.buildRetrieveCategorizedDatabaseRecords(Category::kAlbums, 0x01020304, 0x0A0B0C0D);
      },
      0x001A,
      {0x03, 0x01, 0x02, 0x03, 0x04, 0x0A, 0x0B, 0x0C, 0x0D},
@@ -97,7 +99,7 @@ const Builder kBuilders[] = {
      {0x00, 0x01, 0x02, 0x03},
      {0x55, 0x07, 0x04, 0x00, 0x28, 0x00, 0x01, 0x02, 0x03}},
     {"PlayControl",
-     [](Message& m) { return m.buildPlayControl(0x03); },
+     [](Message& m) { return m.buildPlayControl(PlayControlCode::kNextTrack); },
      0x0029,
      {0x03},
      {0x55, 0x04, 0x04, 0x00, 0x29, 0x03}},
@@ -107,7 +109,7 @@ const Builder kBuilders[] = {
      {},
      {0x55, 0x03, 0x04, 0x00, 0x2C}},
     {"SetShuffle",
-     [](Message& m) { return m.buildSetShuffle(0x02); },
+     [](Message& m) { return m.buildSetShuffle(PlayMode::kAlbums); },
      0x002E,
      {0x02},
      {0x55, 0x04, 0x04, 0x00, 0x2E, 0x02}},
@@ -117,23 +119,28 @@ const Builder kBuilders[] = {
      {},
      {0x55, 0x03, 0x04, 0x00, 0x2F}},
     {"SetRepeat",
-     [](Message& m) { return m.buildSetRepeat(0x01); },
+     [](Message& m) { return m.buildSetRepeat(PlayMode::kTracks); },
      0x0031,
      {0x01},
      {0x55, 0x04, 0x04, 0x00, 0x31, 0x01}},
     {"FirstPacketOfADisplayImageDescribesThePicture",
-     [](Message& m) { return m.buildSetDisplayImage(0x02, 0, 0x0136, 0x00A8, 4, kRow); },
+     [](Message& m) {
+       return m.buildSetDisplayImage(PixelFormat::kRgb565LowByteFirst, 0, 0x0136, 0x00A8, 4, kRow);
+     },
      0x0032,
      {0x00, 0x00, 0x02, 0x01, 0x36, 0x00, 0xA8, 0x00, 0x00, 0x00, 0x04, 0xF8, 0x00, 0x07, 0xE0},
      {0x55, 0x12, 0x04, 0x00, 0x32, 0x00, 0x00, 0x02, 0x01, 0x36,
       0x00, 0xA8, 0x00, 0x00, 0x00, 0x04, 0xF8, 0x00, 0x07, 0xE0}},
     {"LaterPacketOfADisplayImageIsIndexAndRow",
-     [](Message& m) { return m.buildSetDisplayImage(0x02, 0x0102, 0x0136, 0x00A8, 4, kRow); },
+     [](Message& m) {
+       return m.buildSetDisplayImage(PixelFormat::kRgb565LowByteFirst, 0x0102, 0x0136, 0x00A8, 4,
+                                     kRow);
+     },
      0x0032,
      {0x01, 0x02, 0xF8, 0x00, 0x07, 0xE0},
      {0x55, 0x09, 0x04, 0x00, 0x32, 0x01, 0x02, 0xF8, 0x00, 0x07, 0xE0}},
     {"SecondPacketOfADisplayImageHasNoHeader",
-     [](Message& m) { return m.buildSetDisplayImage(0x01, 1, 8, 8, 2, kRow); },
+     [](Message& m) { return m.buildSetDisplayImage(PixelFormat::kGrey2Bits, 1, 8, 8, 2, kRow); },
      0x0032,
      {0x00, 0x01, 0xF8, 0x00},
      {0x55, 0x07, 0x04, 0x00, 0x32, 0x00, 0x01, 0xF8, 0x00}},
@@ -153,7 +160,9 @@ const Builder kBuilders[] = {
      {0x81, 0x00, 0x00, 0x02},
      {0x55, 0x07, 0x04, 0x00, 0x37, 0x81, 0x00, 0x00, 0x02}},
     {"SelectSortDbRecord",
-     [](Message& m) { return m.buildSelectSortDbRecord(0x03, 0x01020304, 0xFF); },
+     [](Message& m) {
+       return m.buildSelectSortDbRecord(Category::kAlbums, 0x01020304, SortOrder::kDefault);
+     },
      0x0038,
      {0x03, 0x01, 0x02, 0x03, 0x04, 0xFF},
      {0x55, 0x09, 0x04, 0x00, 0x38, 0x03, 0x01, 0x02, 0x03, 0x04, 0xFF}},
@@ -170,7 +179,8 @@ INSTANTIATE_TEST_SUITE_P(Commands, ExtendedInterfaceBuilder, testing::ValuesIn(k
 TEST(SetDisplayImage, OfARowOf253BytesGoesOutInTheLongForm) {
   const Bytes row(251, 0x11);
   Message message;
-  ASSERT_TRUE(message.buildSetDisplayImage(2, 1, 0, 0, 251, row.data()));
+  ASSERT_TRUE(
+      message.buildSetDisplayImage(PixelFormat::kRgb565LowByteFirst, 1, 0, 0, 251, row.data()));
   const Bytes body = bodyOf(message);
   ASSERT_EQ(body.size(), 260u);
   EXPECT_EQ(Bytes(body.begin(), body.begin() + 10),
@@ -180,7 +190,8 @@ TEST(SetDisplayImage, OfARowOf253BytesGoesOutInTheLongForm) {
 TEST(SetDisplayImage, TellsTheWholeStrideButSendsItsLow16BitsOfBytes) {
   const Bytes row = countingBytes(8);
   Message message;
-  ASSERT_TRUE(message.buildSetDisplayImage(2, 0, 1, 1, 0x00010003, row.data()));
+  ASSERT_TRUE(message.buildSetDisplayImage(PixelFormat::kRgb565LowByteFirst, 0, 1, 1, 0x00010003,
+                                           row.data()));
   EXPECT_EQ(dataOf(message), (Bytes{0x00, 0x00, 0x02, 0x00, 0x01, 0x00, 0x01, 0x00, 0x01, 0x00,
                                     0x03, row[0], row[1], row[2]}));
 }
@@ -188,7 +199,8 @@ TEST(SetDisplayImage, TellsTheWholeStrideButSendsItsLow16BitsOfBytes) {
 TEST(SetDisplayImage, KeepsItsLengthTo16Bits) {
   const Bytes row = countingBytes(65535);
   Message message;
-  EXPECT_TRUE(message.buildSetDisplayImage(2, 0, 1, 1, 65535, row.data()));
+  EXPECT_TRUE(
+      message.buildSetDisplayImage(PixelFormat::kRgb565LowByteFirst, 0, 1, 1, 65535, row.data()));
   EXPECT_EQ(message.getDataLength(), 10);
   EXPECT_EQ(dataOf(message), (Bytes{0x00, 0x00, 0x02, 0x00, 0x01, 0x00, 0x01, 0x00, 0x00, 0xFF}));
 }

@@ -54,13 +54,18 @@ const Building kBuildings[] = {
     building<Remote>("ContextButtonInByte3",
                      [](auto& m) { return m.buildContextButtonStatus(3, 1); }),
     building<Remote>("AudioButtons", [](auto& m) { return m.buildAudioButtonStatus(1); }),
-    building<Extended>("GetIndexedPlayingTrackInfo",
-                       [](auto& m) { return m.buildGetIndexedPlayingTrackInfo(5, 1, 0); }),
-    building<Extended>("SelectDbRecord", [](auto& m) { return m.buildSelectDbRecord(2, 7); }),
-    building<Extended>("GetNumberCategorizedDbRecords",
-                       [](auto& m) { return m.buildGetNumberCategorizedDbRecords(2); }),
+    building<Extended>(
+        "GetIndexedPlayingTrackInfo",
+        [](auto& m) { return m.buildGetIndexedPlayingTrackInfo(TrackInfoType::kGenre, 1, 0); }),
+    building<Extended>("SelectDbRecord",
+                       [](auto& m) { return m.buildSelectDbRecord(Category::kArtists, 7); }),
+    building<Extended>(
+        "GetNumberCategorizedDbRecords",
+        [](auto& m) { return m.buildGetNumberCategorizedDbRecords(Category::kArtists); }),
     building<Extended>("RetrieveCategorizedDatabaseRecords",
-                       [](auto& m) { return m.buildRetrieveCategorizedDatabaseRecords(2, 0, 9); }),
+                       [](auto& m) {
+                         return m.buildRetrieveCategorizedDatabaseRecords(Category::kArtists, 0, 9);
+                       }),
     building<Extended>("GetIndexedPlayingTrackTitle",
                        [](auto& m) { return m.buildGetIndexedPlayingTrackTitle(1); }),
     building<Extended>("GetIndexedPlayingTrackArtistName",
@@ -69,17 +74,26 @@ const Building kBuildings[] = {
                        [](auto& m) { return m.buildGetIndexedPlayingTrackAlbumName(1); }),
     building<Extended>("PlayCurrentSelection",
                        [](auto& m) { return m.buildPlayCurrentSelection(1); }),
-    building<Extended>("PlayControl", [](auto& m) { return m.buildPlayControl(1); }),
-    building<Extended>("SetShuffle", [](auto& m) { return m.buildSetShuffle(1); }),
-    building<Extended>("SetRepeat", [](auto& m) { return m.buildSetRepeat(1); }),
+    building<Extended>(
+        "PlayControl",
+        [](auto& m) { return m.buildPlayControl(PlayControlCode::kTogglePlayPause); }),
+    building<Extended>("SetShuffle", [](auto& m) { return m.buildSetShuffle(PlayMode::kTracks); }),
+    building<Extended>("SetRepeat", [](auto& m) { return m.buildSetRepeat(PlayMode::kTracks); }),
     building<Extended>("FirstPacketOfADisplayImage",
-                       [](auto& m) { return m.buildSetDisplayImage(2, 0, 1, 1, 4, kRow); }),
+                       [](auto& m) {
+                         return m.buildSetDisplayImage(PixelFormat::kRgb565LowByteFirst, 0, 1, 1, 4,
+                                                       kRow);
+                       }),
     building<Extended>("LaterPacketOfADisplayImage",
-                       [](auto& m) { return m.buildSetDisplayImage(2, 1, 1, 1, 4, kRow); }),
+                       [](auto& m) {
+                         return m.buildSetDisplayImage(PixelFormat::kRgb565LowByteFirst, 1, 1, 1, 4,
+                                                       kRow);
+                       }),
     building<Extended>("SetCurrentPlayingTrack",
                        [](auto& m) { return m.buildSetCurrentPlayingTrack(1); }),
-    building<Extended>("SelectSortDbRecord",
-                       [](auto& m) { return m.buildSelectSortDbRecord(3, 1, 4); }),
+    building<Extended>(
+        "SelectSortDbRecord",
+        [](auto& m) { return m.buildSelectSortDbRecord(Category::kAlbums, 1, SortOrder::kName); }),
     building<Audio>("AccAck", [](auto& m) { return m.buildAccAck(0, 4); }),
     building<Audio>("RetAccSampleRateCaps",
                     [](auto& m) { return m.buildRetAccSampleRateCaps(kCodes, 4); }),
@@ -127,16 +141,24 @@ bool decodeText(const LingoMessage& message, uint32_t&, ByteString& text) {
 }
 
 bool decodeTrackInfo(const LingoMessage& message, uint32_t& number, ByteString& text) {
-  uint8_t infoType = 0xA5;
+  constexpr TrackInfoType kUntouched{0xA5};
+  TrackInfoType infoType = kUntouched;
   const bool accepted =
       static_cast<const Extended&>(message).decodeReturnIndexedPlayingTrackInfo(infoType, text);
-  if (infoType != 0xA5) number = infoType;
+  if (infoType != kUntouched) number = static_cast<uint32_t>(infoType);
   return accepted;
 }
 
-template <class Message, bool (Message::*decode)(uint32_t&, ByteString&) const>
-bool decodeNumberAndText(const LingoMessage& message, uint32_t& number, ByteString& text) {
-  return (static_cast<const Message&>(message).*decode)(number, text);
+bool decodeModelNum(const LingoMessage& message, uint32_t& number, ByteString& text) {
+  return static_cast<const General&>(message).decodeReturnIpodModelNum(number, text);
+}
+
+bool decodeRecord(const LingoMessage& message, uint32_t& number, ByteString& text) {
+  auto index = static_cast<RecordIndex>(number);
+  const bool accepted =
+      static_cast<const Extended&>(message).decodeReturnCategorizedDatabaseRecord(index, text);
+  number = static_cast<uint32_t>(index);
+  return accepted;
 }
 
 const TextDecoding kTextDecodings[] = {
@@ -144,12 +166,10 @@ const TextDecoding kTextDecodings[] = {
      decodeText<General, &General::decodeReturnIpodName>},
     {"SerialNum", received<General, 0x0C>,
      decodeText<General, &General::decodeReturnIpodSerialNum>},
-    {"ModelNum", received<General, 0x0E>,
-     decodeNumberAndText<General, &General::decodeReturnIpodModelNum>},
+    {"ModelNum", received<General, 0x0E>, decodeModelNum},
     {"IndexedPlayingTrackInfo", received<Extended, 0x000D>, decodeTrackInfo},
     {"IpodName", received<Extended, 0x0015>, decodeText<Extended, &Extended::decodeReturnIpodName>},
-    {"CategorizedDatabaseRecord", received<Extended, 0x001B>,
-     decodeNumberAndText<Extended, &Extended::decodeReturnCategorizedDatabaseRecord>},
+    {"CategorizedDatabaseRecord", received<Extended, 0x001B>, decodeRecord},
     {"TrackTitle", received<Extended, 0x0021>,
      decodeText<Extended, &Extended::decodeReturnIndexedPlayingTrackTitle>},
     {"ArtistName", received<Extended, 0x0023>,
@@ -225,7 +245,7 @@ TEST(AppendDataWithoutMemory, FailsOnAnEmptyMessage) {
 
 TEST(EncodeWithoutMemory, NeedsNone) {
   Extended message;
-  ASSERT_TRUE(message.buildSelectDbRecord(2, 7));
+  ASSERT_TRUE(message.buildSelectDbRecord(Category::kArtists, 7));
   uint8_t buffer[16];
   const MemoryLimit memory(kNoMemory);
   EXPECT_EQ(message.encode(buffer, 16), 10);
@@ -264,7 +284,7 @@ TEST(Utf8ToNarrowWithoutMemory, FailsAndLeavesTheOutput) {
   forEachFailure([](const FailurePoint& point) {
     ByteString narrow = byteString("before");
     const MemoryLimit memory(point);
-    const bool converted = LingoMessage::utf8ToNarrow("text", 4, narrow);
+    const bool converted = LingoMessage::utf8ToNarrow(utf8("text"), 4, narrow);
     const bool struck = memory.struck();
     EXPECT_EQ(converted, !struck);
     EXPECT_EQ(textOf(narrow), struck ? "before" : "text");
@@ -275,13 +295,13 @@ TEST(Utf8ToNarrowWithoutMemory, FailsAndLeavesTheOutput) {
 TEST(Utf8ToWideWithoutMemory, Fails) {
   WideString wide;
   const MemoryLimit memory(kNoMemory);
-  EXPECT_FALSE(LingoMessage::utf8ToWide("text", wide));
+  EXPECT_FALSE(LingoMessage::utf8ToWide(utf8("text"), wide));
   EXPECT_TRUE(wide.empty());
 }
 
 TEST(WideToNarrowWithoutMemory, FailsAndLeavesTheOutput) {
   WideString wide;
-  ASSERT_TRUE(LingoMessage::utf8ToWide("text", wide));
+  ASSERT_TRUE(LingoMessage::utf8ToWide(utf8("text"), wide));
   ByteString narrow = byteString("before");
   const MemoryLimit memory(kNoMemory);
   EXPECT_FALSE(LingoMessage::wideToNarrow(wide, narrow));
@@ -291,7 +311,7 @@ TEST(WideToNarrowWithoutMemory, FailsAndLeavesTheOutput) {
 TEST(TextStringWithoutMemory, StaysAsItWas) {
   ByteString text = byteString("before");
   const MemoryLimit memory(kNoMemory);
-  EXPECT_FALSE(text.assign("after", 5));
+  EXPECT_FALSE(text.assign(utf8("after"), 5));
   EXPECT_FALSE(text.resize(100));
   EXPECT_EQ(textOf(text), "before");
 }

@@ -31,24 +31,24 @@ TEST(Utf8SequenceLength, IsToldByTheLeadByte) {
 }
 
 TEST(Utf8CharCount, CountsASequenceAsOne) {
-  EXPECT_EQ(LingoMessage::utf8CharCount(""), 0u);
-  EXPECT_EQ(LingoMessage::utf8CharCount("abc"), 3u);
-  EXPECT_EQ(LingoMessage::utf8CharCount("Caf\xC3\xA9"), 4u);
-  EXPECT_EQ(LingoMessage::utf8CharCount("\xE2\x82\xAC\xF0\x9F\x8E\xB5"), 2u);
-  EXPECT_EQ(LingoMessage::utf8CharCount("\xF8\x88\x80\x80\x80\xFC\x84\x80\x80\x80\x80"), 2u);
+  EXPECT_EQ(LingoMessage::utf8CharCount(utf8("")), 0u);
+  EXPECT_EQ(LingoMessage::utf8CharCount(utf8("abc")), 3u);
+  EXPECT_EQ(LingoMessage::utf8CharCount(utf8("Caf\xC3\xA9")), 4u);
+  EXPECT_EQ(LingoMessage::utf8CharCount(utf8("\xE2\x82\xAC\xF0\x9F\x8E\xB5")), 2u);
+  EXPECT_EQ(LingoMessage::utf8CharCount(utf8("\xF8\x88\x80\x80\x80\xFC\x84\x80\x80\x80\x80")), 2u);
 }
 
 TEST(Utf8CharCount, CountsACutSequenceAsOne) {
-  EXPECT_EQ(LingoMessage::utf8CharCount("\xE2\x82"), 1u);
-  EXPECT_EQ(LingoMessage::utf8CharCount("\xE2\x82z"), 2u);
-  EXPECT_EQ(LingoMessage::utf8CharCount("\xC3"), 1u);
-  EXPECT_EQ(LingoMessage::utf8CharCount("\xC3\xC3\xA9"), 2u);
+  EXPECT_EQ(LingoMessage::utf8CharCount(utf8("\xE2\x82")), 1u);
+  EXPECT_EQ(LingoMessage::utf8CharCount(utf8("\xE2\x82z")), 2u);
+  EXPECT_EQ(LingoMessage::utf8CharCount(utf8("\xC3")), 1u);
+  EXPECT_EQ(LingoMessage::utf8CharCount(utf8("\xC3\xC3\xA9")), 2u);
 }
 
 TEST(Utf8CharCount, CountsAStrayContinuationByteAsOne) {
-  EXPECT_EQ(LingoMessage::utf8CharCount("\x80\x81"), 2u);
-  EXPECT_EQ(LingoMessage::utf8CharCount("a\xBFz"), 3u);
-  EXPECT_EQ(LingoMessage::utf8CharCount("\xC3\xA9\xA9"), 2u);
+  EXPECT_EQ(LingoMessage::utf8CharCount(utf8("\x80\x81")), 2u);
+  EXPECT_EQ(LingoMessage::utf8CharCount(utf8("a\xBFz")), 3u);
+  EXPECT_EQ(LingoMessage::utf8CharCount(utf8("\xC3\xA9\xA9")), 2u);
 }
 
 struct Character : NamedRow {
@@ -62,7 +62,7 @@ class Utf8DecodeChar : public testing::TestWithParam<Character> {};
 
 TEST_P(Utf8DecodeChar, GivesCodePointAndBytesConsumed) {
   uint32_t value = 0xA5A5A5A5;
-  EXPECT_EQ(LingoMessage::utf8DecodeChar(GetParam().bytes, GetParam().length, value),
+  EXPECT_EQ(LingoMessage::utf8DecodeChar(utf8(GetParam().bytes), GetParam().length, value),
             GetParam().consumed);
   EXPECT_EQ(value, GetParam().value);
 }
@@ -90,43 +90,43 @@ INSTANTIATE_TEST_SUITE_P(Characters, Utf8DecodeChar, testing::ValuesIn(kCharacte
 
 TEST(Utf8ToWide, ConvertsEachCharacter) {
   WideString wide;
-  EXPECT_TRUE(LingoMessage::utf8ToWide("Caf\xC3\xA9 \xE2\x82\xAC", wide));
+  EXPECT_TRUE(LingoMessage::utf8ToWide(utf8("Caf\xC3\xA9 \xE2\x82\xAC"), wide));
   EXPECT_EQ(wideText(wide), u"Caf\u00E9 \u20AC"s);
 }
 
 TEST(Utf8ToWide, OfAnEmptyTextIsEmpty) {
   WideString wide = wideString(u"before");
-  EXPECT_TRUE(LingoMessage::utf8ToWide("", wide));
+  EXPECT_TRUE(LingoMessage::utf8ToWide(utf8(""), wide));
   EXPECT_EQ(wide.size(), 0u);
 }
 
 TEST(Utf8ToWide, TakesTheHighest16BitCharacter) {
   WideString wide;
-  EXPECT_TRUE(LingoMessage::utf8ToWide("\xEF\xBF\xBF", wide));
+  EXPECT_TRUE(LingoMessage::utf8ToWide(utf8("\xEF\xBF\xBF"), wide));
   EXPECT_EQ(wideText(wide), u"\uFFFF"s);
 }
 
 TEST(Utf8ToWide, PutsASpaceForACharacterBeyond16BitsAndGoesOn) {
   WideString wide;
-  EXPECT_FALSE(LingoMessage::utf8ToWide("a\xF0\x90\x80\x80z", wide));
+  EXPECT_FALSE(LingoMessage::utf8ToWide(utf8("a\xF0\x90\x80\x80z"), wide));
   EXPECT_EQ(wideText(wide), u"a z"s);
 }
 
 TEST(Utf8ToWide, PutsASpaceForACutSequenceAndGoesOnBehindIt) {
   WideString wide;
-  EXPECT_FALSE(LingoMessage::utf8ToWide("a\xE2\x82z\xC3", wide));
+  EXPECT_FALSE(LingoMessage::utf8ToWide(utf8("a\xE2\x82z\xC3"), wide));
   EXPECT_EQ(wideText(wide), u"a z "s);
 }
 
 TEST(Utf8ToWide, TakesAStrayContinuationByteAsItsLowSevenBits) {
   WideString wide;
-  EXPECT_TRUE(LingoMessage::utf8ToWide("a\x85z", wide));
+  EXPECT_TRUE(LingoMessage::utf8ToWide(utf8("a\x85z"), wide));
   EXPECT_EQ(wideText(wide), u"a\u0005z"s);
 }
 
 TEST(Utf8ToWide, TakesHalfOfASurrogatePairAsACharacter) {
   WideString wide;
-  EXPECT_TRUE(LingoMessage::utf8ToWide("a\xED\xA0\x80z\xED\xBF\xBF", wide));
+  EXPECT_TRUE(LingoMessage::utf8ToWide(utf8("a\xED\xA0\x80z\xED\xBF\xBF"), wide));
   EXPECT_EQ(wideText(wide), (std::u16string{u'a', 0xD800, u'z', 0xDFFF}));
 }
 
@@ -157,52 +157,52 @@ TEST(WideToNarrow, TakesAsManyCharactersAsAFrameCarries) {
 
 TEST(Utf8ToNarrow, ConvertsToLatin1) {
   ByteString narrow;
-  EXPECT_TRUE(LingoMessage::utf8ToNarrow("\x43\x61\x66\xC3\xA9", 5, narrow));
+  EXPECT_TRUE(LingoMessage::utf8ToNarrow(utf8("\x43\x61\x66\xC3\xA9"), 5, narrow));
   EXPECT_EQ(textOf(narrow), "\x43\x61\x66\xE9");
 }
 
 TEST(Utf8ToNarrow, PutsASpaceForA16BitCharacterAndFails) {
   ByteString narrow;
-  EXPECT_FALSE(LingoMessage::utf8ToNarrow("\xE2\x82\xAC", 3, narrow));
+  EXPECT_FALSE(LingoMessage::utf8ToNarrow(utf8("\xE2\x82\xAC"), 3, narrow));
   EXPECT_EQ(textOf(narrow), " ");
 }
 
 TEST(Utf8ToNarrow, PutsASpaceForHalfOfASurrogatePairAndGoesOn) {
   ByteString narrow;
-  EXPECT_FALSE(LingoMessage::utf8ToNarrow("a\xED\xA0\x80z", 5, narrow));
+  EXPECT_FALSE(LingoMessage::utf8ToNarrow(utf8("a\xED\xA0\x80z"), 5, narrow));
   EXPECT_EQ(textOf(narrow), "a z");
 }
 
 TEST(Utf8ToNarrow, LeavesTheOutputWhenACharacterIsBeyond16Bits) {
   ByteString narrow = byteString("before");
-  EXPECT_FALSE(LingoMessage::utf8ToNarrow("ab\xF0\x9F\x8E\xB5", 6, narrow));
+  EXPECT_FALSE(LingoMessage::utf8ToNarrow(utf8("ab\xF0\x9F\x8E\xB5"), 6, narrow));
   EXPECT_EQ(textOf(narrow), "before");
 }
 
 TEST(Utf8ToNarrow, LeavesTheOutputWhenASequenceIsCut) {
   ByteString narrow = byteString("before");
-  EXPECT_FALSE(LingoMessage::utf8ToNarrow("ab\xC3", 3, narrow));
+  EXPECT_FALSE(LingoMessage::utf8ToNarrow(utf8("ab\xC3"), 3, narrow));
   EXPECT_EQ(textOf(narrow), "before");
 }
 
 TEST(Utf8ToNarrow, FailsWithoutATextOrALength) {
   ByteString narrow = byteString("before");
   EXPECT_FALSE(LingoMessage::utf8ToNarrow(nullptr, 5, narrow));
-  EXPECT_FALSE(LingoMessage::utf8ToNarrow("text", 0, narrow));
+  EXPECT_FALSE(LingoMessage::utf8ToNarrow(utf8("text"), 0, narrow));
   EXPECT_EQ(textOf(narrow), "before");
 }
 
 TEST(Utf8ToNarrow, ReadsUpToTheTerminatorWhateverTheLength) {
   ByteString narrow;
-  EXPECT_TRUE(LingoMessage::utf8ToNarrow("text", 1, narrow));
+  EXPECT_TRUE(LingoMessage::utf8ToNarrow(utf8("text"), 1, narrow));
   EXPECT_EQ(textOf(narrow), "text");
-  EXPECT_TRUE(LingoMessage::utf8ToNarrow("ab\0cd", 5, narrow));
+  EXPECT_TRUE(LingoMessage::utf8ToNarrow(utf8("ab\0cd"), 5, narrow));
   EXPECT_EQ(textOf(narrow), "ab");
 }
 
 TEST(Utf8ToNarrow, OfAnEmptyTextIsEmpty) {
   ByteString narrow = byteString("before");
-  EXPECT_TRUE(LingoMessage::utf8ToNarrow("", 1, narrow));
+  EXPECT_TRUE(LingoMessage::utf8ToNarrow(utf8(""), 1, narrow));
   EXPECT_EQ(narrow.size(), 0u);
 }
 

@@ -38,7 +38,7 @@ TEST_P(DeviceLinkTest, ReceivesMessages) {
 TEST_P(DeviceLinkTest, SendsMessages) {
   ASSERT_TRUE(link.start());
   ExtendedInterfaceMessage message;
-  ASSERT_TRUE(message.buildSelectDbRecord(2, 7));
+  ASSERT_TRUE(message.buildSelectDbRecord(Category::kArtists, 7));
   EXPECT_TRUE(transport().sendMessage(message));
   const Bytes expected =
       link.onWire({0x55, 0x08, 0x04, 0x00, 0x17, 0x02, 0x00, 0x00, 0x00, 0x07, 0xD4});

@@ -57,7 +57,7 @@ TEST_P(SendMessage, FramesData) {
 
 TEST_P(SendMessage, FramesATwoByteCommand) {
   ExtendedInterfaceMessage message;
-  ASSERT_TRUE(message.buildSelectDbRecord(2, 7));
+  ASSERT_TRUE(message.buildSelectDbRecord(Category::kArtists, 7));
   EXPECT_EQ(sent(message),
             onWire({0x55, 0x08, 0x04, 0x00, 0x17, 0x02, 0x00, 0x00, 0x00, 0x07, 0xD4}));
 }
@@ -154,7 +154,7 @@ TEST_P(SendMessage, GivesUpBehindASenderThatDoesNotEnd) {
 
 TEST_P(SendMessage, TellsItselfWhileTheDebugFlagIsSet) {
   ExtendedInterfaceMessage message;
-  ASSERT_TRUE(message.buildPlayControl(0x03));
+  ASSERT_TRUE(message.buildPlayControl(PlayControlCode::kNextTrack));
   const std::string count = std::to_string(8 + kind().sync.size() - 1);
   EXPECT_EQ(printedInDebug([&] { transport->sendMessage(message); }),
             "OUT-> Lingo=4\tCommand=0x29 Data=0x3 \n"

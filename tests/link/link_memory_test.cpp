@@ -90,7 +90,7 @@ TEST_P(WithoutMemory, SendingNeedsNone) {
   const std::unique_ptr<Transport> transport = kind().create();
   ASSERT_TRUE(transport->open(kind().deviceName));
   ExtendedInterfaceMessage message;
-  ASSERT_TRUE(message.buildSelectDbRecord(2, 7));
+  ASSERT_TRUE(message.buildSelectDbRecord(Category::kArtists, 7));
   const MemoryLimit memory(kNoMemory);
   EXPECT_TRUE(transport->sendMessage(message));
   EXPECT_TRUE(transport->sendSyncByte());

@@ -23,13 +23,13 @@ using simulator::SimulatedIpod;
 using simulator::Track;
 
 // Record categories and modes of the Extended Interface lingo.
-constexpr uint8_t kArtists = 2;
-constexpr uint8_t kAlbums = 3;
-constexpr uint8_t kTracks = 5;
-constexpr uint8_t kSortByName = 4;
-constexpr uint8_t kPause = 11;
-constexpr uint32_t kStatePlaying = 1;
-constexpr uint32_t kStatePaused = 2;
+constexpr Category kArtists = Category::kArtists;
+constexpr Category kAlbums = Category::kAlbums;
+constexpr Category kTracks = Category::kTracks;
+constexpr SortOrder kSortByName = SortOrder::kName;
+constexpr PlayControlCode kPause = PlayControlCode::kPause;
+constexpr PlayState kStatePlaying = PlayState::kPlaying;
+constexpr PlayState kStatePaused = PlayState::kPaused;
 
 std::atomic<int> calledWith{0};
 
@@ -38,7 +38,7 @@ int remember(int32_t rate) {
   return 0;
 }
 
-std::string textOf(const ByteString& text) { return {text.text(), text.size()}; }
+std::string textOf(const ByteString& text) { return {text.text(), text.text() + text.size()}; }
 
 struct Kind {
   const char* name;
@@ -76,7 +76,7 @@ class ControllerSession : public testing::TestWithParam<Kind> {
   bool connect() { return controller.connect(GetParam().device, nullptr); }
 
   /// All records of a category, in one request.
-  Names recordsOf(uint8_t category) {
+  Names recordsOf(Category category) {
     uint32_t count = 0;
     RecordList records;
     EXPECT_TRUE(controller.GetDbRecordCount(category, count));
@@ -88,7 +88,7 @@ class ControllerSession : public testing::TestWithParam<Kind> {
     }
     return names;
   }
-  uint32_t countOf(uint8_t category) {
+  uint32_t countOf(Category category) {
     uint32_t count = 0;
     EXPECT_TRUE(controller.GetDbRecordCount(category, count));
     return count;
@@ -130,7 +130,7 @@ TEST_P(ControllerSession, PlaysAndFollowsTheSampleRate) {
   EXPECT_TRUE(eventually([] { return calledWith == 48000; }));
   uint32_t length = 0;
   uint32_t position = 0;
-  uint32_t state = 0;
+  PlayState state{};
   EXPECT_TRUE(eventually(
       [&] { return controller.GetPlayStatus(length, position, state) && position > 0; }));
   EXPECT_EQ(length, tracks[1].lengthMs);

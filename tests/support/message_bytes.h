@@ -26,10 +26,15 @@ inline void receive(ipodctl::LingoMessage& message, uint16_t command, const Byte
   message.appendData(data.data(), static_cast<uint16_t>(data.size()));
 }
 
-inline std::string textOf(const ipodctl::ByteString& text) { return {text.text(), text.size()}; }
+/// A text as the library takes it.
+inline const uint8_t* utf8(const char* text) { return reinterpret_cast<const uint8_t*>(text); }
+
+inline std::string textOf(const ipodctl::ByteString& text) {
+  return {text.text(), text.text() + text.size()};
+}
 
 inline ipodctl::ByteString byteString(const std::string& text) {
   ipodctl::ByteString result;
-  if (!result.assign(text.data(), static_cast<uint32_t>(text.size()))) return {};
+  if (!result.assign(utf8(text.data()), static_cast<uint32_t>(text.size()))) return {};
   return result;
 }

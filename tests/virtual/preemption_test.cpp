@@ -54,7 +54,7 @@ std::string commandBesidePositions(VirtualSession& session) {
 
 /// Records arrive one right after the other.
 std::string listRecords(VirtualSession& session) {
-  constexpr uint8_t kArtists = 2;
+  constexpr Category kArtists = Category::kArtists;
   constexpr uint32_t kCount = 3;
   IpodController controller(kUsbLink);
   if (!controller.connect("IPD1:", nullptr) || !controller.EnterExtendedMode() ||

@@ -33,7 +33,7 @@ class Said final : public Output {
   }
   template <class Number>
   void say(Number said) {
-    text = std::to_string(said);
+    text = std::to_string(static_cast<uint32_t>(said));
   }
 
  private:

@@ -12,17 +12,16 @@ namespace virtual_session {
 namespace {
 
 constexpr DWORD kPauseMilliseconds = 1200;
-constexpr uint8_t kArtists = 2;
-constexpr uint8_t kTracks = 5;
-constexpr uint8_t kSortByName = 4;
-constexpr uint8_t kPause = 11;
+constexpr Category kArtists = Category::kArtists;
+constexpr Category kTracks = Category::kTracks;
+constexpr SortOrder kSortByName = SortOrder::kName;
+constexpr PlayControlCode kPause = PlayControlCode::kPause;
 constexpr uint8_t kExtendedInterface = 4;
-constexpr uint32_t kGenreInfo = 5;
 constexpr uint32_t kNewSampleRate = 48000;
 
 using Controller = IpodController;
 using Word = uint32_t;
-using Mode = uint32_t;
+using Mode = PlayMode;
 
 void connect(SerialHost& host) {
   host.act("connect", [](Controller& c) {
@@ -80,10 +79,11 @@ void play(SerialHost& host) {
   host.ask<Word>("GetNumPlayingTracks",
                  [](Controller& c, Word& count) { return c.GetNumPlayingTracks(count); });
   host.act("SetCurrentPlayingTrack", [](Controller& c) { return c.SetCurrentPlayingTrack(1); });
-  host.ask<Word>("GetCurrentTrackIndex",
-                 [](Controller& c, Word& index) { return c.GetCurrentTrackIndex(index); });
+  host.ask<RecordIndex>("GetCurrentTrackIndex", [](Controller& c, RecordIndex& index) {
+    return c.GetCurrentTrackIndex(index);
+  });
   host.act("PlayControl", [](Controller& c) { return c.PlayControl(kPause); });
-  host.ask<Word>("GetPlayStatus", [](Controller& c, Word& state) {
+  host.ask<PlayState>("GetPlayStatus", [](Controller& c, PlayState& state) {
     Word length = 0;
     Word position = 0;
     return c.GetPlayStatus(length, position, state);
@@ -99,18 +99,18 @@ void readTexts(SerialHost& host) {
   host.ask<Text>("GetTrackAlbum",
                  [](Controller& c, Text& text) { return c.GetTrackAlbum(0, text); });
   host.ask<Text>("GetIndexedTrackInfo", [](Controller& c, Text& text) {
-    uint8_t type = 0;
-    return c.GetIndexedTrackInfo(0, text, type, kGenreInfo);
+    TrackInfoType type{};
+    return c.GetIndexedTrackInfo(0, text, type, TrackInfoType::kGenre);
   });
 }
 
 /// Off first, whatever the session before left.
 void changeModes(SerialHost& host) {
-  host.act("SetShuffle", [](Controller& c) { return c.SetShuffle(0); });
-  host.act("SetRepeat", [](Controller& c) { return c.SetRepeat(0); });
-  host.act("SetShuffle", [](Controller& c) { return c.SetShuffle(1); });
+  host.act("SetShuffle", [](Controller& c) { return c.SetShuffle(PlayMode::kOff); });
+  host.act("SetRepeat", [](Controller& c) { return c.SetRepeat(PlayMode::kOff); });
+  host.act("SetShuffle", [](Controller& c) { return c.SetShuffle(PlayMode::kTracks); });
   host.ask<Mode>("GetShuffle", [](Controller& c, Mode& mode) { return c.GetShuffle(mode); });
-  host.act("SetRepeat", [](Controller& c) { return c.SetRepeat(2); });
+  host.act("SetRepeat", [](Controller& c) { return c.SetRepeat(PlayMode::kAlbums); });
   host.ask<Mode>("GetRepeat", [](Controller& c, Mode& mode) { return c.GetRepeat(mode); });
 }
 

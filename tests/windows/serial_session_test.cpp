@@ -14,11 +14,11 @@ namespace {
 
 using session::eventually;
 
-constexpr uint8_t kArtists = 2;
-constexpr uint8_t kTracks = 5;
-constexpr uint8_t kPause = 11;
-constexpr uint32_t kStatePlaying = 1;
-constexpr uint32_t kStatePaused = 2;
+constexpr Category kArtists = Category::kArtists;
+constexpr Category kTracks = Category::kTracks;
+constexpr PlayControlCode kPause = PlayControlCode::kPause;
+constexpr PlayState kStatePlaying = PlayState::kPlaying;
+constexpr PlayState kStatePaused = PlayState::kPaused;
 
 std::atomic<int> announcedRate{0};
 
@@ -27,7 +27,7 @@ int remember(int32_t rate) {
   return 0;
 }
 
-std::string textOf(const ByteString& text) { return {text.text(), text.size()}; }
+std::string textOf(const ByteString& text) { return {text.text(), text.text() + text.size()}; }
 
 class SerialSession : public testing::Test {
  protected:
@@ -74,7 +74,7 @@ TEST_F(SerialSession, PlaysPausesAndFollowsTheSampleRate) {
   EXPECT_TRUE(eventually([] { return announcedRate == 48000; }));
   uint32_t length = 0;
   uint32_t position = 0;
-  uint32_t state = 0;
+  PlayState state{};
   EXPECT_TRUE(eventually(
       [&] { return controller.GetPlayStatus(length, position, state) && position > 0; }));
   EXPECT_EQ(state, kStatePlaying);
