@@ -6,65 +6,66 @@
 #include "api/database.h"
 #include "api/ipodctl.h"
 #include "api/library_state.h"
+#include "api/list_rules.h"
 
 namespace ipodctl {
 namespace {
 
-/// The whole library comes first among the playlists and is not offered.
-constexpr int32_t kFirstOfferedPlaylist = 1;
+const int* currentIndex() { return browseTree.current().index.address(); }
 
-const int* currentIndex() { return browseTree.ipodLevelIndex[browseTree.ipodLevel].address(); }
-
-int32_t firstIndex(bool playAll) { return playAll ? kPlayAllEntry : 0; }
+/// Closes the lists that were open and begins a tree whose top level has index 0 of `type`.
+void beginTree(Category type) {
+  BrowseLevel& root = browseTree.levels[0];
+  root.index = -1;
+  root.type = Category::kNone;
+  root.count = -1;
+  root.hasPlayAll = 0;
+  browseTree.top().index = 0;
+  browseTree.top().type = type;
+  browseTree.level = kTopLevel;
+}
 
 const int* openTree(Category type) {
-  BrowseTree& tree = browseTree;
-  tree.ipodLevelIndex[0] = -1;
-  tree.ipodLevelType[0] = Category::kNone;
-  tree.ipodLevelCount[0] = -1;
-  tree.ipodPlayAll[0] = 0;
-  tree.ipodLevelIndex[kTopLevel] = 0;
-  tree.ipodLevelType[kTopLevel] = type;
-  tree.ipodLevel = kTopLevel;
+  beginTree(type);
   ipodController.ResetDbSelection();
-  uint32_t count = countRecords(topLevelCategory(type));
-  if (type == Category::kPlaylists) --count;
-  tree.ipodLevelIndex[kTopLevel] =
-      type == Category::kPlaylists ? kFirstOfferedPlaylist : firstIndex(hasPlayAll(type));
-  tree.openList(kTopLevel, count, allowsTabs(type), hasPlayAll(type));
+  const RecordIndex first = firstOffered(type);
+  const uint32_t count = countRecords(topLevelCategory(type)) - static_cast<uint32_t>(first);
+  BrowseLevel& list = browseTree.top();
+  list.index = hasPlayAll(type) ? kPlayAllEntry : first;
+  list.open(count, allowsTabs(type), hasPlayAll(type));
   return currentIndex();
 }
 
 const int* openCurrentItem(Category type, bool tracksOfSelection) {
-  BrowseTree& tree = browseTree;
-  const int32_t parent = tree.ipodLevel;
-  const int32_t level = parent + 1;
+  const BrowseLevel& parent = browseTree.current();
+  const int32_t level = browseTree.level + 1;
   if (level >= kLevelCount) return nullptr;
   const bool playAll = tracksOfSelection || hasPlayAll(type);
-  tree.ipodLevelType[level] = tracksOfSelection ? Category::kTracks : type;
-  tree.ipodLevel = level;
-  countRecords(tree.ipodLevelType[parent]);
+  BrowseLevel& list = browseTree.levels[level];
+  list.type = tracksOfSelection ? Category::kTracks : type;
+  browseTree.level = level;
+  countRecords(parent.type);
   if (level == kTopLevel) {
-    selectRecord(tree.ipodLevelType[parent], tree.ipodLevelIndex[parent]);
+    selectRecord(parent.type, parent.index);
   } else {
-    selectRecordSorted(tree.ipodLevelType[parent], tree.ipodLevelIndex[parent],
-                       tree.ipodLevelType[level]);
+    selectRecordSorted(parent.type, parent.index, list.type);
   }
-  const uint32_t count = countRecords(tree.ipodLevelType[level]);
-  tree.ipodLevelIndex[level] = firstIndex(playAll);
-  tree.openList(level, count, tracksOfSelection || allowsTabs(type), playAll);
+  const uint32_t count = countRecords(list.type);
+  list.index = playAll ? kPlayAllEntry : 0;
+  list.open(count, tracksOfSelection || allowsTabs(type), playAll);
   return currentIndex();
 }
 
 /// Moves within the current list, when there is one and it is not empty.
-const int* move(void (BrowseTree::*step)()) {
+const int* move(void (BrowseLevel::*step)()) {
   const LibraryLockHold lock;
-  if (!lock || browseTree.ipodLevelCount[browseTree.ipodLevel] <= 0) return nullptr;
-  (browseTree.*step)();
+  if (!lock || browseTree.current().isEmpty()) return nullptr;
+  (browseTree.current().*step)();
   return currentIndex();
 }
 
-/// Asks the iPod whether the current item leads to tracks, and takes the question's selection back.
+/// Asks the iPod whether a record leads to tracks, and undoes the selection that the question
+/// needs.
 bool leadsToTracks(Category type, RecordIndex index) {
   selectRecord(type, index);
   const uint32_t tracks = countTracks();
@@ -73,17 +74,16 @@ bool leadsToTracks(Category type, RecordIndex index) {
 }
 
 bool currentItemIsEmpty() {
-  const BrowseTree& tree = browseTree;
-  const int32_t level = tree.ipodLevel;
-  if (tree.ipodLevelCount[level] <= 0) return true;
-  if (tree.showsTabs(level) || tree.ipodLevelType[level] == Category::kTracks) return false;
-  return !leadsToTracks(tree.ipodLevelType[level], tree.ipodLevelIndex[level]);
+  const BrowseLevel& list = browseTree.current();
+  if (list.isEmpty()) return true;
+  if (list.showsTabs() || list.type == Category::kTracks) return false;
+  return !leadsToTracks(list.type, list.index);
 }
 
-/// The count of the current list's type, without the whole library and one playlist more.
+/// The count of the current list's category, without the whole library and one playlist more.
 uint32_t countMediaFiles() {
   constexpr uint32_t kPlaylistsNotCounted = 2;
-  const Category type = browseTree.ipodLevelType[browseTree.ipodLevel];
+  const Category type = browseTree.current().type;
   if (!isListed(type)) return 0;
   const uint32_t count = countRecords(type);
   return type == Category::kPlaylists && count != 0 ? count - kPlaylistsNotCounted : count;
@@ -101,24 +101,23 @@ const int* IPODCTL_CALL IpodGetFirstItem(int descend, int type, int tracksOfSele
   return descend == 0 ? openTree(category) : openCurrentItem(category, tracksOfSelection != 0);
 }
 
-const int* IPODCTL_CALL IpodGetNextItem(void) { return move(&BrowseTree::moveToNext); }
+const int* IPODCTL_CALL IpodGetNextItem(void) { return move(&BrowseLevel::moveToNext); }
 
-const int* IPODCTL_CALL IpodGetPrevItem(void) { return move(&BrowseTree::moveToPrevious); }
+const int* IPODCTL_CALL IpodGetPrevItem(void) { return move(&BrowseLevel::moveToPrevious); }
 
 const int* IPODCTL_CALL IpodGetParentItem(void) {
   const LibraryLockHold lock;
   if (!lock) return nullptr;
-  BrowseTree& tree = browseTree;
-  const int32_t level = tree.ipodLevel;
-  if (tree.ipodEnableTab[level] == 1 && !tree.showsTabs(level)) {
-    tree.ipodTabVisualization[level] = 1;
+  BrowseLevel& list = browseTree.current();
+  if (list.isTabbed == 1 && !list.showsTabs()) {
+    list.tabsShown = 1;
     return nullptr;
   }
-  tree.leaveLevel();
-  const int32_t parent = tree.ipodLevel;
-  if (parent == 0) return nullptr;
-  selectRecord(tree.ipodLevelType[parent], kNoRecord);
-  countRecords(tree.ipodLevelType[parent]);
+  browseTree.leaveLevel();
+  if (browseTree.level == 0) return nullptr;
+  const Category parent = browseTree.current().type;
+  selectRecord(parent, kNoRecord);
+  countRecords(parent);
   return currentIndex();
 }
 
@@ -127,37 +126,36 @@ int IPODCTL_CALL IpodCurItemIsEmpty(void) {
   return lock && currentItemIsEmpty() ? 1 : 0;
 }
 
-int IPODCTL_CALL IpodIsPlayAll(void) { return browseTree.onPlayAll(browseTree.ipodLevel) ? 1 : 0; }
+int IPODCTL_CALL IpodIsPlayAll(void) { return browseTree.current().onPlayAll() ? 1 : 0; }
 
 int IPODCTL_CALL IpodIsTrack(void) {
   const LibraryLockHold lock;
-  return lock && browseTree.ipodLevelType[browseTree.ipodLevel] == Category::kTracks ? 1 : 0;
+  return lock && browseTree.current().type == Category::kTracks ? 1 : 0;
 }
 
 int IPODCTL_CALL IpodGetType(void) {
   const LibraryLockHold lock;
-  return lock ? typeOfCategory(browseTree.ipodLevelType[browseTree.ipodLevel]) : 0;
+  return lock ? typeOfCategory(browseTree.current().type) : 0;
 }
 
-int IPODCTL_CALL IpodIsTabActive(void) { return browseTree.ipodEnableTab[browseTree.ipodLevel]; }
+int IPODCTL_CALL IpodIsTabActive(void) { return browseTree.current().isTabbed; }
 
-int IPODCTL_CALL IpodIsTabVisualizationActive(void) {
-  return browseTree.ipodTabVisualization[browseTree.ipodLevel];
-}
+int IPODCTL_CALL IpodIsTabVisualizationActive(void) { return browseTree.current().tabsShown; }
 
 int IPODCTL_CALL IpodDisableTabVisualizationActive(void) {
-  browseTree.ipodTabVisualization[browseTree.ipodLevel] = 0;
+  browseTree.current().tabsShown = 0;
   return 0;
 }
 
 int IPODCTL_CALL IpodEnableTabVisualizationActive(void) {
-  const int32_t level = browseTree.ipodLevel;
-  const uint8_t tabbed = browseTree.ipodEnableTab[level];
+  const int32_t level = browseTree.level;
+  BrowseLevel& list = browseTree.levels[level];
+  const uint8_t tabbed = list.isTabbed;
   std::printf("\nEnter IpodEnableTabVisualizationActive******\n");
   std::printf("\n ****IpodEnableTab[%d] = %d******\n", static_cast<int>(level), tabbed);
   if (tabbed == 1) {
     std::printf("\nEnter if (ipodEnableTab[ipodLevel])******\n");
-    browseTree.ipodTabVisualization[level] = 1;
+    list.tabsShown = 1;
   }
   return 0;
 }
@@ -171,5 +169,5 @@ int IPODCTL_CALL IpodGetMediaFileCount(int* count) {
 }
 
 int IPODCTL_CALL IpodGetNumberOfPlaylist(void) {
-  return static_cast<int>(countRecords(upDownTree.ipodLevelType[kTopLevel]));
+  return static_cast<int>(countRecords(upDownTree.top().type));
 }

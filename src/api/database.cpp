@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "api/browse_tree.h"
 #include "api/library_state.h"
+#include "api/list_rules.h"
 
 namespace ipodctl {
 

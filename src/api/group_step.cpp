@@ -7,6 +7,7 @@
 #include "api/browse_tree.h"
 #include "api/database.h"
 #include "api/library_state.h"
+#include "api/list_rules.h"
 #include "base/text_string.h"
 
 namespace ipodctl {
@@ -89,8 +90,8 @@ bool stepAmongTracks(Category type, bool forward) {
   return true;
 }
 
-/// The record after or before `index`. Of the playlists the first is the whole library, which is
-/// passed over; the round ends as many records before the last one.
+/// The record after or before `index`. Records before `first` are not offered; as many at the end
+/// are passed over, too.
 int64_t neighbourOf(int64_t index, int64_t first, int64_t count, bool forward) {
   if (forward) return index + 1 >= count - first ? first : index + 1;
   return index - 1 < first ? count - first - 1 : index - 1;
@@ -98,25 +99,25 @@ int64_t neighbourOf(int64_t index, int64_t first, int64_t count, bool forward) {
 
 /// Below a list: to the next record of that list.
 bool stepAmongRecords(bool forward) {
-  const Category type = upDownTree.ipodLevelType[kTopLevel];
+  BrowseLevel& list = upDownTree.top();
+  const Category type = list.type;
   ipodController.ResetDbSelection();
   const auto count = static_cast<int32_t>(countRecords(type));
-  const int32_t index = upDownTree.ipodLevelIndex[kTopLevel];
-  if (index == kPlayAllEntry) return false;
-  const int32_t first = type == Category::kPlaylists ? 1 : 0;
-  const auto neighbour = static_cast<int32_t>(neighbourOf(index, first, count, forward));
+  if (list.onPlayAllEntry()) return false;
+  const auto neighbour =
+      static_cast<RecordIndex>(neighbourOf(list.index, firstOffered(type), count, forward));
   selectRecordSorted(type, neighbour, type);
   countTracks();
   ipodController.PlayCurrentSelection(0);
-  upDownTree.ipodLevelIndex[kTopLevel] = neighbour;
+  list.index = neighbour;
   return true;
 }
 
 }  // namespace
 
 bool stepToGroup(bool forward) {
-  const int32_t upDownLevel = upDownTree.ipodLevel;
-  const Category type = upDownTree.ipodLevelType[kTopLevel];
+  const int32_t upDownLevel = upDownTree.level;
+  const Category type = upDownTree.top().type;
   if (upDownLevel == 0) return false;
   if (upDownLevel > kTopLevel) return stepAmongRecords(forward);
   return (type == Category::kArtists || type == Category::kAlbums) &&

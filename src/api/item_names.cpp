@@ -26,52 +26,46 @@ uint8_t* addName(uint8_t* end, Category type, RecordIndex index) {
   return end;
 }
 
-void writeTabLabel(const BrowseTree& tree, int32_t level, const TextBuffers& buffers) {
-  const Category type = tree.ipodLevelType[level];
+void writeTabLabel(const BrowseLevel& list, const TextBuffers& buffers) {
   uint8_t label[kLabelChars + kLabelJointLength + kLabelChars];
-  uint8_t* end = addName(label, type, tree.ipodLevelTab[level] * ipodTabSize);
+  uint8_t* end = addName(label, list.type, list.tab * ipodTabSize);
   end = std::copy_n(kLabelJoint, kLabelJointLength, end);
-  end = addName(end, type, tree.ipodLevelEnd[level] - 1);
+  end = addName(end, list.type, list.end - 1);
   writeText(label, static_cast<uint32_t>(end - label), buffers);
 }
 
-/// The name of the level's current item, or the mark of its play-all entry.
-void writeItemName(const BrowseTree& tree, int32_t level, const TextBuffers& buffers) {
-  if (tree.ipodPlayAll[level] == 1 && tree.ipodLevelIndex[level] == kPlayAllEntry &&
-      tree.ipodLevelCount[level] > 0) {
+/// The name of the list's current item, or the mark of its play-all entry.
+void writeItemName(const BrowseLevel& list, const TextBuffers& buffers) {
+  if (list.onPlayAllEntry() && !list.isEmpty()) {
     writePlayAllMark(buffers);
     return;
   }
   ByteString name;
-  if (tree.onItem(level) &&
-      retrieveName(tree.ipodLevelType[level], tree.ipodLevelIndex[level], name)) {
-    writeText(name, buffers);
-  }
+  if (list.onItem() && retrieveName(list.type, list.index, name)) writeText(name, buffers);
 }
 
-void writeCurrentName(const BrowseTree& tree, const TextBuffers& buffers) {
-  const int32_t level = tree.ipodLevel;
-  if (!tree.showsTabs(level)) {
-    writeItemName(tree, level, buffers);
-  } else if (tree.ipodLevelTab[level] == kPlayAllEntry) {
+void writeCurrentName(const BrowseLevel& list, const TextBuffers& buffers) {
+  if (!list.showsTabs()) {
+    writeItemName(list, buffers);
+  } else if (list.onPlayAllTab()) {
     writePlayAllMark(buffers);
   } else {
-    writeTabLabel(tree, level, buffers);
+    writeTabLabel(list, buffers);
   }
 }
 
-/// The parent's own list must not be narrowed by a selection while its name is read; the selection
-/// that the playing list came from is made again afterwards.
+/// A selection must not narrow the parent's own list while its name is read. Afterwards the
+/// selection that the playing list was made from is made again.
 void writeParentName(const BrowseTree& tree, int32_t parent, const TextBuffers& buffers) {
   constexpr int32_t kSortedLevel = 2;
-  selectRecord(tree.ipodLevelType[parent], kNoRecord);
-  countRecords(tree.ipodLevelType[parent]);
-  writeItemName(tree, parent, buffers);
+  const BrowseLevel& list = tree.levels[parent];
+  selectRecord(list.type, kNoRecord);
+  countRecords(list.type);
+  writeItemName(list, buffers);
   if (parent == kSortedLevel) {
-    selectRecordSorted(tree.ipodLevelType[parent], tree.ipodLevelIndex[parent],
-                       tree.ipodLevelType[parent]);
+    selectRecordSorted(list.type, list.index, list.type);
   } else {
-    selectRecord(tree.ipodLevelType[parent], tree.ipodLevelIndex[parent]);
+    selectRecord(list.type, list.index);
   }
 }
 
@@ -82,14 +76,14 @@ using namespace ipodctl;
 
 int IPODCTL_CALL IpodGetItemName(int, unsigned short* first, unsigned short* second, int maxChars) {
   const LibraryLockHold lock;
-  if (lock) writeCurrentName(browseTree, {first, second, maxChars});
+  if (lock) writeCurrentName(browseTree.current(), {first, second, maxChars});
   return 0;
 }
 
 int IPODCTL_CALL IpodGetParentUpDownName(int, unsigned short* first, unsigned short* second,
                                          int maxChars) {
   const LibraryLockHold lock;
-  const int32_t upDownLevel = upDownTree.ipodLevel;
+  const int32_t upDownLevel = upDownTree.level;
   if (lock && upDownLevel > 0) {
     writeParentName(upDownTree, upDownLevel - 1, {first, second, maxChars});
   }

@@ -164,20 +164,19 @@ bool carryOut(int command) {
 
 /// The track that the host means by an item of the current list.
 RecordIndex trackOfItem(RecordIndex item) {
-  const int32_t level = browseTree.ipodLevel;
-  const int32_t items = browseTree.ipodLevelCount[level];
-  constexpr int32_t kCurrentItem = -1;
+  const BrowseLevel& list = browseTree.current();
+  constexpr RecordIndex kCurrentItem = -1;
   if (item == kCurrentItem) {
-    return browseTree.onItem(level) ? browseTree.ipodLevelIndex[level].get() : 0;
+    return list.onItem() ? list.index.get() : 0;
   }
-  if (item >= 0 && item < items) return item;
+  if (item >= 0 && item < list.count) return item;
   return countTracks() > static_cast<uint32_t>(item) ? item : 0;
 }
 
 /// In a list of level 1 nothing is selected yet: the whole library is.
 void selectWholeLibrary(RecordIndex track) {
   constexpr RecordIndex kWholeLibrary = 0;
-  const Category type = browseTree.ipodLevelType[browseTree.ipodLevel];
+  const Category type = browseTree.current().type;
   countRecords(Category::kPlaylists);
   selectRecordSorted(Category::kPlaylists, kWholeLibrary, type);
   countTracks();
@@ -199,7 +198,7 @@ int IPODCTL_CALL IpodSongPlay(int index) {
   const LibraryLockHold lock;
   if (!lock) return 0;
   const RecordIndex track = trackOfItem(index);
-  if (browseTree.ipodLevel == kTopLevel) selectWholeLibrary(track);
+  if (browseTree.level == kTopLevel) selectWholeLibrary(track);
   ipodController.PlayCurrentSelection(track);
   notifyHost();
   return 0;

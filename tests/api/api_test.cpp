@@ -2,6 +2,8 @@
 
 #include <sstream>
 
+#include "api/list_rules.h"
+
 using namespace ipodctl;
 
 std::string word(std::uint32_t value) {
@@ -13,20 +15,18 @@ std::string word(std::uint32_t value) {
 
 std::string levelText(const BrowseTree& tree, int level) {
   std::ostringstream text;
-  text << "type=" << typeOfCategory(tree.ipodLevelType[level])
-       << " count=" << tree.ipodLevelCount[level].get()
-       << " index=" << tree.ipodLevelIndex[level].get()
-       << " start=" << tree.ipodLevelStart[level].get() << " end=" << tree.ipodLevelEnd[level].get()
-       << " tab=" << tree.ipodLevelTab[level].get()
-       << " tabs=" << tree.ipodLevelTabCount[level].get()
-       << " shown=" << int{tree.ipodTabVisualization[level].get()}
-       << " split=" << int{tree.ipodEnableTab[level].get()}
-       << " playAll=" << int{tree.ipodPlayAll[level].get()};
+  text << "type=" << typeOfCategory(tree.levels[level].type)
+       << " count=" << tree.levels[level].count.get() << " index=" << tree.levels[level].index.get()
+       << " start=" << tree.levels[level].start.get() << " end=" << tree.levels[level].end.get()
+       << " tab=" << tree.levels[level].tab.get() << " tabs=" << tree.levels[level].tabCount.get()
+       << " shown=" << int{tree.levels[level].tabsShown.get()}
+       << " split=" << int{tree.levels[level].isTabbed.get()}
+       << " playAll=" << int{tree.levels[level].hasPlayAll.get()};
   return text.str();
 }
 
 std::vector<std::string> treeText(const BrowseTree& tree) {
-  std::vector<std::string> lines = {"level " + std::to_string(tree.ipodLevel.get())};
+  std::vector<std::string> lines = {"level " + std::to_string(tree.level.get())};
   for (int level = 0; level < 8; ++level)
     lines.push_back(levelText(tree, level));
   return lines;

@@ -9,7 +9,7 @@ namespace {
 
 class BrowseMoveTest : public ConnectedApiTest {
  protected:
-  std::string level() { return levelText(browseTree, browseTree.ipodLevel); }
+  std::string level() { return levelText(browseTree, browseTree.level); }
 
   /// The index after a step, read through the pointer that the export returns.
   static int next() { return indexAt(IpodGetNextItem()); }
@@ -17,7 +17,7 @@ class BrowseMoveTest : public ConnectedApiTest {
 
  private:
   static int indexAt(const int* index) {
-    EXPECT_EQ(index, browseTree.ipodLevelIndex[browseTree.ipodLevel].address());
+    EXPECT_EQ(index, browseTree.current().index.address());
     return index == nullptr ? -9999 : *index;
   }
 };
@@ -236,7 +236,7 @@ TEST_F(TabVisualizationTest, IsThatOfTheCurrentLevel) {
             "\nEnter IpodEnableTabVisualizationActive******\n"
             "\n ****IpodEnableTab[2] = 0******\n");
   IpodDisableTabVisualizationActive();
-  EXPECT_EQ(browseTree.ipodTabVisualization[1], 1);
+  EXPECT_EQ(browseTree.levels[1].tabsShown, 1);
 }
 
 TEST_F(TabVisualizationTest, DisablingPrintsNothing) {
@@ -250,7 +250,7 @@ class IpodGetParentItemTest : public BrowseMoveTest {
  protected:
   void openAlbumsOfTheSecondArtist(std::uint32_t artists) {
     openTree(IPOD_ARTISTS, artists);
-    browseTree.ipodLevelIndex[1] = 1;
+    browseTree.levels[1].index = 1;
     count("03", 3);
     ASSERT_NE(IpodGetFirstItem(1, IPOD_ALBUMS, 0), nullptr);
     forgetEvents();
@@ -264,7 +264,7 @@ TEST_F(IpodGetParentItemTest, FromATabsItemsShowsTheTabsAgain) {
   IpodDisableTabVisualizationActive();
   next();
   EXPECT_EQ(IpodGetParentItem(), nullptr);
-  EXPECT_EQ(browseTree.ipodLevel, 1);
+  EXPECT_EQ(browseTree.level, 1);
   EXPECT_EQ(level(),
             "type=2 count=71 index=36 start=35 end=70 tab=1 tabs=3 shown=1 split=1 playAll=1");
   EXPECT_THAT(events(), IsEmpty());
@@ -273,7 +273,7 @@ TEST_F(IpodGetParentItemTest, FromATabsItemsShowsTheTabsAgain) {
 TEST_F(IpodGetParentItemTest, FromTheTabsLeavesTheList) {
   openTree(IPOD_ARTISTS, 71);
   EXPECT_EQ(IpodGetParentItem(), nullptr);
-  EXPECT_EQ(browseTree.ipodLevel, 0);
+  EXPECT_EQ(browseTree.level, 0);
   EXPECT_EQ(levelText(browseTree, 1),
             "type=-1 count=71 index=-1 start=-1 end=-1 tab=-1 tabs=-1 shown=0 split=0 playAll=0");
 }
@@ -281,7 +281,7 @@ TEST_F(IpodGetParentItemTest, FromTheTabsLeavesTheList) {
 TEST_F(IpodGetParentItemTest, FromLevelOneLeavesTheTree) {
   openTree(IPOD_GENRES, 12);
   EXPECT_EQ(IpodGetParentItem(), nullptr);
-  EXPECT_EQ(browseTree.ipodLevel, 0);
+  EXPECT_EQ(browseTree.level, 0);
   EXPECT_EQ(levelText(browseTree, 1),
             "type=-1 count=12 index=-1 start=-1 end=-1 tab=-1 tabs=-1 shown=0 split=0 playAll=0");
   EXPECT_THAT(events(), IsEmpty());
@@ -290,8 +290,8 @@ TEST_F(IpodGetParentItemTest, FromLevelOneLeavesTheTree) {
 TEST_F(IpodGetParentItemTest, FromLevelTwoUndoesTheSelectionAndReturnsTheParentsIndex) {
   openAlbumsOfTheSecondArtist(12);
   const std::string above = levelText(browseTree, 1);
-  EXPECT_EQ(IpodGetParentItem(), browseTree.ipodLevelIndex[1].address());
-  EXPECT_EQ(browseTree.ipodLevel, 1);
+  EXPECT_EQ(IpodGetParentItem(), browseTree.levels[1].index.address());
+  EXPECT_EQ(browseTree.level, 1);
   EXPECT_EQ(level(), above);
   EXPECT_EQ(levelText(browseTree, 2),
             "type=-1 count=3 index=-1 start=-1 end=-1 tab=-1 tabs=-1 shown=0 split=0 playAll=0");
@@ -319,13 +319,13 @@ TEST_F(IpodGetParentItemTest, DoesNotMindRefusals) {
   const int* const index = IpodGetParentItem();
   ASSERT_NE(index, nullptr);
   EXPECT_EQ(*index, 1);
-  EXPECT_EQ(browseTree.ipodLevelCount[1], 12);
+  EXPECT_EQ(browseTree.levels[1].count, 12);
 }
 
 TEST_F(IpodGetParentItemTest, WithoutATreeStaysAtLevelZero) {
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(IpodGetParentItem(), nullptr);
-    EXPECT_EQ(browseTree.ipodLevel, 0);
+    EXPECT_EQ(browseTree.level, 0);
   }
   EXPECT_EQ(level(), kUnknownLevel);
   EXPECT_THAT(events(), IsEmpty());
@@ -336,11 +336,11 @@ TEST_F(IpodGetParentItemTest, ClimbsFromLevelSevenToLevelZero) {
   for (int depth = 2; depth <= 7; ++depth)
     ASSERT_NE(IpodGetFirstItem(1, IPOD_GENRES, 0), nullptr);
   for (int depth = 6; depth >= 1; --depth) {
-    EXPECT_EQ(IpodGetParentItem(), browseTree.ipodLevelIndex[depth].address());
-    EXPECT_EQ(browseTree.ipodLevel, depth);
+    EXPECT_EQ(IpodGetParentItem(), browseTree.levels[depth].index.address());
+    EXPECT_EQ(browseTree.level, depth);
   }
   EXPECT_EQ(IpodGetParentItem(), nullptr);
-  EXPECT_EQ(browseTree.ipodLevel, 0);
+  EXPECT_EQ(browseTree.level, 0);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ class IpodGetFirstItemTest : public ConnectedApiTest {
   std::vector<std::string> open(int descend, int type, int tracksOfSelection) {
     forgetEvents();
     const int* const index = IpodGetFirstItem(descend, type, tracksOfSelection);
-    EXPECT_EQ(index, browseTree.ipodLevelIndex[browseTree.ipodLevel].address());
+    EXPECT_EQ(index, browseTree.current().index.address());
     return events();
   }
 
@@ -38,7 +38,7 @@ class TopListTest : public IpodGetFirstItemTest, public testing::WithParamInterf
 TEST_P(TopListTest, IsCountedAndOpened) {
   ipod.answer(GetParam().countRequest, {"04 00 19" + word(GetParam().records)});
   EXPECT_THAT(open(0, GetParam().type, 0), ElementsAre("04 00 16", GetParam().countRequest));
-  EXPECT_EQ(browseTree.ipodLevel, 1);
+  EXPECT_EQ(browseTree.level, 1);
   EXPECT_EQ(level(1), GetParam().level);
 }
 
@@ -109,7 +109,7 @@ TEST_F(IpodGetFirstItemTest, WithAnUncountedListOpensItEmpty) {
 TEST_F(IpodGetFirstItemTest, WithUncountedPlaylistsHasMinusOne) {
   ipod.refuse("04 00 18");
   open(0, IPOD_PLAYLISTS, 0);
-  EXPECT_EQ(browseTree.ipodLevelCount[1], -1);
+  EXPECT_EQ(browseTree.levels[1].count, -1);
   EXPECT_EQ(IpodGetNextItem(), nullptr);
   EXPECT_EQ(IpodGetPrevItem(), nullptr);
 }
@@ -118,16 +118,16 @@ TEST_F(IpodGetFirstItemTest, DoesNotMindARefusedReset) {
   ipod.refuse("04 00 16");
   count("02", 3);
   EXPECT_THAT(open(0, IPOD_ARTISTS, 0), ElementsAre("04 00 16", "04 00 18 02"));
-  EXPECT_EQ(browseTree.ipodLevelCount[1], 3);
+  EXPECT_EQ(browseTree.levels[1].count, 3);
 }
 
 TEST_F(IpodGetFirstItemTest, LeavesLevelZeroWithoutAList) {
   count("02", 3);
   open(0, IPOD_ARTISTS, 0);
-  EXPECT_EQ(browseTree.ipodLevelIndex[0], -1);
-  EXPECT_EQ(browseTree.ipodLevelType[0], Category::kNone);
-  EXPECT_EQ(browseTree.ipodLevelCount[0], -1);
-  EXPECT_EQ(browseTree.ipodPlayAll[0], 0);
+  EXPECT_EQ(browseTree.levels[0].index, -1);
+  EXPECT_EQ(browseTree.levels[0].type, Category::kNone);
+  EXPECT_EQ(browseTree.levels[0].count, -1);
+  EXPECT_EQ(browseTree.levels[0].hasPlayAll, 0);
 }
 
 TEST_F(IpodGetFirstItemTest, StartsANewTreeFromAnyLevel) {
@@ -137,7 +137,7 @@ TEST_F(IpodGetFirstItemTest, StartsANewTreeFromAnyLevel) {
   open(1, IPOD_ALBUMS, 0);
   open(1, IPOD_ALBUMS, 0);
   open(0, IPOD_ALBUMS, 0);
-  EXPECT_EQ(browseTree.ipodLevel, 1);
+  EXPECT_EQ(browseTree.level, 1);
   EXPECT_EQ(level(1),
             "type=3 count=3 index=-1 start=-1 end=3 tab=-1 tabs=0 shown=0 split=0 playAll=1");
 }
@@ -190,11 +190,11 @@ class LowerListTest : public IpodGetFirstItemTest, public testing::WithParamInte
 TEST_P(LowerListTest, SelectsTheEntryAndIsCountedAndOpened) {
   const LowerList& row = GetParam();
   openTree(row.parentType, 20);
-  browseTree.ipodLevelIndex[1] = 5;
+  browseTree.levels[1].index = 5;
   ipod.answer(row.countRequest, {"04 00 19" + word(row.records)});
   EXPECT_THAT(open(1, row.type, row.tracksOfSelection),
               ElementsAre(row.countParent, row.select, row.countRequest));
-  EXPECT_EQ(browseTree.ipodLevel, 2);
+  EXPECT_EQ(browseTree.level, 2);
   EXPECT_EQ(level(2), row.level);
 }
 
@@ -247,9 +247,9 @@ TEST_F(IpodGetFirstItemTest, DescendsForAnyValueButZero) {
   openTree(IPOD_ARTISTS, 3);
   count("03", 3);
   open(-1, IPOD_ALBUMS, 0);
-  EXPECT_EQ(browseTree.ipodLevel, 2);
+  EXPECT_EQ(browseTree.level, 2);
   open(256, IPOD_ALBUMS, 0);
-  EXPECT_EQ(browseTree.ipodLevel, 3);
+  EXPECT_EQ(browseTree.level, 3);
 }
 
 TEST_F(IpodGetFirstItemTest, BelowThePlayAllEntrySelectsNoRecord) {
@@ -272,7 +272,7 @@ TEST_F(IpodGetFirstItemTest, BelowNoListSelectsNothingPlainly) {
   count("03", 3);
   EXPECT_THAT(open(1, IPOD_ALBUMS, 0),
               ElementsAre("04 00 18 FF", "04 00 17 FF FF FF FF FF", "04 00 18 03"));
-  EXPECT_EQ(browseTree.ipodLevel, 1);
+  EXPECT_EQ(browseTree.level, 1);
   EXPECT_EQ(level(1),
             "type=3 count=3 index=-1 start=-1 end=3 tab=-1 tabs=0 shown=0 split=0 playAll=1");
 }
@@ -302,11 +302,11 @@ TEST_F(IpodGetFirstItemTest, DescendsToLevelSevenAndNoFurther) {
   openTree(IPOD_GENRES, 9);
   count("04", 9);
   for (int depth = 2; depth <= 7; ++depth) {
-    browseTree.ipodLevelIndex[depth - 1] = depth;
+    browseTree.levels[depth - 1].index = depth;
     EXPECT_THAT(open(1, IPOD_GENRES, 0),
                 ElementsAre("04 00 18 04", "04 00 38 04" + word(std::uint32_t(depth)) + " 00",
                             "04 00 18 04"));
-    EXPECT_EQ(browseTree.ipodLevel, depth);
+    EXPECT_EQ(browseTree.level, depth);
     EXPECT_EQ(level(depth),
               "type=4 count=9 index=0 start=0 end=9 tab=-1 tabs=0 shown=0 split=0 playAll=0");
   }
@@ -323,7 +323,7 @@ TEST_F(IpodGetFirstItemTest, AtLevelSevenStillStartsANewTree) {
   for (int depth = 2; depth <= 7; ++depth)
     open(1, IPOD_GENRES, 0);
   EXPECT_THAT(open(0, IPOD_GENRES, 0), ElementsAre("04 00 16", "04 00 18 04"));
-  EXPECT_EQ(browseTree.ipodLevel, 1);
+  EXPECT_EQ(browseTree.level, 1);
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ class BrowseQueryTest : public ConnectedApiTest {
  protected:
   /// A list below the first list's third item.
   void descend(int type, int tracksOfSelection) {
-    browseTree.ipodLevelIndex[1] = 2;
+    browseTree.levels[1].index = 2;
     ASSERT_NE(IpodGetFirstItem(1, type, tracksOfSelection), nullptr);
     forgetEvents();
   }
@@ -24,7 +24,7 @@ using CurItemIsEmptyTest = BrowseQueryTest;
 
 TEST_F(CurItemIsEmptyTest, CountsTheTracksBelowTheItem) {
   openTree(IPOD_ARTISTS, 9);
-  browseTree.ipodLevelIndex[1] = 4;
+  browseTree.levels[1].index = 4;
   count("05", 1);
   EXPECT_EQ(IpodCurItemIsEmpty(), 0);
   EXPECT_THAT(events(),
@@ -33,7 +33,7 @@ TEST_F(CurItemIsEmptyTest, CountsTheTracksBelowTheItem) {
 
 TEST_F(CurItemIsEmptyTest, IsOneWithoutTracksAndUndoesTheSelection) {
   openTree(IPOD_ARTISTS, 9);
-  browseTree.ipodLevelIndex[1] = 4;
+  browseTree.levels[1].index = 4;
   count("05", 0);
   EXPECT_EQ(IpodCurItemIsEmpty(), 1);
   EXPECT_THAT(events(),
@@ -125,7 +125,7 @@ TEST_F(IsPlayAllTest, AmongTheItemsOfThePlayAllTabIsOneAtMinusOneOnly) {
   openTree(IPOD_ARTISTS, 36);
   IpodGetPrevItem();
   IpodGetNextItem();
-  ASSERT_EQ(browseTree.ipodLevelIndex[1], -35);
+  ASSERT_EQ(browseTree.levels[1].index, -35);
   IpodDisableTabVisualizationActive();
   EXPECT_EQ(IpodIsPlayAll(), 0);
   IpodGetPrevItem();
@@ -135,7 +135,7 @@ TEST_F(IsPlayAllTest, AmongTheItemsOfThePlayAllTabIsOneAtMinusOneOnly) {
 TEST_F(IsPlayAllTest, IsZeroInAListWithoutAPlayAllEntry) {
   openTree(IPOD_GENRES, 36);
   EXPECT_EQ(IpodIsPlayAll(), 0);
-  browseTree.ipodLevelIndex[1] = -1;
+  browseTree.levels[1].index = -1;
   IpodDisableTabVisualizationActive();
   EXPECT_EQ(IpodIsPlayAll(), 0);
 }

@@ -145,7 +145,7 @@ TEST_F(ConcurrencyTest, LockFreeExportsDoNotDisturbTheOthers) {
 TEST_F(ConcurrencyTest, ClearingTheSnapshotBesideTheOthersEndsInAClearedSnapshot) {
   openTree(IPOD_ALBUMS, 9);
   ASSERT_NE(IpodGetFirstItem(1, IPOD_TRACKS, 1), nullptr);
-  browseTree.ipodLevelIndex[1] = 4;
+  browseTree.levels[1].index = 4;
   runTogether({repeated(20,
                         [] {
                           IpodValidateUpDownTree();

@@ -82,7 +82,7 @@ TEST_F(ConnectionOrder, ForgetsTheIpodBeforeFirst) {
   IpodDisconnect();
   int level = -1;
   int hasPlayPause = -1;
-  whenAFileIsOpened = [&](const char*) { level = browseTree.ipodLevel; };
+  whenAFileIsOpened = [&](const char*) { level = browseTree.level; };
   whenTheInterfaceIsSelected = [&] { hasPlayPause = ipodHasPlayPause; };
   ASSERT_EQ(IpodConnect(), 1);
   EXPECT_EQ(level, 0);

@@ -338,9 +338,9 @@ TEST_F(IpodDisconnectTest, KeepsTheTreeTheSnapshotAndPlayAndPause) {
   IpodDisconnect();
   const char kLevel1[] =
       "type=2 count=3 index=-1 start=-1 end=3 tab=-1 tabs=0 shown=0 split=0 playAll=1";
-  EXPECT_EQ(browseTree.ipodLevel, 1);
+  EXPECT_EQ(browseTree.level, 1);
   EXPECT_EQ(levelText(browseTree, 1), kLevel1);
-  EXPECT_EQ(upDownTree.ipodLevel, 1);
+  EXPECT_EQ(upDownTree.level, 1);
   EXPECT_EQ(levelText(upDownTree, 1), kLevel1);
   EXPECT_EQ(ipodHasPlayPause, 1);
 }

@@ -100,9 +100,9 @@ TEST_F(DisconnectedTest, ListsOpenEmpty) {
   const int* const index = IpodGetFirstItem(0, IPOD_ARTISTS, 0);
   ASSERT_NE(index, nullptr);
   EXPECT_EQ(*index, -1);
-  EXPECT_EQ(browseTree.ipodLevelCount[1], 0);
+  EXPECT_EQ(browseTree.levels[1].count, 0);
   EXPECT_NE(IpodGetFirstItem(1, IPOD_TRACKS, 1), nullptr);
-  EXPECT_EQ(browseTree.ipodLevelCount[2], 0);
+  EXPECT_EQ(browseTree.levels[2].count, 0);
   EXPECT_EQ(IpodGetNextItem(), nullptr);
 }
 

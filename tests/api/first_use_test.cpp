@@ -101,7 +101,7 @@ TEST_F(FirstUseTest, TheStateIsZero) {
   const char kZeroLevel[] =
       "type=0 count=0 index=0 start=0 end=0 tab=0 tabs=0 shown=0 split=0 playAll=0";
   for (const BrowseTree* tree : {&browseTree, &upDownTree}) {
-    EXPECT_EQ(tree->ipodLevel, 0);
+    EXPECT_EQ(tree->level, 0);
     for (int level = 0; level < 8; ++level)
       EXPECT_EQ(levelText(*tree, level), kZeroLevel);
   }
@@ -181,8 +181,8 @@ TEST_F(WithoutALockTest, BrowsingReturnsNullOrZero) {
   EXPECT_EQ(IpodCurItemIsEmpty(), 0);
   EXPECT_EQ(IpodIsTrack(), 0);
   EXPECT_EQ(IpodGetType(), 0);
-  EXPECT_EQ(browseTree.ipodLevel, 0);
-  EXPECT_EQ(browseTree.ipodLevelIndex[0], 0);
+  EXPECT_EQ(browseTree.level, 0);
+  EXPECT_EQ(browseTree.levels[0].index, 0);
 }
 
 TEST_F(WithoutALockTest, TextsAreNotWritten) {

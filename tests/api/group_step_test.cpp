@@ -332,7 +332,7 @@ class BelowARecordTest : public GroupStepTest {
   /// The snapshot of the tracks below one record of the first list.
   void openBelow(int type, std::uint32_t records, int index) {
     openTree(type, records);
-    browseTree.ipodLevelIndex[1] = index;
+    browseTree.levels[1].index = index;
     ASSERT_NE(IpodGetFirstItem(1, IPOD_TRACKS, 1), nullptr);
     IpodValidateUpDownTree();
     ipod.answer("04 00 18", {"04 00 19" + word(records)});
@@ -346,8 +346,8 @@ TEST_P(RecordStepTest, SelectsTheOtherRecordAndPlaysItsFirstTrack) {
   openBelow(row.type, row.records, row.from);
   EXPECT_THAT(step(row.code), ElementsAre("04 00 16", row.countRequest, row.selectRequest,
                                           "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
-  EXPECT_EQ(upDownTree.ipodLevelIndex[1], row.to);
-  EXPECT_EQ(browseTree.ipodLevelIndex[1], row.from);
+  EXPECT_EQ(upDownTree.levels[1].index, row.to);
+  EXPECT_EQ(browseTree.levels[1].index, row.from);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -387,7 +387,7 @@ TEST_F(BelowARecordTest, FromThePlayAllEntryDoesNothing) {
   openBelow(IPOD_ALBUMS, 4, -1);
   EXPECT_THAT(step(kNextGroup), ElementsAre("04 00 16", "04 00 18 03"));
   EXPECT_THAT(step(kPreviousGroup), ElementsAre("04 00 16", "04 00 18 03"));
-  EXPECT_EQ(upDownTree.ipodLevelIndex[1], -1);
+  EXPECT_EQ(upDownTree.levels[1].index, -1);
 }
 
 TEST_F(BelowARecordTest, FromThePlayAllTabReachedByMovingPlaysAllTheSame) {
@@ -413,19 +413,19 @@ TEST_F(BelowARecordTest, DoesNotMindRefusals) {
     ipod.refuse(request);
   EXPECT_THAT(step(kNextGroup), ElementsAre("04 00 16", "04 00 18 03", "04 00 38 03 00 00 00 02 03",
                                             "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
-  EXPECT_EQ(upDownTree.ipodLevelIndex[1], 2);
+  EXPECT_EQ(upDownTree.levels[1].index, 2);
 }
 
 TEST_F(BelowARecordTest, OnThePlayAllTabStepsFromTheTabsFirstIndex) {
   openTree(IPOD_ALBUMS, 71);
   IpodGetPrevItem();
   IpodGetNextItem();
-  ASSERT_EQ(browseTree.ipodLevelIndex[1], -35);
+  ASSERT_EQ(browseTree.levels[1].index, -35);
   ASSERT_NE(IpodGetFirstItem(1, IPOD_TRACKS, 1), nullptr);
   IpodValidateUpDownTree();
   EXPECT_THAT(step(kNextGroup), ElementsAre("04 00 16", "04 00 18 03", "04 00 38 03 FF FF FF DE 03",
                                             "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
-  EXPECT_EQ(upDownTree.ipodLevelIndex[1], -34);
+  EXPECT_EQ(upDownTree.levels[1].index, -34);
 }
 
 /// A step from a record of which the iPod does not count how many there are.
@@ -447,7 +447,7 @@ TEST_P(UncountedStepTest, GoesByNoRecordsAtAll) {
   ipod.refuse(row.countRequest);
   EXPECT_THAT(step(row.code), ElementsAre("04 00 16", row.countRequest, row.selectRequest,
                                           "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
-  EXPECT_EQ(upDownTree.ipodLevelIndex[1], row.to);
+  EXPECT_EQ(upDownTree.levels[1].index, row.to);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -155,7 +155,7 @@ TEST_F(IpodGetItemNameTest, IsThatOfTheCurrentItem) {
 
 TEST_F(IpodGetItemNameTest, UsesTheTypeAsTheCategory) {
   openTree(IPOD_TYPE_7, 300);
-  browseTree.ipodLevelIndex[1] = 258;
+  browseTree.levels[1].index = 258;
   read(4);
   EXPECT_THAT(events(), ElementsAre("04 00 1A 07 00 00 01 02 00 00 00 01"));
 }
@@ -163,7 +163,7 @@ TEST_F(IpodGetItemNameTest, UsesTheTypeAsTheCategory) {
 TEST_F(IpodGetItemNameTest, OutsideTheListWritesAndAsksNothing) {
   openTree(IPOD_GENRES, 3);
   for (const int index : {3, 4, -1, -35, INT_MAX, INT_MIN}) {
-    browseTree.ipodLevelIndex[1] = index;
+    browseTree.levels[1].index = index;
     read(4);
     EXPECT_EQ(first, untouched(4)) << index;
     EXPECT_EQ(second, untouched(4)) << index;
@@ -227,7 +227,7 @@ TEST_P(PlayAllMarkTest, StandsForThePlayAllTabReachedByMoving) {
   openTree(IPOD_ALBUMS, 36);
   IpodGetPrevItem();
   IpodGetNextItem();
-  ASSERT_EQ(browseTree.ipodLevelIndex[1], -35);
+  ASSERT_EQ(browseTree.levels[1].index, -35);
   expectTheMark();
 }
 

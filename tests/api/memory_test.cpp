@@ -150,15 +150,14 @@ std::vector<MemoryCase> listCases() {
        [] {},
        [] { return IpodGetFirstItem(0, IPOD_GENRES, 0) != nullptr; },
        [] {
-         return IpodGetFirstItem(0, IPOD_GENRES, 0) != nullptr &&
-                browseTree.ipodLevelCount[1] == 40;
+         return IpodGetFirstItem(0, IPOD_GENRES, 0) != nullptr && browseTree.levels[1].count == 40;
        }},
       {{"LowerFirstItem"},
        [] {},
        [] { return IpodGetFirstItem(1, IPOD_TRACKS, 1) != nullptr; },
        [] {
          IpodGetFirstItem(0, IPOD_GENRES, 0);
-         return IpodGetFirstItem(1, IPOD_TRACKS, 1) != nullptr && browseTree.ipodLevelCount[2] == 3;
+         return IpodGetFirstItem(1, IPOD_TRACKS, 1) != nullptr && browseTree.levels[2].count == 3;
        }},
       {{"CurItemIsEmpty"},
        [] { IpodGetFirstItem(0, IPOD_ARTISTS, 0); },

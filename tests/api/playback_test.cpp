@@ -39,13 +39,13 @@ TEST_F(IpodSongPlayTest, MinusOnePlaysTheCurrentItem) {
   openTracks(30);
   IpodGetNextItem();
   IpodGetNextItem();
-  ASSERT_EQ(browseTree.ipodLevelIndex[2], 1);
+  ASSERT_EQ(browseTree.levels[2].index, 1);
   EXPECT_THAT(play(-1), ElementsAre("04 00 28 00 00 00 01", kRefresh));
 }
 
 TEST_F(IpodSongPlayTest, MinusOneOnThePlayAllEntryPlaysFromTheFirstTrack) {
   openTracks(30);
-  ASSERT_EQ(browseTree.ipodLevelIndex[2], -1);
+  ASSERT_EQ(browseTree.levels[2].index, -1);
   EXPECT_THAT(play(-1), ElementsAre("04 00 28 00 00 00 00", kRefresh));
 }
 
@@ -53,7 +53,7 @@ TEST_F(IpodSongPlayTest, MinusOneOnThePlayAllTabPlaysFromTheFirstTrack) {
   openTracks(71);
   IpodGetPrevItem();
   IpodGetNextItem();
-  ASSERT_EQ(browseTree.ipodLevelIndex[2], -35);
+  ASSERT_EQ(browseTree.levels[2].index, -35);
   EXPECT_THAT(play(-1), ElementsAre("04 00 28 00 00 00 00", kRefresh));
 }
 
@@ -64,7 +64,7 @@ TEST_F(IpodSongPlayTest, MinusOneInAnEmptyListPlaysTheFirstTrack) {
 
 TEST_F(IpodSongPlayTest, MinusOneWithTheIndexBehindTheListPlaysTheFirstTrack) {
   openTracks(30);
-  browseTree.ipodLevelIndex[2] = 30;
+  browseTree.levels[2].index = 30;
   EXPECT_THAT(play(-1), ElementsAre("04 00 28 00 00 00 00", kRefresh));
 }
 

@@ -15,11 +15,11 @@ class SnapshotTest : public ConnectedApiTest {
   /// snapshot at the last one.
   void takeSnapshotAtLevel(int level) {
     openTree(IPOD_GENRES, 40);
-    browseTree.ipodLevelIndex[1] = 11;
+    browseTree.levels[1].index = 11;
     count("03", 40);
     for (int depth = 2; depth <= level; ++depth) {
       ASSERT_NE(IpodGetFirstItem(1, IPOD_ALBUMS, 0), nullptr);
-      browseTree.ipodLevelIndex[depth] = 10 + depth;
+      browseTree.levels[depth].index = 10 + depth;
     }
     IpodValidateUpDownTree();
     forgetEvents();
@@ -38,7 +38,7 @@ TEST_F(SnapshotTest, IsACopyOfTheWholeTree) {
   forgetEvents();
   EXPECT_EQ(IpodValidateUpDownTree(), 0);
   EXPECT_EQ(treeText(upDownTree), treeText(browseTree));
-  EXPECT_EQ(upDownTree.ipodLevel, 2);
+  EXPECT_EQ(upDownTree.level, 2);
   EXPECT_EQ(levelText(upDownTree, 1),
             "type=2 count=71 index=0 start=0 end=35 tab=0 tabs=3 shown=0 split=1 playAll=1");
   EXPECT_EQ(levelText(upDownTree, 2),
@@ -48,18 +48,18 @@ TEST_F(SnapshotTest, IsACopyOfTheWholeTree) {
 
 TEST_F(SnapshotTest, CopiesAllEightLevels) {
   for (int level = 0; level < 8; ++level) {
-    browseTree.ipodLevelCount[level] = 100 + level;
-    browseTree.ipodLevelType[level] = static_cast<Category>(200 + level);
-    browseTree.ipodLevelIndex[level] = 300 + level;
-    browseTree.ipodLevelEnd[level] = 400 + level;
-    browseTree.ipodLevelStart[level] = 500 + level;
-    browseTree.ipodLevelTab[level] = 600 + level;
-    browseTree.ipodLevelTabCount[level] = 700 + level;
-    browseTree.ipodTabVisualization[level] = static_cast<std::uint8_t>(10 + level);
-    browseTree.ipodEnableTab[level] = static_cast<std::uint8_t>(20 + level);
-    browseTree.ipodPlayAll[level] = static_cast<std::uint8_t>(30 + level);
+    browseTree.levels[level].count = 100 + level;
+    browseTree.levels[level].type = static_cast<Category>(200 + level);
+    browseTree.levels[level].index = 300 + level;
+    browseTree.levels[level].end = 400 + level;
+    browseTree.levels[level].start = 500 + level;
+    browseTree.levels[level].tab = 600 + level;
+    browseTree.levels[level].tabCount = 700 + level;
+    browseTree.levels[level].tabsShown = static_cast<std::uint8_t>(10 + level);
+    browseTree.levels[level].isTabbed = static_cast<std::uint8_t>(20 + level);
+    browseTree.levels[level].hasPlayAll = static_cast<std::uint8_t>(30 + level);
   }
-  browseTree.ipodLevel = 7;
+  browseTree.level = 7;
   IpodValidateUpDownTree();
   EXPECT_THAT(
       treeText(upDownTree),
@@ -118,7 +118,7 @@ TEST_F(SnapshotTest, IsClearedWithoutTheLock) {
   IpodValidateUpDownTree();
   ASSERT_EQ(WaitForSingleObject(libraryLock.handle(), 0), WAIT_OBJECT_0);
   IpodSetSameIpod(0);
-  EXPECT_EQ(upDownTree.ipodLevel, 0);
+  EXPECT_EQ(upDownTree.level, 0);
   ReleaseSemaphore(libraryLock.handle(), 1, nullptr);
 }
 
@@ -234,7 +234,7 @@ TEST_F(ParentNameTest, OfThePlayAllEntryIsThePlayAllMark) {
 TEST_F(ParentNameTest, OfAnEntryThatIsNoItemWritesNothing) {
   takeSnapshotAtLevel(2);
   for (const int index : {-1, 40, 1000, -35}) {
-    upDownTree.ipodLevelIndex[1] = index;
+    upDownTree.levels[1].index = index;
     forgetEvents();
     EXPECT_EQ(IpodGetParentUpDownName(0, first.data(), second.data(), 8), 0);
     EXPECT_EQ(first, untouched(8)) << index;

@@ -64,7 +64,7 @@ void LibraryWatch::nameLock() {
 void LibraryWatch::lookAtTree(const BrowseTree& tree, TreeBytes& bytes, const char* name) {
   if (!differs(tree, bytes)) return;
   copy(tree, bytes);
-  world.note(std::string("changes ") + name + ": level " + std::to_string(tree.ipodLevel));
+  world.note(std::string("changes ") + name + ": level " + std::to_string(tree.level));
 }
 
 }  // namespace virtual_session
