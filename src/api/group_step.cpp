@@ -45,7 +45,7 @@ class GroupWalk {
         return true;
       }
       // Silence has no name either: without an end here a lost iPod would be asked for every track.
-      if (ipodController.fellSilent()) return false;
+      if (ipodController.lastWaitTimedOut()) return false;
     }
     return false;
   }

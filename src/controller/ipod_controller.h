@@ -9,7 +9,7 @@
 
 namespace ipodctl {
 
-/// Is told the new sample rate (Hz) on the link's reader thread. The result does not count.
+/// Called with the new sample rate (Hz) on the link's reader thread. The return value is ignored.
 using ResampleCallback = int (*)(int32_t sampleRate);
 
 /// The controller of an iPod that streams digital audio: identification with the Extended Interface
@@ -19,7 +19,7 @@ class IpodController : public IpodControllerBase {
   explicit IpodController(int transportKind);
   ~IpodController() override;
 
-  /// Takes the notification handler back, then closes. True unless there is no link.
+  /// Unregisters the notification handler, then closes. Returns true unless there is no link.
   bool CloseIpod() override;
 
   /// Follows a TrackNewAudioAttributes (Digital Audio 0x04): stores the rate, acknowledges, calls
@@ -40,11 +40,11 @@ class IpodController : public IpodControllerBase {
   /// takes live on until CloseIpod.
   virtual bool waitAudioAttributes(uint32_t& rate);
 
-  /// The sample rate that the iPod announced last, in Hz; 44100 at first. False when it is 0,
-  /// which is written all the same.
+  /// Writes the sample rate that the iPod announced last, in Hz; 44100 at first. Returns false when
+  /// it is 0, which is written, too.
   virtual bool getSampleRate(uint32_t& rate);
 
-  /// Null: none. Always true.
+  /// Null removes the callback. Always true.
   virtual bool setResampleCallback(ResampleCallback callback);
 
  private:
@@ -52,7 +52,6 @@ class IpodController : public IpodControllerBase {
 
   void announceLingoes();
   void answer(const LingoMessage& message);
-  void answerGeneral(const GeneralMessage& message);
   void answerDigitalAudio(const DigitalAudioMessage& message);
   bool endsVersionChain(const GeneralMessage& message);
   bool answersReentry(const LingoMessage& message);

@@ -1,5 +1,5 @@
-// The sample rate of the digital audio: the iPod announces it whenever it changes, and goes on only
-// when it was acknowledged.
+// The sample rate of the digital audio. The iPod announces each new rate and waits for the
+// acknowledgement.
 
 #include <utility>
 
@@ -10,9 +10,12 @@ namespace {
 
 constexpr int kAttributeWaits = 3;
 
-bool isAudioAttributes(const LingoMessage& message) {
-  return message.getLingo() == kDigitalAudioLingo &&
-         message.getCommand() == DigitalAudioMessage::kTrackNewAudioAttributes;
+/// The message as a TrackNewAudioAttributes, null when it is another one.
+const DigitalAudioMessage* audioAttributes(const LingoMessage& message) {
+  const auto* audio = messageAs<DigitalAudioMessage>(message);
+  return audio != nullptr && audio->getCommand() == DigitalAudioMessage::kTrackNewAudioAttributes
+             ? audio
+             : nullptr;
 }
 
 }  // namespace
@@ -22,8 +25,9 @@ void IpodController::notificationTrampoline(void* owner, std::unique_ptr<LingoMe
 }
 
 int IpodController::onIncomingMessage(std::unique_ptr<LingoMessage> message) {
-  if (!message || !isAudioAttributes(*message)) return 0;
-  acceptAudioAttributes(static_cast<const DigitalAudioMessage&>(*message));
+  const DigitalAudioMessage* attributes = message ? audioAttributes(*message) : nullptr;
+  if (attributes == nullptr) return 0;
+  acceptAudioAttributes(*attributes);
   const ResampleCallback callback = resampleCallback;
   if (callback != nullptr) callback(static_cast<int32_t>(sampleRate.load()));
   return 0;
@@ -34,8 +38,9 @@ bool IpodController::waitAudioAttributes(uint32_t& rate) {
   for (int i = 0; i < kAttributeWaits; ++i) {
     std::unique_ptr<LingoMessage> message = nextMessage();
     if (!message) continue;
-    const bool expected = isAudioAttributes(*message);
-    if (expected) acceptAudioAttributes(static_cast<const DigitalAudioMessage&>(*message));
+    const DigitalAudioMessage* attributes = audioAttributes(*message);
+    const bool expected = attributes != nullptr;
+    if (expected) acceptAudioAttributes(*attributes);
     (void)keptMessages.append(std::move(message));
     if (expected) {
       rate = sampleRate;
@@ -45,14 +50,14 @@ bool IpodController::waitAudioAttributes(uint32_t& rate) {
   return false;
 }
 
-/// Stores the announced rate, if the message is whole, and acknowledges in any case.
+/// Stores the announced rate if the message decodes, and acknowledges it in any case.
 void IpodController::acceptAudioAttributes(const DigitalAudioMessage& message) {
   uint32_t rate = 0;
   uint32_t soundCheck = 0;
   uint32_t volumeAdjustment = 0;
   if (message.decodeTrackNewAudioAttributes(rate, soundCheck, volumeAdjustment)) sampleRate = rate;
   constexpr auto kCommand = static_cast<uint8_t>(DigitalAudioMessage::kTrackNewAudioAttributes);
-  send(&DigitalAudioMessage::buildAccAck, kStatusOk, kCommand);
+  sendWithoutClearing(&DigitalAudioMessage::buildAccAck, kStatusOk, kCommand);
 }
 
 }  // namespace ipodctl

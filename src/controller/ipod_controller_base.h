@@ -31,20 +31,27 @@ struct RecordEntry {
 
 using RecordList = GrowableArray<RecordEntry>;
 
-/// The received answer to a request of one lingo, or nothing when none came.
+/// The message that came in answer to a request of a lingo. No answer: none came, or one of another
+/// lingo.
 template <class Lingo>
 class Reply {
  public:
-  /// `received` is null or of the class Lingo.
   explicit Reply(std::unique_ptr<LingoMessage> received) : message(std::move(received)) {}
 
-  /// Decodes the answer; false when there is none or it does not decode.
+  /// Decodes the answer. Returns false when there is none or it does not decode.
   template <class... Fields, class... Outputs>
   bool read(bool (Lingo::*decoder)(Fields...) const, Outputs&... outputs) const {
-    return message != nullptr && (static_cast<const Lingo&>(*message).*decoder)(outputs...);
+    return answer() != nullptr && (answer()->*decoder)(outputs...);
+  }
+
+  /// True when the answer acknowledges a command with status 0.
+  bool acknowledges(uint16_t command) const {
+    return answer() != nullptr && answer()->acknowledges(command);
   }
 
  private:
+  const Lingo* answer() const { return message ? messageAs<Lingo>(*message) : nullptr; }
+
   std::unique_ptr<LingoMessage> message;
 };
 
@@ -158,41 +165,42 @@ class IpodControllerBase {
   /// three attempts, of which the third one does not count.
   virtual bool indentifyIpod();
 
-  /// Whether the last wait for a message ended without one.
-  bool fellSilent() const { return silent != 0; }
+  /// True when the last wait for a message ended without one.
+  bool lastWaitTimedOut() const { return waitTimedOut != 0; }
 
   /// The loaded logo, null when there is none.
   const LogoBitmap* logoImage() const { return logo.get(); }
 
  protected:
   /// Clears the replies and sends a command that nothing answers, or whose answers the caller takes
-  /// itself. False without a link or memory; whether the command arrived only an answer can show.
+  /// itself. Returns false without a link or memory. Only an answer shows whether the command
+  /// arrived.
   template <class Lingo, class... Parameters, class... Arguments>
-  bool tell(bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
-    return clearReplies() && send(builder, arguments...);
+  bool sendOnly(bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
+    return clearReplies() && sendWithoutClearing(builder, arguments...);
   }
 
-  /// Sends a command as tell does and waits for the one message that must answer it.
+  /// Sends a command as sendOnly does and waits for one message, which must be its reply.
   template <class Lingo, class... Parameters, class... Arguments>
-  Reply<Lingo> ask(bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
-    return Reply<Lingo>(tell(builder, arguments...) ? nextReply(Lingo::kLingo) : nullptr);
+  Reply<Lingo> sendAndAwaitReply(bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
+    return Reply<Lingo>(sendOnly(builder, arguments...) ? nextMessage() : nullptr);
   }
 
-  /// Sends a command as tell does and waits for its acknowledgement with status 0, as long as the
-  /// iPod sends anything of the Extended Interface lingo at least every second.
+  /// Sends a command as sendOnly does and waits for its acknowledgement with status 0, as long as
+  /// the iPod sends anything of the Extended Interface lingo at least every second.
   template <class... Parameters, class... Arguments>
-  bool acknowledged(bool (ExtendedInterfaceMessage::*builder)(Parameters...),
-                    Arguments... arguments) {
+  bool sendAndAwaitAcknowledgement(bool (ExtendedInterfaceMessage::*builder)(Parameters...),
+                                   Arguments... arguments) {
     ExtendedInterfaceMessage command;
-    return clearReplies() && transmit(command, builder, arguments...) &&
+    return clearReplies() && buildAndSend(command, builder, arguments...) &&
            awaitAcknowledgement(command.getCommand());
   }
 
-  /// Sends a command between messages that are still to be taken; otherwise as tell.
+  /// Sends a command between messages that are still to be taken; otherwise as sendOnly.
   template <class Lingo, class... Parameters, class... Arguments>
-  bool send(bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
+  bool sendWithoutClearing(bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
     Lingo command;
-    return transmit(command, builder, arguments...);
+    return buildAndSend(command, builder, arguments...);
   }
 
   /// The shape of both identifications: up to three attempts, each of which announces the accessory
@@ -219,12 +227,8 @@ class IpodControllerBase {
   /// Waits one second for a message.
   std::unique_ptr<LingoMessage> nextMessage();
 
-  // What both identifications answer alike.
-  void answerRemoteUiMode(const GeneralMessage& message);
-  void answerAccessoryInfo(const GeneralMessage& message);
-
-  /// True when this is the iPod's acknowledgement, with status 0, of a General command.
-  static bool acknowledges(const GeneralMessage& message, GeneralMessage::Command command);
+  /// Answers the messages of the General lingo that both identifications answer alike.
+  void answerInBothIdentifications(const GeneralMessage& message);
 
   /// Stops the link's reader for good and destroys the link.
   void releaseTransport();
@@ -240,20 +244,21 @@ class IpodControllerBase {
 
   /// Builds a command and sends it; false without a link or memory.
   template <class Lingo, class... Parameters, class... Arguments>
-  bool transmit(Lingo& command, bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
+  bool buildAndSend(Lingo& command, bool (Lingo::*builder)(Parameters...), Arguments... arguments) {
     if (!transport || !(command.*builder)(arguments...)) return false;
     transport->sendMessage(command);
     return true;
   }
 
-  std::unique_ptr<LingoMessage> nextReply(LingoId lingo);
   bool awaitAcknowledgement(uint16_t command);
+  void answerRemoteUiMode(const GeneralMessage& message);
+  void answerAccessoryInfo(const GeneralMessage& message);
   void answerIdentification(const GeneralMessage& message);
   bool concludeIdentification(int attemptsLeft);
   void uploadLogo();
 
   std::unique_ptr<LogoBitmap> logo;
-  std::atomic<uint8_t> silent{0};
+  std::atomic<uint8_t> waitTimedOut{0};
 };
 
 }  // namespace ipodctl

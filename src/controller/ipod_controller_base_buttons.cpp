@@ -48,7 +48,7 @@ bool IpodControllerBase::PressButton(int buttonCode) {
 
 bool IpodControllerBase::SendAudioButton(uint32_t value) {
   for (int i = 0; i < kAudioReports; ++i) {
-    if (!tell(&SimpleRemoteMessage::buildAudioButtonStatus, value)) return false;
+    if (!sendOnly(&SimpleRemoteMessage::buildAudioButtonStatus, value)) return false;
     taskSleepMicro(kAudioPauseMicroseconds);
   }
   return true;
@@ -56,16 +56,16 @@ bool IpodControllerBase::SendAudioButton(uint32_t value) {
 
 bool IpodControllerBase::ReleaseButtons() {
   constexpr int kFirstByte = 0;
-  return tell(&SimpleRemoteMessage::buildContextButtonStatus, kFirstByte, kNoButton);
+  return sendOnly(&SimpleRemoteMessage::buildContextButtonStatus, kFirstByte, kNoButton);
 }
 
 bool IpodControllerBase::IdentifySimpleRemote() {
-  tell(&GeneralMessage::buildIdentify, kSimpleRemoteLingo);
+  sendOnly(&GeneralMessage::buildIdentify, kSimpleRemoteLingo);
   return false;
 }
 
 bool IpodControllerBase::IdentifyExtendedInterface() {
-  tell(&GeneralMessage::buildIdentify, kExtendedInterfaceLingo);
+  sendOnly(&GeneralMessage::buildIdentify, kExtendedInterfaceLingo);
   return false;
 }
 

@@ -6,28 +6,28 @@
 namespace ipodctl {
 
 bool IpodControllerBase::GetIpodName(ByteString& name) {
-  return ask(&ExtendedInterfaceMessage::buildRequestIpodName)
+  return sendAndAwaitReply(&ExtendedInterfaceMessage::buildRequestIpodName)
       .read(&ExtendedInterfaceMessage::decodeReturnIpodName, name);
 }
 
 bool IpodControllerBase::RequestIpodName(ByteString& name) {
-  return ask(&GeneralMessage::buildRequestIpodName)
+  return sendAndAwaitReply(&GeneralMessage::buildRequestIpodName)
       .read(&GeneralMessage::decodeReturnIpodName, name);
 }
 
 bool IpodControllerBase::RequestSoftwareVersion(uint8_t& major, uint8_t& minor, uint8_t& revision) {
-  return ask(&GeneralMessage::buildRequestIpodSoftwareVersion)
+  return sendAndAwaitReply(&GeneralMessage::buildRequestIpodSoftwareVersion)
       .read(&GeneralMessage::decodeReturnIpodSoftwareVersion, major, minor, revision);
 }
 
 bool IpodControllerBase::RequestSerialNumber(ByteString& serial) {
-  return ask(&GeneralMessage::buildRequestIpodSerialNum)
+  return sendAndAwaitReply(&GeneralMessage::buildRequestIpodSerialNum)
       .read(&GeneralMessage::decodeReturnIpodSerialNum, serial);
 }
 
 bool IpodControllerBase::RequestModelNumber(uint16_t& modelId, ByteString& modelText) {
   uint32_t wholeId = 0;
-  if (!ask(&GeneralMessage::buildRequestIpodModelNum)
+  if (!sendAndAwaitReply(&GeneralMessage::buildRequestIpodModelNum)
            .read(&GeneralMessage::decodeReturnIpodModelNum, wholeId, modelText)) {
     return false;
   }
@@ -37,19 +37,17 @@ bool IpodControllerBase::RequestModelNumber(uint16_t& modelId, ByteString& model
 
 bool IpodControllerBase::RequestLingoProtocolVersion(uint8_t lingo, uint8_t& answeredLingo,
                                                      uint8_t& major, uint8_t& minor) {
-  return ask(&GeneralMessage::buildRequestLingoProtocolVersion, lingo)
+  return sendAndAwaitReply(&GeneralMessage::buildRequestLingoProtocolVersion, lingo)
       .read(&GeneralMessage::decodeReturnLingoProtocolVersion, answeredLingo, major, minor);
 }
 
 bool IpodControllerBase::EnterExtendedMode() {
-  uint8_t status = kStatusOk;
-  uint8_t command = 0;
-  uint32_t waitTime = 0;
-  return ask(&GeneralMessage::buildEnterRemoteUiMode)
-             .read(&GeneralMessage::decodeIpodAck, status, command, waitTime) &&
-         status == kStatusOk && command == GeneralMessage::kEnterRemoteUiMode;
+  return sendAndAwaitReply(&GeneralMessage::buildEnterRemoteUiMode)
+      .acknowledges(GeneralMessage::kEnterRemoteUiMode);
 }
 
-bool IpodControllerBase::ExitExtendedMode() { return tell(&GeneralMessage::buildExitRemoteUiMode); }
+bool IpodControllerBase::ExitExtendedMode() {
+  return sendOnly(&GeneralMessage::buildExitRemoteUiMode);
+}
 
 }  // namespace ipodctl

@@ -19,21 +19,21 @@ constexpr uint8_t kWhite = 0xFF;
 }  // namespace
 
 bool IpodControllerBase::GetMonoImageLimits(ImageLimits& limits) {
-  return ask(&Message::buildGetMonoDisplayImageLimits)
+  return sendAndAwaitReply(&Message::buildGetMonoDisplayImageLimits)
       .read(&Message::decodeReturnMonoDisplayImageLimits, limits.width, limits.height,
             limits.format);
 }
 
 bool IpodControllerBase::GetColorImageLimits(ImageLimits& limits) {
-  return ask(&Message::buildGetColorDisplayImageLimits)
+  return sendAndAwaitReply(&Message::buildGetColorDisplayImageLimits)
       .read(&Message::decodeReturnColorDisplayImageLimits, limits.width, limits.height,
             limits.format);
 }
 
 bool IpodControllerBase::SetDisplayImage(PixelFormat format, uint16_t packetIndex, uint16_t width,
                                          uint16_t height, uint32_t rowBytes, const uint8_t* row) {
-  return acknowledged(&Message::buildSetDisplayImage, format, packetIndex, width, height, rowBytes,
-                      row);
+  return sendAndAwaitAcknowledgement(&Message::buildSetDisplayImage, format, packetIndex, width,
+                                     height, rowBytes, row);
 }
 
 bool IpodControllerBase::LoadLogo(const char* fileName) {

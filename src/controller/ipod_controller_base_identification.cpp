@@ -1,4 +1,4 @@
-// The identification of an accessory that speaks the General lingo only and asks its way into the
+// The identification of an accessory that announces the General lingo only and requests the
 // Extended Interface mode, and what both identifications do alike.
 
 #include "base/debug_print.h"
@@ -12,7 +12,7 @@ constexpr uint32_t kGeneralLingoMask = 1u << kGeneralLingo;
 constexpr int32_t kPauseBeforeSyncMicroseconds = 80000;
 constexpr int32_t kPauseAfterSyncMicroseconds = 20000;
 
-/// The lingo version that the accessory asks for, whatever lingo the iPod asked about.
+/// The lowest lingo version that the accessory needs, whatever lingo the iPod asked about.
 constexpr uint8_t kAnsweredLingo = 0;
 constexpr uint8_t kAnsweredMajor = 1;
 constexpr uint8_t kAnsweredMinor = 7;
@@ -31,28 +31,31 @@ bool IpodControllerBase::indentifyIpod() {
         transport->sendSyncByte();
         taskSleepMicro(kPauseAfterSyncMicroseconds);
         clearReplies();
-        send(&GeneralMessage::buildIdentifyDeviceLingoes, kGeneralLingoMask);
+        sendWithoutClearing(&GeneralMessage::buildIdentifyDeviceLingoes, kGeneralLingoMask);
       },
       [this](const LingoMessage& message) {
-        if (message.getLingo() == kGeneralLingo) {
-          answerIdentification(static_cast<const GeneralMessage&>(message));
-        }
+        const auto* general = messageAs<GeneralMessage>(message);
+        if (general != nullptr) answerIdentification(*general);
       });
 }
 
 void IpodControllerBase::answerIdentification(const GeneralMessage& message) {
+  answerInBothIdentifications(message);
+  if (message.acknowledges(GeneralMessage::kIdentifyDeviceLingoes)) {
+    sendWithoutClearing(&GeneralMessage::buildRequestLingoProtocolVersion, kGeneralLingo);
+  }
+  if (message.getCommand() == GeneralMessage::kReturnLingoProtocolVersion) {
+    sendWithoutClearing(&GeneralMessage::buildEnterRemoteUiMode);
+  }
+}
+
+void IpodControllerBase::answerInBothIdentifications(const GeneralMessage& message) {
   switch (message.getCommand()) {
     case GeneralMessage::kIpodAck:
-      if (acknowledges(message, GeneralMessage::kIdentifyDeviceLingoes)) {
-        send(&GeneralMessage::buildRequestLingoProtocolVersion, kGeneralLingo);
-      }
-      if (acknowledges(message, GeneralMessage::kEnterRemoteUiMode)) identified = 1;
+      if (message.acknowledges(GeneralMessage::kEnterRemoteUiMode)) identified = 1;
       break;
     case GeneralMessage::kReturnRemoteUiMode:
       answerRemoteUiMode(message);
-      break;
-    case GeneralMessage::kReturnLingoProtocolVersion:
-      send(&GeneralMessage::buildEnterRemoteUiMode);
       break;
     case GeneralMessage::kGetAccessoryInfo:
       answerAccessoryInfo(message);
@@ -62,19 +65,10 @@ void IpodControllerBase::answerIdentification(const GeneralMessage& message) {
   }
 }
 
-bool IpodControllerBase::acknowledges(const GeneralMessage& message,
-                                      GeneralMessage::Command command) {
-  uint8_t status = kStatusOk;
-  uint8_t acknowledgedCommand = 0;
-  uint32_t waitTime = 0;
-  return message.decodeIpodAck(status, acknowledgedCommand, waitTime) && status == kStatusOk &&
-         acknowledgedCommand == command;
-}
-
 void IpodControllerBase::answerRemoteUiMode(const GeneralMessage& message) {
   bool extendedMode = false;
   if (message.decodeReturnRemoteUiMode(extendedMode) && extendedMode) {
-    send(&GeneralMessage::buildEnterRemoteUiMode);
+    sendWithoutClearing(&GeneralMessage::buildEnterRemoteUiMode);
   }
 }
 
@@ -83,16 +77,16 @@ void IpodControllerBase::answerAccessoryInfo(const GeneralMessage& message) {
   if (!message.decodeGetAccessoryInfo(question)) return;
   switch (question.type) {
     case kInfoCapabilities:
-      send(&GeneralMessage::buildRetAccessoryCapabilities);
+      sendWithoutClearing(&GeneralMessage::buildRetAccessoryCapabilities);
       break;
     case kInfoFirmwareVersion:
-      // Whatever model and firmware the iPod names will do.
-      send(&GeneralMessage::buildRetAccessoryFirmwareVersion, question.model, question.major,
-           question.minor, question.revision);
+      // The accessory works with every model and firmware: it confirms what the iPod reports.
+      sendWithoutClearing(&GeneralMessage::buildRetAccessoryFirmwareVersion, question.model,
+                          question.major, question.minor, question.revision);
       break;
     case kInfoLingoVersion:
-      send(&GeneralMessage::buildRetAccessoryLingoVersion, kAnsweredLingo, kAnsweredMajor,
-           kAnsweredMinor);
+      sendWithoutClearing(&GeneralMessage::buildRetAccessoryLingoVersion, kAnsweredLingo,
+                          kAnsweredMajor, kAnsweredMinor);
       break;
     default:
       break;

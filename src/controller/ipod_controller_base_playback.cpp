@@ -7,69 +7,70 @@ namespace ipodctl {
 using Message = ExtendedInterfaceMessage;
 
 bool IpodControllerBase::PlayCurrentSelection(RecordIndex trackIndex) {
-  return acknowledged(&Message::buildPlayCurrentSelection, trackIndex);
+  return sendAndAwaitAcknowledgement(&Message::buildPlayCurrentSelection, trackIndex);
 }
 
 bool IpodControllerBase::PlayControl(PlayControlCode code) {
-  return acknowledged(&Message::buildPlayControl, code);
+  return sendAndAwaitAcknowledgement(&Message::buildPlayControl, code);
 }
 
 bool IpodControllerBase::SetCurrentPlayingTrack(RecordIndex trackIndex) {
-  return acknowledged(&Message::buildSetCurrentPlayingTrack, trackIndex);
+  return sendAndAwaitAcknowledgement(&Message::buildSetCurrentPlayingTrack, trackIndex);
 }
 
 bool IpodControllerBase::GetPlayStatus(uint32_t& trackLength, uint32_t& position,
                                        PlayState& state) {
-  return ask(&Message::buildGetPlayStatus)
+  return sendAndAwaitReply(&Message::buildGetPlayStatus)
       .read(&Message::decodeReturnPlayStatus, trackLength, position, state);
 }
 
 bool IpodControllerBase::GetCurrentTrackIndex(RecordIndex& trackIndex) {
-  return ask(&Message::buildGetCurrentPlayingTrackIndex)
+  return sendAndAwaitReply(&Message::buildGetCurrentPlayingTrackIndex)
       .read(&Message::decodeReturnCurrentPlayingTrackIndex, trackIndex);
 }
 
 bool IpodControllerBase::GetNumPlayingTracks(uint32_t& count) {
-  return ask(&Message::buildGetNumPlayingTracks)
+  return sendAndAwaitReply(&Message::buildGetNumPlayingTracks)
       .read(&Message::decodeReturnNumPlayingTracks, count);
 }
 
 bool IpodControllerBase::GetTrackTitle(RecordIndex trackIndex, ByteString& title) {
-  return ask(&Message::buildGetIndexedPlayingTrackTitle, trackIndex)
+  return sendAndAwaitReply(&Message::buildGetIndexedPlayingTrackTitle, trackIndex)
       .read(&Message::decodeReturnIndexedPlayingTrackTitle, title);
 }
 
 bool IpodControllerBase::GetTrackArtist(RecordIndex trackIndex, ByteString& artist) {
-  return ask(&Message::buildGetIndexedPlayingTrackArtistName, trackIndex)
+  return sendAndAwaitReply(&Message::buildGetIndexedPlayingTrackArtistName, trackIndex)
       .read(&Message::decodeReturnIndexedPlayingTrackArtistName, artist);
 }
 
 bool IpodControllerBase::GetTrackAlbum(RecordIndex trackIndex, ByteString& album) {
-  return ask(&Message::buildGetIndexedPlayingTrackAlbumName, trackIndex)
+  return sendAndAwaitReply(&Message::buildGetIndexedPlayingTrackAlbumName, trackIndex)
       .read(&Message::decodeReturnIndexedPlayingTrackAlbumName, album);
 }
 
 bool IpodControllerBase::GetIndexedTrackInfo(RecordIndex trackIndex, ByteString& data,
                                              TrackInfoType& answeredType, TrackInfoType infoType) {
   constexpr uint16_t kFirstChapter = 0;
-  return ask(&Message::buildGetIndexedPlayingTrackInfo, infoType, trackIndex, kFirstChapter)
+  return sendAndAwaitReply(&Message::buildGetIndexedPlayingTrackInfo, infoType, trackIndex,
+                           kFirstChapter)
       .read(&Message::decodeReturnIndexedPlayingTrackInfo, answeredType, data);
 }
 
 bool IpodControllerBase::GetShuffle(PlayMode& mode) {
-  return ask(&Message::buildGetShuffle).read(&Message::decodeReturnShuffle, mode);
+  return sendAndAwaitReply(&Message::buildGetShuffle).read(&Message::decodeReturnShuffle, mode);
 }
 
 bool IpodControllerBase::SetShuffle(PlayMode mode) {
-  return acknowledged(&Message::buildSetShuffle, mode);
+  return sendAndAwaitAcknowledgement(&Message::buildSetShuffle, mode);
 }
 
 bool IpodControllerBase::GetRepeat(PlayMode& mode) {
-  return ask(&Message::buildGetRepeat).read(&Message::decodeReturnRepeat, mode);
+  return sendAndAwaitReply(&Message::buildGetRepeat).read(&Message::decodeReturnRepeat, mode);
 }
 
 bool IpodControllerBase::SetRepeat(PlayMode mode) {
-  return acknowledged(&Message::buildSetRepeat, mode);
+  return sendAndAwaitAcknowledgement(&Message::buildSetRepeat, mode);
 }
 
 }  // namespace ipodctl

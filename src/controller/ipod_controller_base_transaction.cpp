@@ -1,4 +1,4 @@
-// How a command goes out, how its reply is told from other messages, and how long it is awaited.
+// How a command is sent and how long its answer is awaited.
 
 #include "controller/ipod_controller_base.h"
 
@@ -18,29 +18,18 @@ bool IpodControllerBase::clearReplies() {
 
 std::unique_ptr<LingoMessage> IpodControllerBase::nextMessage() {
   std::unique_ptr<LingoMessage> message = transport->getMessage(kReplyNanoseconds, kReplySeconds);
-  silent = message ? 0 : 1;
-  return message;
-}
-
-/// The first message that comes is the reply, if it is of the command's lingo.
-std::unique_ptr<LingoMessage> IpodControllerBase::nextReply(LingoId lingo) {
-  std::unique_ptr<LingoMessage> message = nextMessage();
-  if (!message || message->getLingo() != lingo) return nullptr;
+  waitTimedOut = message ? 0 : 1;
   return message;
 }
 
 /// Any number of other Extended Interface messages may come before the acknowledgement, among them
 /// acknowledgements with another status: a command that failed ends a second after the last
-/// message.
+/// message. A message of another lingo ends the wait.
 bool IpodControllerBase::awaitAcknowledgement(uint16_t command) {
-  while (const std::unique_ptr<LingoMessage> message = nextReply(kExtendedInterfaceLingo)) {
-    const auto& reply = static_cast<const ExtendedInterfaceMessage&>(*message);
-    uint8_t status = kStatusOk;
-    uint16_t acknowledgedCommand = 0;
-    if (reply.decodeIpodAck(status, acknowledgedCommand) && acknowledgedCommand == command &&
-        status == kStatusOk) {
-      return true;
-    }
+  while (const std::unique_ptr<LingoMessage> message = nextMessage()) {
+    const auto* reply = messageAs<ExtendedInterfaceMessage>(*message);
+    if (reply == nullptr) return false;
+    if (reply->acknowledges(command)) return true;
   }
   return false;
 }

@@ -1,5 +1,5 @@
 // The identification of a digital-audio accessory: it announces its lingoes, answers the iPod's
-// questions about itself and its sample rates, and walks the iPod through three lingo versions.
+// questions about itself and its sample rates, and requests three lingo versions.
 
 #include "base/debug_print.h"
 #include "base/os_primitives.h"
@@ -34,47 +34,29 @@ void IpodController::announceLingoes() {
   taskSleepMicro(kFirstPauseMicroseconds);
   taskSleepMicro(kSecondPauseMicroseconds);
   clearReplies();
-  send(&GeneralMessage::buildIdentifyDeviceLingoes, kLingoMask);
+  sendWithoutClearing(&GeneralMessage::buildIdentifyDeviceLingoes, kLingoMask);
 }
 
 void IpodController::answer(const LingoMessage& message) {
-  if (message.getLingo() == kGeneralLingo) {
-    answerGeneral(static_cast<const GeneralMessage&>(message));
-  } else if (message.getLingo() == kDigitalAudioLingo) {
-    answerDigitalAudio(static_cast<const DigitalAudioMessage&>(message));
+  if (const auto* general = messageAs<GeneralMessage>(message)) {
+    answerInBothIdentifications(*general);
+    if (endsVersionChain(*general)) identified = 1;
+  } else if (const auto* audio = messageAs<DigitalAudioMessage>(message)) {
+    answerDigitalAudio(*audio);
   }
 }
 
-void IpodController::answerGeneral(const GeneralMessage& message) {
-  switch (message.getCommand()) {
-    case GeneralMessage::kIpodAck:
-      if (acknowledges(message, GeneralMessage::kEnterRemoteUiMode)) identified = 1;
-      break;
-    case GeneralMessage::kReturnRemoteUiMode:
-      answerRemoteUiMode(message);
-      break;
-    case GeneralMessage::kReturnLingoProtocolVersion:
-      if (endsVersionChain(message)) identified = 1;
-      break;
-    case GeneralMessage::kGetAccessoryInfo:
-      answerAccessoryInfo(message);
-      break;
-    default:
-      break;
-  }
-}
-
-/// The iPod tells the versions of its General, Extended Interface and Digital Audio lingoes one
-/// after the other, each because it was asked when the one before had come. True for the last one.
+/// Requests the version of the next lingo when the version of one has come: General, Extended
+/// Interface, Digital Audio. Returns true for the last one.
 bool IpodController::endsVersionChain(const GeneralMessage& message) {
   uint8_t lingo = 0;
   uint8_t major = 0;
   uint8_t minor = 0;
   if (!message.decodeReturnLingoProtocolVersion(lingo, major, minor)) return false;
   if (lingo == kGeneralLingo) {
-    send(&GeneralMessage::buildRequestLingoProtocolVersion, kExtendedInterfaceLingo);
+    sendWithoutClearing(&GeneralMessage::buildRequestLingoProtocolVersion, kExtendedInterfaceLingo);
   } else if (lingo == kExtendedInterfaceLingo) {
-    send(&GeneralMessage::buildRequestLingoProtocolVersion, kDigitalAudioLingo);
+    sendWithoutClearing(&GeneralMessage::buildRequestLingoProtocolVersion, kDigitalAudioLingo);
   }
   return lingo == kDigitalAudioLingo;
 }
@@ -82,8 +64,9 @@ bool IpodController::endsVersionChain(const GeneralMessage& message) {
 void IpodController::answerDigitalAudio(const DigitalAudioMessage& message) {
   switch (message.getCommand()) {
     case DigitalAudioMessage::kGetAccSampleRateCaps:
-      send(&DigitalAudioMessage::buildRetAccSampleRateCaps, kSampleRates, kSampleRateCount);
-      send(&GeneralMessage::buildRequestLingoProtocolVersion, kGeneralLingo);
+      sendWithoutClearing(&DigitalAudioMessage::buildRetAccSampleRateCaps, kSampleRates,
+                          kSampleRateCount);
+      sendWithoutClearing(&GeneralMessage::buildRequestLingoProtocolVersion, kGeneralLingo);
       break;
     case DigitalAudioMessage::kTrackNewAudioAttributes:
       acceptAudioAttributes(message);
@@ -102,15 +85,13 @@ bool IpodController::reenterExtendedMode() {
   return false;
 }
 
-/// True for the acknowledgement that ends the sequence.
+/// Returns true for the acknowledgement that ends the sequence.
 bool IpodController::answersReentry(const LingoMessage& message) {
-  if (message.getLingo() == kDigitalAudioLingo) {
-    answerDigitalAudio(static_cast<const DigitalAudioMessage&>(message));
-  }
-  if (message.getLingo() != kGeneralLingo) return false;
-  const auto& general = static_cast<const GeneralMessage&>(message);
-  if (endsVersionChain(general)) send(&GeneralMessage::buildEnterRemoteUiMode);
-  return acknowledges(general, GeneralMessage::kEnterRemoteUiMode);
+  if (const auto* audio = messageAs<DigitalAudioMessage>(message)) answerDigitalAudio(*audio);
+  const auto* general = messageAs<GeneralMessage>(message);
+  if (general == nullptr) return false;
+  if (endsVersionChain(*general)) sendWithoutClearing(&GeneralMessage::buildEnterRemoteUiMode);
+  return general->acknowledges(GeneralMessage::kEnterRemoteUiMode);
 }
 
 }  // namespace ipodctl

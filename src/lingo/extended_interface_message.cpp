@@ -109,6 +109,13 @@ bool ExtendedInterfaceMessage::decodeIpodAck(uint8_t& status, uint16_t& command)
   return decodeExactly(kIpodAck, status, command);
 }
 
+bool ExtendedInterfaceMessage::acknowledges(uint16_t command) const {
+  uint8_t status = kStatusOk;
+  uint16_t acknowledgedCommand = 0;
+  return decodeIpodAck(status, acknowledgedCommand) && status == kStatusOk &&
+         acknowledgedCommand == command;
+}
+
 bool ExtendedInterfaceMessage::decodeReturnIndexedPlayingTrackInfo(TrackInfoType& infoType,
                                                                    ByteString& text) const {
   TrackInfoType type{};

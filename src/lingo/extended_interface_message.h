@@ -97,6 +97,9 @@ class ExtendedInterfaceMessage final : public LingoMessage {
   // From the iPod.
   bool decodeIpodAck(uint8_t& status, uint16_t& command) const;
 
+  /// True when this is the iPod's acknowledgement of a command with status 0.
+  bool acknowledges(uint16_t command) const;
+
   /// The text starts at the information type, whose byte becomes its first character, and so lacks
   /// the payload's last byte, which is the terminator.
   bool decodeReturnIndexedPlayingTrackInfo(TrackInfoType& infoType, ByteString& text) const;

@@ -71,6 +71,14 @@ bool GeneralMessage::decodeIpodAck(uint8_t& status, uint8_t& command, uint32_t& 
   return true;
 }
 
+bool GeneralMessage::acknowledges(uint16_t command) const {
+  uint8_t status = kStatusOk;
+  uint8_t acknowledgedCommand = 0;
+  uint32_t waitTime = 0;
+  return decodeIpodAck(status, acknowledgedCommand, waitTime) && status == kStatusOk &&
+         acknowledgedCommand == command;
+}
+
 bool GeneralMessage::decodeReturnRemoteUiMode(bool& extendedMode) const {
   uint8_t mode = 0;
   if (!decodeExactly(kReturnRemoteUiMode, mode)) return false;

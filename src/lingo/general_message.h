@@ -79,6 +79,9 @@ class GeneralMessage final : public LingoMessage {
   /// wait time is the one number on the wire whose first byte is the lowest.
   bool decodeIpodAck(uint8_t& status, uint8_t& command, uint32_t& waitTime) const;
 
+  /// True when this is the iPod's acknowledgement of a command with status 0.
+  bool acknowledges(uint16_t command) const;
+
   bool decodeReturnRemoteUiMode(bool& extendedMode) const;
   bool decodeReturnIpodName(ByteString& name) const;
   bool decodeReturnIpodSoftwareVersion(uint8_t& major, uint8_t& minor, uint8_t& revision) const;

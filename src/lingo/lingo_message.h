@@ -161,4 +161,10 @@ class LingoMessage {
   std::unique_ptr<uint8_t[]> data;
 };
 
+/// The message as one of a lingo's class, null when it is of another lingo.
+template <class Lingo>
+const Lingo* messageAs(const LingoMessage& message) {
+  return message.getLingo() == Lingo::kLingo ? static_cast<const Lingo*>(&message) : nullptr;
+}
+
 }  // namespace ipodctl
