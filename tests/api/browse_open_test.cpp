@@ -151,9 +151,9 @@ TEST_F(IpodGetFirstItemTest, KeepsNothingOfALongerListBefore) {
 
 TEST_F(IpodGetFirstItemTest, KeepsNoTabOfALongerListBefore) {
   openTree(IPOD_GENRES, 71);
-  EXPECT_EQ(browseTree.ipodLevelTab[1], 0);
+  EXPECT_EQ(browseTree.levels[1].tab, 0);
   openTree(IPOD_GENRES, 12);
-  EXPECT_EQ(browseTree.ipodLevelTab[1], -1);
+  EXPECT_EQ(browseTree.levels[1].tab, -1);
 }
 
 TEST_F(IpodGetFirstItemTest, WithATypeThatIsNoneReturnsNullAndChangesNothing) {
