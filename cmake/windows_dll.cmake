@@ -8,7 +8,7 @@ function(windows_dll target def_file)
     ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
   target_link_options(${target} PRIVATE ${def_file} LINKER:--enable-stdcall-fixup)
   add_custom_command(TARGET ${target} POST_BUILD
-    COMMAND ${IPODCTL_PYTHON} -B ${PROJECT_SOURCE_DIR}/scripts/make-import-library --nm ${CMAKE_NM}
+    COMMAND ${IPODCTL_PYTHON} -B ${PROJECT_SOURCE_DIR}/scripts/parts/make-import-library --nm ${CMAKE_NM}
             --dlltool ${CMAKE_DLLTOOL} $<TARGET_FILE:${target}> ${def_file}
             $<TARGET_LINKER_FILE:${target}>
     COMMAND ${CMAKE_STRIP} $<TARGET_FILE:${target}>

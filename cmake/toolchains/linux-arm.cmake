@@ -1,5 +1,5 @@
 # ARM Linux, 32 bits and without a floating-point unit, as the device's processor; its programs run
-# under an emulator. The libraries that the desk's programs need come from scripts/armel-sysroot.
+# under an emulator. The libraries that the desk's programs need come from scripts/parts/armel-sysroot.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 # Clang compiles in two thirds of GCC's time and takes GCC's libraries.
@@ -26,4 +26,4 @@ set(IPODCTL_LINKER_FLAGS
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${IPODCTL_LINKER_FLAGS}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${IPODCTL_LINKER_FLAGS}")
 
-get_filename_component(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../../scripts/run-arm" ABSOLUTE)
+get_filename_component(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../../scripts/parts/run-arm" ABSOLUTE)

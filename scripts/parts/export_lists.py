@@ -3,7 +3,7 @@
 import pathlib
 import re
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
+ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
 def ordinals_of(definition):
@@ -24,5 +24,5 @@ def names_in(text):
 
 
 def device_functions(file):
-    """What a DLL of the device has, by the name of its list in scripts/."""
-    return set(names_in((ROOT / "scripts" / file).read_text()))
+    """What a DLL of the device has, by the name of its list in this folder."""
+    return set(names_in((ROOT / "scripts/parts" / file).read_text()))

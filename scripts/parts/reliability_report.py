@@ -4,8 +4,8 @@ import json
 import re
 from collections import defaultdict
 
-from ctest_rings import plain
-from export_lists import ROOT, promised_ordinals
+from .ctest_rings import plain
+from .export_lists import ROOT, promised_ordinals
 
 PAGE = ROOT / "docs/reliability.md"
 BOUND, LONGEST = "bound_ms_", "longest_us_"

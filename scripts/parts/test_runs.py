@@ -9,7 +9,7 @@ import time
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-from export_lists import ROOT
+from .export_lists import ROOT
 
 # What GoogleTest says of every test; all else was recorded by the test.
 USUAL_KEYS = {"name", "file", "line", "value_param", "type_param", "status", "result", "timestamp", "time",
