@@ -92,7 +92,7 @@ void connectOutputs(SimulatedIpod& ipod, const Options& options) {
   });
 }
 
-// Signals that end the program come through a descriptor instead, in every thread.
+/// Signals that end the program come through a descriptor instead, in every thread.
 FileDescriptor catchSignals() {
   sigset_t ending;
   sigemptyset(&ending);
@@ -103,7 +103,7 @@ FileDescriptor catchSignals() {
   return FileDescriptor(signalfd(-1, &ending, SFD_CLOEXEC));
 }
 
-// The lines of standard input, as they become complete.
+/// The lines of standard input, as they become complete.
 class InputLines {
  public:
   /// Does the commands that have arrived; false when it is time to end.

@@ -47,7 +47,7 @@ constexpr char kFaultUsage[] =
     "is written to strike the same answer again.\n"
     "\n";
 
-// What CLI11 fills in, before it is checked.
+/// What CLI11 fills in, before it is checked.
 struct RawOptions {
   std::string preset = personalityNames().front();
   std::string name;
@@ -58,7 +58,7 @@ struct RawOptions {
   bool helpPersonalities = false;
 };
 
-// Two numbers with one letter between them, like 320x240 or 1.14.
+/// Two numbers with one letter between them, like 320x240 or 1.14.
 bool parsePair(const std::string& text, char between, unsigned most, unsigned& first,
                unsigned& second) {
   char letter = 0;
@@ -87,7 +87,7 @@ void setLimits(Personality& personality, const std::string& text) {
   personality.screenHeight = std::max(personality.screenHeight, personality.display.limits.height);
 }
 
-// Lets a refusal say where to read on.
+/// Lets a refusal say where to read on.
 template <typename Work>
 void withHint(const char* option, Work work) {
   try {
@@ -171,7 +171,7 @@ std::string personalitiesHelp() {
   return help + "\n--set NAME=VALUE\n\n" + settingsHelp();
 }
 
-// False when the user only wanted to read.
+/// False when the user only wanted to read.
 bool parse(CLI::App& app, int argc, const char* const* argv) {
   try {
     app.parse(argc, argv);

@@ -14,7 +14,7 @@ namespace {
 
 using NameOfTrack = std::function<const std::string&(const Track&)>;
 
-// Where the ranks of an order are kept.
+/// Where the ranks of an order are kept.
 enum RankSlot : size_t { kByGenre, kByComposer, kByAlbum, kByName, kByReleaseDate, kByDefault };
 
 RankSlot rankSlot(SortOrder order) {
@@ -37,7 +37,7 @@ RankSlot rankSlot(SortOrder order) {
   return kByDefault;
 }
 
-// The distinct names and, by track, the number of its name in order of appearance.
+/// The distinct names and, by track, the number of its name in order of appearance.
 NameTable gatherNames(const std::vector<Track>& tracks, const NameOfTrack& nameOf) {
   NameTable table;
   std::unordered_map<std::string, uint32_t> numbers;
@@ -54,7 +54,7 @@ NameTable gatherNames(const std::vector<Track>& tracks, const NameOfTrack& nameO
   return table;
 }
 
-// By old number: its place when the names are sorted.
+/// By old number: its place when the names are sorted.
 std::vector<uint32_t> sortedPlaces(const std::vector<std::string>& names) {
   std::vector<std::string> keys;
   keys.reserve(names.size());
@@ -92,8 +92,8 @@ const std::string& nameForKind(const Track& track, MediaKind kind) {
 
 using Ranks = std::vector<uint32_t>;
 
-// By track: its place when the tracks are sorted by this number, those with the same number as they
-// were ranked before.
+/// By track: its place when the tracks are sorted by this number, those with the same number as
+/// they were ranked before.
 Ranks rankBy(const std::vector<uint32_t>& numbers, const Ranks& before) {
   const size_t count = numbers.size();
   Ranks trackAt(count);

@@ -93,15 +93,15 @@ std::vector<uint32_t> Database::listRecords(Category category) const {
   return listNames(category);
 }
 
-// Number 0 is the whole library, n is the user's playlist n - 1.
+/// Number 0 is the whole library, n is the user's playlist n - 1.
 std::vector<uint32_t> Database::listPlaylists() const {
   std::vector<uint32_t> playlists(catalogue.library().playlists.size() + 1);
   std::iota(playlists.begin(), playlists.end(), 0);
   return playlists;
 }
 
-// The names in the order of the first track that bears each; sorted by name, that is by number,
-// when the order says nothing about more than the name itself.
+/// The names in the order of the first track that bears each; sorted by name, that is by number,
+/// when the order says nothing about more than the name itself.
 std::vector<uint32_t> Database::listNames(Category category) const {
   const NameTable& table = catalogue.table(category);
   std::vector<bool> seen(table.names.size());
@@ -144,7 +144,7 @@ std::vector<uint32_t> Database::playlistTracks(uint32_t playlist) const {
   return tracks;
 }
 
-// Whether every selection above a level lets the track through.
+/// Whether every selection above a level lets the track through.
 bool Database::passes(uint32_t track, Level level) const {
   for (size_t above = kGenreLevel; above < level; ++above) {
     if (!selection[above]) continue;
@@ -154,7 +154,7 @@ bool Database::passes(uint32_t track, Level level) const {
   return true;
 }
 
-// Which tracks a category is about. The tracks of a selected audiobook or podcast are of its kind.
+/// Which tracks a category is about. The tracks of a selected audiobook or podcast are of its kind.
 MediaKind Database::kindOf(Category category) const {
   if (category == Category::kTrack && selection[kCollectionLevel]) {
     return kindOf(selection[kCollectionLevel]->category);
@@ -174,7 +174,7 @@ bool Database::isNarrowed() const {
   return below || inUserPlaylist();
 }
 
-// A playlist of the user keeps its own order unless another one is asked for.
+/// A playlist of the user keeps its own order unless another one is asked for.
 void Database::sortTracks(std::vector<uint32_t>& tracks) const {
   const bool plain = order == SortOrder::kDefault && !isNarrowed();
   const SortOrder wanted = plain ? allTracksOrder : order;

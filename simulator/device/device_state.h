@@ -29,7 +29,7 @@ struct DeviceState {
   /// Sends a message that the iPod sends on its own.
   void sendUnasked(Lingo lingo, uint16_t command, Bytes data);
 
-  // For the request at work:
+  /// For the request at work:
   void acknowledge(Status status, std::optional<Time> wait = {});
   /// Answers a command that the iPod does not know, as the personality does.
   void refuseUnknown();

@@ -79,7 +79,7 @@ void DigitalAudioLingo::tellFirst() {
   if (onTold) onTold();
 }
 
-// A rate that the accessory cannot play is converted to one that every accessory can.
+/// A rate that the accessory cannot play is converted to one that every accessory can.
 uint32_t DigitalAudioLingo::streamRate() const {
   const std::optional<uint32_t> track = state.player.currentTrack();
   const uint32_t rate = track ? state.catalogue.track(*track).sampleRate : kCommonRate;

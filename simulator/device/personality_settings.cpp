@@ -156,7 +156,7 @@ const std::vector<Setting>& settings() {
   return all;
 }
 
-// "no|yes", or "0...100".
+/// "no|yes", or "0...100".
 std::string valuesOf(const Setting& setting) {
   if (setting.words.empty()) {
     return std::to_string(setting.least) + "..." + std::to_string(setting.most);

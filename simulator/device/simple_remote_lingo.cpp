@@ -106,7 +106,7 @@ void SimpleRemoteLingo::release(unsigned button) {
   if (button == kFastForwardButton || button == kRewindButton) state.player.endSeek(state.now);
 }
 
-// To the nearest track of another album in this direction; at the end of the list nothing happens.
+/// To the nearest track of another album in this direction; at the end of the list nothing happens.
 void SimpleRemoteLingo::stepAlbum(int direction) {
   const std::optional<uint32_t> current = state.player.currentTrack();
   if (!current) return;

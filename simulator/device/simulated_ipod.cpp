@@ -158,7 +158,7 @@ void SimulatedIpod::step(Time now) {
   settle();
 }
 
-// Draws the consequences of whatever happened.
+/// Draws the consequences of whatever happened.
 void SimulatedIpod::settle() {
   const PlayerChanges changes = state.player.takeChanges();
   if (changes.track) audio.followTrack();

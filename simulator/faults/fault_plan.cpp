@@ -9,7 +9,7 @@ namespace simulator {
 
 namespace {
 
-// Bytes that begin, break off and go wrong in the ways in which UTF-8 can.
+/// Bytes that begin, break off and go wrong in the ways in which UTF-8 can.
 constexpr uint8_t kBrokenText[] = {0xC3, 0x28, 0xA0, 0xE2, 0x82, 'x', 0xF0, 0x9F, 0xFF};
 
 Message acknowledgement(Cause cause, uint8_t status) {
@@ -223,7 +223,7 @@ Fault FaultPlan::randomFault(FrameKind kind) {
   return fault;
 }
 
-// Any at which no frame can begin on this kind of link.
+/// Any at which no frame can begin on this kind of link.
 uint8_t FaultPlan::noiseByte(FrameKind kind) {
   const uint8_t forbidden = kind == FrameKind::kUsb ? kStartByte : kSyncByte;
   uint8_t byte;

@@ -10,7 +10,7 @@ namespace simulator {
 
 namespace {
 
-// So long the accessory can still read what was sent before a fault pulled the cable.
+/// So long the accessory can still read what was sent before a fault pulled the cable.
 constexpr Time kPullDelay = milliseconds(20);
 
 }  // namespace
@@ -117,8 +117,8 @@ void PtyIpod::noticeAccessory() {
   if (presence.closed) changeAccessory();
 }
 
-// What the accessory wrote before it closed the slave still counts, and what it did not read does
-// not. What there is to read once another one has opened the slave is taken for that one's.
+/// What the accessory wrote before it closed the slave still counts, and what it did not read does
+/// not. What there is to read once another one has opened the slave is taken for that one's.
 void PtyIpod::changeAccessory() {
   const Bytes last = port->read();
   accessoryThere = port->presence().open;
@@ -133,7 +133,7 @@ void PtyIpod::receive() {
   if (accessoryThere && ipod.plugged()) ipod.receive(now(), port->read());
 }
 
-// Each write of the iPod is one here, unless the accessory is slow to read.
+/// Each write of the iPod is one here, unless the accessory is slow to read.
 void PtyIpod::send() {
   flush();
   for (const Bytes& bytes : ipod.takeOutput(now())) {

@@ -7,7 +7,7 @@
 
 #include "music/music_library.h"
 
-// What the built-in library is generated from. Every name is invented.
+/// What the built-in library is generated from. Every name is invented.
 namespace simulator {
 
 /// A list of words, of any length, that can be indexed round and round.
@@ -109,7 +109,7 @@ inline constexpr std::string_view kFrenchQualities[] = {
     "d'hiver",    "de mon père",   "en équilibre",
 };
 
-// The lists below hold whole titles.
+/// The lists below hold whole titles.
 inline constexpr std::string_view kOwnTitle[] = {"{b}"};
 inline constexpr std::string_view kGermanTitles[] = {
     "Straßenbahn nach Süden", "Übermorgen", "Großer Bahnhof", "Kühle Küche",

@@ -6,7 +6,7 @@ namespace simulator {
 
 namespace {
 
-// A track of no known length plays this long, so that a list of such tracks takes time to end.
+/// A track of no known length plays this long, so that a list of such tracks takes time to end.
 constexpr Time kShortestTrack = milliseconds(100);
 
 }  // namespace

@@ -12,9 +12,9 @@
 #include "virtual/virtual_world.h"
 
 extern "C" {
-// The example's main.
+/// The example's main.
 int firstSession(void);
-// The linker renames the program's call and the library's function.
+/// The linker renames the program's call and the library's function.
 int __real_IpodDisconnect(void);
 int __wrap_IpodDisconnect(void);
 }

@@ -12,8 +12,8 @@ namespace {
 using std::chrono::seconds;
 using Lines = std::vector<std::string>;
 
-// An iPod that leaves one kind of question unanswered costs a few seconds each time; one that is
-// lost costs them once.
+/// An iPod that leaves one kind of question unanswered costs a few seconds each time; one that is
+/// lost costs them once.
 constexpr int kLonger = 2;
 constexpr seconds kBesides(40);
 constexpr seconds kUntilLost(15);

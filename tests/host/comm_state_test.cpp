@@ -6,7 +6,7 @@
 
 namespace {
 
-// A DCB of 57600 baud, 8 bits, no parity, one stop bit.
+/// A DCB of 57600 baud, 8 bits, no parity, one stop bit.
 DCB plainState() {
   DCB state = {};
   state.BaudRate = 57600;

@@ -19,7 +19,7 @@ using host_test::PtyPair;
 using host_test::readDevice;
 using host_test::success;
 
-// The error of an open that must fail.
+/// The error of an open that must fail.
 DWORD openError(LPCWSTR name) {
   SetLastError(ERROR_SUCCESS);
   const OwnedHandle device(openDevice(name));
@@ -137,7 +137,7 @@ TEST(CreateFileW, DoesNotOpenWhatAnotherProcessHasOpen) {
   EXPECT_EQ(status, 0);
 }
 
-// A program that was killed must not keep its successor out.
+/// A program that was killed must not keep its successor out.
 TEST(CreateFileW, OpensATerminalWhoseUserDiedWithoutClosing) {
   const PtyPair wire;
   const DeviceMapping devices("IPD1:", wire);
@@ -201,7 +201,7 @@ TEST(CreateFileW, MakesTheTerminalRaw) {
   EXPECT_EQ(wire.receive(special.size()), special) << "nothing echoed before, nothing translated";
 }
 
-// How many descriptors a program gets that is started now.
+/// How many descriptors a program gets that is started now.
 std::string inheritedDescriptors() {
   std::FILE* const list = popen("ls /proc/self/fd | wc -l", "r");
   char number[16] = {};

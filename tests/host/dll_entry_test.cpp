@@ -12,7 +12,7 @@ namespace {
 
 using Events = std::vector<std::string>;
 
-// Never destroyed: the module tells of its end when static objects of the program are gone.
+/// Never destroyed: the module tells of its end when static objects of the program are gone.
 Events& events() {
   static auto& told = *new Events;
   return told;

@@ -133,7 +133,7 @@ TEST(CloseHandle, EndsTheWaitsForAThreadButNotTheThread) {
   }
 }
 
-// Under a race of closing and using, each use either works or is refused.
+/// Under a race of closing and using, each use either works or is refused.
 TEST(CloseHandle, MayComeAtAnyMomentOfOtherCalls) {
   for (int round = 0; round < 200; ++round) {
     OwnedHandle semaphore(newSemaphore(1));

@@ -11,7 +11,7 @@ namespace {
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 
-// A call as a sink saw it.
+/// A call as a sink saw it.
 struct Heard {
   IsochplayFunction function;
   std::string text;

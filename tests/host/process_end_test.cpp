@@ -54,8 +54,8 @@ void useHandleAtTheEnd() {
   if (!isUsable || !CloseHandle(handleForTheEnd)) std::_Exit(1);
 }
 
-// Handlers run in the opposite order of their registration: this one after all that the platform
-// may have registered when it was used first.
+/// Handlers run in the opposite order of their registration: this one after all that the platform
+/// may have registered when it was used first.
 [[noreturn]] void endWithALateUser() {
   std::atexit(useHandleAtTheEnd);
   handleForTheEnd = CreateSemaphoreW(nullptr, 1, 1, nullptr);

@@ -7,8 +7,7 @@
 //   wire.send({0x55, 0x02, 0x00, 0x01, 0xfd});
 //   EXPECT_EQ(wire.receive(2), (Bytes{0xff, 0x55}));
 //   wire.hangUp();
-#ifndef TESTS_HOST_PTY_PAIR_H
-#define TESTS_HOST_PTY_PAIR_H
+#pragma once
 
 #include <fcntl.h>
 #include <poll.h>
@@ -32,7 +31,7 @@ namespace host_test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// The near end is raw from the start, so nothing is echoed or translated before a device opens it.
+/// The near end is raw from the start, so nothing is echoed or translated before a device opens it.
 class PtyPair {
  public:
   PtyPair() : farEnd(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK)) {
@@ -48,13 +47,13 @@ class PtyPair {
   PtyPair& operator=(const PtyPair&) = delete;
   ~PtyPair() { hangUp(); }
 
-  // The near end's terminal.
+  /// The near end's terminal.
   const std::string& path() const { return nearEndPath; }
 
-  // The far end, -1 after a hang-up: for a test that must wait for other things beside it.
+  /// The far end, -1 after a hang-up: for a test that must wait for other things beside it.
   int descriptor() const { return farEnd; }
 
-  // Writes to the device; false when it does not take everything in time.
+  /// Writes to the device; false when it does not take everything in time.
   bool send(const Bytes& bytes) {
     std::size_t sent = 0;
     for (const Patience patience; sent < bytes.size() && waitFor(POLLOUT, patience);) {
@@ -64,8 +63,8 @@ class PtyPair {
     return sent == bytes.size();
   }
 
-  // As send(), and waits until a reader of the near end would get all of it. For a device that is
-  // not reading and has read everything before.
+  /// As send(), and waits until a reader of the near end would get all of it. For a device that is
+  /// not reading and has read everything before.
   bool sendAndArrive(const Bytes& bytes) {
     if (!send(bytes)) return false;
     const int nearEnd = ::open(nearEndPath.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
@@ -77,7 +76,7 @@ class PtyPair {
     return arrived == static_cast<int>(bytes.size());
   }
 
-  // The next `count` bytes that the device writes; fewer when they do not come in time.
+  /// The next `count` bytes that the device writes; fewer when they do not come in time.
   Bytes receive(std::size_t count) {
     Bytes bytes(count);
     std::size_t received = 0;
@@ -89,16 +88,16 @@ class PtyPair {
     return bytes;
   }
 
-  // Whether anything holds the near end open.
+  /// Whether anything holds the near end open.
   bool isDeviceOpen() const { return (eventsNow() & POLLHUP) == 0; }
 
-  // Waits until nothing holds the near end open; false when that does not come in time.
+  /// Waits until nothing holds the near end open; false when that does not come in time.
   bool waitUntilDeviceCloses() const {
     pollfd watched = {farEnd, 0, 0};
     return poll(&watched, 1, Patience().left()) > 0 && (watched.revents & POLLHUP) != 0;
   }
 
-  // The near end's settings.
+  /// The near end's settings.
   termios settings() const {
     termios now = {};
     tcgetattr(farEnd, &now);
@@ -109,8 +108,8 @@ class PtyPair {
     if (tcsetattr(farEnd, TCSANOW, &wanted) != 0) throw std::runtime_error("no such settings");
   }
 
-  // Pulls the plug: bytes that the device has not read yet may be lost. The path is free then for
-  // another program's terminal unless the device is still open.
+  /// Pulls the plug: bytes that the device has not read yet may be lost. The path is free then for
+  /// another program's terminal unless the device is still open.
   void hangUp() {
     if (farEnd >= 0) ::close(std::exchange(farEnd, -1));
   }
@@ -130,8 +129,8 @@ class PtyPair {
     return watched.revents;
   }
 
-  // False when the far end is not ready in time. While nothing holds the near end open, it looks
-  // again every millisecond: a poll would return at once.
+  /// False when the far end is not ready in time. While nothing holds the near end open, it looks
+  /// again every millisecond: a poll would return at once.
   bool waitFor(short events, const Patience& patience) const {
     constexpr int kLookAgain = 1;
     while (!patience.isOver()) {
@@ -147,7 +146,7 @@ class PtyPair {
   std::string nearEndPath;
 };
 
-// Sets IPODCTL_DEVICES while it lives. For tests without other threads that open devices.
+/// Sets IPODCTL_DEVICES while it lives. For tests without other threads that open devices.
 class DeviceMapping {
  public:
   explicit DeviceMapping(const std::string& entries) : before(value()) {
@@ -177,5 +176,3 @@ class DeviceMapping {
 };
 
 }  // namespace host_test
-
-#endif

@@ -8,7 +8,7 @@ using host_test::Bytes;
 using host_test::DeviceMapping;
 using host_test::PtyPair;
 
-// The near end, opened without the platform.
+/// The near end, opened without the platform.
 class NearEnd {
  public:
   explicit NearEnd(const PtyPair& wire)

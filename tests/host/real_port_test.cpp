@@ -22,7 +22,7 @@ namespace {
 
 enum class Rts { kNeverDriven, kLowered, kRaised };
 
-// Bytes in the queue; each look at it finds `drainedByLook` fewer than before.
+/// Bytes in the queue; each look at it finds `drainedByLook` fewer than before.
 std::atomic<int> queued{0};
 std::atomic<int> drainedByLook{0};
 std::atomic<Rts> rts{Rts::kNeverDriven};

@@ -48,7 +48,7 @@ TEST(CreateThread, WithoutRoomForAThreadLeavesNothingBehind) {
   EXPECT_EQ(deskRunningThreads(), 0u);
 }
 
-// Leaves room for `count` more descriptors while it lives.
+/// Leaves room for `count` more descriptors while it lives.
 class FewDescriptors {
  public:
   explicit FewDescriptors(rlim_t count) {

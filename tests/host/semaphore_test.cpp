@@ -113,7 +113,7 @@ TEST(ReleaseSemaphore, RefusesCountsBelowOne) {
   }
 }
 
-// Waits 50 ms.
+/// Waits 50 ms.
 TEST(WaitForSingleObject, TimesOutNoSoonerThanAsked) {
   const Semaphore semaphore(0, 1);
   const auto start = Clock::now();
@@ -145,7 +145,7 @@ TEST(WaitForSingleObject, EndsWhenAnotherThreadReleases) {
   EXPECT_TRUE(CloseHandle(thread));
 }
 
-// Two semaphores and the threads that pass a count from the first to the second.
+/// Two semaphores and the threads that pass a count from the first to the second.
 struct Relay {
   Semaphore from{0, 64};
   Semaphore to{0, 64};

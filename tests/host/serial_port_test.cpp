@@ -25,11 +25,11 @@ using host_test::writeDevice;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// Far more than any test waits, far less than the patience of one.
+/// Far more than any test waits, far less than the patience of one.
 constexpr DWORD kLong = 60000;
 constexpr auto kGenerous = std::chrono::seconds(5);
 
-// More than a pseudo terminal keeps for an end that does not read.
+/// More than a pseudo terminal keeps for an end that does not read.
 constexpr std::size_t kTooMuch = 1000000;
 
 class SerialPort : public testing::Test {
@@ -85,7 +85,7 @@ TEST_F(SerialPort, WithIntervalMaximumAndNoTotalsReadReturnsAtOnceWithWhatIsTher
   EXPECT_EQ(readDevice(port.get(), 10), success({}));
 }
 
-// Waits 50 ms.
+/// Waits 50 ms.
 TEST_F(SerialPort, WithIntervalAndMultiplierMaximumReadWaitsTheConstantForAByte) {
   setReadTimeouts(MAXDWORD, MAXDWORD, 50);
   const auto start = Clock::now();
@@ -110,7 +110,7 @@ TEST_F(SerialPort, WithIntervalMaximumAndTotalsReadReturnsWithTheFirstByte) {
   EXPECT_EQ(read.result(), success({1}));
 }
 
-// Waits 60 ms: 10 for each of 3 bytes and 30.
+/// Waits 60 ms: 10 for each of 3 bytes and 30.
 TEST_F(SerialPort, TotalReadTimeoutGrowsWithTheBytesAskedFor) {
   setReadTimeouts(0, 10, 30);
   const auto start = Clock::now();
@@ -119,7 +119,7 @@ TEST_F(SerialPort, TotalReadTimeoutGrowsWithTheBytesAskedFor) {
   EXPECT_LT(Clock::now() - start, kGenerous);
 }
 
-// Waits 50 ms.
+/// Waits 50 ms.
 TEST_F(SerialPort, TotalReadTimeoutDeliversWhatCame) {
   setReadTimeouts(0, 0, 50);
   EXPECT_TRUE(wire.sendAndArrive({1, 2}));
@@ -143,7 +143,7 @@ TEST_F(SerialPort, GreatestTotalReadTimeoutIsNoOverflow) {
   EXPECT_EQ(read.result(), failure(ERROR_OPERATION_ABORTED));
 }
 
-// Waits 50 ms.
+/// Waits 50 ms.
 TEST_F(SerialPort, IntervalTimeoutEndsAReadAfterThePause) {
   setReadTimeouts(50, 0, 0);
   EXPECT_TRUE(wire.sendAndArrive({1, 2}));
@@ -153,7 +153,7 @@ TEST_F(SerialPort, IntervalTimeoutEndsAReadAfterThePause) {
   EXPECT_LT(Clock::now() - start, kGenerous);
 }
 
-// Waits 1 ms again and again, 20 times.
+/// Waits 1 ms again and again, 20 times.
 TEST_F(SerialPort, IntervalTimeoutDoesNotRunBeforeTheFirstByte) {
   setReadTimeouts(1, 0, 0);
   BackgroundCall<Transfer> read = readInBackground(10);
@@ -164,14 +164,14 @@ TEST_F(SerialPort, IntervalTimeoutDoesNotRunBeforeTheFirstByte) {
   EXPECT_EQ(read.result(), success({1}));
 }
 
-// Waits 50 ms, not the interval.
+/// Waits 50 ms, not the interval.
 TEST_F(SerialPort, TotalReadTimeoutEndsAReadWithinALongInterval) {
   setReadTimeouts(kLong, 0, 50);
   EXPECT_TRUE(wire.sendAndArrive({1}));
   EXPECT_EQ(readDevice(port.get(), 10), success({1}));
 }
 
-// Waits 80 ms.
+/// Waits 80 ms.
 TEST_F(SerialPort, TotalWriteTimeoutEndsAWriteWithWhatWentOut) {
   setTimeouts({0, 0, 0, 0, 80});
   const auto start = Clock::now();
@@ -291,7 +291,7 @@ TEST_F(SerialPort, SettingTheStateKeepsTheLineRaw) {
   EXPECT_EQ(readDevice(port.get(), 3), success({0x03, 0x0d, 0x11}));
 }
 
-// Changes a good state into one that no port on a pseudo terminal can have.
+/// Changes a good state into one that no port on a pseudo terminal can have.
 struct Spoil {
   const char* name;
   void (*change)(DCB&);

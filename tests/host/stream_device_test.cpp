@@ -22,7 +22,7 @@ using host_test::success;
 using host_test::Transfer;
 using host_test::writeDevice;
 
-// More than a pseudo terminal keeps for an end that does not read.
+/// More than a pseudo terminal keeps for an end that does not read.
 constexpr std::size_t kTooMuch = 1000000;
 
 class StreamDevice : public testing::Test {

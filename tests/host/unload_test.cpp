@@ -49,7 +49,7 @@ class LoadedPlatform {
 
 DWORD WINAPI doNothing(LPVOID) { return 0; }
 
-// Makes, uses and closes one object of each kind.
+/// Makes, uses and closes one object of each kind.
 void useEverything(const LoadedPlatform& platform) {
   const auto close = platform.find<decltype(CloseHandle)>("CloseHandle");
   const auto wait = platform.find<decltype(WaitForSingleObject)>("WaitForSingleObject");
@@ -91,8 +91,8 @@ TEST_F(UnloadedPlatform, LeavesNoThreadAndNoDescriptor) {
   EXPECT_EQ(descriptors(), descriptorsBefore);
 }
 
-// A module may take the last reference to the platform with it while one of its threads still has
-// instructions of the platform's to run.
+/// A module may take the last reference to the platform with it while one of its threads still has
+/// instructions of the platform's to run.
 TEST_F(UnloadedPlatform, StaysForThreadsThatAreStillInIt) {
   const unsigned threadsBefore = threads();
   for (int round = 0; round < 100; ++round) {

@@ -54,7 +54,7 @@ TEST_F(MessageSink, ReceivesNothingOnceItIsTakenAway) {
   EXPECT_TRUE(messages.empty());
 }
 
-// A sink that stays in its call until it may return.
+/// A sink that stays in its call until it may return.
 struct SlowSink {
   std::atomic<bool> isEntered{false};
   std::atomic<bool> mayReturn{false};
@@ -67,7 +67,7 @@ void waitInSink(void* context, HWND, UINT, WPARAM, LPARAM) {
     Sleep(1);
 }
 
-// Waits 20 ms.
+/// Waits 20 ms.
 TEST_F(MessageSink, IsNotTakenAwayDuringItsCall) {
   SlowSink slow;
   deskSetMessageSink(waitInSink, &slow);

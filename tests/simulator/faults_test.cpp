@@ -10,7 +10,7 @@
 namespace simulator {
 namespace {
 
-// Every fault as an accessory meets it. "00 07" is answered with 55 06 00 08 50 6F 64 00 CF.
+/// Every fault as an accessory meets it. "00 07" is answered with 55 06 00 08 50 6F 64 00 CF.
 class FaultsTest : public testing::Test {
  protected:
   void fault(const std::string& text) { addFault(bench.ipod.faults(), text); }
@@ -339,7 +339,7 @@ TEST_F(FaultsTest, RandomFaultsStrikeAboutAsOftenAsTold) {
   EXPECT_LT(bench.ipod.faults().injected(FaultKind::kLost), 250u);
 }
 
-// What strikes, as it is told.
+/// What strikes, as it is told.
 class StrikesTest : public FaultsTest {
  protected:
   void SetUp() override { bench.enter(); }
@@ -406,7 +406,7 @@ TEST_F(StrikesTest, AreNotToldWhereThereIsNoTextToSpoil) {
   EXPECT_EQ(strikes(), Payloads{"text-length=3@00:07#1"});
 }
 
-// A short session: every byte that the iPod writes, and the faults that struck.
+/// A short session: every byte that the iPod writes, and the faults that struck.
 struct Session {
   Payloads writes;
   Payloads strikes;
@@ -445,7 +445,7 @@ TEST(Determinism, AnotherSeedGivesOthers) {
   EXPECT_NE(session(5, kAtRandom).writes, session(6, kAtRandom).writes);
 }
 
-// Shuffled, too: what the faults draw is drawn apart.
+/// Shuffled, too: what the faults draw is drawn apart.
 TEST(Determinism, FaultsThatStruckAtRandomStrikeTheSameAgainWhenTheyAreWritten) {
   for (uint32_t seed = 1; seed <= 20; ++seed) {
     const Session random = session(seed, kAtRandom);

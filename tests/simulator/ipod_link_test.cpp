@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 using testing::HasSubstr;
 
-// A number that no terminal has.
+/// A number that no terminal has.
 const char* const kNoTerminal = "/dev/pts/99999999";
 
 class IpodLinkTest : public testing::Test {

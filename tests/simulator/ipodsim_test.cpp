@@ -103,7 +103,7 @@ TEST_F(IpodsimTest, WithoutATraceOnlyDamageIsShown) {
   EXPECT_NE(program->readLine().value_or("").find(" -- the accessory closed"), std::string::npos);
 }
 
-// The line that a fault is told in, without its time: "fault: lost@00:07#1 ... (Name)".
+/// The line that a fault is told in, without its time: "fault: lost@00:07#1 ... (Name)".
 std::string strikeOf(Program& program) {
   const std::string line = program.readLine().value_or("");
   const size_t time = line.find(" struck at ");
@@ -254,7 +254,7 @@ TEST_F(IpodsimTest, HelpExplainsItself) {
   }
 }
 
-// A terminal of 80 columns breaks longer lines anywhere.
+/// A terminal of 80 columns breaks longer lines anywhere.
 TEST_F(IpodsimTest, HelpFitsATerminal) {
   for (const char* option : {"--help", "--help-faults", "--help-personalities"}) {
     auto program = run({option});

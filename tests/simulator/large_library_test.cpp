@@ -33,7 +33,7 @@ TEST(ResizedLibrary, EmptyLibraryStaysEmpty) {
 /// Of the processor, in this process: what other programs do meanwhile does not count.
 double nowMs() { return 1000.0 * static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
-// The limits are far above what a request takes, and far below what anything quadratic would.
+/// The limits are far above what a request takes, and far below what anything quadratic would.
 class LargeLibrary : public testing::Test {
  protected:
   static constexpr double kLimitMs = 1000;

@@ -11,7 +11,7 @@ namespace {
 
 using Tracks = std::vector<uint32_t>;
 
-// Of the small library, in playing order: 10 s, 20 s, 30 s.
+/// Of the small library, in playing order: 10 s, 20 s, 30 s.
 const Tracks kAnna = {2, 4, 1};
 
 class PlayerTest : public testing::Test {

@@ -35,7 +35,7 @@ int leftMs(Clock::time_point end) {
   return left > 0 ? static_cast<int>(left) : 0;
 }
 
-// All that has been written, without a wait for more.
+/// All that has been written, without a wait for more.
 std::string readAll(const FileDescriptor& from) {
   std::string all;
   char some[4096];
@@ -126,7 +126,7 @@ void Program::signal(int number) {
   if (child > 0) kill(child, number);
 }
 
-// The end of the output is the sign: then the wait for the process itself is short.
+/// The end of the output is the sign: then the wait for the process itself is short.
 std::optional<int> Program::waitForEnd(Time limit) {
   const auto end = Clock::now() + limit;
   while (readLine(milliseconds(leftMs(end)))) {

@@ -25,7 +25,7 @@ const char* const kEntered = "55 04 00 02 00 05 F5";
 const size_t kModeSize = 6;
 const size_t kEnteredSize = 7;
 
-// CPU time of this process so far.
+/// CPU time of this process so far.
 Time cpuTime() {
   rusage usage;
   getrusage(RUSAGE_SELF, &usage);
@@ -146,7 +146,7 @@ TEST_F(PtyIpodTest, NextAccessoryDoesNotGetWhatTheLastOneLeft) {
   EXPECT_EQ(second.read(kModeSize), kModeOff);
 }
 
-// Takes 3 x 400 ms: rest cannot be measured in less.
+/// Takes 3 x 400 ms: rest cannot be measured in less.
 TEST_F(PtyIpodTest, UsesNoTimeWhileNothingHappens) {
   PtyIpod pty(ipod, FrameKind::kUsb);
   pty.start();

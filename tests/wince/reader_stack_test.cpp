@@ -29,7 +29,7 @@ struct Start {
   LPVOID parameter;
 };
 
-// Both have their array at the same place, but for a few words: below the frame of their caller.
+/// Both have their array at the same place, but for a few words: below the frame of their caller.
 __attribute__((noinline)) void paintStack() {
   volatile unsigned char area[kPaintedBytes];
   std::fill(std::begin(area), std::end(area), kPaint);

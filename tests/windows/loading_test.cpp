@@ -56,7 +56,7 @@ TEST(LoadedLibrary, LeavesNothingBehindUnused) {
   expectNothingRemains([](HMODULE) {});
 }
 
-// No device of the stream driver's name is there.
+/// No device of the stream driver's name is there.
 TEST(LoadedLibrary, LeavesNothingBehindAfterARefusedConnection) {
   expectNothingRemains([](HMODULE library) {
     EXPECT_EQ(call(library, "IpodConnect"), 0);

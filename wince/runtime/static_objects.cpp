@@ -4,7 +4,7 @@
 
 using Initialiser = void (*)();
 
-// Set by the linker script: where the initialisers stand.
+/// Set by the linker script: where the initialisers stand.
 extern "C" const Initialiser initialisersBegin[];
 extern "C" const Initialiser initialisersEnd[];
 

@@ -8,8 +8,8 @@
 
 namespace {
 
-// A read of the stream driver blocks until there are bytes and then gives those that are there. It
-// ends now and then without any, so that the reader learns of a close.
+/// A read of the stream driver blocks until there are bytes and then gives those that are there. It
+/// ends now and then without any, so that the reader learns of a close.
 constexpr DWORD kSilenceMilliseconds = 1;
 constexpr DWORD kLongestReadMilliseconds = 100;
 

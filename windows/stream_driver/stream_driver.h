@@ -10,8 +10,7 @@
  * other end has gone fails the read, where the system would find it silent. All writing and closing
  * is the system's.
  */
-#ifndef STREAM_DRIVER_H
-#define STREAM_DRIVER_H
+#pragma once
 
 #ifdef __cplusplus
 extern "C" {
@@ -25,6 +24,4 @@ int streamDriverInstall(void);
 
 #ifdef __cplusplus
 }
-#endif
-
 #endif

@@ -1,11 +1,10 @@
 // What the module under test tells the program that loads it.
-#ifndef TESTS_HOST_ENTRY_EVENTS_H
-#define TESTS_HOST_ENTRY_EVENTS_H
+#pragma once
 
-// Defined by the program.
+/// Defined by the program.
 extern "C" void entryEvent(const char* event);
 
-// Tells when it is built and when it is destroyed.
+/// Tells when it is built and when it is destroyed.
 struct Telltale {
   explicit Telltale(const char* builtEvent, const char* destroyedEvent)
       : destroyed(destroyedEvent) {
@@ -17,5 +16,3 @@ struct Telltale {
 
   const char* const destroyed;
 };
-
-#endif

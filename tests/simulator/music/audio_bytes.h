@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-// The smallest files that a reader of tags takes for audio: all the headers and no sound.
+/// The smallest files that a reader of tags takes for audio: all the headers and no sound.
 namespace simulator {
 
 /// A FLAC file that says it plays `samples` at `sampleRate`, with Vorbis comments "FIELD=value".
