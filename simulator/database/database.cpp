@@ -100,8 +100,8 @@ std::vector<uint32_t> Database::listPlaylists() const {
   return playlists;
 }
 
-/// The names in the order of the first track that bears each; sorted by name, that is by number,
-/// when the order says nothing about more than the name itself.
+/// Returns the names in the order of the first track with each name. They are sorted by name, that
+/// is by number, when the order depends only on the name.
 std::vector<uint32_t> Database::listNames(Category category) const {
   const NameTable& table = catalogue.table(category);
   std::vector<bool> seen(table.names.size());
@@ -144,7 +144,7 @@ std::vector<uint32_t> Database::playlistTracks(uint32_t playlist) const {
   return tracks;
 }
 
-/// Whether every selection above a level lets the track through.
+/// Returns whether every selection above a level includes the track.
 bool Database::passes(uint32_t track, Level level) const {
   for (size_t above = kGenreLevel; above < level; ++above) {
     if (!selection[above]) continue;
@@ -154,7 +154,8 @@ bool Database::passes(uint32_t track, Level level) const {
   return true;
 }
 
-/// Which tracks a category is about. The tracks of a selected audiobook or podcast are of its kind.
+/// Returns the kind of the tracks of a category. The tracks of a selected audiobook or podcast are
+/// of its kind.
 MediaKind Database::kindOf(Category category) const {
   if (category == Category::kTrack && selection[kCollectionLevel]) {
     return kindOf(selection[kCollectionLevel]->category);
@@ -174,7 +175,7 @@ bool Database::isNarrowed() const {
   return below || inUserPlaylist();
 }
 
-/// A playlist of the user keeps its own order unless another one is asked for.
+/// Sorts the tracks. A playlist of the user keeps its order unless another one was requested.
 void Database::sortTracks(std::vector<uint32_t>& tracks) const {
   const bool plain = order == SortOrder::kDefault && !isNarrowed();
   const SortOrder wanted = plain ? allTracksOrder : order;

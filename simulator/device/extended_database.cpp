@@ -7,7 +7,7 @@ namespace simulator {
 
 namespace {
 
-/// The records of a listing, as a fault makes them.
+/// Returns the records of a listing, changed by the faults.
 std::vector<uint32_t> shapedListing(uint32_t start, uint32_t count, const ListingShape& shape,
                                     Random& random) {
   const uint32_t shown = count > shape.missing ? count - shape.missing : 0;
@@ -101,7 +101,8 @@ void ExtendedInterfaceLingo::sendListing(Category category, uint32_t start, uint
   }
 }
 
-/// A record beyond the end, which only a fault asks for, bears the name of one that is there.
+/// Sends a record. A record beyond the end, which only a fault requests, has the name of an
+/// existing one.
 void ExtendedInterfaceLingo::sendRecord(Category category, uint32_t index) {
   const uint32_t named = index % state.database.size(category);
   PayloadWriter writer;

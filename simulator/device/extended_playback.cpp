@@ -7,7 +7,7 @@ namespace {
 
 constexpr uint8_t kLastMode = 2;  // of shuffle and of repeat
 
-/// What the capabilities of a track can say.
+/// The bits of a track's capabilities.
 enum TrackCapability : uint32_t {
   kIsAudiobook = 1u << 0,
   kIsPodcast = 1u << 4,
@@ -22,20 +22,20 @@ uint32_t capabilitiesOf(const Track& track) {
   return bits;
 }
 
-/// The weekday of the first of January, 0 for Sunday, in the calendar of today.
+/// Returns the weekday of the first of January, 0 for Sunday, in the Gregorian calendar.
 uint8_t newYearsWeekday(uint32_t year) {
   const uint32_t before = year == 0 ? 399 : year - 1;
   return static_cast<uint8_t>((1 + 5 * (before % 4) + 4 * (before % 100) + 6 * (before % 400)) % 7);
 }
 
-/// Tags know the year only: midnight of its first day.
+/// Appends midnight of the first day of the year, because tags contain only the year.
 void appendReleaseDate(PayloadWriter& writer, uint32_t year) {
   writer.u8(0).u8(0).u8(0);  // seconds, minutes, hours
   writer.u8(1).u8(1);        // day, month
   writer.u16(static_cast<uint16_t>(year)).u8(newYearsWeekday(year));
 }
 
-/// Appends what is asked of a track; false when there is no such information.
+/// Appends the requested information of a track. Returns false when there is none of this type.
 bool appendInfo(PayloadWriter& writer, TrackInfoType type, const Track& track) {
   constexpr uint16_t kNoChapters = 0;
   switch (type) {
@@ -189,7 +189,7 @@ std::vector<uint32_t> ExtendedInterfaceLingo::tracksToPlay() {
   return state.database.tracks();
 }
 
-/// False when this model does not know the code.
+/// Returns false when this model does not know the code.
 bool ExtendedInterfaceLingo::control(PlayControlCode code) {
   Player& player = state.player;
   const bool newer = code == PlayControlCode::kPlay || code == PlayControlCode::kPause;

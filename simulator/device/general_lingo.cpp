@@ -7,7 +7,7 @@ namespace simulator {
 namespace {
 
 constexpr uint8_t kLingoBits = 32;
-/// What a mode change is said to take that has happened already.
+/// The time that the acknowledgement of a completed mode change states.
 constexpr Time kStatedPending = milliseconds(300);
 
 }  // namespace

@@ -11,7 +11,8 @@ class GeneralLingo {
       : state(device), identification(questions) {}
 
   void handle(const Message& message);
-  /// Whether this model ignores the message, of any lingo, because it accepted no announcement yet.
+  /// Returns whether this model ignores the message, of any lingo, because it has not accepted an
+  /// announcement yet.
   bool comesTooEarly(const Message& message) const;
   /// Forgets the accessory.
   void stop();
@@ -35,7 +36,7 @@ class GeneralLingo {
 
   DeviceState& state;
   Identification& identification;
-  unsigned announcements = 0;  ///< since the accessory came
+  unsigned announcements = 0;  ///< since the accessory connected
   bool announced = false;      ///< one of them was accepted
 
   friend struct GeneralTable;

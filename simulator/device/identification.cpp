@@ -10,7 +10,7 @@ constexpr uint8_t kCapabilities = static_cast<uint8_t>(AccessoryInfoType::kCapab
 constexpr uint8_t kLastInfoType = 10;
 constexpr uint8_t kRemoteUiModeOn = 1;
 
-/// What a question says beside its type.
+/// Appends what a question contains in addition to its type.
 void appendDetails(PayloadWriter& question, uint8_t type, const Personality& personality) {
   if (type == static_cast<uint8_t>(AccessoryInfoType::kMinimumFirmware)) {
     question.u32(personality.modelId);
@@ -77,7 +77,7 @@ void Identification::askNext() {
   if (waitsForAnswers()) startAudio();
 }
 
-/// The first question is repeated once; a later one is not.
+/// Ends the wait for an answer. The first question is repeated once; a later one is not.
 void Identification::patienceIsOver() {
   const bool again = asked == kCapabilities && state.personality.repeatsAccessoryInfo && !repeated;
   if (!again) return askNext();

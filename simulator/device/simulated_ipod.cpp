@@ -9,7 +9,7 @@ namespace simulator {
 
 namespace {
 
-constexpr uint8_t kGoesToSleep = 0x01;  // what NotifyiPodStateChange tells
+constexpr uint8_t kGoesToSleep = 0x01;  // the state that NotifyiPodStateChange reports
 constexpr size_t kShownWaste = 264;     // bytes: a frame in short form is shorter
 
 std::optional<Time> earlier(std::optional<Time> a, std::optional<Time> b) {
@@ -158,7 +158,7 @@ void SimulatedIpod::step(Time now) {
   settle();
 }
 
-/// Draws the consequences of whatever happened.
+/// Does what follows from the events so far.
 void SimulatedIpod::settle() {
   const PlayerChanges changes = state.player.takeChanges();
   if (changes.track) audio.followTrack();

@@ -19,7 +19,7 @@ constexpr double kMostPercent = 100;
   throw std::invalid_argument("fault '" + text + "': " + why);
 }
 
-/// The parts before and after the first separator; the second is empty when there is none.
+/// Returns the parts before and after the first separator; the second is empty when there is none.
 std::pair<std::string, std::string> cutAt(const std::string& text, char separator) {
   const size_t place = text.find(separator);
   if (place == std::string::npos) return {text, ""};
@@ -87,14 +87,15 @@ void parseValues(const FaultRow& row, const std::string& values, Fault& fault,
   if (has(values, '/')) fault.value2 = parseNumber(second, text);
 }
 
-/// "lost", "late=MS" or "corrupt[=N]".
+/// Returns how to write a fault, such as "lost", "late=MS" or "corrupt[=N]".
 std::string usageOf(const FaultRow& row) {
   const std::string values = row.values;
   if (values.empty()) return row.name;
   return row.name + (values.front() == '[' ? "[=" + values.substr(1) : "=" + values);
 }
 
-/// Empty for a fault without a number, and for a number that may be left out.
+/// Returns the text of the numbers; empty for a fault without a number, and for a number that is
+/// optional.
 std::string valueText(const Fault& fault) {
   const std::string values = faultRow(fault.kind).values;
   const bool isLeftOut = values.empty() || (values.front() == '[' && fault.value == 0);

@@ -10,7 +10,7 @@ namespace simulator {
 
 namespace {
 
-/// So long the accessory can still read what was sent before a fault pulled the cable.
+/// The time in which the accessory can still read what was sent before a fault pulled the cable.
 constexpr Time kPullDelay = milliseconds(20);
 
 }  // namespace
@@ -117,8 +117,9 @@ void PtyIpod::noticeAccessory() {
   if (presence.closed) changeAccessory();
 }
 
-/// What the accessory wrote before it closed the slave still counts, and what it did not read does
-/// not. What there is to read once another one has opened the slave is taken for that one's.
+/// Ends with the accessory that closed the slave. What it wrote is still handled, and what it did
+/// not read is dropped. What can be read after another accessory has opened the slave is taken for
+/// that accessory's bytes.
 void PtyIpod::changeAccessory() {
   const Bytes last = port->read();
   accessoryThere = port->presence().open;
@@ -133,7 +134,8 @@ void PtyIpod::receive() {
   if (accessoryThere && ipod.plugged()) ipod.receive(now(), port->read());
 }
 
-/// Each write of the iPod is one here, unless the accessory is slow to read.
+/// Writes to the pseudo-terminal. Each write of the iPod is one write, unless the accessory reads
+/// too slowly.
 void PtyIpod::send() {
   flush();
   for (const Bytes& bytes : ipod.takeOutput(now())) {

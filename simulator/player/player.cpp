@@ -6,7 +6,7 @@ namespace simulator {
 
 namespace {
 
-/// A track of no known length plays this long, so that a list of such tracks takes time to end.
+/// The length of a track of unknown length, so that a list of such tracks takes some time.
 constexpr Time kShortestTrack = milliseconds(100);
 
 }  // namespace

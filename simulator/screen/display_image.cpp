@@ -29,7 +29,8 @@ Colour decodeRgb565(ByteView row, size_t x, PixelFormat format) {
   return fromRgb565(static_cast<uint16_t>(lowFirst ? second << 8 | first : first << 8 | second));
 }
 
-/// A pixel that the row has no bytes for is black: rows may be stated shorter than the width.
+/// Returns the colour of a pixel; black beyond the bytes of the row, which may be shorter than the
+/// width.
 Colour decodePixel(ByteView row, size_t x, PixelFormat format) {
   if (format != PixelFormat::kGrey2) return decodeRgb565(row, x, format);
   if (x / 4 >= row.size()) return kBlack;

@@ -63,7 +63,7 @@ void FrameDecoder::hunt(uint8_t byte) {
 void FrameDecoder::afterSync(uint8_t byte) {
   if (byte == kStartByte) return beginPacket();
   skip(kSyncByte);
-  // A sync byte can be repeated; the last one counts.
+  // A sync byte can be repeated; the packet starts with the last one.
   if (byte == kSyncByte) return;
   skip(byte);
   clear();
