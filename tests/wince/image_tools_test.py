@@ -148,7 +148,7 @@ class LinkedFile(unittest.TestCase):
             self.image(".eabi_attribute 18, 4")
 
     def test_with_an_address_across_words_is_refused(self):
-        with self.assertRaisesRegex(write_image.BadInput, "does not stand in a whole word"):
+        with self.assertRaisesRegex(write_image.BadInput, "is not in a whole word"):
             self.image(".byte 0\n .4byte known\n .align")
 
     def test_without_an_export_is_refused(self):
