@@ -9,7 +9,7 @@ if(IPODCTL_SANITIZE)
       add_compile_definitions(__SANITIZE_ADDRESS__)
     elseif(IPODCTL_SANITIZE STREQUAL "thread")
       add_compile_definitions(__SANITIZE_THREAD__)
-      # C++ programs would get its operator new beside those of the tests.
+      # C++ programs would get its operator new in addition to those of the tests.
       string(REPLACE "<CMAKE_CXX_COMPILER>" "<CMAKE_C_COMPILER>" CMAKE_CXX_LINK_EXECUTABLE
         "${CMAKE_CXX_LINK_EXECUTABLE}")
       set(CMAKE_CXX_STANDARD_LIBRARIES "-lstdc++ -lm")
@@ -19,7 +19,8 @@ if(IPODCTL_SANITIZE)
       add_link_options("$<$<LINK_LANGUAGE:C>:-fsanitize-link-c++-runtime;-lstdc++>")
     endif()
   endif()
-  # Of a fiber, a stack's depth says nothing. A vector's memory behind its last item is nobody's.
+  # The check of the stack's depth does not work with fibers. The memory of a vector beyond its last
+  # item must not be used.
   if(IPODCTL_SANITIZE MATCHES "fuzzer")
     add_compile_definitions(_GLIBCXX_SANITIZE_VECTOR)
     add_compile_options(-fno-sanitize-coverage=stack-depth)

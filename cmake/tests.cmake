@@ -46,10 +46,10 @@ function(ipodctl_program name)
   endif()
 endfunction()
 
-# product_behind(VARIABLE FILE): sets VARIABLE to what a program links to get the product in which the
-# program's own functions stand before some of the platform's. With MinGW each name is known once in a
-# program and GoogleTest needs the system's: FILE in tests/windows says which names are others in the
-# program and in a copy of the product.
+# product_behind(VARIABLE FILE): sets VARIABLE to what a program links to get the product in which
+# the program's own functions replace some of the platform's. With MinGW each name is known once in
+# a program and GoogleTest needs the system's: FILE in tests/windows says which names are others in
+# the program and in a copy of the product.
 function(product_behind variable file)
   if(NOT WIN32)
     set(${variable} ipodctl_objects PARENT_SCOPE)
@@ -77,10 +77,10 @@ function(product_behind variable file)
 endfunction()
 
 # ipodctl_test(NAME SOURCES file... LIBRARIES target... [LABEL ring] [ENVIRONMENT NAME=value...]
-#              [EXCEPT test...] [WITHOUT_THREADS])
-# One test program. Each of its tests is a CTest test of its own, labelled with its ring: unit,
-# device, session, race, endurance or virtual. EXCEPT names what an emulator gets wrong.
-# WITHOUT_THREADS: the thread sanitizer would see nothing in it.
+#              [EXCEPT test...] [WITHOUT_THREADS]) One test program. Each of its tests is a separate
+#              CTest test, labelled with its ring: unit, device, session, race, endurance or
+#              virtual. EXCEPT names what an emulator gets wrong. WITHOUT_THREADS: the thread
+#              sanitizer would see nothing in it.
 function(ipodctl_test name)
   cmake_parse_arguments(ARG "WITHOUT_THREADS" "LABEL" "SOURCES;LIBRARIES;ENVIRONMENT;EXCEPT" ${ARGN})
   if(NOT ARG_LABEL)

@@ -1,5 +1,5 @@
 # ARM Linux, 32 bits and without a floating-point unit, as the device's processor; its programs run
-# under an emulator. The libraries that the desk's programs need come from scripts/parts/armel-sysroot.
+# under an emulator. scripts/parts/armel-sysroot gets the libraries of the Linux host's programs.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 # Clang compiles in two thirds of GCC's time and takes GCC's libraries.

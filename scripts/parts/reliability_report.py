@@ -23,7 +23,7 @@ def grouped(number):
 
 
 def words(name):
-    """"AllScripts/ByteSweep.SpoilsEveryByte/2" as "byte sweep: spoils every byte"."""
+    """Returns "AllScripts/ByteSweep.SpoilsEveryByte/2" as "byte sweep: spoils every byte"."""
     parts = [part for part in name.split("/") if "." in part]
     suite, _, test = (parts[0] if parts else name).partition(".")
     spaced = [re.sub(r"(?<=[a-z0-9])(?=[A-Z])|(?<=[A-Z])(?=[A-Z][a-z])", " ", each) for each in (suite, test)]
@@ -42,7 +42,7 @@ def ran(record):
 
 
 def by_test(records):
-    """Cases, strikes, seconds and failures of the tests that count cases, those of one body together."""
+    """Returns cases, strikes, seconds and failures of the tests that count cases, one row for each body."""
     rows = defaultdict(lambda: [0, 0, 0.0, 0])
     for record in records:
         for test in record["tests"]:
@@ -70,7 +70,7 @@ def sweeps(records):
 
 
 def bounds(records):
-    """The longest call of each export in virtual time, and its bound."""
+    """Returns the longest call of each export on the deterministic platform, and its bound."""
     limits, longest = {}, defaultdict(int)
     for name in ("sweeps", "schedules", "months"):
         for test in records.get(name, {}).get("tests", []):
@@ -84,7 +84,7 @@ def bounds(records):
 
 
 def counted(numbers):
-    """The numbers of one test; what was counted at its start and at its end in one."""
+    """Returns the numbers of one test as text; those of its start and its end are joined."""
     texts = []
     for key, value in numbers.items():
         name, _, when = key.rpartition("_")
