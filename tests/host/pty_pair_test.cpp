@@ -36,7 +36,7 @@ TEST(PtyPair, CarriesBytesBothWaysUnchanged) {
   EXPECT_EQ(wire.receive(6), special);
 }
 
-TEST(PtyPair, SaysThatBytesHaveArrived) {
+TEST(PtyPair, ReportsThatBytesHaveArrived) {
   PtyPair wire;
   const NearEnd nearEnd(wire);
   EXPECT_TRUE(wire.sendAndArrive({1, 2, 3}));
@@ -45,7 +45,7 @@ TEST(PtyPair, SaysThatBytesHaveArrived) {
   EXPECT_EQ(arrived, 3);
 }
 
-TEST(PtyPair, KnowsWhetherTheDeviceIsOpen) {
+TEST(PtyPair, ReportsWhetherTheDeviceIsOpen) {
   const PtyPair wire;
   EXPECT_FALSE(wire.isDeviceOpen());
   {
@@ -56,7 +56,7 @@ TEST(PtyPair, KnowsWhetherTheDeviceIsOpen) {
   EXPECT_TRUE(wire.waitUntilDeviceCloses());
 }
 
-TEST(PtyPair, HangUpIsSeenByTheDevice) {
+TEST(PtyPair, HangUpFailsTheReadOfTheDevice) {
   PtyPair wire;
   const NearEnd nearEnd(wire);
   wire.hangUp();
@@ -64,7 +64,7 @@ TEST(PtyPair, HangUpIsSeenByTheDevice) {
   EXPECT_LE(::read(nearEnd.descriptor, &byte, 1), 0);
 }
 
-TEST(DeviceMapping, IsTakenBackAtItsEnd) {
+TEST(DeviceMapping, IsUndoneAtItsEnd) {
   const PtyPair wire;
   const DeviceMapping outer("COM1:=/outer");
   {

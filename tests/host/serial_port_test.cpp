@@ -25,11 +25,11 @@ using host_test::writeDevice;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// Far more than any test waits, far less than the patience of one.
+/// Much longer than any test waits.
 constexpr DWORD kLong = 60000;
 constexpr auto kGenerous = std::chrono::seconds(5);
 
-/// More than a pseudo terminal keeps for an end that does not read.
+/// More than a pseudo-terminal buffers for an end that does not read.
 constexpr std::size_t kTooMuch = 1000000;
 
 class SerialPort : public testing::Test {
@@ -38,7 +38,7 @@ class SerialPort : public testing::Test {
     ASSERT_TRUE(SetCommTimeouts(port.get(), &timeouts));
   }
 
-  // `interval`, `multiplier` and `constant` are the read's.
+  // Sets the time-outs of reads.
   void setReadTimeouts(DWORD interval, DWORD multiplier, DWORD constant) const {
     setTimeouts({interval, multiplier, constant, 0, 0});
   }
@@ -77,7 +77,7 @@ TEST_F(SerialPort, WithIntervalMaximumAndNoTotalsReadReturnsAtOnceWithNothing) {
   EXPECT_LT(Clock::now() - start, kGenerous);
 }
 
-TEST_F(SerialPort, WithIntervalMaximumAndNoTotalsReadReturnsAtOnceWithWhatIsThere) {
+TEST_F(SerialPort, WithIntervalMaximumAndNoTotalsReadReturnsAtOnceWithWhatHasArrived) {
   setReadTimeouts(MAXDWORD, 0, 0);
   EXPECT_TRUE(wire.sendAndArrive({1, 2, 3}));
   EXPECT_EQ(readDevice(port.get(), 2), success({1, 2}));
@@ -111,7 +111,7 @@ TEST_F(SerialPort, WithIntervalMaximumAndTotalsReadReturnsWithTheFirstByte) {
 }
 
 /// Waits 60 ms: 10 for each of 3 bytes and 30.
-TEST_F(SerialPort, TotalReadTimeoutGrowsWithTheBytesAskedFor) {
+TEST_F(SerialPort, TotalReadTimeoutGrowsWithTheRequestedBytes) {
   setReadTimeouts(0, 10, 30);
   const auto start = Clock::now();
   EXPECT_EQ(readDevice(port.get(), 3), success({}));
@@ -120,7 +120,7 @@ TEST_F(SerialPort, TotalReadTimeoutGrowsWithTheBytesAskedFor) {
 }
 
 /// Waits 50 ms.
-TEST_F(SerialPort, TotalReadTimeoutDeliversWhatCame) {
+TEST_F(SerialPort, TotalReadTimeoutReturnsWhatHasArrived) {
   setReadTimeouts(0, 0, 50);
   EXPECT_TRUE(wire.sendAndArrive({1, 2}));
   const auto start = Clock::now();
@@ -135,7 +135,7 @@ TEST_F(SerialPort, TotalReadTimeoutDoesNotDelayACompleteRead) {
   EXPECT_EQ(readDevice(port.get(), 2), success({1, 2}));
 }
 
-TEST_F(SerialPort, GreatestTotalReadTimeoutIsNoOverflow) {
+TEST_F(SerialPort, GreatestTotalReadTimeoutDoesNotOverflow) {
   setReadTimeouts(0, MAXDWORD, MAXDWORD);
   BackgroundCall<Transfer> read = readInBackground(1000000);
   EXPECT_TRUE(read.waitUntilBlocked());
@@ -172,7 +172,7 @@ TEST_F(SerialPort, TotalReadTimeoutEndsAReadWithinALongInterval) {
 }
 
 /// Waits 80 ms.
-TEST_F(SerialPort, TotalWriteTimeoutEndsAWriteWithWhatWentOut) {
+TEST_F(SerialPort, TotalWriteTimeoutReturnsTheNumberOfWrittenBytes) {
   setTimeouts({0, 0, 0, 0, 80});
   const auto start = Clock::now();
   const Transfer write = writeDevice(port.get(), Bytes(kTooMuch, 0x55));
@@ -192,7 +192,7 @@ TEST_F(SerialPort, WithoutWriteTimeoutsWriteWaits) {
   EXPECT_EQ(write.result(), success(Bytes(kTooMuch, 0x55)));
 }
 
-TEST_F(SerialPort, CloseWakesAReadThatHasSomeBytesAlready) {
+TEST_F(SerialPort, CloseWakesAReadThatAlreadyHasSomeBytes) {
   setReadTimeouts(0, 0, 0);
   EXPECT_TRUE(wire.sendAndArrive({1}));
   BackgroundCall<Transfer> read = readInBackground(2);
@@ -201,7 +201,7 @@ TEST_F(SerialPort, CloseWakesAReadThatHasSomeBytesAlready) {
   EXPECT_EQ(read.result(), failure(ERROR_OPERATION_ABORTED));
 }
 
-TEST_F(SerialPort, HangUpDuringAReadDeliversItsBytesAndFailsTheNext) {
+TEST_F(SerialPort, HangUpDuringAReadReturnsItsBytesAndFailsTheNext) {
   setReadTimeouts(0, 0, 0);
   EXPECT_TRUE(wire.sendAndArrive({1, 2}));
   BackgroundCall<Transfer> read = readInBackground(3);
@@ -229,7 +229,7 @@ TEST_F(SerialPort, HangUpFailsWritesAndSettings) {
   EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
 }
 
-TEST_F(SerialPort, TimeoutsAreNoneAtFirstAndReadBackAsSet) {
+TEST_F(SerialPort, TimeoutsAreZeroAtFirstAndReadBackAsSet) {
   COMMTIMEOUTS timeouts = {1, 1, 1, 1, 1};
   EXPECT_TRUE(GetCommTimeouts(port.get(), &timeouts));
   const COMMTIMEOUTS none = {};
@@ -291,7 +291,7 @@ TEST_F(SerialPort, SettingTheStateKeepsTheLineRaw) {
   EXPECT_EQ(readDevice(port.get(), 3), success({0x03, 0x0d, 0x11}));
 }
 
-/// Changes a good state into one that no port on a pseudo terminal can have.
+/// Changes a valid state into one that a pseudo-terminal cannot have.
 struct Spoil {
   const char* name;
   void (*change)(DCB&);
@@ -343,7 +343,7 @@ TEST_F(SerialPort, RefusesMissingRecords) {
   EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
-TEST_F(SerialPort, NewTimeoutsDoNotTouchAReadThatIsGoingOn) {
+TEST_F(SerialPort, NewTimeoutsDoNotAffectARunningRead) {
   setReadTimeouts(0, 0, 0);
   EXPECT_TRUE(wire.sendAndArrive({1}));
   BackgroundCall<Transfer> read = readInBackground(2);

@@ -88,7 +88,7 @@ class DamagedImage(unittest.TestCase):
         place = self.first_relocation()
         entry, = struct.unpack_from("<H", self.content, place)
         struct.pack_into("<H", self.content, place, entry - 4)
-        self.expect_not_run("a relocation of what is no address")
+        self.expect_not_run("a relocation of a word that is not an address")
 
     def test_relocations_left_out(self):
         directory = self.pe.OPTIONAL_HEADER.DATA_DIRECTORY[5]

@@ -132,7 +132,7 @@ class LinkedFile(unittest.TestCase):
     def test_that_is_good_becomes_an_image(self):
         image = self.image()
         self.assertEqual(image[:2], b"MZ")
-        # The two words that hold an address; differences and branches need nothing.
+        # The two words that contain an address; differences and branches need no relocation.
         self.assertIn(bytes.fromhex("00100000 0c000000 0430 0000 00300000 0c000000 0030 0000"), image)
 
     def test_with_half_an_address_is_refused(self):
