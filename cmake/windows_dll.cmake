@@ -1,7 +1,7 @@
-# windows_dll(TARGET DEF_FILE): the shared library TARGET exports the names of a module-definition file and
-# nothing else, undecorated. The import library knows them as a caller's compiler does: with 32 bits
-# the platform's calling convention decorates them. It is made from the DLL's symbols, which are then
-# stripped.
+# windows_dll(TARGET DEF_FILE): makes the shared library TARGET export only the names of a
+# module-definition file, undecorated. The import library has the names that a caller's compiler
+# uses: with 32 bits the platform's calling convention decorates them. It is made from the DLL's
+# symbols, which are then stripped.
 function(windows_dll target def_file)
   set_target_properties(${target} PROPERTIES
     PREFIX "" IMPORT_PREFIX lib LINK_DEPENDS ${def_file}

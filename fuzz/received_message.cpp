@@ -51,12 +51,13 @@ bool decode(const LingoMessage& message, bool (Message::*decoder)(Outputs&...) c
   std::tuple<Outputs...> outputs;
   std::apply([](auto&... each) { (spoil(each), ...); }, outputs);
   const auto& own = static_cast<const Message&>(message);
-  const bool decoded = std::apply([&](auto&... each) { return (own.*decoder)(each...); }, outputs);
+  const bool isDecoded =
+      std::apply([&](auto&... each) { return (own.*decoder)(each...); }, outputs);
   std::apply([](const auto&... each) { (look(each), ...); }, outputs);
-  const bool untouched =
+  const bool areUntouched =
       std::apply([](const auto&... each) { return (isUntouched(each) && ...); }, outputs);
-  require(decoded || untouched, "a decoder that fails writes");
-  return decoded;
+  require(isDecoded || areUntouched, "a decoder that fails writes");
+  return isDecoded;
 }
 
 /// Checks that at most one decoder accepts the message.
@@ -68,17 +69,17 @@ void decodeOnce(const LingoMessage& message, Decoders... decoders) {
 
 void decodeQuestion(const LingoMessage& message) {
   AccessoryInfoQuestion question;
-  const bool decoded = static_cast<const General&>(message).decodeGetAccessoryInfo(question);
-  require(!decoded || question.type < 10, "a question of an unknown type");
+  const bool isDecoded = static_cast<const General&>(message).decodeGetAccessoryInfo(question);
+  require(!isDecoded || question.type < 10, "a question of an unknown type");
 }
 
 /// A bool has no value that means untouched, so both values are tried.
 void decodeMode(const LingoMessage& message) {
   for (const bool before : {false, true}) {
     bool extendedMode = before;
-    const bool decoded =
+    const bool isDecoded =
         static_cast<const General&>(message).decodeReturnRemoteUiMode(extendedMode);
-    require(decoded || extendedMode == before, "a decoder that fails writes");
+    require(isDecoded || extendedMode == before, "a decoder that fails writes");
   }
 }
 

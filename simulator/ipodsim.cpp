@@ -126,9 +126,9 @@ class InputLines {
   std::string pending;
 };
 
-void runUntilEnded(PtyIpod& pty, const FileDescriptor& signals, bool interactive) {
+void runUntilEnded(PtyIpod& pty, const FileDescriptor& signals, bool isInteractive) {
   InputLines input;
-  pollfd waits[] = {{signals.get(), POLLIN, 0}, {interactive ? STDIN_FILENO : -1, POLLIN, 0}};
+  pollfd waits[] = {{signals.get(), POLLIN, 0}, {isInteractive ? STDIN_FILENO : -1, POLLIN, 0}};
   while (poll(waits, std::size(waits), -1) >= 0) {
     if (waits[0].revents != 0) return;
     if (waits[1].revents != 0 && !input.serve(pty)) return;

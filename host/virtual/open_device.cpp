@@ -149,7 +149,7 @@ DWORD OpenDevice::transferAll(const Transfer& transfer, DWORD& moved) {
     return isClosed ? ERROR_OPERATION_ABORTED : ERROR_GEN_FAILURE;
   }
   const auto wake = [this] { return device.nextWake(); };
-  for (bool inTime = true; !isClosed;) {
+  for (bool isInTime = true; !isClosed;) {
     const Readiness found = readiness(transfer);
     if (found == Readiness::kFailed) return ERROR_GEN_FAILURE;
     if (found == Readiness::kEnded) {
@@ -160,8 +160,8 @@ DWORD OpenDevice::transferAll(const Transfer& transfer, DWORD& moved) {
       moved += static_cast<DWORD>(transfer.moveRest(moved));
       deadline = earlier(end, endOf(transfer.plan.interval));
     }
-    if (moved >= transfer.plan.enough || !inTime) return ERROR_SUCCESS;
-    inTime = await(
+    if (moved >= transfer.plan.enough || !isInTime) return ERROR_SUCCESS;
+    isInTime = await(
         transfer.call, deadline,
         [&] { return isClosed || readiness(transfer) != Readiness::kWaits; }, wake);
   }

@@ -86,10 +86,10 @@ void Scheduler::holdAfter(unsigned calls) { current->callsToHold = calls; }
 bool Scheduler::resume() { return clear(&Thread::isHeld); }
 
 bool Scheduler::clear(bool Thread::*flag) {
-  bool anySet = false;
+  bool isAnySet = false;
   for (const auto& thread : threads)
-    anySet = std::exchange((*thread).*flag, false) || anySet;
-  return anySet;
+    isAnySet = std::exchange((*thread).*flag, false) || isAnySet;
+  return isAnySet;
 }
 
 void Scheduler::yield() {

@@ -1,4 +1,4 @@
-"""Runs the tests of a build ring by ring and finds the first one that fails."""
+"""Runs the tests of a build ring by ring and says which one fails first."""
 
 import json
 import pathlib
@@ -6,8 +6,8 @@ import subprocess
 import tempfile
 import xml.etree.ElementTree
 
-# The rings of tests of one behaviour, from fast to slow. Any other label is that of a sweep: many
-# faults at many places.
+# The tests of one behaviour each, from cheap to dear; any other label is a sweep's: many faults at
+# many places.
 RINGS = ("unit", "device", "session")
 SWEEPS = "sweeps"
 LOADING = ("session", SWEEPS)
@@ -18,7 +18,7 @@ ENDS = {"Timeout": "does not end", "SEGFAULT": "crashes", "Subprocess aborted": 
 
 
 class Red:
-    """A failed test, and how it failed."""
+    """A test that has failed, and how."""
 
     def __init__(self, name, how):
         self.name = name
@@ -29,10 +29,10 @@ class Red:
 
 
 class Suite:
-    """The tests of a build folder."""
+    """The tests of a build folder that are built."""
 
     def __init__(self, folder, jobs, programs=()):
-        """Uses only the tests of `programs`, if there are any."""
+        """`programs` are those whose tests count; without any all do."""
         self.folder = folder
         self.jobs = jobs * TESTS_PER_JOB
         self.programs = programs
@@ -41,8 +41,8 @@ class Suite:
         self.tests = json.loads(shown.stdout)["tests"]
 
     def numbers(self, ring, newer_than):
-        """Yields the tests of a ring. Of the tests that are linked to the library only those that were
-        linked after a time: others cannot have changed. Other tests may load the library."""
+        """The tests of a ring. Of those of one behaviour only the ones whose program was linked
+        after a time: others cannot have changed. The others may load what they test."""
         for number, test in enumerate(self.tests, 1):
             if ring_of(test) == ring and self.is_of_a_program(test):
                 if ring in LOADING or may_have_changed(test, self.folder, newer_than):
@@ -52,8 +52,8 @@ class Suite:
         return not self.programs or pathlib.Path(test["command"][0]).name in self.programs
 
     def first_red(self, numbers):
-        """Returns the first test that fails again when it runs alone; None when there is none. On a busy
-        machine a test can fail once without a reason."""
+        """The first test that is red again when it runs alone; None when there is none. On a busy
+        machine a test can be red once without a reason."""
         left = list(numbers)
         while red := self.run(left):
             number = self.number_of(red)
@@ -67,7 +67,7 @@ class Suite:
         return names.index(plain(red.name)) + 1
 
     def run(self, numbers):
-        """Runs tests until one fails."""
+        """Runs tests until one is red."""
         chosen = ",".join(str(number) for number in numbers)
         if not chosen:
             return None
@@ -80,7 +80,7 @@ class Suite:
 
 
 def plain(name):
-    """Returns a name without the parameter that CTest adds: it may contain an address, which changes."""
+    """Without what CTest adds of the parameter: an address in it is another one in each build."""
     return name.partition("  # ")[0]
 
 

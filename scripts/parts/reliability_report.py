@@ -116,10 +116,10 @@ def fuzzers(records):
 
 
 def mutants(records):
-    record = records["planted"]
-    rows = [[defect["name"].replace("_", " "), defect["layer"], plain(defect["found_by"] or "**nothing**"),
-             plain(defect["sweep"] or "-")] for defect in record["numbers"]]
-    return "\n".join([ran(record), "", table(["mutant", "in", "found by", "of the sweeps by"], rows)])
+    record = records["mutants"]
+    rows = [[mutant["name"].replace("_", " "), mutant["layer"], mutant["ring"] or "-",
+             plain(mutant["found_by"] or mutant["error"] or "**nothing**")] for mutant in record["numbers"]]
+    return "\n".join([ran(record), "", table(["mutant", "in", "ring", "found by"], rows)])
 
 
 def coverage(records):
@@ -132,7 +132,7 @@ def coverage(records):
 
 # Each needs the records of these steps.
 SECTIONS = {sweeps: ("sweeps", "schedules", "races"), bounds: ("sweeps",), life: ("cycles", "months"), fuzzers: ("fuzz",),
-            mutants: ("planted",), coverage: ("coverage",)}
+            mutants: ("mutants",), coverage: ("coverage",)}
 
 
 def rows_of(text, name):
@@ -165,8 +165,7 @@ def totals(tables):
          f"{grouped(sum_of(counts, ' calls'))} calls, {grouped(sum_of(counts, ' drives'))} drives"],
         ["inputs of the fuzzers", grouped(sum_of(row[1] for row in fuzzed)),
          f"{sum_of(row[4] for row in fuzzed)} findings"],
-        ["mutants", len(changes), f"{sum('nothing' not in row[2] for row in changes)} found by a test, "
-         f"{sum(row[3] != '-' for row in changes)} of them by a sweep, too"],
+        ["mutants", len(changes), f"{sum('**nothing**' not in row for row in changes)} found by a test"],
         *([f"{what} of `src/`", of, f"{share} covered"] for what, _, of, share in shares)]
     return table(["what", "tried:", "result"], lines)
 

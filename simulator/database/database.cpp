@@ -114,9 +114,9 @@ std::vector<uint32_t> Database::listNames(Category category) const {
     seen[entry] = true;
     names.push_back(entry);
   }
-  const bool byName =
+  const bool isByName =
       order == SortOrder::kDefault || order == SortOrder::kName || order == SortOrder::kPlaylist;
-  if (byName) std::sort(names.begin(), names.end());
+  if (isByName) std::sort(names.begin(), names.end());
   return names;
 }
 
@@ -170,15 +170,16 @@ bool Database::inUserPlaylist() const {
 }
 
 bool Database::isNarrowed() const {
-  const bool below = std::any_of(selection.begin() + kGenreLevel, selection.begin() + kTrackLevel,
-                                 [](const auto& each) { return each.has_value(); });
-  return below || inUserPlaylist();
+  const bool hasSelectionBelow =
+      std::any_of(selection.begin() + kGenreLevel, selection.begin() + kTrackLevel,
+                  [](const auto& each) { return each.has_value(); });
+  return hasSelectionBelow || inUserPlaylist();
 }
 
 /// Sorts the tracks. A playlist of the user keeps its order unless another one was requested.
 void Database::sortTracks(std::vector<uint32_t>& tracks) const {
-  const bool plain = order == SortOrder::kDefault && !isNarrowed();
-  const SortOrder wanted = plain ? allTracksOrder : order;
+  const bool isPlain = order == SortOrder::kDefault && !isNarrowed();
+  const SortOrder wanted = isPlain ? allTracksOrder : order;
   if (wanted == SortOrder::kDefault || wanted == SortOrder::kPlaylist) return;
   const std::vector<uint32_t>& rank = catalogue.trackRanks(wanted);
   std::stable_sort(tracks.begin(), tracks.end(),

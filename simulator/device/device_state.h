@@ -18,7 +18,7 @@ struct DeviceState {
   const std::string& name() const;
   /// Enters or leaves the extended mode. A change pauses the player. Leaving the mode clears
   /// everything that belongs to it.
-  void setExtendedMode(bool on);
+  void setExtendedMode(bool isOn);
   /// Forgets the accessory, as when the cable is pulled.
   void forgetAccessory();
   /// Plays, or continues to play. An iPod that has not played anything plays all its music.

@@ -33,8 +33,8 @@ class DigitalAudioLingo {
   uint32_t streamRate() const;
 
   DeviceState& state;
-  bool active = false;
-  bool awaitingRates = false;
+  bool isActive = false;
+  bool isAwaitingRates = false;
   std::vector<uint32_t> rates;  ///< Hz, as the accessory listed them
   uint32_t toldRate = 0;        ///< Hz; 0: none yet
   std::function<void()> onTold;

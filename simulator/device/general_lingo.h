@@ -30,14 +30,14 @@ class GeneralLingo {
   void identifyDeviceLingoes(PayloadReader& data);
   void accessoryInfo(PayloadReader& data);
 
-  void changeMode(bool on);
+  void changeMode(bool isOn);
   void replyText(uint16_t command, const std::string& text);
   bool speaksAll(uint32_t lingoes) const;
 
   DeviceState& state;
   Identification& identification;
   unsigned announcements = 0;  ///< since the accessory connected
-  bool announced = false;      ///< one of them was accepted
+  bool wasAnnounced = false;   ///< one of them was accepted
 
   friend struct GeneralTable;
 };

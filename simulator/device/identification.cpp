@@ -33,7 +33,7 @@ void Identification::begin() {
 void Identification::stop() {
   state.timers.cancel(nextStep);
   asked.reset();
-  repeated = false;
+  wasRepeated = false;
   questions.clear();
   audio.stop();
 }
@@ -79,9 +79,10 @@ void Identification::askNext() {
 
 /// Ends the wait for an answer. The first question is repeated once; a later one is not.
 void Identification::patienceIsOver() {
-  const bool again = asked == kCapabilities && state.personality.repeatsAccessoryInfo && !repeated;
-  if (!again) return askNext();
-  repeated = true;
+  const bool mayRepeat =
+      asked == kCapabilities && state.personality.repeatsAccessoryInfo && !wasRepeated;
+  if (!mayRepeat) return askNext();
+  wasRepeated = true;
   askWhenDue(kCapabilities);
 }
 
@@ -90,8 +91,8 @@ void Identification::planQuestions(uint32_t capabilities) {
     if ((capabilities >> type & 1) != 0) questions.push_back(type);
   }
   for (uint8_t type : state.personality.extraAccessoryInfo) {
-    const bool planned = std::find(questions.begin(), questions.end(), type) != questions.end();
-    if (!planned) questions.push_back(type);
+    const bool isPlanned = std::find(questions.begin(), questions.end(), type) != questions.end();
+    if (!isPlanned) questions.push_back(type);
   }
 }
 

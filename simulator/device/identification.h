@@ -34,7 +34,7 @@ class Identification {
   DeviceState& state;
   DigitalAudioLingo& audio;
   std::optional<uint8_t> asked;  ///< the info type of the awaited answer
-  bool repeated = false;
+  bool wasRepeated = false;
   std::deque<uint8_t> questions;
   Timers::Id nextStep = 0;  ///< the late question, or the end of the wait for its answer
 };

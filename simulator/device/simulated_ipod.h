@@ -124,9 +124,9 @@ class SimulatedIpod {
   void post(const Outgoing& outgoing, const Fate& fate);
   Bytes frameOf(const Message& message, const Fate& fate) const;
   Time dueTime(const Outgoing& outgoing, const Fate& fate) const;
-  void fallSilent(bool withNotice);
+  void fallSilent(bool hasNotice);
   std::vector<Bytes> collectDue(Time now);
-  void write(Parcel parcel, std::vector<Bytes>& writes, bool join);
+  void write(Parcel parcel, std::vector<Bytes>& writes, bool isJoined);
   void cutAtUnplug(std::vector<Bytes>& writes);
   void startOver();
   void note(Traffic::Kind kind, const Message& message, std::string text);
@@ -145,7 +145,7 @@ class SimulatedIpod {
   std::optional<FrameDecoder> decoder;  ///< while the cable is plugged
   std::multimap<Time, Parcel> outbox;
   std::optional<Remainder> remainder;
-  bool silent = false;
+  bool isSilent = false;
   size_t receivedHere = 0;  ///< bytes, since the accessory connected
   size_t sentHere = 0;
   size_t imagesSeen = 0;

@@ -33,14 +33,14 @@ bool has(const std::string& text, char separator) {
 long long parseInteger(const std::string& number, int base, const std::string& text) {
   char* end = nullptr;
   const long long value = std::strtoll(number.c_str(), &end, base);
-  const bool whole = !number.empty() && *end == '\0' && number.find(' ') == std::string::npos;
-  if (!whole) refuse(text, "'" + number + "' is not a number");
+  const bool isWhole = !number.empty() && *end == '\0' && number.find(' ') == std::string::npos;
+  if (!isWhole) refuse(text, "'" + number + "' is not a number");
   return value;
 }
 
 uint32_t parseNumber(const std::string& number, const std::string& text) {
-  const bool hexadecimal = number.rfind("0x", 0) == 0;
-  const long long value = parseInteger(number, hexadecimal ? 16 : 10, text);
+  const bool isHexadecimal = number.rfind("0x", 0) == 0;
+  const long long value = parseInteger(number, isHexadecimal ? 16 : 10, text);
   if (value < INT32_MIN || value > UINT32_MAX) refuse(text, "'" + number + "' is too large");
   return static_cast<uint32_t>(value);
 }
@@ -53,12 +53,12 @@ std::optional<uint16_t> parseId(const std::string& id, long long most, const std
 }
 
 void parseOrdinal(const std::string& ordinal, FaultTarget& target, const std::string& text) {
-  const bool onwards = !ordinal.empty() && ordinal.back() == '+';
-  const std::string digits = onwards ? ordinal.substr(0, ordinal.size() - 1) : ordinal;
+  const bool isOnwards = !ordinal.empty() && ordinal.back() == '+';
+  const std::string digits = isOnwards ? ordinal.substr(0, ordinal.size() - 1) : ordinal;
   const long long number = parseInteger(digits, 10, text);
   if (number < 1 || number > INT32_MAX) refuse(text, "replies are counted from 1");
-  target = onwards ? target.from(static_cast<uint32_t>(number))
-                   : target.nth(static_cast<uint32_t>(number));
+  target = isOnwards ? target.from(static_cast<uint32_t>(number))
+                     : target.nth(static_cast<uint32_t>(number));
 }
 
 FaultTarget parseTarget(const std::string& address, const std::string& text) {
@@ -114,8 +114,8 @@ std::string idText(std::optional<uint16_t> id, size_t bytes) {
 }
 
 std::string targetText(const FaultTarget& target) {
-  const bool any = !target.lingo && !target.command;
-  if (any && target.first == 1 && target.last != 1) return "";
+  const bool isAny = !target.lingo && !target.command;
+  if (isAny && target.first == 1 && target.last != 1) return "";
   const std::string address = "@" + idText(target.lingo, 1) + ":" +
                               idText(target.command, commandWidth(target.lingo.value_or(0)));
   if (target.first == target.last) return address + "#" + std::to_string(target.first);
@@ -126,8 +126,8 @@ RandomFaults parseRandom(const std::string& values, const std::string& text) {
   const auto [percent, names] = cutAt(values, '/');
   char* end = nullptr;
   const double chance = std::strtod(percent.c_str(), &end);
-  const bool good = !percent.empty() && *end == '\0' && chance >= 0 && chance <= kMostPercent;
-  if (!good) refuse(text, "write the chance in percent, from 0 to 100");
+  const bool isValid = !percent.empty() && *end == '\0' && chance >= 0 && chance <= kMostPercent;
+  if (!isValid) refuse(text, "write the chance in percent, from 0 to 100");
   RandomFaults faults;
   faults.perThousand = static_cast<uint32_t>(std::lround(chance * 10));
   std::istringstream list(names);

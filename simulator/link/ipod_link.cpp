@@ -62,9 +62,9 @@ std::optional<pid_t> holderOf(const SocketName& name) {
   const FileDescriptor asking = openSocket();
   ucred holder{};
   socklen_t size = sizeof holder;
-  const bool known = connect(asking.get(), name.get(), name.size) == 0 &&
-                     getsockopt(asking.get(), SOL_SOCKET, SO_PEERCRED, &holder, &size) == 0;
-  if (!known || holder.pid <= 0) return std::nullopt;
+  const bool isKnown = connect(asking.get(), name.get(), name.size) == 0 &&
+                       getsockopt(asking.get(), SOL_SOCKET, SO_PEERCRED, &holder, &size) == 0;
+  if (!isKnown || holder.pid <= 0) return std::nullopt;
   return holder.pid;
 }
 

@@ -95,11 +95,11 @@ class PtyIpod {
   std::condition_variable changed;
   IpodLink link;                ///< claimed while the thread runs
   std::optional<PtyPort> port;  ///< while the cable is plugged
-  bool accessoryThere = false;
+  bool isAccessoryThere = false;
   Bytes unwritten;
   std::optional<Time> pullAt;  ///< the iPod is unplugged: when its port is to be closed
-  bool running = false;
-  bool stopping = false;
+  bool isRunning = false;
+  bool isStopping = false;
   std::thread thread;
 };
 

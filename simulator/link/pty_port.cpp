@@ -43,8 +43,8 @@ PtyPort::PtyPort()
       watcher(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
   if (!masterEnd) fail("cannot open a pseudo-terminal");
   if (!watcher) fail("cannot watch files");
-  const bool usable = grantpt(masterEnd.get()) == 0 && unlockpt(masterEnd.get()) == 0;
-  if (!usable) fail("cannot unlock a pseudo-terminal");
+  const bool isUsable = grantpt(masterEnd.get()) == 0 && unlockpt(masterEnd.get()) == 0;
+  if (!isUsable) fail("cannot unlock a pseudo-terminal");
   makeRaw(masterEnd.get());
   path = slaveNameOf(masterEnd.get());
   if (inotify_add_watch(watcher.get(), path.c_str(), IN_OPEN | IN_CLOSE) < 0) {
@@ -63,14 +63,14 @@ PtyPort::Presence PtyPort::presence() {
       if (notice(event.mask)) now.closed = true;
     }
   }
-  now.open = everOpened && !hungUp();
+  now.open = wasOpened && !hungUp();
   return now;
 }
 
 /// Returns true when the last process that had the slave open closed it.
 bool PtyPort::notice(uint32_t event) {
   if ((event & IN_OPEN) != 0) {
-    everOpened = true;
+    wasOpened = true;
     ++openCount;
   }
   if ((event & IN_CLOSE) == 0) return false;

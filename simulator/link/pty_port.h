@@ -43,7 +43,7 @@ class PtyPort {
   FileDescriptor watcher;
   std::string path;
   int openCount = 0;
-  bool everOpened = false;
+  bool wasOpened = false;
 };
 
 }  // namespace simulator

@@ -77,8 +77,8 @@ std::string readText(const json& value, const std::string& place) {
 
 uint32_t readNumber(const json& value, const std::string& place, uint32_t lowest,
                     uint32_t highest) {
-  const bool whole = value.is_number_unsigned();
-  if (!whole || value.get<uint64_t>() < lowest || value.get<uint64_t>() > highest) {
+  const bool isWhole = value.is_number_unsigned();
+  if (!isWhole || value.get<uint64_t>() < lowest || value.get<uint64_t>() > highest) {
     fail(place, "must be a whole number from " + std::to_string(lowest) + " to " +
                     std::to_string(highest));
   }
@@ -189,18 +189,18 @@ MusicLibrary readLibrary(const json& root) {
 /// nested arrays.
 void refuseDeepNesting(std::string_view content) {
   int depth = 0;
-  bool inText = false;
+  bool isInText = false;
   for (size_t i = 0; i < content.size(); ++i) {
     const char character = content[i];
-    if (inText && character == '\\') {
+    if (isInText && character == '\\') {
       ++i;
     } else if (character == '"') {
-      inText = !inText;
-    } else if (!inText && (character == '[' || character == '{')) {
+      isInText = !isInText;
+    } else if (!isInText && (character == '[' || character == '{')) {
       if (++depth > kDeepestNesting) {
         fail("", "is nested deeper than " + std::to_string(kDeepestNesting) + " levels");
       }
-    } else if (!inText && (character == ']' || character == '}')) {
+    } else if (!isInText && (character == ']' || character == '}')) {
       --depth;
     }
   }

@@ -80,8 +80,8 @@ std::string_view trimmed(std::string_view text) {
 std::string lowerCase(std::string_view text) {
   std::string lower(text);
   std::transform(lower.begin(), lower.end(), lower.begin(), [](char character) {
-    const bool capital = character >= 'A' && character <= 'Z';
-    return capital ? static_cast<char>(character - 'A' + 'a') : character;
+    const bool isCapital = character >= 'A' && character <= 'Z';
+    return isCapital ? static_cast<char>(character - 'A' + 'a') : character;
   });
   return lower;
 }

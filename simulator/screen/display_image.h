@@ -72,7 +72,7 @@ class DisplayImage {
   void finish(Time now);
 
   DisplayHabits habits;
-  bool receiving = false;
+  bool isReceiving = false;
   PixelFormat format{};
   uint16_t width = 0;
   uint16_t height = 0;

@@ -113,11 +113,11 @@ void FrameDecoder::takePayload(uint8_t byte) {
 }
 
 void FrameDecoder::takeChecksum(uint8_t byte, const std::function<void(ByteView)>& onPayload) {
-  const bool good = ((sum + byte) & 0xFF) == 0;
+  const bool isGood = ((sum + byte) & 0xFF) == 0;
   const Bytes body = std::move(payload);
   const Bytes whole = std::move(packet);
   clear();
-  if (!good) {
+  if (!isGood) {
     ++tally.badChecksums;
     return report(Waste::kBadChecksum, whole);
   }

@@ -17,13 +17,13 @@ class PayloadReader {
   uint32_t u32() { return number(4); }
   /// Returns everything that was not read yet.
   ByteView rest() const { return left; }
-  bool ok() const { return complete; }
+  bool ok() const { return isComplete; }
 
  private:
   uint32_t number(size_t bytes);
 
   ByteView left;
-  bool complete = true;
+  bool isComplete = true;
 };
 
 /// Writes big-endian numbers and texts one after the other.
