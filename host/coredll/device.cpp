@@ -54,7 +54,7 @@ DWORD Device::write(const BYTE* bytes, DWORD count, DWORD& written) {
 }
 
 DWORD Device::flush() {
-  // The kernel wakes nobody when the queue becomes empty.
+  // The kernel wakes no thread when the queue becomes empty.
   constexpr TimeLimit kLookAgain = 2;
   return whileOpen([&](int terminal) {
     for (;;) {

@@ -58,7 +58,7 @@ void VirtualIpod::swapFrame(std::size_t number) {
 
 void VirtualIpod::opened(Time now) {
   fetch(now);
-  unread.clear();  // what it sent to nobody is lost
+  unread.clear();  // what nobody has read is lost
   isOpen = true;
   pass(now, Direction::kFromIpod, 0);
 }

@@ -28,9 +28,9 @@ enum class Direction { kFromIpod, kToIpod };
 /// How a program gets the bytes that the iPod has sent.
 struct Delivery {
   std::optional<std::size_t> pauseAt;  ///< a read ends after so many bytes, and the next one waits
-  Time pause{0};                       ///< for so long
+  Time pause{0};                       ///< the length of that wait
   std::size_t longestRead = static_cast<std::size_t>(-1);
-  Time gathering{0};  ///< so long after the first byte one read returns everything
+  Time gathering{0};  ///< this time after the first byte one read returns everything
 };
 
 class VirtualIpod final : public VirtualDevice {

@@ -68,7 +68,8 @@ struct Personality {
   /// The delay of GetAccessoryInfo. 0: it is sent at once, and the identification waits for the
   /// answers. Otherwise the identification continues meanwhile, and can end before it.
   Time accessoryInfoDelay{0};
-  /// How long GetAccessoryInfo of type 0 waits before it is asked once more, or given up.
+  /// How long it waits for the answer to GetAccessoryInfo of type 0 before it asks again or
+  /// continues.
   Time accessoryInfoPatience = seconds(5);
   bool repeatsAccessoryInfo = true;
   /// The types that it always requests, after those that the accessory offers.

@@ -78,7 +78,7 @@ enum class Kind : uint8_t {
   kNumber,
   kNull,
   kNumberOut,  ///< a pointer to a number, which is sent there and back
-  kTextOut,    ///< a buffer of 16-bit units, likewise
+  kTextOut,    ///< a buffer of 16-bit units, which is sent there and back
 };
 
 /// A call of the platform that the library makes.
