@@ -1,5 +1,5 @@
-# Counts which lines and branches of the product are run. Counting is for the product alone; what is
-# linked to it writes the counts.
+# Counts the runs of lines and branches of the library only. The programs that are linked to it
+# write the numbers.
 if(IPODCTL_COVERAGE)
   add_link_options(--coverage)
 endif()

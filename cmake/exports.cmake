@@ -1,12 +1,13 @@
-# exported_names(DEF_FILE RESULT): the names of a module-definition file, in their order.
+# exported_names(DEF_FILE RESULT): sets RESULT to the names of a module-definition file, in their
+# order.
 function(exported_names def_file result)
   file(STRINGS ${def_file} names REGEX "@[0-9]+")
   list(TRANSFORM names REPLACE "^ *([A-Za-z0-9_]+) @.*" "\\1")
   set(${result} ${names} PARENT_SCOPE)
 endfunction()
 
-# export_definitions(TARGET DEF_FILE): the shared library TARGET exports the names of a module-definition
-# file and nothing else, as the DLL made from the same file does.
+# export_definitions(TARGET DEF_FILE): makes the shared library TARGET export only the names of a
+# module-definition file, like the DLL made from the same file.
 function(export_definitions target def_file)
   exported_names(${def_file} exports)
   set(names "")

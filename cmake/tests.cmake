@@ -1,5 +1,5 @@
 if(CMAKE_CROSSCOMPILING)
-  # Debian has the sources for those who compile for another processor.
+  # Debian has the sources of GoogleTest, which are compiled for another processor.
   set(INSTALL_GTEST OFF)
   add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
   foreach(library gtest gtest_main gmock)
@@ -11,17 +11,17 @@ endif()
 include(GoogleTest)
 
 # Tests derive from classes of the product, which has no type information. Optimising the matchers
-# would take most of the time of a build; what they test is optimised.
+# would take most of the time of a build; the tested code is optimised.
 set(IPODCTL_TEST_OPTIONS -fno-rtti -O0)
-# For the same reason only what is tested looks for undefined behaviour; addresses are looked at in the
-# tests, too.
+# For the same reason UndefinedBehaviorSanitizer checks only the tested code; AddressSanitizer
+# checks the tests, too.
 if(IPODCTL_SANITIZE MATCHES undefined)
   list(APPEND IPODCTL_TEST_OPTIONS -fno-sanitize=undefined)
 endif()
 
 set(IPODCTL_TEST_SECONDS 120 CACHE STRING "A test that takes longer has failed")
 
-# The test programs that have the product in them or start what has.
+# The test programs that contain the library or start a program that contains it.
 add_custom_target(product_tests)
 
 # Reads GoogleTest's headers once for all test programs.
@@ -31,8 +31,8 @@ target_compile_options(googletest_headers PRIVATE $<$<COMPILE_LANGUAGE:CXX>:${IP
 target_link_libraries(googletest_headers PRIVATE ipodctl_warnings GTest::gmock GTest::gtest)
 target_precompile_headers(googletest_headers PRIVATE $<$<COMPILE_LANGUAGE:CXX>:<gmock/gmock.h$<ANGLE-R>>)
 
-# ipodctl_program(NAME SOURCES file... LIBRARIES target...)
-# A test program that CTest does not run by itself.
+# ipodctl_program(NAME SOURCES file... LIBRARIES target...) Adds a test program that CTest does not
+# run.
 function(ipodctl_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
@@ -46,10 +46,10 @@ function(ipodctl_program name)
   endif()
 endfunction()
 
-# product_behind(VARIABLE FILE): sets VARIABLE to what a program links to get the product in which the
-# program's own functions stand before some of the platform's. With MinGW each name is known once in a
-# program and GoogleTest needs the system's: FILE in tests/windows says which names are others in the
-# program and in a copy of the product.
+# product_behind(VARIABLE FILE): sets VARIABLE to the libraries that a program links to when its
+# functions replace some of the platform's. With MinGW a program can have each name only once, and
+# GoogleTest needs the system's functions. FILE in tests/windows lists the names that are therefore
+# changed in the program and in a copy of the library.
 function(product_behind variable file)
   if(NOT WIN32)
     set(${variable} ipodctl_objects PARENT_SCOPE)
@@ -78,9 +78,9 @@ endfunction()
 
 # ipodctl_test(NAME SOURCES file... LIBRARIES target... [LABEL ring] [ENVIRONMENT NAME=value...]
 #              [EXCEPT test...] [WITHOUT_THREADS])
-# One test program. Each of its tests is a CTest test of its own, labelled with its ring: unit,
-# device, session, race, endurance or virtual. EXCEPT names what an emulator gets wrong.
-# WITHOUT_THREADS: the thread sanitizer would see nothing in it.
+# Adds a test program. Each of its tests is a separate CTest test, labelled with its ring: unit,
+# device, session, race, endurance or virtual. EXCEPT names the tests that an emulator fails.
+# WITHOUT_THREADS leaves the program out of the build with ThreadSanitizer.
 function(ipodctl_test name)
   cmake_parse_arguments(ARG "WITHOUT_THREADS" "LABEL" "SOURCES;LIBRARIES;ENVIRONMENT;EXCEPT" ${ARGN})
   if(NOT ARG_LABEL)
@@ -100,7 +100,7 @@ function(ipodctl_test name)
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 --gtest_filter=${filter})
     set_tests_properties(${name} PROPERTIES LABELS ${ARG_LABEL} TIMEOUT 600
                                             ENVIRONMENT "${ARG_ENVIRONMENT}")
-    # The sessions mostly wait: the others run meanwhile.
+    # The sessions mostly wait; other tests run meanwhile.
     if(ARG_LABEL STREQUAL "session")
       set_tests_properties(${name} PROPERTIES COST 100)
     endif()
@@ -117,8 +117,8 @@ function(ipodctl_test name)
                                   ENVIRONMENT "${ARG_ENVIRONMENT}")
 endfunction()
 
-# image_test(NAME): the test program once more on the image for Windows CE, which a stand-in for the
-# library loads.
+# image_test(NAME): runs the test program also on the image for Windows CE, which a replacement of
+# the library loads.
 function(image_test name)
   add_test(NAME image_${name} COMMAND ${name} --gtest_filter=-*DeathTest*)
   set_tests_properties(image_${name} PROPERTIES LABELS session TIMEOUT 600 COST 100

@@ -1,8 +1,8 @@
-# What every target of the project is compiled with: link to ipodctl_warnings.
+# The warnings of every target of the project, which links to ipodctl_warnings.
 add_library(ipodctl_warnings INTERFACE)
 target_compile_options(ipodctl_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wcast-qual -Wformat=2 -Wundef -Werror
-  # GCC has the one in C only, and std::array can do without the other.
+  # GCC has the first one only in C, and std::array does not need the second one.
   $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion -Wno-missing-braces>
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast>
   $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes>)

@@ -1,14 +1,14 @@
-# windows_dll(TARGET DEF_FILE): the shared library TARGET exports the names of a module-definition file and
-# nothing else, undecorated. The import library knows them as a caller's compiler does: with 32 bits
-# the platform's calling convention decorates them. It is made from the DLL's symbols, which are then
-# stripped.
+# windows_dll(TARGET DEF_FILE): makes the shared library TARGET export only the names of a
+# module-definition file, undecorated. The import library has the names that a caller's compiler
+# uses: with 32 bits the platform's calling convention decorates them. It is made from the DLL's
+# symbols, which are then stripped.
 function(windows_dll target def_file)
   set_target_properties(${target} PROPERTIES
     PREFIX "" IMPORT_PREFIX lib LINK_DEPENDS ${def_file}
     ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
   target_link_options(${target} PRIVATE ${def_file} LINKER:--enable-stdcall-fixup)
   add_custom_command(TARGET ${target} POST_BUILD
-    COMMAND ${IPODCTL_PYTHON} -B ${PROJECT_SOURCE_DIR}/scripts/make-import-library --nm ${CMAKE_NM}
+    COMMAND ${IPODCTL_PYTHON} -B ${PROJECT_SOURCE_DIR}/scripts/parts/make-import-library --nm ${CMAKE_NM}
             --dlltool ${CMAKE_DLLTOOL} $<TARGET_FILE:${target}> ${def_file}
             $<TARGET_LINKER_FILE:${target}>
     COMMAND ${CMAKE_STRIP} $<TARGET_FILE:${target}>

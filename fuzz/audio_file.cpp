@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   file.write(data, size);
   const std::optional<simulator::Track> track = simulator::readAudioFile(file.path());
   if (!track) return 0;
-  require(track->lengthMs > 0 && track->sampleRate > 0, "a track that plays no time");
+  require(track->lengthMs > 0 && track->sampleRate > 0, "a track of no length");
   for (const std::string* text :
        {&track->title, &track->artist, &track->album, &track->genre, &track->composer}) {
     require(simulator::trimmed(*text) == *text, "a text with blanks around it");

@@ -1,4 +1,4 @@
-// A logo file, whatever is in it.
+// A logo file with any content.
 
 #include <vector>
 
@@ -28,10 +28,10 @@ struct Bitmap {
   uint32_t width() const { return numberAt(18); }
   uint32_t height() const { return numberAt(22); }
 
-  /// RGB 565 of a pixel; rows count from the bottom and have no padding.
+  /// Returns the RGB 565 value of a pixel. Rows are numbered from the bottom and have no padding.
   uint16_t pixel(uint32_t row, uint32_t column) const {
     const size_t at = offset() + (size_t{row} * width() + column) * 3;
-    require(at + 3 <= size, "a pixel behind the file's end");
+    require(at + 3 <= size, "a pixel beyond the file's end");
     return static_cast<uint16_t>(bytes[at + 2] >> 3 << 11 | bytes[at + 1] >> 2 << 5 |
                                  bytes[at] >> 3);
   }

@@ -30,11 +30,11 @@ void check(const MusicLibrary& library) {
     const bool areThere =
         std::all_of(playlist.tracks.begin(), playlist.tracks.end(),
                     [&](uint32_t track) { return track < library.tracks.size(); });
-    require(areThere, "a playlist with a track that there is not");
+    require(areThere, "a playlist with a track that does not exist");
   }
 }
 
-/// Written and read again it is the same.
+/// Checks that the library is the same when it is written and read again.
 void loadAgain(const InputFile& file, const MusicLibrary& library) {
   const std::string text = toJson(library);
   file.write(reinterpret_cast<const uint8_t*>(text.data()), text.size());
@@ -42,7 +42,7 @@ void loadAgain(const InputFile& file, const MusicLibrary& library) {
   require(again && toJson(*again) == text, "another library when it is read again");
 }
 
-/// Asks for every list and its first and last record.
+/// Requests every list and its first and last record.
 void lookThrough(const MusicLibrary& library) {
   using simulator::Bytes;
   simulator::SimulatedIpod ipod(simulator::Personality{}, library);

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// A text as the library shows it: UTF-8 without the blanks around it.
+/// Returns whether a text is UTF-8 without blanks around it, as the library shows it.
 bool isClean(const std::string& text) {
   return simulator::isUtf8(text) && simulator::trimmed(text) == text;
 }
@@ -25,9 +25,9 @@ bool isEntry(const std::string& text) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string content(data, data + size);
   const simulator::M3uPlaylist playlist = simulator::parseM3u(content);
-  require(isClean(playlist.name), "a name that is no clean text");
+  require(isClean(playlist.name), "a name that is not a clean text");
   require(std::all_of(playlist.entries.begin(), playlist.entries.end(), isEntry),
-          "an entry that is none");
+          "an entry that is not a path");
   require(simulator::lowerCase(content).size() == content.size(), "small letters of another size");
   return 0;
 }

@@ -23,7 +23,7 @@ using virtual_platform::Time;
 constexpr uint8_t kSync = 0xFF;
 constexpr uint8_t kStart = 0x55;
 
-/// Gives its bytes in pieces; when there are no more, reads wait.
+/// Returns its bytes in pieces. When there are no more, reads wait.
 class PieceDevice final : public virtual_platform::VirtualDevice {
  public:
   PieceDevice(Bytes stream, std::vector<size_t> sizes)
@@ -53,7 +53,7 @@ class PieceDevice final : public virtual_platform::VirtualDevice {
   size_t piecesTaken = 0;
 };
 
-/// What a link must make of a stream.
+/// The messages that a link must receive from a stream.
 struct Reading {
   std::vector<Bytes> payloads;
   bool endsAtBadFrame = false;
@@ -65,7 +65,7 @@ bool makesMessage(const Bytes& payload) {
   return isKnown && payload.size() >= (lingo == 0x04 ? 3 : 2);
 }
 
-/// The place of the next start byte; the stream's size when there is none.
+/// Returns the offset of the next start byte; the stream's size when there is none.
 size_t startIn(const Bytes& stream, size_t from, bool isSerial) {
   for (size_t at = from; at < stream.size(); ++at) {
     if (stream[at] != kStart) continue;
@@ -74,7 +74,8 @@ size_t startIn(const Bytes& stream, size_t from, bool isSerial) {
   return stream.size();
 }
 
-/// The test reckons with a length of one byte, also where it has two more: see takeFrame.
+/// Returns whether the checksum test passes. The test assumes a length of one byte, also in the
+/// long form: see takeFrame.
 bool sumsUp(const Bytes& stream, size_t start, size_t length) {
   uint8_t sum = 0;
   for (size_t at = start + 1; at < start + length + 3; ++at)
@@ -112,7 +113,7 @@ Bytes payloadOf(const LingoMessage& message) {
   payload.resize(payload.size() + message.getDataLength());
   const uint32_t length = message.getDataLength();
   require(message.getData(payload.data() + payload.size() - length, length) == length,
-          "a message gives other data than it has");
+          "a message returns other data than it has");
   return payload;
 }
 
@@ -132,16 +133,17 @@ std::vector<Bytes> receive(PieceDevice& device, uint64_t seed) {
   return payloads;
 }
 
-/// A reader that meets a bad frame stops, and what nobody has taken by then is lost.
+/// Compares the messages. A reader that meets a bad frame stops, and messages not taken by then are
+/// lost.
 void compare(const std::vector<Bytes>& payloads, const Reading& expected) {
   const bool isStart = payloads.size() <= expected.payloads.size() &&
                        std::equal(payloads.begin(), payloads.end(), expected.payloads.begin());
-  require(isStart, "other messages than the bytes say");
+  require(isStart, "other messages than those in the bytes");
   require(expected.endsAtBadFrame || payloads.size() == expected.payloads.size(),
           "a message is missing");
 }
 
-/// A byte, from 250 on about as many as the transport's area holds.
+/// Returns a size: that of a byte, or, from 250 on, about the size of the transport's buffer.
 size_t sizeFrom(FuzzedDataProvider& input) {
   constexpr uint8_t kFirstLarge = 250;
   constexpr size_t kStep = 5;
@@ -171,7 +173,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   PieceDevice device(stream, pieces);
   const std::vector<Bytes> payloads =
       isSerial ? receive<SerialTransport>(device, seed) : receive<UsbTransport>(device, seed);
-  // Where a serial link's bytes are cut decides about frames: a sync byte may lose the next one.
+  // The places where a serial link's bytes are cut affect the frames: a sync byte may lose the next
+  // frame.
   const bool isPredictable = !isSerial || (pieces.empty() && noise == 0);
   if (isPredictable) compare(payloads, readingOf(stream, isSerial));
   return 0;

@@ -40,47 +40,48 @@ bool isUntouched(const ByteString& text) {
          std::equal(kUntouchedText, kUntouchedText + text.size(), text.text());
 }
 
-/// The text's units, and its terminator, lie in its memory.
+/// Reads the text's terminator, so that AddressSanitizer sees a text without one.
 void look(const ByteString& text) {
   require(text.text()[text.size()] == 0, "a text without its terminator");
 }
 template <class Value>
 void look(const Value&) {}
 
-/// Calls a decoder. True when it took the message; its outputs are else as they were.
+/// Calls a decoder. Returns whether it decoded the message; if not, its outputs must be unchanged.
 template <class Message, class... Outputs>
 bool decode(const LingoMessage& message, bool (Message::*decoder)(Outputs&...) const) {
   std::tuple<Outputs...> outputs;
   std::apply([](auto&... each) { (spoil(each), ...); }, outputs);
   const auto& own = static_cast<const Message&>(message);
-  const bool decoded = std::apply([&](auto&... each) { return (own.*decoder)(each...); }, outputs);
+  const bool isDecoded =
+      std::apply([&](auto&... each) { return (own.*decoder)(each...); }, outputs);
   std::apply([](const auto&... each) { (look(each), ...); }, outputs);
-  const bool untouched =
+  const bool areUntouched =
       std::apply([](const auto&... each) { return (isUntouched(each) && ...); }, outputs);
-  require(decoded || untouched, "a decoder that fails writes");
-  return decoded;
+  require(isDecoded || areUntouched, "a decoder that fails writes");
+  return isDecoded;
 }
 
-/// At most one decoder is that of the message's command.
+/// Checks that at most one decoder accepts the message.
 template <class Message, class... Decoders>
 void decodeOnce(const LingoMessage& message, Decoders... decoders) {
   const int taken = (int{decode(message, decoders)} + ...);
-  require(taken <= 1, "two decoders take the same message");
+  require(taken <= 1, "two decoders accept the same message");
 }
 
 void decodeQuestion(const LingoMessage& message) {
   AccessoryInfoQuestion question;
-  const bool decoded = static_cast<const General&>(message).decodeGetAccessoryInfo(question);
-  require(!decoded || question.type < 10, "a question that there is not");
+  const bool isDecoded = static_cast<const General&>(message).decodeGetAccessoryInfo(question);
+  require(!isDecoded || question.type < 10, "a question of an unknown type");
 }
 
-/// A bool has no pattern of its own that says untouched.
+/// A bool has no value that means untouched, so both values are tried.
 void decodeMode(const LingoMessage& message) {
   for (const bool before : {false, true}) {
     bool extendedMode = before;
-    const bool decoded =
+    const bool isDecoded =
         static_cast<const General&>(message).decodeReturnRemoteUiMode(extendedMode);
-    require(decoded || extendedMode == before, "a decoder that fails writes");
+    require(isDecoded || extendedMode == before, "a decoder that fails writes");
   }
 }
 
@@ -120,11 +121,12 @@ void decodeAll(const LingoMessage& message) {
   }
 }
 
-/// The message as a frame's body is the payload again, behind the start byte and a length.
+/// Checks that the body of the encoded message is the payload, after the start byte and the length.
 void encodeAgain(const LingoMessage& message, const std::vector<uint8_t>& payload) {
   const uint16_t size = message.encode(nullptr, 0);
   const std::unique_ptr<uint8_t[]> body(new uint8_t[size]);
-  require(message.encode(body.get(), size) == size, "a body of another size than it needs");
+  require(message.encode(body.get(), size) == size,
+          "a body of another size than its message reported");
   const bool isLong = message.getDataLength() >= 0xFD;
   std::vector<uint8_t> expected{0x55};
   if (isLong) expected.insert(expected.end(), {0x00, static_cast<uint8_t>(payload.size() >> 8)});

@@ -1,6 +1,6 @@
-// A whole session: the host's calls on up to four threads, the iPod's bytes, the cable and the
-// platform, all as the input says. Whatever happens, every call ends in time with a result that it
-// promises, the next session succeeds, and nothing stays open.
+// A whole session: the input decides about the host's calls on up to four threads, the iPod's
+// bytes, the cable and the platform. In any case every call ends in time with a promised result,
+// the next session succeeds, and nothing stays open.
 //
 // The input: a seed for the order of the threads, and then the steps of a Script. The lane is the
 // thread; an operation below 35 is an export, one from there on a disturbance.
@@ -29,13 +29,13 @@ using Steps = std::vector<Script::Step>;
 constexpr size_t kLanes = 4;
 constexpr size_t kMostSteps = 200;
 
-/// What a call may last beside others. The group steps ask for a name of every track that they were
-/// told of, a second for each when the answers do not come.
+/// The longest time of a call during other calls. The group steps request a name of every track, a
+/// second for each when the iPod does not answer.
 constexpr Time kLongestCall = milliseconds(200000);
 constexpr Time kLongestGroupStep = milliseconds(10000000);
 constexpr uint32_t kMostTracksOfAGroupStep = 300;
 
-/// A session that nothing disturbs any more, whatever was before.
+/// Plays a session without disturbances.
 void playWell() {
   IpodDisconnect();
   IpodSetSameIpod(0);
@@ -125,7 +125,7 @@ class Scenario {
   unsigned lanesRunning = 0;
 };
 
-/// Has everybody make what they keep for good.
+/// Runs a first session, after which all permanent objects exist.
 bool begin() {
   prepareFailures();
   Scenario(Script{}).play();

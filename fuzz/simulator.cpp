@@ -34,10 +34,10 @@ class Accessory {
     }
   }
 
-  /// Well again, it answers the next accessory.
+  /// Removes all faults and checks that the iPod answers the next accessory.
   void endWell() {
     ipod.faults().clear();
-    now += milliseconds(100000);  // what was late has come
+    now += milliseconds(100000);  // late messages have been sent
     ipod.advance(now);
     ipod.takeOutput(now);
     isFaulty = false;
@@ -89,7 +89,7 @@ class Accessory {
     (ipod.*kButtons[button % 4])(now);
   }
 
-  /// Wakes the iPod whenever it wants to be woken.
+  /// Lets the time pass, and advances the iPod at each of its events.
   void wait(Time span) {
     constexpr int kMostWakes = 2000;
     const Time end = now + span;
@@ -99,12 +99,12 @@ class Accessory {
       now = std::max(now, *wake);
       take();
       const std::optional<Time> next = ipod.nextWake();
-      require(!next || *next > now, "an iPod that is never done");
+      require(!next || *next > now, "an iPod whose events do not end");
     }
     now = end;
   }
 
-  /// What it says without a fault are good frames.
+  /// Takes the iPod's output. Without a fault it consists of correct frames.
   void take() {
     const std::vector<Bytes> writes = ipod.takeOutput(now);
     if (isFaulty) return;
@@ -115,7 +115,7 @@ class Accessory {
     const size_t said = ipod.counters().messagesSent;
     require(counters.packets == said - taken && counters.badChecksums == 0 &&
                 counters.skippedBytes == 0,
-            "something else than frames");
+            "output that is not a frame");
     taken = said;
   }
 

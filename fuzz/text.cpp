@@ -22,7 +22,7 @@ constexpr uint16_t kMostChars = 600;
 constexpr char32_t kNarrowLimit = 0x100;
 constexpr char32_t kWideLimit = 0x10000;
 
-/// Of well-formed UTF-8.
+/// Returns the characters of well-formed UTF-8.
 std::vector<char32_t> charactersOf(const std::string& text) {
   std::vector<char32_t> characters;
   for (const char each : text) {
@@ -53,7 +53,7 @@ bool isSame(const TextString<Unit>& text, const std::vector<char32_t>& character
   return true;
 }
 
-/// Its own memory, so that a byte beyond the terminator is seen.
+/// Returns a copy in separate memory, so that AddressSanitizer sees a read beyond the terminator.
 std::unique_ptr<char[]> terminated(const std::string& text) {
   std::unique_ptr<char[]> copy(new char[text.size() + 1]);
   std::copy_n(text.c_str(), text.size() + 1, copy.get());
@@ -67,15 +67,15 @@ void convert(const std::string& text) {
   const bool isNarrow = LingoMessage::utf8ToNarrow(input.get(), 1, narrow);
   const bool isWide = LingoMessage::utf8ToWide(input.get(), wide);
   require(wide.size() == LingoMessage::utf8CharCount(input.get()), "a text of another length");
-  require(isWide || !isNarrow, "wider than wide");
+  require(isWide || !isNarrow, "a narrow text of what does not fit in 16 bits");
   ByteString again;
   require(!isNarrow || LingoMessage::wideToNarrow(wide, again), "two ways, two results");
   if (!simulator::isUtf8(text)) return;
   const std::vector<char32_t> characters = charactersOf(text);
   require(isWide == areAllBelow(characters, kWideLimit), "beyond 16 bits");
   require(isNarrow == areAllBelow(characters, kNarrowLimit), "beyond 8 bits");
-  require(isSame(wide, characters, kWideLimit), "another wide text");
-  require(!isWide || isSame(narrow, characters, kNarrowLimit), "another narrow text");
+  require(isSame(wide, characters, kWideLimit), "a wrong wide text");
+  require(!isWide || isSame(narrow, characters, kNarrowLimit), "a wrong narrow text");
 }
 
 int maxCharsFrom(FuzzedDataProvider& input) {
@@ -95,7 +95,7 @@ Units unitsOf(int maxChars) {
   return units;
 }
 
-/// Whether a buffer holds the text's units from `start` on and is else as it was.
+/// Returns whether a buffer has the text's units from `start` on and is otherwise unchanged.
 bool holds(const Units& units, int maxChars, const ByteString& text, size_t start) {
   for (size_t i = 0; maxChars > 0 && i < static_cast<size_t>(maxChars); ++i) {
     const size_t place = start + i;
@@ -118,7 +118,7 @@ void writeOut(const ByteString& text, int maxChars, bool hasFirst, bool hasSecon
       {hasFirst ? first.get() : nullptr, hasSecond ? second.get() : nullptr, maxChars});
 }
 
-/// As it comes: in a message, with or without a terminator, a NUL anywhere in it.
+/// Returns a name as it is received: in a message, with or without a terminator or a NUL in it.
 ByteString receivedName(const std::string& text) {
   std::vector<uint8_t> payload{0x00, 0x08};
   payload.insert(payload.end(), text.begin(), text.end());

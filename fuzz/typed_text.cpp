@@ -1,4 +1,4 @@
-// What a person writes: the first letter says to whom, and the rest is the text.
+// What a person types: the first letter selects the parser, and the rest is the text.
 //
 //     f late=200@04:001A#3       a fault
 //     s packet-gap=30            a setting of the simulated iPod
@@ -23,7 +23,8 @@
 
 namespace {
 
-/// A text that is not understood is refused with a text for a person, and in no other way.
+/// Checks that a parser refuses what it does not understand with a message for the user, and with
+/// nothing else.
 template <class Reader>
 void mayRefuse(Reader read) {
   try {
@@ -59,7 +60,8 @@ void readOptions(const std::string& text) {
   mayRefuse([&] { simulator::parseOptions(static_cast<int>(argv.size()), argv.data()); });
 }
 
-/// Nobody runs this iPod. Its cable stays where it is: a pseudo-terminal is the system's.
+/// Runs a command. This iPod has no thread, and its cable stays unplugged: a pseudo-terminal
+/// belongs to the system.
 void readCommand(const std::string& text) {
   std::string name;
   std::istringstream(text) >> name;

@@ -7,8 +7,8 @@ namespace {
 
 constexpr int kItemsOfATab = 35;
 
-/// Counts the items of the list that has just opened. True when it has some, and as many as the
-/// library counted: a wrong count would show items that are not there. Goes to the list's last
+/// Counts the items of the list that has just opened. Returns true when it has some, and as many as
+/// the library counted: a wrong count would show items that do not exist. Goes to the list's last
 /// entry and back to the first.
 bool countItems(int& count) {
   IpodGetMediaFileCount(&count);
@@ -20,16 +20,16 @@ bool countItems(int& count) {
   return rest >= 1 && rest <= most;
 }
 
-/// The first playlist is the whole library, so a list of playlists that was counted is never empty:
-/// one that was not is in tab mode and has no next entry.
+/// Returns whether the list of playlists was counted. The first playlist is the whole library, so
+/// such a list is never empty. One that was not counted is in tab mode and has no next entry.
 bool countsPlaylists() {
   IpodGetFirstItem(0, IPOD_PLAYLISTS, 0);
   return IpodIsTabActive() == 0 || IpodGetNextItem() != nullptr;
 }
 
-/// An empty list has no items, and a list that was not counted shows none. It is empty when the
-/// count is 0 and the iPod answers a count. Each is asked once, in silence: a second question could
-/// take the late answer to the first one.
+/// Returns whether the list is really empty. An uncounted list shows no items, too. The list is
+/// empty when its count is 0 and the iPod answers another count. Each question is asked once, after
+/// a pause: a second question could take the late answer to the first one.
 bool isSurelyEmpty() {
   int count = 0;
   leaveIpodAlone();
@@ -47,13 +47,13 @@ void explainEmptyList(HeadUnit& headUnit, bool hasHadItems) {
   }
 }
 
-/// A list that is open.
+/// An open list.
 struct List {
   const int* index = nullptr;  ///< of the current entry
   int items = 0;
 };
 
-/// Opens a list as `open` does, which returns its index.
+/// Opens a list with `open`, which returns its index.
 bool openList(HeadUnit& headUnit, List& list, const std::function<const int*()>& open) {
   bool hasHadItems = false;
   const bool isOpen = headUnit.ipod.ask([&] {
@@ -84,7 +84,7 @@ bool showEntry(HeadUnit& headUnit, const std::string& title, int type) {
   headUnit.screen.beginSection(title + name);
   List list;
   const bool isOpen = openList(headUnit, list, [&] {
-    if (list.index != nullptr) IpodGetParentItem();  // opened before: leave it first
+    if (list.index != nullptr) IpodGetParentItem();  // opened already: leave it first
     return IpodGetFirstItem(1, type, 0);
   });
   if (isOpen) showList(headUnit, list.index);

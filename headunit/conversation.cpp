@@ -24,7 +24,8 @@ bool saysItsName() {
   return !name.text().empty();
 }
 
-/// An iPod can always answer these. The answer to another question is not taken for theirs.
+/// An iPod can always answer these questions. The answer to another question is not mistaken for
+/// theirs.
 constexpr bool (*kControlQuestions[])() = {saysWhichTrackPlays, saysItsShuffleMode, saysItsName};
 
 }  // namespace
@@ -44,11 +45,12 @@ bool Conversation::ask(const Question& question) {
   return isAnswered;
 }
 
-/// An answer that arrives late or twice is not the control question's, which fails then.
+/// Returns whether the control question gets its answer. It fails when the previous answer arrives
+/// late or twice.
 bool Conversation::isInStep() { return kControlQuestions[control](); }
 
-/// Waits before each question, and asks more than one, because an iPod can leave a single one
-/// unanswered.
+/// Waits before each question, and asks more than one question, because an iPod may not answer a
+/// single one.
 bool Conversation::answersAnything() {
   for (control = 0; control < std::size(kControlQuestions); ++control) {
     leaveIpodAlone();

@@ -3,26 +3,27 @@
 #include <cstddef>
 #include <functional>
 
-/// Calls functions of the library, and says whether what they wrote makes sense. It may be asked
-/// twice.
+/// Calls functions of the library, and returns whether what they wrote makes sense. It may be
+/// called twice.
 using Question = std::function<bool()>;
 
-/// Asks the connected iPod in such a way that its answers can be shown.
+/// Asks the connected iPod so that its answers can be shown.
 ///
-/// Most functions of the library do not report that the iPod did not answer: their outputs stay as
-/// they were. And an answer can belong to an earlier question. Many iPods acknowledge a connection
-/// twice, and some answer late or twice; from then on each question gets the answer to the one
-/// before. A pause ends that: the next question discards what has arrived meanwhile.
+/// Most functions of the library do not report that the iPod did not answer: they do not change
+/// their outputs. An answer can also belong to an earlier question: many iPods acknowledge a
+/// connection twice, and some answer late or twice. From then on each question gets the answer to
+/// the previous one. A pause ends that, because the next question discards what has arrived
+/// meanwhile.
 class Conversation {
  public:
   /// Waits for the last acknowledgement of a new connection.
   void begin();
 
-  /// Asks, and after a pause once more when the answer makes no sense or can be another question's.
-  /// False when there is no such answer. Returns false at once when the iPod is lost.
+  /// Asks, and asks again after a pause when the answer makes no sense or may belong to another
+  /// question. Returns false when there is no correct answer; at once when the iPod is lost.
   bool ask(const Question& question);
 
-  /// The iPod answered nothing when it was last asked.
+  /// Returns whether the iPod did not answer anything when it was last asked.
   bool isLost() const { return lost; }
 
  private:
@@ -33,5 +34,5 @@ class Conversation {
   bool lost = false;
 };
 
-/// Lets everything arrive that is still on its way from the iPod.
+/// Waits until late messages of the iPod have arrived.
 void leaveIpodAlone();

@@ -5,12 +5,12 @@
 #include "conversation.h"
 #include "screen.h"
 
-/// What every section of a session works with.
+/// The objects that every section of a session uses.
 struct HeadUnit {
   Conversation ipod;
   Screen screen;
   bool hasGaps = false;  ///< the iPod left something unanswered or undone
 
-  /// Shows what the iPod left unanswered or undone. That it is lost is shown once, at the end.
+  /// Shows what the iPod left unanswered or undone. A lost iPod is shown once, at the end.
   void showGap(const std::string& text);
 };

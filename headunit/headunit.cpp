@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
     return EXIT_SUCCESS;
   }
   if (argc > 1) return refuse(argv[1]);
-  // Lines of the audio library on stderr appear between the lines here, also in a pipe.
+  // Keeps the order of these lines and those of the audio library on stderr, also in a pipe.
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   return static_cast<int>(runSession());
 }

@@ -18,7 +18,7 @@ struct TrackTexts {
   }
 };
 
-/// False when the iPod did not answer which track plays.
+/// Returns false when the iPod did not answer which track plays.
 bool readTrackTexts(TrackTexts& texts) {
   texts = {};
   return IpodGetTrackInfo(&texts.track, texts.artist.units(), texts.album.units(),
@@ -53,7 +53,7 @@ void showTrackTexts(HeadUnit& headUnit) {
   headUnit.screen.beginSection("The playing track's texts");
   TrackTexts texts;
   bool isAnswered = false;
-  // A track may lack texts: they are asked for twice then, and shown as they are.
+  // A track may have no texts. They are then requested twice, and shown as they are.
   headUnit.ipod.ask([&] {
     isAnswered = readTrackTexts(texts);
     return isAnswered && texts.areComplete();

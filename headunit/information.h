@@ -2,8 +2,8 @@
 
 #include "head_unit.h"
 
-// Sections of the session with texts.
+// The sections of the session that show texts.
 
 void showTrackTexts(HeadUnit& headUnit);
-/// The iPod's name and serial number.
+/// Shows the iPod's name and serial number.
 void showIdentity(HeadUnit& headUnit);

@@ -8,7 +8,8 @@ namespace {
 constexpr int kRows = 6;
 constexpr int kMostRowsWithoutName = 2;
 
-/// A tab's label joins two names. If one did not come, it begins or ends with the joint.
+/// Returns whether a tab's label has both names. Without one of them it begins or ends with the
+/// separator.
 bool isWholeLabel(const std::string& label) {
   const std::string joint = " - ";
   return label.size() > joint.size() && label.find(joint) != 0 &&
@@ -23,14 +24,15 @@ std::string currentName() {
   return text.text();
 }
 
-/// The library asks for a label's names in one call, in which no pause separates an answer from the
-/// next: a label counts when it is the same twice.
+/// Reads a label. The library requests its names in one call, without a pause between the answers,
+/// so a label is accepted when it is the same twice.
 bool readLabel(std::string& label) {
   label = currentName();
   return isWholeLabel(label) && currentName() == label;
 }
 
-/// Reads the current entry's name, "(no name)" when it does not come. True when it comes.
+/// Reads the current entry's name. Returns false, with the name "(no name)", when the iPod does not
+/// send it.
 bool readName(Conversation& ipod, std::string& name) {
   const bool hasCome = ipod.ask([&] {
     if (showsTabs()) return readLabel(name);
@@ -41,7 +43,7 @@ bool readName(Conversation& ipod, std::string& name) {
   return hasCome;
 }
 
-/// Shows a few entries from the current one on, and comes back to it.
+/// Shows a few entries from the current one on, and returns to it.
 void showPage(HeadUnit& headUnit, const int* index) {
   const int first = *index;
   int steps = 0;
@@ -63,7 +65,7 @@ void showPage(HeadUnit& headUnit, const int* index) {
     IpodGetPrevItem();
 }
 
-/// Shows the tabs, and chooses the first one.
+/// Shows the tabs, and selects the first one.
 void showTabs(HeadUnit& headUnit, const int* index) {
   headUnit.screen.show("in tabs:");
   showPage(headUnit, index);

@@ -1,4 +1,4 @@
 #pragma once
 
-/// Waits. It is a file of its own so that a test can put another clock in its place.
+/// Waits. It has a separate file so that a test can replace the clock.
 void waitMilliseconds(int milliseconds);

@@ -13,14 +13,14 @@ constexpr int kModeSettles = 200;      // ms
 
 constexpr char kNotAnswered[] = "The iPod did not answer what it plays.";
 
-/// What plays, and where.
+/// What plays, and its position.
 struct Playing {
   int track = -1;
   int status = IPOD_STOPPED;
   int position = 0;  ///< ms
 
-  /// When the iPod does not answer, the status is "stopped" and the position 0. Neither is so while
-  /// a track plays, or is paused where it has played for a moment.
+  /// Returns whether the iPod answered. Without an answer the status is "stopped" and the position
+  /// is 0; a track that plays, or that was paused after a moment, has neither value.
   bool makesSense() const {
     return track < 0 ? status == IPOD_STOPPED : status != IPOD_STOPPED && position > 0;
   }
@@ -54,7 +54,7 @@ bool showWhatPlays(HeadUnit& headUnit) {
   return false;
 }
 
-/// What the head unit does, the status that it brings about, and what to say if it does not.
+/// An action of the head unit, the status that follows from it, and the text for its failure.
 struct Action {
   std::function<void()> act;
   int settles;  ///< ms
@@ -62,7 +62,8 @@ struct Action {
   const char* failure;
 };
 
-/// No function reports whether the iPod obeyed: what plays afterwards does.
+/// Does the action. No function reports whether the iPod obeyed, so this checks what plays
+/// afterwards.
 bool carryOut(HeadUnit& headUnit, const Action& action) {
   Playing playing;
   bool isKnown = false;

@@ -2,12 +2,12 @@
 
 #include "head_unit.h"
 
-// Sections of the session in which something plays.
+// The sections of the session in which something plays.
 
-/// Plays the tracks of the open list. False when nothing plays then.
+/// Plays the tracks of the open list. Returns false when nothing plays then.
 bool playTracks(HeadUnit& headUnit);
 void playNextTrack(HeadUnit& headUnit);
 void pauseAndPlayOn(HeadUnit& headUnit);
 void changeShuffleMode(HeadUnit& headUnit);
-/// To a track at another sample rate, which announces itself.
+/// Skips to a track at another sample rate, which the iPod announces.
 void followSampleRate(HeadUnit& headUnit);

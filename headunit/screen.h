@@ -3,7 +3,7 @@
 #include <string>
 
 /// Prints what a head unit's screen shows. Lines that start in the first column are the library's
-/// own messages; what the head unit shows is indented.
+/// messages. What the head unit shows is indented.
 class Screen {
  public:
   void beginSection(const std::string& title);

@@ -10,14 +10,14 @@ class TextBuffer {
 
   unsigned short* units() { return content.data(); }
 
-  /// What was written, as UTF-8: each unit is one Latin-1 character, the play-all mark becomes
-  /// "[play all]", control characters are left out, and a text of spaces only, as a name in another
-  /// script arrives, is called that.
+  /// Returns what was written, as UTF-8: each unit is one Latin-1 character, the play-all mark
+  /// becomes "[play all]", and control characters are left out. A text of spaces only, which is how
+  /// a name in another script arrives, is described as such.
   std::string text() const;
 
  private:
   std::array<unsigned short, kSize> content{};
 };
 
-/// Milliseconds as minutes and seconds: 3:05.
+/// Returns milliseconds as minutes and seconds: 3:05.
 std::string clockTime(int milliseconds);

@@ -21,7 +21,7 @@ constexpr char kLost[] =
 constexpr char kGaps[] =
     "The iPod did not answer everything. Plug it in again, then start headunit again.";
 
-/// A single disturbed message can make an attempt fail.
+/// Connects in two attempts: a single disturbed message can make one fail.
 bool connectInTwoAttempts() {
   if (IpodConnect() == 1) return true;
   leaveIpodAlone();
@@ -39,7 +39,7 @@ bool connectToIpod(HeadUnit& headUnit) {
   return true;
 }
 
-/// Goes on until the iPod is lost.
+/// Runs the sections until the iPod is lost.
 void runSections(HeadUnit& headUnit) {
   if (headUnit.ipod.isLost()) return;
   if (!browse(headUnit) || !playTracks(headUnit)) {
@@ -52,7 +52,7 @@ void runSections(HeadUnit& headUnit) {
   }
 }
 
-/// Says why the session was not whole, and what to do.
+/// Shows why the session was not complete, and what to do.
 Ending showEnding(const HeadUnit& headUnit) {
   if (headUnit.ipod.isLost()) {
     headUnit.screen.show(kLost);

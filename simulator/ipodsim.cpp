@@ -33,7 +33,7 @@ void complain(const std::string& text) { std::fprintf(stderr, "ipodsim: %s\n", t
 
 struct Music {
   MusicLibrary library;
-  std::string summary;  ///< of a person's own music
+  std::string summary;  ///< of the user's music
 };
 
 Music personal(MusicLibrary library, const SkippedFiles& skipped) {
@@ -92,7 +92,8 @@ void connectOutputs(SimulatedIpod& ipod, const Options& options) {
   });
 }
 
-// Signals that end the program come through a descriptor instead, in every thread.
+/// Returns a descriptor that receives the signals that end the program, and blocks them in every
+/// thread.
 FileDescriptor catchSignals() {
   sigset_t ending;
   sigemptyset(&ending);
@@ -103,10 +104,10 @@ FileDescriptor catchSignals() {
   return FileDescriptor(signalfd(-1, &ending, SFD_CLOEXEC));
 }
 
-// The lines of standard input, as they become complete.
+/// Reads the complete lines of standard input.
 class InputLines {
  public:
-  /// Does the commands that have arrived; false when it is time to end.
+  /// Runs the commands that have arrived. Returns false when the program is to end.
   bool serve(PtyIpod& pty) {
     char some[1024];
     const ssize_t size = read(STDIN_FILENO, some, sizeof some);
@@ -125,9 +126,9 @@ class InputLines {
   std::string pending;
 };
 
-void runUntilEnded(PtyIpod& pty, const FileDescriptor& signals, bool interactive) {
+void runUntilEnded(PtyIpod& pty, const FileDescriptor& signals, bool isInteractive) {
   InputLines input;
-  pollfd waits[] = {{signals.get(), POLLIN, 0}, {interactive ? STDIN_FILENO : -1, POLLIN, 0}};
+  pollfd waits[] = {{signals.get(), POLLIN, 0}, {isInteractive ? STDIN_FILENO : -1, POLLIN, 0}};
   while (poll(waits, std::size(waits), -1) >= 0) {
     if (waits[0].revents != 0) return;
     if (waits[1].revents != 0 && !input.serve(pty)) return;

@@ -12,7 +12,7 @@ class Random {
  public:
   explicit Random(uint32_t seed) : engine(seed) {}
 
-  /// A number from 0 to limit - 1; 0 for a limit of 0.
+  /// Returns a number from 0 to limit - 1; 0 for a limit of 0.
   uint32_t below(uint32_t limit) {
     return limit == 0 ? 0 : static_cast<uint32_t>(engine() % limit);
   }

@@ -4,8 +4,8 @@
 
 namespace simulator {
 
-/// A moment, as the time since the simulation started, or a span of time. The simulated iPod has
-/// no clock of its own: whoever runs it says what time it is.
+/// A moment, as the time since the simulation started, or a span of time. The simulated iPod has no
+/// clock: its user passes in the time.
 using Time = std::chrono::nanoseconds;
 
 using std::chrono::milliseconds;

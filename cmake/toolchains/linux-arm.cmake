@@ -1,14 +1,15 @@
-# ARM Linux, 32 bits and without a floating-point unit, as the device's processor; its programs run
-# under an emulator. The libraries that the desk's programs need come from scripts/armel-sysroot.
+# ARM Linux, 32 bits and without a floating-point unit, like the device's processor; its programs
+# run under an emulator. scripts/parts/armel-sysroot gets the libraries of the Linux host's
+# programs.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
-# Clang compiles in two thirds of GCC's time and takes GCC's libraries.
+# Clang needs two thirds of GCC's time, and uses GCC's libraries.
 set(CMAKE_C_COMPILER clang-14)
 set(CMAKE_CXX_COMPILER clang++-14)
 set(CMAKE_C_COMPILER_TARGET arm-linux-gnueabi)
 set(CMAKE_CXX_COMPILER_TARGET arm-linux-gnueabi)
 set(CMAKE_ASM_COMPILER_TARGET arm-linux-gnueabi)
-# This processor's atomic operations are a library's.
+# A library has the atomic operations of this processor.
 set(CMAKE_CXX_FLAGS_INIT -Wno-atomic-alignment)
 set(CMAKE_C_STANDARD_LIBRARIES_INIT -latomic)
 set(CMAKE_CXX_STANDARD_LIBRARIES_INIT -latomic)
@@ -26,4 +27,4 @@ set(IPODCTL_LINKER_FLAGS
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${IPODCTL_LINKER_FLAGS}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${IPODCTL_LINKER_FLAGS}")
 
-get_filename_component(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../../scripts/run-arm" ABSOLUTE)
+get_filename_component(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../../scripts/parts/run-arm" ABSOLUTE)

@@ -1,13 +1,13 @@
-# Windows CE 5 on ARM with the compiler for bare ARM. A caller on Windows CE keeps the stack aligned
-# to 4 bytes only, so there must be no doubleword loads: ARMv4T has none.
+# Windows CE 5 on ARM with the compiler for bare ARM. On Windows CE the stack is aligned to only 4
+# bytes, so there must be no doubleword loads. ARMv4T has none.
 set(CMAKE_SYSTEM_NAME Generic)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 set(CMAKE_C_COMPILER arm-none-eabi-gcc)
 set(CMAKE_CXX_COMPILER arm-none-eabi-g++)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 
-# Enumerations are integers and wide characters have 16 bits, as with the platform's own compiler.
-# Local static objects are guarded by nobody: the library has none that two threads could build.
+# Enumerations are integers and wide characters have 16 bits, as with the platform's compiler. Local
+# static objects have no guards: the library has none that two threads could construct.
 set(IPODCTL_WINCE_FLAGS
     "-marm -march=armv4t -mfloat-abi=soft -fshort-wchar -fno-short-enums -fno-unwind-tables -fno-asynchronous-unwind-tables -ffunction-sections -fdata-sections")
 set(CMAKE_C_FLAGS_INIT "${IPODCTL_WINCE_FLAGS}")

@@ -1,5 +1,5 @@
-# Windows CE 5 on ARM with the open cross compiler arm-mingw32ce, for those who have one: it has the
-# platform's own headers and import libraries, and writes the image itself.
+# Windows CE 5 on ARM with the open cross compiler arm-mingw32ce, if you have one. It has the
+# platform's headers and import libraries, and writes the image itself.
 #   cmake -G Ninja -B build/wince-mingw32ce --toolchain cmake/toolchains/wince-mingw32ce.cmake
 set(CMAKE_SYSTEM_NAME WindowsCE)
 set(CMAKE_SYSTEM_VERSION 5.0)

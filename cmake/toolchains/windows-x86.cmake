@@ -1,5 +1,5 @@
-# Windows with 32 bits, made by MinGW; programs run under Wine. What GCC brings with it becomes part of
-# each binary. POSIX threads: the tests use std::thread.
+# Windows with 32 bits, made by MinGW; programs run under Wine. GCC's runtime is linked into each
+# binary. The variant with POSIX threads is used because the tests use std::thread.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_C_COMPILER i686-w64-mingw32-gcc-posix)
@@ -14,5 +14,5 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-get_filename_component(IPODCTL_WINE "${CMAKE_CURRENT_LIST_DIR}/../../scripts/wine" ABSOLUTE)
+get_filename_component(IPODCTL_WINE "${CMAKE_CURRENT_LIST_DIR}/../../scripts/parts/wine" ABSOLUTE)
 set(CMAKE_CROSSCOMPILING_EMULATOR ${IPODCTL_WINE})

@@ -54,14 +54,14 @@ void spoil(Scene& scene, Script& script) {
   scene.cable.spoil(direction, {kind, place, script.byte()});
 }
 
-/// Changes a byte of one of the coming frames, whose checksum is right again.
+/// Changes a byte of one of the next frames and corrects its checksum.
 void changeFrame(Scene& scene, Script& script) {
   const size_t wanted = script.byte();
   const size_t place = script.byte();
   const uint8_t bits = script.byte();
   scene.cable.rewrite([=](size_t number, const simulator::Bytes& frame) {
     simulator::Bytes changed = frame;
-    constexpr size_t kBeforePayload = 2;  // start byte and length; a checksum is behind it
+    constexpr size_t kBeforePayload = 2;  // start byte and length; a checksum follows the payload
     if (number == wanted && frame.size() > kBeforePayload + 1) {
       changed[kBeforePayload + place % (frame.size() - kBeforePayload - 1)] ^= bits;
       changed.pop_back();

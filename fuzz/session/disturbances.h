@@ -3,16 +3,15 @@
 #include "session/scene.h"
 #include "support/script.h"
 
-/// What happens to a session beside the host's calls: to the cable, to the bytes, to the iPod and
-/// to the platform.
+/// The disturbances of a session: of the cable, the bytes, the iPod and the platform.
 
 constexpr uint8_t kDisturbances = 20;
 
-/// In the world's run: does the disturbance of this number, from 0.
+/// Causes the disturbance of this number, from 0. Called while the world runs.
 void disturb(uint8_t number, Script arguments, Scene& scene);
 
-/// Plugs an iPod that is well into a platform that works.
+/// Plugs a healthy iPod into a working platform.
 void mend(Scene& scene);
 
-/// Makes everything that can be told to fail known, and has the library's allocations asked.
+/// Registers everything that can fail on demand, the library's allocations included.
 void prepareFailures();

@@ -6,7 +6,7 @@
 
 extern "C" BOOL __real_CloseHandle(HANDLE object);
 
-// On a device the number of a handle that is closed twice may be another one's by then.
+/// A handle must not be closed twice: on a device its value may by then be that of another handle.
 extern "C" BOOL __wrap_CloseHandle(HANDLE object) {
   const BOOL wasOpen = __real_CloseHandle(object);
   require(wasOpen != FALSE || object == nullptr, "a handle is closed that is not open");

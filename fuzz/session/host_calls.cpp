@@ -13,7 +13,7 @@ namespace {
 constexpr int kUntouched = -77777;
 constexpr uint8_t kOddNumbers = 0x80;
 
-/// Small numbers around 0, and from 80 on those that are odd in one way or another.
+/// Returns small numbers around 0, and from 80 on special ones.
 int numberFrom(Script& script) {
   constexpr int kOdd[] = {INT_MIN, INT_MIN + 1, -36, -35,     -3,          70,
                           71,      1000,        255, 0x10000, INT_MAX - 1, INT_MAX};
@@ -22,7 +22,8 @@ int numberFrom(Script& script) {
   return kOdd[(choice - kOddNumbers) % std::size(kOdd)];
 }
 
-/// A host's buffer of 16-bit units in memory of its own, so that no unit behind it goes unseen.
+/// A host's buffer of 16-bit units in separate memory, so that AddressSanitizer sees a unit beyond
+/// it.
 class Units {
  public:
   Units(bool isThere, int maxChars)
@@ -77,7 +78,7 @@ int readTrackInfo(Script& script) {
                           texts[4].get(), arguments.maxChars);
 }
 
-/// 1 when it is an address, which can be read, else 0.
+/// Returns 1 for an address, which must be readable, else 0.
 int isAddress(const int* index) {
   if (index == nullptr) return 0;
   const volatile int& value = *index;
@@ -109,7 +110,7 @@ int firstItem(Script& script) {
 
 struct Export {
   const char* name;
-  int least;  ///< of the results, as `most`; an address is 1
+  int least;  ///< of the results, like `most`; an address is 1
   int most;
   int (*call)(Script& script);
 };

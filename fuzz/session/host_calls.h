@@ -5,8 +5,8 @@
 
 #include "support/script.h"
 
-/// The library's exports, called as a script says: with any numbers, and with buffers that are
-/// exactly as large as the library is told, or null.
+/// The library's exports, called as a script says: with any numbers, and with null or buffers of
+/// exactly the stated size.
 
 constexpr uint8_t kExports = 35;
 
@@ -16,6 +16,6 @@ void callExport(uint8_t number, Script arguments);
 
 const char* exportName(uint8_t number);
 
-/// Whether the call asks for every track's name until the group changes: it lasts as long as the
-/// list that it was told of.
+/// Returns whether the call requests every track's name until the group changes. Such a call takes
+/// longer with a longer list.
 bool isGroupStep(uint8_t number, Script arguments);

@@ -17,7 +17,7 @@ constexpr uint8_t kExtended = 0x04;
 constexpr uint8_t kDigitalAudio = 0x0A;
 constexpr size_t kRecordCountSize = 7;  // lingo, command, count
 
-/// Of a written frame with a short command, as the library's all are when they ask for something.
+/// Returns the payload of a written frame in short form, as all the library's requests are.
 ByteView payloadOfFrame(const BYTE* frame, size_t size) {
   constexpr size_t kHeader = 2;
   const ByteView bytes(frame, size);
@@ -46,7 +46,8 @@ Bytes commandOf(ByteView request, uint8_t step) {
   return {kExtended, byteAt(request, 1), static_cast<uint8_t>(byteAt(request, 2) + step)};
 }
 
-/// Lingo, command and the place of the status differ from lingo to lingo.
+/// Returns an acknowledgement. Its lingo, command and the place of the status depend on the lingo
+/// of the request.
 Bytes acknowledgementOf(ByteView request, uint8_t status) {
   if (byteAt(request, 0) == kExtended) {
     return {kExtended, 0x00, 0x01, status, byteAt(request, 1), byteAt(request, 2)};

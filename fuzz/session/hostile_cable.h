@@ -7,8 +7,8 @@
 #include "virtual/virtual_ipod.h"
 #include "wire/bytes.h"
 
-/// A cable to a simulated iPod with somebody in between, who says things as if he were the iPod and
-/// keeps commands from it to answer them himself.
+/// A cable to a simulated iPod with an attacker in between, who sends bytes as if he were the iPod,
+/// and intercepts commands to answer them himself.
 class HostileCable final : public virtual_platform::VirtualDevice {
  public:
   enum class AnswerKind {
@@ -23,15 +23,15 @@ class HostileCable final : public virtual_platform::VirtualDevice {
 
   explicit HostileCable(virtual_platform::VirtualIpod& cable) : real(cable) {}
 
-  /// Counts of records that he tells are at most this.
+  /// Limits the counts of records in his answers.
   void limitCounts(uint32_t most) { mostRecords = most; }
-  /// Comes from the iPod as it is.
+  /// Sends bytes to the host as they are.
   void sayRaw(const simulator::Bytes& bytes);
-  /// Comes from the iPod in a frame.
+  /// Sends a payload to the host in a frame.
   void say(simulator::Bytes payload);
-  /// Answers one of the coming commands, which the iPod does not get.
+  /// Answers one of the next commands, which the iPod does not get.
   void answer(Answer answer) { answers.push_back(std::move(answer)); }
-  /// Goes away.
+  /// Removes the attacker.
   void leave();
 
   bool canBeOpened() const override { return real.canBeOpened(); }

@@ -6,7 +6,7 @@
 #include "virtual/virtual_ipod.h"
 #include "virtual/virtual_world.h"
 
-/// A virtual world with a simulated iPod at the end of a cable on which somebody else sits.
+/// A virtual world with a simulated iPod and a hostile cable.
 struct Scene {
   explicit Scene(uint64_t seed) : world(seed) { world.addDevice("IPD1:", hostile); }
   Scene(const Scene&) = delete;

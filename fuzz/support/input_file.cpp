@@ -14,7 +14,7 @@ InputFile::InputFile()
 InputFile::~InputFile() { close(descriptor); }
 
 void InputFile::write(const uint8_t* bytes, size_t size) const {
-  const bool written = ftruncate(descriptor, 0) == 0 &&
-                       pwrite(descriptor, bytes, size, 0) == static_cast<ssize_t>(size);
-  require(written, "no room in memory");
+  const bool isWritten = ftruncate(descriptor, 0) == 0 &&
+                         pwrite(descriptor, bytes, size, 0) == static_cast<ssize_t>(size);
+  require(isWritten, "no room in memory");
 }

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-/// A file in memory for readers that want a file's name.
+/// A file in memory for parsers that need a file name.
 class InputFile {
  public:
   InputFile();
@@ -12,7 +12,7 @@ class InputFile {
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
 
-  /// From now on the file holds these bytes and no others.
+  /// Replaces the content of the file.
   void write(const uint8_t* bytes, size_t size) const;
   const std::string& path() const { return name; }
 

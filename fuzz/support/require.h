@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-/// Ends the program, which the fuzzer takes for a finding, unless `holds`.
+/// Ends the program unless `holds`; the fuzzer reports that as a finding.
 inline void require(bool holds, const char* what) {
   if (holds) return;
   std::fprintf(stderr, "==== wrong: %s\n", what);

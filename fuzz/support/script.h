@@ -5,12 +5,12 @@
 #include <optional>
 #include <vector>
 
-/// Input that tells what to do, step by step, from its first byte on:
+/// Input as a list of steps, from its first byte on:
 ///
 ///     operation, lane and length, arguments...
 ///
 /// The second byte has the lane in its upper two bits and the number of argument bytes in the lower
-/// six. A change of one step leaves the others as they were. What is missing at the end reads as 0.
+/// six. A change of one step does not change the others. Missing bytes at the end have the value 0.
 class Script {
  public:
   struct Step;
@@ -53,7 +53,7 @@ struct Script::Step {
   Script arguments;
 };
 
-/// None at the end.
+/// Returns the next step; no value at the end.
 inline std::optional<Script::Step> Script::step() {
   if (left == 0) return std::nullopt;
   const uint8_t operation = byte();

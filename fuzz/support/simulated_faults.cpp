@@ -8,7 +8,7 @@ using simulator::FaultKind;
 constexpr uint16_t kMostRepeated = 300;
 constexpr uint8_t kAny = 0xFF;
 
-// Milliseconds and lengths need no limit.
+/// Returns whether the fault repeats something. Milliseconds and lengths need no limit.
 bool isRepeated(FaultKind kind) {
   switch (kind) {
     case FaultKind::kNoise:

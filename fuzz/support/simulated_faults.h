@@ -3,6 +3,6 @@
 #include "faults/fault.h"
 #include "support/script.h"
 
-/// A fault of the simulated iPod, of any kind and for any reply. The numbers are kept so small that
-/// the iPod does not spend the fuzzer's time on what it repeats.
+/// Returns a fault of the simulated iPod, of any kind and for any reply. Its numbers are small, so
+/// that repetitions do not take the fuzzer's time.
 simulator::Fault faultFrom(Script& script);

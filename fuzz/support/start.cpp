@@ -1,7 +1,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-// The console messages of what is tried would hide the fuzzer's own, which go to stderr.
+/// Drops standard output: the library's console messages would hide the fuzzer's messages on
+/// stderr.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   if (std::freopen("/dev/null", "w", stdout) == nullptr) std::abort();
   return 0;

@@ -1,6 +1,5 @@
-// The clock that every wait is measured on: it does not follow changes of the wall clock.
-#ifndef COREDLL_CLOCK_H
-#define COREDLL_CLOCK_H
+// The clock for every wait. It does not follow changes of the wall clock.
+#pragma once
 
 #include <chrono>
 #include <cstdint>
@@ -10,23 +9,22 @@ namespace coredll {
 
 using Clock = std::chrono::steady_clock;
 
-// How long something may take, in milliseconds; none: without limit.
+/// How long something may take, in milliseconds; no value: without limit.
 using TimeLimit = std::optional<std::uint64_t>;
 
-// When it ends; none: never.
+/// When it ends; no value: never.
 using Deadline = std::optional<Clock::time_point>;
 
-// Counts from now. A limit of more than a century is none.
+/// Returns the deadline that many milliseconds from now, and no value for a limit of more than a
+/// century.
 Deadline deadlineIn(TimeLimit limit);
 
 Deadline earlier(const Deadline& first, const Deadline& second);
 
 bool isOver(const Deadline& deadline);
 
-// What is left, as poll() takes it: whole milliseconds, rounded up so that the wait is never short;
-// -1 for no deadline.
+/// Returns the rest of the time for poll(): whole milliseconds, rounded up so that the wait is
+/// never too short; -1 for no deadline.
 int pollTimeout(const Deadline& deadline);
 
 }  // namespace coredll
-
-#endif

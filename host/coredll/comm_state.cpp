@@ -5,7 +5,7 @@
 namespace coredll {
 namespace {
 
-// A setting of the platform and the kernel's bits for it.
+/// A setting of the platform and the kernel's bits for it.
 struct Setting {
   DWORD value;
   tcflag_t bits;

@@ -1,22 +1,19 @@
-// A serial line's settings, in the platform's words and in the kernel's.
-#ifndef COREDLL_COMM_STATE_H
-#define COREDLL_COMM_STATE_H
+// Converts a serial line's settings between the platform's and the kernel's form.
+#pragma once
 
 #include <termios.h>
 #include <windows.h>
 
 namespace coredll {
 
-// Sets speed, byte size, parity and stop bits as `state` says. False, with `line` perhaps half
-// changed, when a line cannot have these.
+/// Sets speed, byte size, parity and stop bits as `state` says. Returns false when a line cannot
+/// have these; `line` may then be partly changed.
 bool putLineSettings(const DCB& state, termios& line);
 
-// The other way round; a speed that is not among the usual ones is 0.
+/// Sets `state` as `line` says. An unusual speed becomes 0.
 void getLineSettings(const termios& line, DCB& state);
 
-// Whether the two differ in nothing but what a port can be asked to change.
+/// Returns whether the two differ only in settings that a port can change.
 bool differInSettingsOnly(const DCB& wanted, const DCB& current);
 
 }  // namespace coredll
-
-#endif

@@ -10,7 +10,8 @@ TimeLimit totalOf(DWORD multiplier, DWORD constant, DWORD count) {
   return static_cast<std::uint64_t>(multiplier) * count + constant;
 }
 
-// A read that takes what is there and, unless both totals are 0, waits for the first byte.
+/// Plans a read that returns what has arrived. It waits for the first byte unless both totals are
+/// 0.
 TransferPlan impatientReadPlan(const COMMTIMEOUTS& timeouts, DWORD count) {
   const DWORD multiplier =
       timeouts.ReadTotalTimeoutMultiplier == MAXDWORD ? 0 : timeouts.ReadTotalTimeoutMultiplier;

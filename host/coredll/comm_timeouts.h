@@ -1,6 +1,5 @@
-// What a serial port's time-outs mean for one read or write.
-#ifndef COREDLL_COMM_TIMEOUTS_H
-#define COREDLL_COMM_TIMEOUTS_H
+// Converts a serial port's time-outs to the plan of one read or write.
+#pragma once
 
 #include <windows.h>
 
@@ -8,12 +7,10 @@
 
 namespace coredll {
 
-// Whether a port can be given these.
+/// Returns whether a port accepts these.
 bool areUsable(const COMMTIMEOUTS& timeouts);
 
 TransferPlan readPlan(const COMMTIMEOUTS& timeouts, DWORD count);
 TransferPlan writePlan(const COMMTIMEOUTS& timeouts, DWORD count);
 
 }  // namespace coredll
-
-#endif

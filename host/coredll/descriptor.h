@@ -1,6 +1,5 @@
 // Owns a file descriptor.
-#ifndef COREDLL_DESCRIPTOR_H
-#define COREDLL_DESCRIPTOR_H
+#pragma once
 
 #include <unistd.h>
 
@@ -10,7 +9,7 @@ namespace coredll {
 
 class Descriptor {
  public:
-  // Below 0: none.
+  /// A number below 0: no descriptor.
   explicit Descriptor(int owned = -1) : number(owned) {}
   Descriptor(Descriptor&& other) noexcept : number(std::exchange(other.number, -1)) {}
   Descriptor& operator=(Descriptor&& other) noexcept {
@@ -29,5 +28,3 @@ class Descriptor {
 };
 
 }  // namespace coredll
-
-#endif

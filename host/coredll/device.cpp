@@ -12,7 +12,8 @@
 namespace coredll {
 namespace {
 
-// What one system call moved: 0 when nothing can be moved now, none when the other side has gone.
+/// The bytes that one system call moved: 0 when nothing can be moved now, no value when the other
+/// side has closed.
 using Moved = std::optional<DWORD>;
 
 Moved readSome(int terminal, BYTE* buffer, DWORD count) {
@@ -53,7 +54,7 @@ DWORD Device::write(const BYTE* bytes, DWORD count, DWORD& written) {
 }
 
 DWORD Device::flush() {
-  // The kernel wakes nobody when the queue runs empty.
+  // The kernel wakes no thread when the queue becomes empty.
   constexpr TimeLimit kLookAgain = 2;
   return whileOpen([&](int terminal) {
     for (;;) {

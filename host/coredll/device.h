@@ -1,6 +1,5 @@
-// An open device: a terminal, and a way out of every call that waits for it.
-#ifndef COREDLL_DEVICE_H
-#define COREDLL_DEVICE_H
+// An open device: a terminal, and a signal that ends every call that waits for it.
+#pragma once
 
 #include <windows.h>
 
@@ -14,32 +13,32 @@
 
 namespace coredll {
 
-// When a read or a write is done.
+/// When a read or a write is complete.
 struct TransferPlan {
-  DWORD enough;        // bytes; 0: whatever goes at once
-  TimeLimit total;     // from the start of the transfer
-  TimeLimit interval;  // from each byte to the next
+  DWORD enough;        ///< bytes; 0: as many as can be moved at once
+  TimeLimit total;     ///< from the start of the transfer
+  TimeLimit interval;  ///< from each byte to the next
 };
 
-// Results are error codes of windows.h.
+/// Results are error codes of windows.h.
 class Device : public KernelObject {
  public:
-  // `terminal` is non-blocking, `wakeSignal` an eventfd.
+  /// `terminal` is non-blocking, `wakeSignal` an eventfd.
   Device(Descriptor terminal, Descriptor wakeSignal);
 
-  // `read` and `written` start at 0 and count the bytes.
+  /// `read` and `written` start at 0 and count the bytes.
   DWORD read(BYTE* buffer, DWORD count, DWORD& read);
   DWORD write(const BYTE* bytes, DWORD count, DWORD& written);
   DWORD flush();
 
-  // Returns when no call is in the device any more and the terminal is closed.
+  /// Returns when no call is in the device any more and the terminal is closed.
   void close() override;
 
  protected:
   virtual TransferPlan planRead(DWORD count) = 0;
   virtual TransferPlan planWrite(DWORD count) = 0;
 
-  // Runs `call` with the terminal's descriptor, which stays open until it returns.
+  /// Runs `call` with the terminal's descriptor, which stays open until it returns.
   template <typename Call>
   DWORD whileOpen(Call call) {
     const std::shared_lock use(inUse);
@@ -55,12 +54,11 @@ class Device : public KernelObject {
   DWORD transfer(const TransferPlan& plan, short event, MoveSome moveSome, DWORD& moved);
 
   Descriptor tty;
-  Descriptor wake;  // readable from close() on
+  Descriptor wake;  ///< readable from close() on
   std::atomic<bool> isClosing{false};
-  std::shared_mutex inUse;  // shared by the calls in the device, alone for closing the terminal
+  std::shared_mutex
+      inUse;  ///< shared by the calls in the device, exclusive while the terminal is closed
   std::mutex writeTurn;
 };
 
 }  // namespace coredll
-
-#endif

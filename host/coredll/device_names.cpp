@@ -17,7 +17,7 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-// Removes the first entry from `entries` and returns it.
+/// Removes the first entry from `entries` and returns it.
 std::string_view takeEntry(std::string_view& entries) {
   const auto length = entries.find(',');
   const auto entry = entries.substr(0, length);
@@ -30,7 +30,7 @@ bool isSameName(std::string_view first, std::string_view second) {
          strncasecmp(first.data(), second.data(), first.size()) == 0;
 }
 
-// Empty when the name has a character that no device name has.
+/// Returns an empty text when the name has a character that no device name has.
 std::string narrowed(LPCWSTR name) {
   constexpr WCHAR kLastAscii = 0x7f;
   std::string narrow;

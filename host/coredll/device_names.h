@@ -1,6 +1,5 @@
-// Which terminal stands for a device.
-#ifndef COREDLL_DEVICE_NAMES_H
-#define COREDLL_DEVICE_NAMES_H
+// Maps the names of devices to terminals.
+#pragma once
 
 #include <windows.h>
 
@@ -14,9 +13,7 @@ struct DeviceEntry {
   bool isSerialPort;
 };
 
-// Looks the CE name up in IPODCTL_DEVICES as it is now; none when it is not there.
+/// Returns the entry of the CE name in the present IPODCTL_DEVICES; no value when there is none.
 std::optional<DeviceEntry> findDevice(LPCWSTR name);
 
 }  // namespace coredll
-
-#endif

@@ -1,6 +1,5 @@
 // The process's open handles.
-#ifndef COREDLL_HANDLE_TABLE_H
-#define COREDLL_HANDLE_TABLE_H
+#pragma once
 
 #include <windows.h>
 
@@ -16,31 +15,32 @@
 
 namespace coredll {
 
-// An object lives while its handle is open or a call is in it.
+/// An object lives while its handle is open or a call is in it.
 class HandleTable {
  public:
-  // May throw std::bad_alloc.
+  /// Returns a new handle. Throws std::bad_alloc.
   HANDLE open(std::shared_ptr<KernelObject> object);
 
-  // Null when the handle is not open.
+  /// Returns null when the handle is not open.
   std::shared_ptr<KernelObject> find(HANDLE handle) const;
 
-  // Takes the handle out and returns its object; null when it is not open.
+  /// Removes the handle and returns its object; null when it is not open.
   std::shared_ptr<KernelObject> remove(HANDLE handle);
 
   std::size_t size() const;
 
  private:
   mutable std::mutex mutex;
-  // Values only ever go up, so that a stale handle never meets another object. Guarded by mutex.
+  /// Values only increase, so that a stale handle never refers to another object. Guarded by mutex.
   std::uintptr_t nextValue = 0x100;
   std::unordered_map<HANDLE, std::shared_ptr<KernelObject>> objects;
 };
 
-// The table is never destroyed: threads may still use it while the process ends.
+/// The table is never destroyed: threads may still use it while the process ends.
 HandleTable& handles();
 
-// The handle's object; null, with the last error set, when there is none or it is of another kind.
+/// Returns the handle's object. Returns null, with the last error set, when there is none or it is
+/// of another kind.
 template <typename Kind>
 std::shared_ptr<Kind> objectOf(HANDLE handle) {
   auto object = std::dynamic_pointer_cast<Kind>(handles().find(handle));
@@ -48,7 +48,8 @@ std::shared_ptr<Kind> objectOf(HANDLE handle) {
   return object;
 }
 
-// The handle that `make` returns; `failure`, with the last error set, when memory runs out in it.
+/// Returns the handle that `make` returns. Returns `failure`, with the last error set, when `make`
+/// has no memory.
 template <typename Make>
 HANDLE newHandle(HANDLE failure, Make make) noexcept {
   try {
@@ -59,5 +60,3 @@ HANDLE newHandle(HANDLE failure, Make make) noexcept {
 }
 
 }  // namespace coredll
-
-#endif

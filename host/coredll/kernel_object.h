@@ -1,6 +1,5 @@
-// What stands behind a handle.
-#ifndef COREDLL_KERNEL_OBJECT_H
-#define COREDLL_KERNEL_OBJECT_H
+// The base of what a handle refers to.
+#pragma once
 
 namespace coredll {
 
@@ -11,11 +10,8 @@ class KernelObject {
   KernelObject& operator=(const KernelObject&) = delete;
   virtual ~KernelObject() = default;
 
-  // The object's handle is closed: makes the calls that wait in the object fail. Called once at
-  // most.
+  /// Makes the calls that wait in the object fail. Called at most once, when the handle is closed.
   virtual void close() = 0;
 };
 
 }  // namespace coredll
-
-#endif

@@ -11,7 +11,7 @@ class Semaphore : public Waitable {
  public:
   Semaphore(LONG initialCount, LONG maximumCount) : count(initialCount), maximum(maximumCount) {}
 
-  // The count before; below 0 when the release would exceed the maximum.
+  // Returns the previous count; a value below 0 when the release would exceed the maximum.
   LONG release(LONG releaseCount) {
     const std::lock_guard lock(mutex);
     if (releaseCount > maximum - count) return -1;

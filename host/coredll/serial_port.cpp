@@ -11,13 +11,13 @@
 namespace coredll {
 namespace {
 
-// Nothing happens on a terminal without the line.
+/// Does nothing on a terminal without the RTS line.
 void driveRts(int terminal, bool isRaised) {
   const int line = TIOCM_RTS;
   ioctl(terminal, isRaised ? TIOCMBIS : TIOCMBIC, &line);
 }
 
-// False, with the line as it was, when the terminal does not take what `state` says.
+/// Returns false, and leaves the line unchanged, when the terminal does not accept `state`.
 bool applyLineSettings(int terminal, const DCB& state) {
   termios before = {};
   if (tcgetattr(terminal, &before) != 0) return false;

@@ -1,6 +1,5 @@
 // A device with a line's settings and time-outs.
-#ifndef COREDLL_SERIAL_PORT_H
-#define COREDLL_SERIAL_PORT_H
+#pragma once
 
 #include <windows.h>
 
@@ -14,7 +13,7 @@ class SerialPort final : public Device {
  public:
   using Device::Device;
 
-  // Results are error codes of windows.h.
+  /// Results are error codes of windows.h.
   DWORD getState(DCB& state);
   DWORD setState(const DCB& wanted);
   DWORD getTimeouts(COMMTIMEOUTS& copy);
@@ -30,10 +29,8 @@ class SerialPort final : public Device {
   DWORD changeState(int terminal, const DCB& wanted);
 
   std::mutex mutex;
-  COMMTIMEOUTS timeouts = {};            // guarded by mutex
-  BYTE rtsControl = RTS_CONTROL_ENABLE;  // guarded by mutex; opening a terminal raises RTS
+  COMMTIMEOUTS timeouts = {};            ///< guarded by mutex
+  BYTE rtsControl = RTS_CONTROL_ENABLE;  ///< guarded by mutex; opening a terminal raises RTS
 };
 
 }  // namespace coredll
-
-#endif

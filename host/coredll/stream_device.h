@@ -1,6 +1,5 @@
-// A device that delivers bytes as they come: the iPod's stream driver.
-#ifndef COREDLL_STREAM_DEVICE_H
-#define COREDLL_STREAM_DEVICE_H
+// A device that delivers bytes as they arrive: the iPod's stream driver.
+#pragma once
 
 #include "device.h"
 
@@ -16,5 +15,3 @@ class StreamDevice final : public Device {
 };
 
 }  // namespace coredll
-
-#endif

@@ -41,8 +41,8 @@ bool isPseudoTerminal(int terminal) {
 
 bool claim(int terminal) {
   if (flock(terminal, LOCK_EX | LOCK_NB) != 0) return false;
-  // A pseudo terminal would stay closed to everybody after a user of it was killed: the mark lives
-  // as long as the other end.
+  // The mark would stay on a pseudo-terminal as long as its other end is open, even if the program
+  // that set it was killed.
   return isPseudoTerminal(terminal) || ioctl(terminal, TIOCEXCL) == 0;
 }
 
@@ -51,7 +51,8 @@ bool makeRaw(int terminal) {
   if (tcgetattr(terminal, &settings) != 0) return false;
   cfmakeraw(&settings);
   settings.c_cflag |= CLOCAL | CREAD;
-  // With at least one byte a read, a read of none means that the other side has gone.
+  // Each read waits for at least one byte, so a read of 0 bytes means that the other side has
+  // closed.
   settings.c_cc[VMIN] = 1;
   settings.c_cc[VTIME] = 0;
   return tcsetattr(terminal, TCSANOW, &settings) == 0;

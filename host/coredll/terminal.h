@@ -1,6 +1,5 @@
-// Opens the terminal that stands for a device.
-#ifndef COREDLL_TERMINAL_H
-#define COREDLL_TERMINAL_H
+// Opens the terminal that IPODCTL_DEVICES names for a device.
+#pragma once
 
 #include <string>
 
@@ -8,9 +7,8 @@
 
 namespace coredll {
 
-// Raw, exclusive and non-blocking; closed, with the last error set, on failure.
+/// Opens it raw, exclusive and non-blocking. Returns a closed descriptor, with the last error set,
+/// on failure.
 Descriptor openTerminal(const std::string& path);
 
 }  // namespace coredll
-
-#endif

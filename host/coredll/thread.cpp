@@ -31,8 +31,8 @@ class Thread : public Waitable {
   bool ended = false;  // guarded by mutex
 };
 
-// Signals a thread's object when the thread ends. Built before the thread function runs, it is
-// destroyed after every thread_local object that the function made.
+/// Signals a thread's object when the thread ends. It is constructed before the thread function
+/// runs, so it is destroyed after every thread_local object of that function.
 struct EndSignal {
   std::shared_ptr<Thread> thread;
 
@@ -43,7 +43,7 @@ struct EndSignal {
 
 thread_local EndSignal endSignal;
 
-// The system thread is never joined; the object alone says when it has ended.
+/// The system thread is never joined; only the object shows when it has ended.
 bool launch(std::shared_ptr<Thread> thread, LPTHREAD_START_ROUTINE start, LPVOID parameter) {
   ++runningThreads;
   try {

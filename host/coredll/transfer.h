@@ -7,8 +7,8 @@
 
 namespace coredll {
 
-// Runs `call` on the handle's device, an Opened, with `moved` at 0, for a transfer of `count`
-// bytes.
+/// Runs `call` on the handle's device, an Opened, with `moved` at 0, for a transfer of `count`
+/// bytes.
 template <typename Opened, typename Call>
 BOOL transferOn(HANDLE file, LPCVOID buffer, DWORD count, LPDWORD moved, LPOVERLAPPED overlapped,
                 Call call) {

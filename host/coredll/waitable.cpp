@@ -7,14 +7,14 @@ namespace coredll {
 
 DWORD Waitable::wait(const Deadline& deadline) {
   std::unique_lock lock(mutex);
-  bool taken = false;
-  const auto isOver = [&] { return closed || (taken = take()); };
+  bool isTaken = false;
+  const auto isOver = [&] { return closed || (isTaken = take()); };
   if (!deadline) {
     changed.wait(lock, isOver);
   } else if (!changed.wait_until(lock, *deadline, isOver)) {
     return WAIT_TIMEOUT;
   }
-  return taken ? WAIT_OBJECT_0 : fail(ERROR_INVALID_HANDLE, WAIT_FAILED);
+  return isTaken ? WAIT_OBJECT_0 : fail(ERROR_INVALID_HANDLE, WAIT_FAILED);
 }
 
 void Waitable::close() {

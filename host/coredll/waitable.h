@@ -1,6 +1,5 @@
 // An object that WaitForSingleObject can wait for.
-#ifndef COREDLL_WAITABLE_H
-#define COREDLL_WAITABLE_H
+#pragma once
 
 #include <windows.h>
 
@@ -14,23 +13,22 @@ namespace coredll {
 
 class Waitable : public KernelObject {
  public:
-  // WaitForSingleObject's result; WAIT_FAILED comes with the last error set.
+  /// Returns WaitForSingleObject's result; with WAIT_FAILED the last error is set.
   DWORD wait(const Deadline& deadline);
 
   void close() override;
 
  protected:
-  // Whether the object is signalled; takes what a wait takes. Called with the mutex locked.
+  /// Returns whether the object is signalled, and consumes the signal as a wait does. Called with
+  /// the mutex locked.
   virtual bool take() = 0;
 
   std::mutex mutex;
-  // Notified, under the mutex, whenever take() may have a new answer.
+  /// Notified, under the mutex, whenever the result of take() may have changed.
   std::condition_variable changed;
 
  private:
-  bool closed = false;  // guarded by mutex
+  bool closed = false;  ///< guarded by mutex
 };
 
 }  // namespace coredll
-
-#endif

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Never destroyed: threads may still post while the process ends.
+/// Never destroyed: threads may still post while the process ends.
 GuardedSink<DeskMessageSink>& sink() {
   static auto& messageSink = *new GuardedSink<DeskMessageSink>;
   return messageSink;

@@ -1,5 +1,5 @@
-// Gives a shared object the calls of DllMain that a DLL gets. Linked into the object whose DllMain
-// it is, behind everything that has static objects.
+// Calls the DllMain of a shared object as the system calls that of a DLL. Link it into the object
+// that defines DllMain, after everything that has static objects.
 #include <windows.h>
 
 #include <cstdio>
@@ -24,8 +24,9 @@ void detach() {
   DllMain(&module, DLL_PROCESS_DETACH, nullptr);
 }
 
-// Static objects are built in the order of the link line and destroyed in the opposite one: this
-// one is built last. A program that loaded the module and ends destroys it first.
+/// Static objects are constructed in the order of the link line and destroyed in the opposite
+/// order. This one is constructed last, and a program that loaded the module and ends destroys it
+/// first.
 const struct Attachment {
   Attachment() { attach(); }
   Attachment(const Attachment&) = delete;
@@ -33,8 +34,9 @@ const struct Attachment {
   ~Attachment() { detach(); }
 } attachment;
 
-// Destructor functions run before the module's static objects go, those too that were built while
-// it was in use: at dlclose, and at the end of a program that is linked to the module.
+/// Destructor functions run before the module's static objects are destroyed, also before those
+/// that were constructed while it was in use: at dlclose, and at the end of a program that is
+/// linked to the module.
 __attribute__((destructor)) void leave() { detach(); }
 
 }  // namespace

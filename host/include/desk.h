@@ -1,10 +1,9 @@
 /*
- * What the desk's platform offers beyond Windows CE: a place where posted window messages arrive,
- * and counts of open handles and running threads. Host programs and tests on Linux may use it; the
- * library never does. All functions may be called on any thread.
+ * The functions of the Linux host's platform that Windows CE does not have: they receive posted
+ * window messages, and return the numbers of open handles and running threads. Host programs and
+ * tests on Linux may use them; the library never does. All functions may be called on any thread.
  */
-#ifndef HOST_DESK_H
-#define HOST_DESK_H
+#pragma once
 
 #include <windows.h>
 
@@ -18,22 +17,20 @@ typedef void (*DeskMessageSink)(void* context, HWND window, UINT message, WPARAM
                                 LPARAM lParam);
 
 /*
- * Hands every message posted from now on to `sink` (NULL: messages are dropped, as at the start).
- * When it returns, no call of the sink before is running any more.
+ * Passes every message posted from now on to `sink` (NULL: messages are dropped, as at the start).
+ * When it returns, no call of the previous sink is running.
  */
 void deskSetMessageSink(DeskMessageSink sink, void* context);
 
-/* The number of handles (semaphores, threads, devices) open in this process. */
+/* Returns the number of handles (semaphores, threads, devices) that are open in this process. */
 unsigned deskOpenHandles(void);
 
 /*
- * The number of threads made by CreateThread that have not ended: whoever has waited for a thread's
- * handle does not find the thread counted any more.
+ * Returns the number of threads made by CreateThread that have not ended. A thread whose handle is
+ * signalled is not included.
  */
 unsigned deskRunningThreads(void);
 
 #ifdef __cplusplus
 }
-#endif
-
 #endif

@@ -1,7 +1,6 @@
 /* The wave format record of the platform's multimedia interface: CE's layout, packed to 18 bytes.
  */
-#ifndef HOST_MMSYSTEM_H
-#define HOST_MMSYSTEM_H
+#pragma once
 
 #include <windows.h>
 
@@ -18,5 +17,3 @@ typedef struct tWAVEFORMATEX {
   WORD cbSize;
 } WAVEFORMATEX, *LPWAVEFORMATEX;
 #pragma pack(pop)
-
-#endif

@@ -1,12 +1,11 @@
 /*
- * The part of the Windows CE kernel interface that the library uses, with CE's own names, types,
- * values and layouts, for a platform that has no <windows.h> of its own.
+ * The part of the Windows CE kernel interface that the library uses, with CE's names, types, values
+ * and layouts, for a platform without a <windows.h>.
  *
- * On the desk these functions come from libcoredll.so; what is promised for each of them is written
- * here, next to its declaration. C and C++ can both read this file.
+ * On the Linux host libcoredll.so has these functions. The comment of each declaration says what
+ * the function promises. The file is for C and C++.
  */
-#ifndef HOST_WINDOWS_H
-#define HOST_WINDOWS_H
+#pragma once
 
 #include <stdint.h>
 
@@ -37,7 +36,7 @@ typedef DWORD* LPDWORD;
 typedef LONG* LPLONG;
 
 #ifdef __cplusplus
-typedef char16_t WCHAR; /* a UTF-16 unit: 16 bits, whatever the desk's wchar_t is */
+typedef char16_t WCHAR; /* a UTF-16 unit: 16 bits, unlike the Linux host's wchar_t */
 #else
 typedef uint_least16_t WCHAR; /* as char16_t is in C */
 #endif
@@ -75,8 +74,8 @@ typedef struct _OVERLAPPED OVERLAPPED, *LPOVERLAPPED;
 #define ERROR_OPERATION_ABORTED 995u
 
 /*
- * The calling thread's last error, 0 in a new thread. Every function below that fails sets it; one
- * that succeeds leaves it alone.
+ * Returns the calling thread's last error, 0 in a new thread. Every function below sets it when it
+ * fails and does not change it when it succeeds.
  */
 DWORD WINAPI GetLastError(void);
 void WINAPI SetLastError(DWORD error);
@@ -89,48 +88,50 @@ void WINAPI SetLastError(DWORD error);
 #define WAIT_FAILED 0xffffffffu
 
 /*
- * Handles (semaphores, threads, devices) are opaque. A value names one object from its creation to
- * its CloseHandle and is not given out again while the process lives, so a copy kept too long is
- * recognised. Every function below answers a handle that is NULL, closed, made up or of another
- * kind with its failure result and ERROR_INVALID_HANDLE. All of them may be called on any thread.
+ * Handles (semaphores, threads, devices) are opaque. A value refers to one object from its creation
+ * to its CloseHandle and is not used again in the process, so a stale copy is recognised. With a
+ * handle that is NULL, closed, invalid or of another kind every function below returns its failure
+ * result and sets ERROR_INVALID_HANDLE. All of them may be called on any thread.
  */
 
 /*
- * Makes a semaphore that holds initialCount of at most maximumCount counts. Attributes are ignored.
- * NULL with ERROR_INVALID_PARAMETER when the counts are impossible (maximum below 1, initial below
- * 0 or above the maximum) or a name is given (there are no shared semaphores here), NULL with
- * ERROR_NOT_ENOUGH_MEMORY when there is no room.
+ * Creates a semaphore with the count initialCount and the maximum maximumCount. Attributes are
+ * ignored. Returns NULL with ERROR_INVALID_PARAMETER when the maximum is below 1, when the initial
+ * count is below 0 or above the maximum, or when a name is given (there are no shared semaphores
+ * here). Returns NULL with ERROR_NOT_ENOUGH_MEMORY when there is no memory.
  */
 HANDLE WINAPI CreateSemaphoreW(LPSECURITY_ATTRIBUTES attributes, LONG initialCount,
                                LONG maximumCount, LPCWSTR name);
 
 /*
- * Adds releaseCount counts and stores the count before in *previousCount when that is not NULL. A
- * release that would exceed the maximum changes nothing and returns FALSE with
- * ERROR_TOO_MANY_POSTS; so does a releaseCount below 1, with ERROR_INVALID_PARAMETER.
+ * Adds releaseCount to the count, and stores the previous count in *previousCount when that is not
+ * NULL. A release that would exceed the maximum changes nothing and returns FALSE with
+ * ERROR_TOO_MANY_POSTS. A releaseCount below 1 changes nothing and returns FALSE with
+ * ERROR_INVALID_PARAMETER.
  */
 BOOL WINAPI ReleaseSemaphore(HANDLE semaphore, LONG releaseCount, LPLONG previousCount);
 
 /*
  * Waits at most `milliseconds` (INFINITE: without limit; 0: does not wait) until the object is
- * signalled: a semaphore when it has a count, which the wait takes; a thread when it has ended.
- * WAIT_OBJECT_0; WAIT_TIMEOUT, never before the time is over, whatever happens to the wall clock;
- * or WAIT_FAILED with ERROR_INVALID_HANDLE, also when the object is a device and, for a wait that
- * is already going on, when another thread closes the handle.
+ * signalled. A semaphore is signalled when its count is above 0, and the wait takes 1 from the
+ * count. A thread is signalled when it has ended. Returns WAIT_OBJECT_0, or WAIT_TIMEOUT, never
+ * before the time is over, even when the wall clock changes. Returns WAIT_FAILED with
+ * ERROR_INVALID_HANDLE also when the object is a device, and when another thread closes the handle
+ * during the wait.
  */
 DWORD WINAPI WaitForSingleObject(HANDLE object, DWORD milliseconds);
 
 /*
- * Gives a handle back. FALSE with ERROR_INVALID_HANDLE when it is not open (any more). Other
- * threads' calls that are waiting in the object fail at once: waits with WAIT_FAILED, device calls
- * with ERROR_OPERATION_ABORTED. When the close of a device returns, they have left it and it can be
- * opened again.
+ * Closes a handle. Returns FALSE with ERROR_INVALID_HANDLE when it is not open. Other threads'
+ * calls that wait in the object fail at once: waits with WAIT_FAILED, device calls with
+ * ERROR_OPERATION_ABORTED. When the close of a device returns, these calls have left the device and
+ * it can be opened again.
  */
 BOOL WINAPI CloseHandle(HANDLE object);
 
 /* ---------------------------------------------------------------- interlocked access */
 
-/* Stores `value` in *target when that holds `comparand`. Returns what it held. */
+/* Stores `value` in *target if that equals `comparand`. Returns the previous value. */
 LONG WINAPI InterlockedCompareExchange(LONG volatile* target, LONG value, LONG comparand);
 
 /* ---------------------------------------------------------------- threads and time */
@@ -138,18 +139,19 @@ LONG WINAPI InterlockedCompareExchange(LONG volatile* target, LONG value, LONG c
 typedef DWORD(WINAPI* LPTHREAD_START_ROUTINE)(LPVOID parameter);
 
 /*
- * Starts a thread at once; its id, never 0, goes to *threadId when that is not NULL. Attributes and
- * stackSize are ignored: the stack is the default one. creationFlags is 0, else NULL with
- * ERROR_INVALID_PARAMETER, as without a `start`; NULL with ERROR_NOT_ENOUGH_MEMORY when the system
- * has no room for a thread. The handle is signalled when `start` has returned and the destructors
- * of the thread's thread_local objects have run: from then on no code of the caller's runs on it,
- * and the module of `start` may be unloaded. Closing the handle does not end the thread.
+ * Starts a thread at once. Stores its id, never 0, in *threadId when that is not NULL. Attributes
+ * and stackSize are ignored: the stack has the default size. Returns NULL with
+ * ERROR_INVALID_PARAMETER when creationFlags is not 0 or `start` is NULL, and NULL with
+ * ERROR_NOT_ENOUGH_MEMORY when the system cannot make a thread. The handle is signalled when
+ * `start` has returned and the destructors of the thread's thread_local objects have run. From then
+ * on the thread runs no code of the caller, and the module of `start` may be unloaded. Closing the
+ * handle does not end the thread.
  */
 HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES attributes, DWORD stackSize,
                            LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD creationFlags,
                            LPDWORD threadId);
 
-/* Sleeps at least `milliseconds`; 0 gives the rest of the time slice away. */
+/* Sleeps at least `milliseconds`; 0 yields the rest of the time slice. */
 void WINAPI Sleep(DWORD milliseconds);
 
 /* ---------------------------------------------------------------- devices */
@@ -159,22 +161,23 @@ void WINAPI Sleep(DWORD milliseconds);
 #define OPEN_EXISTING 3u
 
 /*
- * Opens a device by its CE name for reading and writing, unshared. A name that begins with COM is a
- * serial port's ("COM1:"), every other one a stream device's ("IPD1:"); case does not matter.
+ * Opens a device by its CE name for reading and writing, unshared. A name that begins with COM is
+ * that of a serial port ("COM1:"), every other one is that of a stream device ("IPD1:"). Case does
+ * not matter.
  *
- * The environment variable IPODCTL_DEVICES says, at each open, which terminal stands for a device:
- *   IPODCTL_DEVICES="IPD1:=/dev/pts/4,COM1:=/dev/ttyUSB0"
- * Blanks around names and paths do not count, nor do entries without '='; of two entries for one
- * name the first holds. The environment must not be changed during the call.
+ * At each open the environment variable IPODCTL_DEVICES maps the names of devices to terminals:
+ *   IPODCTL_DEVICES="IPD1:=/dev/pts/4,COM1:=/dev/ttyUSB0" Blanks around names and paths are
+ *   ignored, and so are entries without '='. Of two entries for one name the first is used. The
+ *   environment must not be changed during the call.
  *
- * The terminal is made raw (8 data bits, no echo, nothing translated) and keeps its speed. What had
- * arrived before the open and was not read is still read. Opening is exclusive by an flock() of the
- * terminal, which every user of this function respects; a terminal that is not a pseudo terminal is
- * also closed to other programs (TIOCEXCL; the superuser gets in all the same).
+ * The terminal is made raw (8 data bits, no echo, nothing translated) and keeps its speed. Bytes
+ * that arrived before the open and were not read can still be read. An flock() of the terminal
+ * makes the open exclusive among the users of this function. A terminal that is not a
+ * pseudo-terminal is also closed to other programs (TIOCEXCL), except to the superuser.
  *
- * INVALID_HANDLE_VALUE with ERROR_FILE_NOT_FOUND when the name has no entry or its path is not a
- * terminal, ERROR_SHARING_VIOLATION when the terminal is open already, ERROR_ACCESS_DENIED when the
- * user may not open it, ERROR_TOO_MANY_OPEN_FILES or ERROR_NOT_ENOUGH_MEMORY, and
+ * Returns INVALID_HANDLE_VALUE with ERROR_FILE_NOT_FOUND when the name has no entry or its path is
+ * not a terminal, ERROR_SHARING_VIOLATION when the terminal is already open, ERROR_ACCESS_DENIED
+ * when the user may not open it, ERROR_TOO_MANY_OPEN_FILES or ERROR_NOT_ENOUGH_MEMORY, and
  * ERROR_INVALID_PARAMETER for anything but GENERIC_READ | GENERIC_WRITE, share 0, OPEN_EXISTING,
  * flags 0 and no template. Attributes are ignored.
  */
@@ -182,32 +185,33 @@ HANDLE WINAPI CreateFileW(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_AT
                           DWORD disposition, DWORD flags, HANDLE templateFile);
 
 /*
- * Reads at most `count` bytes and stores how many came in *read (0 on failure). A stream device
- * blocks for at least one byte; a serial port follows its COMMTIMEOUTS, and a time-out is no
- * failure. A count of 0 returns TRUE at once. FALSE with ERROR_OPERATION_ABORTED when the handle is
- * closed meanwhile (what had been collected for the read is lost), with ERROR_GEN_FAILURE when the
- * other side has gone: bytes that can still be read come first, and a read that has some when it
- * happens delivers them. FALSE with ERROR_INVALID_PARAMETER when `read` is NULL, `buffer` is NULL
- * with a count, or `overlapped` is not NULL.
+ * Reads at most `count` bytes and stores their number in *read (0 on failure). A stream device
+ * blocks for at least one byte. A serial port follows its COMMTIMEOUTS, and a time-out is not a
+ * failure. A count of 0 returns TRUE at once. Returns FALSE with ERROR_OPERATION_ABORTED when the
+ * handle is closed meanwhile; bytes already collected for the read are lost. Returns FALSE with
+ * ERROR_GEN_FAILURE when the other side has closed, but only after all bytes have been read: a read
+ * that already has bytes returns them. Returns FALSE with ERROR_INVALID_PARAMETER when `read` is
+ * NULL, `buffer` is NULL with a count, or `overlapped` is not NULL.
  */
 BOOL WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD count, LPDWORD read,
                      LPOVERLAPPED overlapped);
 
 /*
- * Writes `count` bytes and stores how many went out in *written, also on failure. Blocks while the
- * device takes no more, on a serial port no longer than its COMMTIMEOUTS allow: TRUE then, with
- * fewer bytes. Two threads' writes on one handle follow each other whole. FALSE when the handle is
- * closed meanwhile (ERROR_OPERATION_ABORTED), when the other side has gone (ERROR_GEN_FAILURE), and
- * with ERROR_INVALID_PARAMETER as for ReadFile.
+ * Writes `count` bytes and stores the number of written bytes in *written, also on failure. Blocks
+ * while the device accepts no more bytes. On a serial port it blocks no longer than its
+ * COMMTIMEOUTS allow; then it returns TRUE, with fewer bytes. The bytes of two threads' writes on
+ * one handle do not mix. Returns FALSE when the handle is closed meanwhile
+ * (ERROR_OPERATION_ABORTED), when the other side has closed (ERROR_GEN_FAILURE), and with
+ * ERROR_INVALID_PARAMETER as ReadFile does.
  */
 BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD count, LPDWORD written,
                       LPOVERLAPPED overlapped);
 
 /*
- * Waits until everything written has left the system's output queue for the device. FALSE when the
- * handle is closed meanwhile (ERROR_OPERATION_ABORTED) or the other side has gone
- * (ERROR_GEN_FAILURE). A pseudo terminal has no such queue: what the other end has not read yet is
- * not waited for.
+ * Waits until everything written has left the system's output queue for the device. Returns FALSE
+ * when the handle is closed meanwhile (ERROR_OPERATION_ABORTED) or the other side has closed
+ * (ERROR_GEN_FAILURE). A pseudo-terminal has no such queue: the call does not wait until the other
+ * end has read the bytes.
  */
 BOOL WINAPI FlushFileBuffers(HANDLE file);
 
@@ -255,15 +259,15 @@ typedef struct _DCB {
 } DCB, *LPDCB;
 
 /*
- * Milliseconds; all 0 when a port is opened.
- * A read ends when it has every byte asked for, when ReadIntervalTimeout has passed since the last
- * byte that came (0: no such limit; it does not run before the first byte), or when the total has
- * passed since the call: ReadTotalTimeoutMultiplier for each byte asked for plus
- * ReadTotalTimeoutConstant (both 0: no such limit). With a ReadIntervalTimeout of MAXDWORD a read
- * does not wait for more than there is. Both totals 0: it returns at once, perhaps with nothing.
- * Otherwise it waits for the first byte until the total has passed, and a multiplier of MAXDWORD
- * counts as 0; a constant of MAXDWORD is refused beside that multiplier. A write ends when
- * everything went out or when its total, reckoned likewise, has passed since its turn came.
+ * Milliseconds; all 0 when a port is opened. A read ends when it has every requested byte, when
+ * ReadIntervalTimeout has passed since the last byte arrived (0: no such limit; it does not run
+ * before the first byte), or when the total has passed since the call: ReadTotalTimeoutMultiplier
+ * for each requested byte plus ReadTotalTimeoutConstant (both 0: no such limit). With a
+ * ReadIntervalTimeout of MAXDWORD a read returns what has arrived. If both totals are 0, it returns
+ * at once, perhaps without bytes. Otherwise it waits for the first byte until the total has passed;
+ * a multiplier of MAXDWORD then has the value 0, and is refused with a constant of MAXDWORD. A
+ * write ends when everything was written, or when its total, computed in the same way, has passed
+ * since it could begin.
  */
 typedef struct _COMMTIMEOUTS {
   DWORD ReadIntervalTimeout;
@@ -274,19 +278,20 @@ typedef struct _COMMTIMEOUTS {
 } COMMTIMEOUTS, *LPCOMMTIMEOUTS;
 
 /*
- * Serial ports only: a stream device's handle is ERROR_INVALID_HANDLE. FALSE with
- * ERROR_INVALID_PARAMETER for a NULL pointer, with ERROR_GEN_FAILURE when the other side has gone.
+ * For serial ports only: with a stream device's handle they fail with ERROR_INVALID_HANDLE. They
+ * return FALSE with ERROR_INVALID_PARAMETER for a NULL pointer, and with ERROR_GEN_FAILURE when the
+ * other side has closed.
  *
  * GetCommState fills the whole record: the terminal's speed, byte size, parity and stop bits, DTR
- * enabled, and RTS as set last (enabled when the port is opened), whether the terminal has that
- * line or not. SetCommState can change those, DTR excepted: BaudRate (a usual rate, 300 to 921600),
- * ByteSize (5 to 8), Parity (NOPARITY, ODDPARITY, EVENPARITY), StopBits (ONESTOPBIT, TWOSTOPBITS),
- * fRtsControl (RTS_CONTROL_DISABLE, RTS_CONTROL_ENABLE). Every other field must be as GetCommState
- * gave it, and DCBlength is not looked at. A setting that is not among these, or that the terminal
- * does not take (a pseudo terminal has 8 bits and no parity), changes nothing: FALSE with
- * ERROR_INVALID_PARAMETER.
+ * enabled, and RTS as set last (enabled when the port is opened), even if the terminal does not
+ * have that line. SetCommState can change these, except DTR: BaudRate (a usual rate, 300 to
+ * 921600), ByteSize (5 to 8), Parity (NOPARITY, ODDPARITY, EVENPARITY), StopBits (ONESTOPBIT,
+ * TWOSTOPBITS), fRtsControl (RTS_CONTROL_DISABLE, RTS_CONTROL_ENABLE). Every other field must be as
+ * GetCommState set it; DCBlength is ignored. A setting that is not among these, or that the
+ * terminal does not accept (a pseudo-terminal has 8 bits and no parity), changes nothing: the
+ * function returns FALSE with ERROR_INVALID_PARAMETER.
  *
- * New time-outs hold for the reads and writes that begin after the call.
+ * New time-outs apply to the reads and writes that begin after the call.
  */
 BOOL WINAPI GetCommState(HANDLE port, LPDCB state);
 BOOL WINAPI SetCommState(HANDLE port, LPDCB state);
@@ -299,8 +304,8 @@ BOOL WINAPI SetCommTimeouts(HANDLE port, LPCOMMTIMEOUTS timeouts);
 #define HWND_BROADCAST HOST_HANDLE(0xffff)
 
 /*
- * Posts a message and returns TRUE at once. There are no windows on the desk: the message goes to
- * the sink of desk.h, on the calling thread, and without a sink it is dropped.
+ * Posts a message and returns TRUE at once. The Linux host has no windows: the sink of desk.h
+ * receives the message on the calling thread. Without a sink the message is dropped.
  */
 BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
@@ -310,22 +315,20 @@ BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam
 #define DLL_THREAD_DETACH 3u
 
 /*
- * What a module defines to be called when it comes into the process, with DLL_PROCESS_ATTACH after
- * its static objects are built, and when it leaves, with DLL_PROCESS_DETACH before they are
- * destroyed. `module` is an address inside the module, `reserved` NULL. An attach that returns
- * FALSE ends the process: a shared object cannot refuse to be loaded. Modules get these calls by
- * linking dll_entry.
+ * A module defines this function. It is called with DLL_PROCESS_ATTACH when the module is loaded,
+ * after its static objects were constructed, and with DLL_PROCESS_DETACH when it is unloaded,
+ * before they are destroyed. `module` is an address inside the module, `reserved` NULL. An attach
+ * that returns FALSE ends the process, because a shared object cannot refuse to be loaded. A module
+ * gets these calls when it links dll_entry.
  */
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved);
 
 /*
- * Says that a module wants no calls when threads come and go. TRUE; on the desk there are none in
- * any case.
+ * Disables the calls of DllMain when threads start and end. Returns TRUE; the Linux host never
+ * makes these calls.
  */
 BOOL WINAPI DisableThreadLibraryCalls(HMODULE module);
 
 #ifdef __cplusplus
 }
-#endif
-
 #endif

@@ -15,7 +15,7 @@ constexpr std::size_t kTextSize = 128;
 std::atomic<int> results[] = {0, 0, 0, 0, 0, 1};
 static_assert(std::size(results) == kIpodAudioPresent + 1, "a result for each function");
 
-// Never destroyed: threads may still play while the process ends.
+/// Never destroyed: threads may still play while the process ends.
 GuardedSink<IsochplaySink>& sink() {
   static auto& callSink = *new GuardedSink<IsochplaySink>;
   return callSink;

@@ -1,11 +1,10 @@
 /*
- * What the desk's audio library offers beyond the platform's: a host program or a test can receive
- * the calls and set their results. There is no sound on the desk; without a sink the library says
- * each call in a line on stderr, such as isochplay: StartIpodAudioPlay(44100 Hz, 2 channels, 16
- * bits) All functions may be called on any thread.
+ * The functions of the Linux host's audio library that the platform's does not have: a host program
+ * or a test can receive the calls and set their results. There is no sound. Without a sink the
+ * library writes each call to stderr, for example isochplay: StartIpodAudioPlay(44100 Hz, 2
+ * channels, 16 bits) All functions may be called on any thread.
  */
-#ifndef ISOCHPLAY_DESK_H
-#define ISOCHPLAY_DESK_H
+#pragma once
 
 #include <isochplay.h>
 
@@ -24,30 +23,28 @@ typedef enum IsochplayFunction {
 
 typedef struct IsochplayCall {
   IsochplayFunction function;
-  const char* text;           /* "SelectFrequency(48000 Hz)"; the sink's for the time of the call */
-  const WAVEFORMATEX* format; /* StartIpodAudioPlay's, NULL without one; as long as the text */
-  int sampleRate;             /* SelectFrequency's, in Hz */
-  int words[4];               /* IpodAudioPresent's */
+  const char* text; /* "SelectFrequency(48000 Hz)"; valid during the call of the sink */
+  const WAVEFORMATEX*
+      format;     /* StartIpodAudioPlay's, NULL without one; valid as long as the text */
+  int sampleRate; /* SelectFrequency's, in Hz */
+  int words[4];   /* IpodAudioPresent's */
 } IsochplayCall;
 
 /* Receives one call on the calling thread, before its result is returned. Must not block. */
 typedef void (*IsochplaySink)(void* context, const IsochplayCall* call);
 
 /*
- * Hands every call from now on to `sink` in place of the line on stderr (NULL: to stderr, as at the
- * start). When it returns, no call of the sink before is running any more; the sink must not call
- * it.
+ * Passes every call from now on to `sink` instead of writing it to stderr (NULL: to stderr, as at
+ * the start). When it returns, no call of the previous sink is running. The sink must not call it.
  */
 void isochplaySetSink(IsochplaySink sink, void* context);
 
 /*
  * Sets what a function returns from now on. At the start IpodAudioPresent returns 1 (the iPod's
- * audio is there) and every other one 0. A value that is no IsochplayFunction changes nothing.
+ * audio is there) and every other one 0. A value that is not an IsochplayFunction changes nothing.
  */
 void isochplaySetResult(IsochplayFunction function, int result);
 
 #ifdef __cplusplus
 }
-#endif
-
 #endif

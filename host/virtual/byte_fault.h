@@ -1,6 +1,5 @@
-// A cable that spoils the bytes of one direction at one place.
-#ifndef VIRTUAL_BYTE_FAULT_H
-#define VIRTUAL_BYTE_FAULT_H
+// A cable that corrupts the bytes of one direction at one place.
+#pragma once
 
 #include <windows.h>
 
@@ -14,13 +13,13 @@ struct ByteFault {
   enum class Kind { kFlipped, kLost, kDoubled, kInserted };
 
   Kind kind;
-  std::size_t at;  // the byte that it strikes, counted from 0
-  BYTE value;      // kFlipped: the bits that change; kInserted: the byte that comes before
+  std::size_t at;  ///< the byte that it changes, counted from 0
+  BYTE value;  ///< kFlipped: the bits that change; kInserted: the byte that is inserted before it
 };
 
 class SpoiledLine {
  public:
-  // Counts from the next byte on.
+  /// Starts to count with the next byte.
   void spoil(const ByteFault& byteFault);
   void heal() { fault.reset(); }
   bool hasStruck() const { return struck; }
@@ -36,5 +35,3 @@ class SpoiledLine {
 };
 
 }  // namespace virtual_platform
-
-#endif

@@ -1,4 +1,4 @@
-// A serial port's settings and time-outs: the port takes what a line can have, and keeps it.
+// A serial port's settings and time-outs: the port accepts and stores what a line can have.
 #include <termios.h>
 #include <windows.h>
 

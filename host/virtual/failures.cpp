@@ -5,7 +5,8 @@
 namespace virtual_platform {
 namespace {
 
-// Never destroyed: the library's own objects come before main and go behind it.
+/// Never destroyed: the library's static objects are constructed before main and destroyed after
+/// it.
 std::map<std::string, Failures>& allFailures() {
   static auto& all = *new std::map<std::string, Failures>;
   return all;

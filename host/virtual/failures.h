@@ -1,6 +1,5 @@
-// Calls that fail although nothing is wrong with them.
-#ifndef VIRTUAL_FAILURES_H
-#define VIRTUAL_FAILURES_H
+// Lets chosen calls fail.
+#pragma once
 
 #include <cstddef>
 #include <optional>
@@ -8,8 +7,8 @@
 
 namespace virtual_platform {
 
-// Which of the coming calls fail: the one behind the first `allowed`, alone or with all that
-// follow.
+/// Which of the next calls fail: the one after the first `allowed`, only that one or all later
+/// ones, too.
 struct FailurePoint {
   std::size_t allowed;
   bool andAllLater;
@@ -17,10 +16,10 @@ struct FailurePoint {
 
 class Failures {
  public:
-  void arm(const FailurePoint& wanted);  // counts from here
+  void arm(const FailurePoint& wanted);  ///< counts the calls from here
   void disarm() { point.reset(); }
 
-  // For each call, in order: whether it fails.
+  /// Returns, for each call in order, whether it fails.
   bool strikesNext();
 
   std::size_t asked() const { return askedCount; }
@@ -32,13 +31,11 @@ class Failures {
   std::size_t struckCount = 0;
 };
 
-// Those of a platform function, in a world or outside, or of what else a test has a name for. The
-// platform's fail as when the system has no room for what is to be made (CreateSemaphoreW,
-// CreateThread, CreateFileW) and as a broken device does (ReadFile, WriteFile, FlushFileBuffers).
+/// Returns the failures of a platform function, in a world or outside, or of another name that a
+/// test uses. CreateSemaphoreW, CreateThread and CreateFileW then fail as when the system has no
+/// memory; ReadFile, WriteFile and FlushFileBuffers fail as with a broken device.
 Failures& failuresOf(const std::string& function);
 
 void disarmAllFailures();
 
 }  // namespace virtual_platform
-
-#endif

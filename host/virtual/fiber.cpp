@@ -7,7 +7,7 @@
 #include <sanitizer/common_interface_defs.h>
 #endif
 #if defined(__SANITIZE_THREAD__)
-// The compiler's header leaves them out.
+/// The compiler's header does not declare them.
 extern "C" {
 void* __tsan_get_current_fiber();
 void* __tsan_create_fiber(unsigned flags);
@@ -43,7 +43,7 @@ void dropThreadMark(void*) {}
 void switchThreadMark(void*) {}
 #endif
 
-// Of the switch that goes on.
+/// The fiber to which the present switch leads.
 Fiber* arriving = nullptr;
 FiberMarks* left = nullptr;
 
@@ -58,7 +58,7 @@ Fiber::Fiber(std::function<void()> fiberBody)
   context.uc_stack.ss_size = FiberStack::size();
   context.uc_link = nullptr;
   makecontext(&context, &Fiber::enter, 0);
-  // AddressSanitizer would drop its marks of the whole stack at every switch to it.
+  // With a stack here AddressSanitizer would clear its marks of the whole stack at every switch.
   context.uc_stack = {};
   marks = {stack->bottom(), FiberStack::size(), newThreadMark()};
 }

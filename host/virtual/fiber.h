@@ -1,6 +1,5 @@
-// A flow of control with a stack of its own. All fibers share one thread of the system.
-#ifndef VIRTUAL_FIBER_H
-#define VIRTUAL_FIBER_H
+// A flow of control with a separate stack. All fibers share one thread of the system.
+#pragma once
 
 #include <ucontext.h>
 
@@ -12,7 +11,7 @@
 
 namespace virtual_platform {
 
-// What a sanitizer must know of a fiber; empty without one.
+/// What a sanitizer must know about a fiber; empty without a sanitizer.
 struct FiberMarks {
   const void* stackBottom = nullptr;
   std::size_t stackSize = 0;
@@ -21,31 +20,29 @@ struct FiberMarks {
 
 class Fiber {
  public:
-  // Stands for the system's thread that runs now.
+  /// Represents the system's thread that runs now.
   Fiber();
-  // Runs `body` when it is switched to for the first time. The body must not return: it switches
-  // away for ever.
+  /// Runs `body` when it is switched to for the first time. The body must not return: it switches
+  /// away for ever.
   explicit Fiber(std::function<void()> body);
   ~Fiber();
   Fiber(const Fiber&) = delete;
   Fiber& operator=(const Fiber&) = delete;
 
-  // Called in this fiber: goes on in `next`, and returns when somebody switches back.
+  /// Called in this fiber: continues in `next`, and returns when another fiber switches back.
   void switchTo(Fiber& next);
-  // Likewise, but nobody will switch back.
+  /// Continues in `next`; no fiber will switch back.
   void leaveTo(Fiber& next);
 
  private:
   static void enter();
   void swap(Fiber& next, void** fakeStack);
 
-  std::unique_ptr<FiberStack> stack;  // none for the system's thread
+  std::unique_ptr<FiberStack> stack;  ///< none for the system's thread
   std::function<void()> body;
   ucontext_t context = {};
-  bool isInside = false;  // its body has begun and not ended
+  bool isInside = false;  ///< its body has begun and not ended
   FiberMarks marks;
 };
 
 }  // namespace virtual_platform
-
-#endif

@@ -13,10 +13,10 @@
 namespace virtual_platform {
 namespace {
 
-constexpr std::size_t kGuardSize = 65536;  // a page, whatever the processor's is
+constexpr std::size_t kGuardSize = 65536;  // at least one page on every processor
 constexpr std::size_t kStackSize = 1048576;
 
-// Never destroyed: the last fiber may go while the process ends.
+/// Never destroyed: the last fiber may be destroyed while the process ends.
 std::vector<void*>& spareStacks() {
   static auto& spare = *new std::vector<void*>;
   return spare;
@@ -29,7 +29,7 @@ void* mapStack() {
   return static_cast<char*>(area) + kGuardSize;
 }
 
-// The fiber before has never returned from its first functions, whose marks are still there.
+/// Clears the marks of the previous fiber, which never returned from its first functions.
 void forgetFrames([[maybe_unused]] void* bottom) {
 #if defined(__SANITIZE_ADDRESS__)
   __asan_unpoison_memory_region(bottom, kStackSize);

@@ -1,27 +1,26 @@
-// The memory that a fiber's stack lies in.
-#ifndef VIRTUAL_FIBER_STACK_H
-#define VIRTUAL_FIBER_STACK_H
+// The memory of a fiber's stack.
+#pragma once
 
 #include <cstddef>
 
 namespace virtual_platform {
 
-// Below the lowest byte lies a page that nobody may touch, so that an overflow ends the program.
-// Stacks are used again: a world makes many threads, and a sweep many worlds.
+/// Below the lowest byte is a page without access, so that an overflow ends the program. Stacks are
+/// reused: a world makes many threads, and a sweep makes many worlds.
 class FiberStack {
  public:
-  // Throws std::bad_alloc.
+  /// Throws std::bad_alloc.
   FiberStack();
   ~FiberStack();
   FiberStack(const FiberStack&) = delete;
   FiberStack& operator=(const FiberStack&) = delete;
 
-  // The stack is never used again: the fiber was given up in the middle, and others may still use
-  // what lies here.
+  /// Keeps the stack from being reused: the fiber was abandoned while it ran, and other threads may
+  /// still use its variables.
   void keep();
 
   void* bottom() const { return lowest; }
-  static std::size_t size();  // bytes
+  static std::size_t size();  ///< bytes
 
  private:
   void* lowest;
@@ -29,5 +28,3 @@ class FiberStack {
 };
 
 }  // namespace virtual_platform
-
-#endif

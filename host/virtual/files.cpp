@@ -13,7 +13,7 @@
 namespace virtual_platform {
 namespace {
 
-// Empty when the name has a character that no device name has.
+/// Returns an empty text when the name has a character that no device name has.
 std::string narrowed(LPCWSTR name) {
   constexpr WCHAR kLastAscii = 0x7f;
   std::string narrow;

@@ -1,6 +1,5 @@
-// The way of an iPod's frames to the program: others can come in the place of each, and late.
-#ifndef VIRTUAL_FRAME_ROAD_H
-#define VIRTUAL_FRAME_ROAD_H
+// Carries an iPod's frames to the program. It can replace and delay each frame.
+#pragma once
 
 #include <cstddef>
 #include <functional>
@@ -13,25 +12,25 @@
 
 namespace virtual_platform {
 
-// What comes instead of a frame, so long after the frame would have come.
+/// A frame that replaces another one, and its delay.
 struct ComingFrame {
   Time delay;
   simulator::Bytes bytes;
 };
 
-// For the frame with this number, from 0, what comes in its place: nothing, itself, others.
+/// Returns the frames that replace the frame with this number, from 0: none, itself, others.
 using FrameRewriter =
     std::function<std::vector<ComingFrame>(std::size_t number, const simulator::Bytes& frame)>;
 
 class FrameRoad {
  public:
-  // Numbers the frames from the next one on.
+  /// Sets the function that replaces frames. The next frame has the number 0.
   void rewrite(FrameRewriter wanted);
-  // Whether something else came in the place of a frame.
+  /// Returns whether a frame was replaced by another one.
   bool hasRewritten() const { return rewritten; }
-  // From now on every frame comes as it is.
+  /// Stops replacing frames.
   void heal();
-  // What is under way never arrives.
+  /// Drops the frames that have not arrived yet.
   void clear() { underWay.clear(); }
 
   void send(Time now, const simulator::Bytes& frame);
@@ -46,5 +45,3 @@ class FrameRoad {
 };
 
 }  // namespace virtual_platform
-
-#endif

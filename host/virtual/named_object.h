@@ -1,6 +1,5 @@
-// What stands behind the handles of the virtual platform.
-#ifndef VIRTUAL_NAMED_OBJECT_H
-#define VIRTUAL_NAMED_OBJECT_H
+// What the handles of the deterministic platform refer to.
+#pragma once
 
 #include <windows.h>
 
@@ -11,14 +10,14 @@
 
 namespace virtual_platform {
 
-// An object with a name for traces: it counts the objects of a kind in the order in which the world
-// meets them, whatever the values of their handles are.
+/// An object with a name for traces: the name has the number of the object among those of its kind,
+/// in the order in which the world meets them. It does not depend on the handle's value.
 class NamedObject : public coredll::KernelObject {
  public:
   explicit NamedObject(const char* objectKind) : kind(objectKind) {}
 
   std::string name();
-  // From now on in every world.
+  /// Sets the name in every world from now on.
   void rename(const std::string& name) { givenName = name; }
   void close() override;
 
@@ -27,14 +26,12 @@ class NamedObject : public coredll::KernelObject {
 
  private:
   const char* const kind;
-  std::uint64_t namedIn = 0;  // the world's id
+  std::uint64_t namedIn = 0;  ///< the world's id
   unsigned number = 0;
   std::string givenName;
 };
 
-// Nothing for a handle that is not open.
+/// Does nothing for a handle that is not open.
 void nameHandle(HANDLE handle, const std::string& name);
 
 }  // namespace virtual_platform
-
-#endif

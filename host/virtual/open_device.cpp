@@ -14,7 +14,7 @@ namespace {
 constexpr DWORD kUsualSpeed = 9600;
 constexpr BYTE kUsualByteSize = 8;
 
-// A driver at the end of its data does not answer in no time.
+/// A driver at the end of its data needs some time to answer.
 constexpr Time kEndOfFileTime = std::chrono::milliseconds(1);
 
 DCB initialState() {
@@ -33,7 +33,7 @@ std::optional<Time> endOf(const coredll::TimeLimit& limit) {
   return now() + std::chrono::milliseconds(*limit);
 }
 
-// " 55 02 00 06 F8", the beginning of what was moved.
+/// Returns the beginning of what was moved, such as " 55 02 00 06 F8".
 std::string shown(const BYTE* bytes, DWORD count) {
   constexpr DWORD kMostShown = 64;
   std::string words;
@@ -99,7 +99,7 @@ DWORD OpenDevice::flush() {
   return error;
 }
 
-// What was written has left when more could follow it.
+/// Waits until what was written has been sent, which is when more could be written.
 void OpenDevice::awaitWritten() {
   await(
       "FlushFileBuffers(" + name() + ")", std::nullopt,
@@ -132,7 +132,7 @@ DWORD OpenDevice::run(const Transfer& transfer, DWORD& moved) {
   return error;
 }
 
-// The writes of several threads follow each other whole.
+/// Waits until no other thread writes, so that writes do not mix.
 DWORD OpenDevice::awaitTurn(const Transfer& transfer) {
   await(transfer.call, std::nullopt, [this] { return isClosed || !isWriting; });
   return isClosed ? ERROR_OPERATION_ABORTED : ERROR_SUCCESS;
@@ -149,7 +149,7 @@ DWORD OpenDevice::transferAll(const Transfer& transfer, DWORD& moved) {
     return isClosed ? ERROR_OPERATION_ABORTED : ERROR_GEN_FAILURE;
   }
   const auto wake = [this] { return device.nextWake(); };
-  for (bool inTime = true; !isClosed;) {
+  for (bool isInTime = true; !isClosed;) {
     const Readiness found = readiness(transfer);
     if (found == Readiness::kFailed) return ERROR_GEN_FAILURE;
     if (found == Readiness::kEnded) {
@@ -160,8 +160,8 @@ DWORD OpenDevice::transferAll(const Transfer& transfer, DWORD& moved) {
       moved += static_cast<DWORD>(transfer.moveRest(moved));
       deadline = earlier(end, endOf(transfer.plan.interval));
     }
-    if (moved >= transfer.plan.enough || !inTime) return ERROR_SUCCESS;
-    inTime = await(
+    if (moved >= transfer.plan.enough || !isInTime) return ERROR_SUCCESS;
+    isInTime = await(
         transfer.call, deadline,
         [&] { return isClosed || readiness(transfer) != Readiness::kWaits; }, wake);
   }

@@ -1,6 +1,5 @@
-// A device that is open.
-#ifndef VIRTUAL_OPEN_DEVICE_H
-#define VIRTUAL_OPEN_DEVICE_H
+// An open device.
+#pragma once
 
 #include <windows.h>
 
@@ -12,12 +11,13 @@
 
 namespace virtual_platform {
 
-// Results are error codes of windows.h. Made in a world; in another one, or in none, it is gone.
+/// Results are error codes of windows.h. It belongs to the world in which it was opened; elsewhere
+/// its device is gone.
 class OpenDevice final : public NamedObject {
  public:
   OpenDevice(VirtualDevice& opened, bool isPort);
 
-  // `moved` starts at 0 and counts the bytes.
+  /// `moved` starts at 0 and counts the bytes.
   DWORD read(BYTE* buffer, DWORD count, DWORD& moved);
   DWORD write(const BYTE* bytes, DWORD count, DWORD& moved);
   DWORD flush();
@@ -44,5 +44,3 @@ class OpenDevice final : public NamedObject {
 };
 
 }  // namespace virtual_platform
-
-#endif

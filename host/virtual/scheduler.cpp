@@ -6,11 +6,11 @@
 namespace virtual_platform {
 namespace {
 
-// Time passes in calls too, or a loop of calls would keep a deadline from ever coming.
+/// Calls take time, too: otherwise a loop of calls would never reach a deadline.
 constexpr Time kCallTime = std::chrono::microseconds(1);
-// Only a loop without an end makes so many calls while nobody has to wait.
+/// Only an endless loop makes so many calls while no thread waits.
 constexpr unsigned kMostCalls = 300000;
-// The library's threads have this long to end after the host's.
+/// The time that the library's threads have to end after the host's threads.
 constexpr Time kLeavingTime = std::chrono::seconds(10);
 
 }  // namespace
@@ -72,7 +72,7 @@ void Scheduler::pass() {
   yield();
 }
 
-// Counts calls down, once.
+/// Counts the calls down and returns true once, at 0.
 bool Scheduler::isDue(std::optional<unsigned>& callsLeft) {
   if (!callsLeft || (*callsLeft)-- > 0) return false;
   callsLeft.reset();
@@ -86,10 +86,10 @@ void Scheduler::holdAfter(unsigned calls) { current->callsToHold = calls; }
 bool Scheduler::resume() { return clear(&Thread::isHeld); }
 
 bool Scheduler::clear(bool Thread::*flag) {
-  bool anySet = false;
+  bool isAnySet = false;
   for (const auto& thread : threads)
-    anySet = std::exchange((*thread).*flag, false) || anySet;
-  return anySet;
+    isAnySet = std::exchange((*thread).*flag, false) || isAnySet;
+  return isAnySet;
 }
 
 void Scheduler::yield() {
@@ -116,7 +116,7 @@ std::string Scheduler::threadName() const { return current ? current->name : "ou
 
 DWORD& Scheduler::lastError() { return current->lastError; }
 
-// In the thread that ends, as its last step.
+/// Ends the thread that calls it. This is the last step of the thread.
 void Scheduler::end() {
   Thread& self = *current;
   leave();
@@ -138,7 +138,7 @@ void Scheduler::switchFrom(Thread& thread) {
   thread.fiber.switchTo(following ? following->fiber : *outside);
 }
 
-// Who runs now; null when the run is over.
+/// Returns the thread that runs now; null when the run is over.
 Scheduler::Thread* Scheduler::next() {
   while (mayGoOn()) {
     if (Thread* const picked = pickRunnable()) return picked;
@@ -168,7 +168,8 @@ bool Scheduler::isRunnable(const Thread& thread) const {
   return !wait || wait->isOver() || (wait->deadline && *wait->deadline <= clock);
 }
 
-// Moves the clock to the next moment when somebody may be able to run; false when there is none.
+/// Moves the clock to the next time at which a thread may be able to run. Returns false when there
+/// is none.
 bool Scheduler::jump() {
   std::optional<Time> moment;
   for (const auto& thread : threads) {
@@ -198,7 +199,7 @@ void Scheduler::reap() {
   threads.erase(std::remove_if(threads.begin(), threads.end(), isGone), threads.end());
 }
 
-// SplitMix64.
+/// SplitMix64.
 std::uint64_t Scheduler::draw() {
   std::uint64_t mixed = random += 0x9e3779b97f4a7c15u;
   mixed = (mixed ^ (mixed >> 30)) * 0xbf58476d1ce4e5b9u;

@@ -1,6 +1,5 @@
 // Runs threads one at a time, in an order that the seed decides, and owns their clock.
-#ifndef VIRTUAL_SCHEDULER_H
-#define VIRTUAL_SCHEDULER_H
+#pragma once
 
 #include <windows.h>
 
@@ -16,15 +15,16 @@
 
 namespace virtual_platform {
 
-// Whose thread it is: the host's own, or one that the library made.
+/// The owner of a thread: the host, or the library that made it.
 enum class Owner { kHost, kLibrary };
 
-// What a thread waits for.
+/// What a thread waits for.
 struct Wait {
-  std::string what;                                 // for the report of a run that cannot go on
-  std::optional<Time> deadline;                     // none: without limit
-  std::function<bool()> isOver;                     // must not switch
-  std::function<std::optional<Time>()> nextChange;  // when isOver may change by itself; may be null
+  std::string what;              ///< for the report of a run that cannot continue
+  std::optional<Time> deadline;  ///< no value: without limit
+  std::function<bool()> isOver;  ///< must not switch threads
+  std::function<std::optional<Time>()>
+      nextChange;  ///< when isOver may change by itself; may be null
 };
 
 class Scheduler {
@@ -34,35 +34,35 @@ class Scheduler {
   Scheduler(const Scheduler&) = delete;
   Scheduler& operator=(const Scheduler&) = delete;
 
-  // `onKill` is called in the thread when the system ends it.
+  /// `onKill` is called in the thread when the system kills it.
   void spawn(Owner owner, std::function<void()> body, std::function<void()> onKill = nullptr);
 
-  // Runs until every thread has ended, or the host's have and the others had their time to, or
-  // nobody can run ever again, or a loop of calls has no end. Returns what went wrong; empty:
-  // nothing.
+  /// Runs until every thread has ended, or the host's threads have ended and the time of the others
+  /// is over, or no thread can ever run again, or a loop of calls does not end. Returns an empty
+  /// text, or what went wrong.
   std::string run();
 
-  // In a thread: lets a moment pass, and perhaps other threads run.
+  /// In a thread: lets a moment pass, in which other threads may run.
   void pass();
-  // In a thread: perhaps other threads run.
+  /// In a thread: lets other threads run, as the seed decides.
   void yield();
-  // In a thread: after so many calls more the processor is taken from it until somebody resumes it,
-  // or until nobody else can ever run.
+  /// In a thread: holds it after so many more calls, until resume() or until no other thread can
+  /// ever run.
   void holdAfter(unsigned calls);
-  // All that are held; false when none is.
+  /// Resumes all threads that are held; returns false when there is none.
   bool resume();
-  // Where a thread of this owner could be switched, after so many such places: it does not run
-  // until no other thread can.
+  /// Preempts a thread of this owner at the place where it could be switched, after so many such
+  /// places: it does not run until no other thread can.
   void preemptAfter(Owner owner, unsigned switches);
-  // Whether that is still to come.
+  /// Returns whether that preemption is still to happen.
   bool isToPreempt(Owner owner) const {
     return switchesToPreemption[static_cast<int>(owner)].has_value();
   }
-  // The system ends the library's thread that makes the call after so many of them all.
+  /// Kills the library's thread that makes the call after so many calls of all threads.
   void killAfter(unsigned calls);
-  // Whether that is still to come.
+  /// Returns whether the thread is still to be killed.
   bool isToKill() const { return callsToKill.has_value(); }
-  // In a thread: false when the deadline came first.
+  /// In a thread: waits. Returns false when the deadline passes first.
   bool await(Wait wait);
 
   Time now() const { return clock; }
@@ -90,10 +90,10 @@ class Scheduler {
   std::uint64_t random;
   Time clock{0};
   unsigned callsSinceJump = 0;
-  unsigned running[2] = {0, 0};  // by owner
+  unsigned running[2] = {0, 0};  ///< by owner
   unsigned made[2] = {0, 0};
   std::optional<unsigned> callsToKill;
-  std::optional<unsigned> switchesToPreemption[2];  // by owner
+  std::optional<unsigned> switchesToPreemption[2];  ///< by owner
   std::optional<Time> hostsEnded;
   std::string failure;
   std::unique_ptr<Fiber> outside;
@@ -103,5 +103,3 @@ class Scheduler {
 };
 
 }  // namespace virtual_platform
-
-#endif

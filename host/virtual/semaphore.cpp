@@ -13,7 +13,7 @@ class Semaphore final : public Waitable {
   Semaphore(LONG initialCount, LONG maximumCount)
       : Waitable("semaphore"), count(initialCount), maximum(maximumCount) {}
 
-  // The count before; below 0 when the release would exceed the maximum.
+  // Returns the previous count; a value below 0 when the release would exceed the maximum.
   LONG release(LONG releaseCount) {
     beginCall();
     const LONG before = releaseCount > maximum - count ? -1 : count;

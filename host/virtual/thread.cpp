@@ -39,13 +39,13 @@ HANDLE createThread(VirtualWorld& world, LPTHREAD_START_ROUTINE start, LPVOID pa
     note(thread->name() + " ends");
   };
   world.threads().spawn(Owner::kLibrary, body, [thread] { thread->end(); });
-  // Nothing runs on a thread any more that its world has given up.
+  // A thread that its world has abandoned does not run any more.
   world.atEnd([thread] { thread->end(); });
   yieldCall();
   return handle;
 }
 
-// Outside of a world; a world's threads have their own.
+/// The last error outside of a world; each thread of a world has its own.
 DWORD outsideError = ERROR_SUCCESS;
 
 DWORD& lastError() {

@@ -1,6 +1,5 @@
-// What is at the end of a device's name in a virtual world.
-#ifndef VIRTUAL_DEVICE_H
-#define VIRTUAL_DEVICE_H
+// A device of a virtual world.
+#pragma once
 
 #include <windows.h>
 
@@ -11,15 +10,15 @@
 
 namespace virtual_platform {
 
-// What a read or a write finds.
+/// The state that a read or a write finds.
 enum class Readiness {
-  kWaits,   // nothing can be moved now
-  kReady,   // at least one byte can
-  kEnded,   // reads only: there will be nothing more, but it is no failure
-  kFailed,  // the device fails the call
+  kWaits,   ///< nothing can be moved now
+  kReady,   ///< at least one byte can
+  kEnded,   ///< reads only: there are no more bytes, but the call succeeds
+  kFailed,  ///< the device fails the call
 };
 
-// None of these calls may call the platform.
+/// None of these calls may call the platform.
 class VirtualDevice {
  public:
   virtual ~VirtualDevice() = default;
@@ -30,14 +29,13 @@ class VirtualDevice {
 
   virtual Readiness readReadiness(Time now) = 0;
   virtual Readiness writeReadiness(Time now) = 0;
-  // When it is ready: how many bytes went. A write may move none when it made the device fail.
+  /// Moves bytes when the device is ready, and returns their number. A write may move none when it
+  /// made the device fail.
   virtual std::size_t read(Time now, BYTE* buffer, std::size_t count) = 0;
   virtual std::size_t write(Time now, const BYTE* bytes, std::size_t count) = 0;
 
-  // When a readiness may change by itself, if ever.
+  /// Returns when the readiness may change by itself, if ever.
   virtual std::optional<Time> nextWake() const = 0;
 };
 
 }  // namespace virtual_platform
-
-#endif

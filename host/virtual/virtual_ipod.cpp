@@ -58,7 +58,7 @@ void VirtualIpod::swapFrame(std::size_t number) {
 
 void VirtualIpod::opened(Time now) {
   fetch(now);
-  unread.clear();  // what it said to nobody is lost
+  unread.clear();  // what nobody has read is lost
   isOpen = true;
   pass(now, Direction::kFromIpod, 0);
 }
@@ -130,7 +130,7 @@ bool VirtualIpod::takesNoMore(Time now) {
   return true;
 }
 
-// A place that a longer read has passed already does not come again.
+/// A longer read may have passed the place already; then there is no pause.
 std::size_t VirtualIpod::untilPause(std::size_t count) const {
   const std::size_t done = passed(Direction::kFromIpod);
   const bool isAhead = delivery.pauseAt && *delivery.pauseAt > done;

@@ -1,6 +1,5 @@
-// A simulated iPod at the end of a device's name, in the world's time.
-#ifndef VIRTUAL_IPOD_H
-#define VIRTUAL_IPOD_H
+// A simulated iPod as a device of a virtual world, in the world's time.
+#pragma once
 
 #include <cstddef>
 #include <optional>
@@ -14,61 +13,62 @@
 
 namespace virtual_platform {
 
-// What a program finds at a device whose iPod is pulled while it is open. Except where a write
-// fails, nobody takes what is written.
+/// What a program finds at a device whose iPod is pulled while it is open. Unless a write fails,
+/// the bytes that are written are lost.
 enum class Loss {
-  kEndOfFile,   // reads end with no bytes
-  kReadError,   // reads fail
-  kWriteError,  // writes fail, reads wait for ever
-  kSilence,     // reads wait for ever
+  kEndOfFile,   ///< reads end with no bytes
+  kReadError,   ///< reads fail
+  kWriteError,  ///< writes fail, reads wait for ever
+  kSilence,     ///< reads wait for ever
   kGone         // reads and writes fail
 };
 
 enum class Direction { kFromIpod, kToIpod };
 
-// How a program gets the bytes that the iPod has sent.
+/// How a program gets the bytes that the iPod has sent.
 struct Delivery {
-  std::optional<std::size_t> pauseAt;  // a read ends behind so many bytes, and the next one waits
-  Time pause{0};                       // for so long
+  std::optional<std::size_t> pauseAt;  ///< a read ends after so many bytes, and the next one waits
+  Time pause{0};                       ///< the length of that wait
   std::size_t longestRead = static_cast<std::size_t>(-1);
-  Time gathering{0};  // so long after the first byte that is there, everything comes in one read
+  Time gathering{0};  ///< this time after the first byte one read returns everything
 };
 
 class VirtualIpod final : public VirtualDevice {
  public:
-  // The iPod, which must outlive this, is plugged at the world's start.
+  /// The iPod, which must outlive this, is plugged at the world's start.
   VirtualIpod(simulator::SimulatedIpod& device, simulator::FrameKind frames);
 
   void plug(Time now);
   void unplug(Time now, Loss how);
-  // Pulls it, once, as soon as so many bytes of a direction have passed since it was plugged. Those
-  // still arrive.
+  /// Pulls it, once, when so many bytes of a direction have passed since it was plugged in. Those
+  /// bytes still arrive.
   void unplugAfter(Direction direction, std::size_t bytes, Loss how);
-  // Pulls it then, unless it is plugged again before.
+  /// Pulls it at that time, unless it is plugged in again before.
   void unplugAt(Time moment, Loss how) { pull = Pull{moment, how}; }
-  // Spoils the bytes of a direction until it is plugged again.
+  /// Corrupts the bytes of a direction until it is plugged in again.
   void spoil(Direction direction, const ByteFault& fault);
   bool hasSpoiled(Direction direction) const { return lines[indexOf(direction)].hasStruck(); }
 
-  // The frame from the iPod with this number, from 0, comes behind the one that follows it, if it
-  // is not plugged again before.
+  /// Delivers the frame from the iPod with this number, from 0, after the one that follows it,
+  /// unless it is plugged in again before.
   void swapFrame(std::size_t number);
   bool hasSwapped() const { return swapped; }
-  // Until it is plugged again.
+  /// Changes the delivery until it is plugged in again.
   void deliver(const Delivery& wanted) { delivery = wanted; }
-  // Until it is plugged again.
+  /// Replaces frames until it is plugged in again.
   void rewrite(FrameRewriter wanted) { road.rewrite(std::move(wanted)); }
   bool hasRewritten() const { return road.hasRewritten(); }
 
-  // It takes so many bytes of what is written and no more: writes and flushes wait. So long after
-  // the first of them has begun to wait, it is pulled.
+  /// Accepts so many bytes of what is written; then writes and flushes wait. It is pulled that long
+  /// after the first of them began to wait.
   void stopReading(std::size_t bytes, Time patience, Loss how);
   bool hasStoppedReading() const { return stop && stop->isFelt; }
 
   bool isPlugged() const { return !loss; }
-  // Since it was plugged.
+  /// Returns how many bytes have passed since it was plugged in.
   std::size_t passed(Direction direction) const { return passedBytes[indexOf(direction)]; }
-  // Since it was plugged, what had passed behind each frame; to the iPod, behind each write.
+  /// Returns how many bytes had passed after each frame, since it was plugged in; to the iPod,
+  /// after each write.
   const std::vector<std::size_t>& frameEnds(Direction direction) const {
     return ends[indexOf(direction)];
   }
@@ -118,20 +118,18 @@ class VirtualIpod final : public VirtualDevice {
   std::optional<Cut> cut;
   std::optional<Pull> pull;
   std::optional<Stop> stop;
-  std::size_t passedBytes[2] = {0, 0};  // by direction
-  std::vector<std::size_t> ends[2];     // by direction
-  SpoiledLine lines[2];                 // by direction
+  std::size_t passedBytes[2] = {0, 0};  ///< by direction
+  std::vector<std::size_t> ends[2];     ///< by direction
+  SpoiledLine lines[2];                 ///< by direction
   FrameRoad road;
-  std::size_t frameCount = 0;  // from the iPod, since it was plugged
+  std::size_t frameCount = 0;  ///< from the iPod, since it was plugged in
   std::optional<std::size_t> swappedFrame;
-  simulator::Bytes deferred;  // of the swapped frame, until the next one comes
+  simulator::Bytes deferred;  ///< of the swapped frame, until the next one arrives
   bool swapped = false;
   Delivery delivery;
-  std::optional<Time> heldUntil;  // nothing can be read before
+  std::optional<Time> heldUntil;  ///< nothing can be read before this time
   bool isOpen = false;
   std::vector<BYTE> unread;
 };
 
 }  // namespace virtual_platform
-
-#endif

@@ -1,6 +1,6 @@
-// The time of a virtual world: it stands still while code runs and jumps when everybody waits.
-#ifndef VIRTUAL_TIME_H
-#define VIRTUAL_TIME_H
+// The time of a virtual world. It does not change while code runs, and jumps when every thread
+// waits.
+#pragma once
 
 #include <algorithm>
 #include <chrono>
@@ -8,15 +8,13 @@
 
 namespace virtual_platform {
 
-// Since the world's start, or a span.
+/// The time since the world's start, or a span of time.
 using Time = std::chrono::nanoseconds;
 
-// none: never.
+/// Returns the earlier time; no value: never.
 inline std::optional<Time> earlier(std::optional<Time> first, std::optional<Time> second) {
   if (!first || !second) return first ? first : second;
   return std::min(*first, *second);
 }
 
 }  // namespace virtual_platform
-
-#endif

@@ -21,7 +21,8 @@ std::string upper(std::string name) {
   return name;
 }
 
-// The recorders of what has nobody else to go to. They are called with the sink locked: no switch.
+/// These record messages and audio calls that have no other receiver. They are called with the sink
+/// locked, so they must not switch threads.
 void noteMessage(void* world, HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   static_cast<VirtualWorld*>(world)->note(
       text("PostMessageW(0x%llx, 0x%x, %llu, %lld)",

@@ -1,19 +1,18 @@
 /*
- * A platform without real time: threads run one at a time and are switched at calls of the
- * platform, as a seed decides; a wait costs no time, because the clock jumps to its end when nobody
+ * The deterministic platform. Threads run one at a time and are switched at calls of the platform,
+ * as a seed decides. A wait takes no real time, because the clock jumps to its end when no thread
  * can run. The same seed and the same code give the same run, call by call.
  *
  *     VirtualWorld world(seed);
  *     world.addDevice("IPD1:", ipod);
  *     const std::string failure = world.run([] { IpodConnect(); ... IpodDisconnect(); });
  *
- * A program is linked to this in place of coredll and isochplay. Handles belong to the process, as
- * the library's own live longer than a world. Outside of run(), a wait that would have to wait
- * fails at once. One thread of the system does everything: thread_local objects are shared by all
- * threads of a world.
+ * A program links to this instead of coredll and isochplay. Handles belong to the process, because
+ * those of the library outlive a world. Outside of run(), a wait that would have to wait fails at
+ * once. One thread of the system runs everything: all threads of a world share thread_local
+ * objects.
  */
-#ifndef VIRTUAL_WORLD_H
-#define VIRTUAL_WORLD_H
+#pragma once
 
 #include <cstdint>
 #include <functional>
@@ -36,27 +35,27 @@ class VirtualWorld {
   VirtualWorld(const VirtualWorld&) = delete;
   VirtualWorld& operator=(const VirtualWorld&) = delete;
 
-  // The device must outlive the run. Case does not matter; a name that begins with COM is a serial
-  // port's.
+  /// The device must outlive the run. Case does not matter; a name that begins with COM is a serial
+  /// port's.
   void addDevice(const std::string& name, VirtualDevice& device);
 
-  // Adds a thread of the host, before the run or in it.
+  /// Adds a thread of the host, before the run or in it.
   void spawn(std::function<void()> host);
 
-  // Runs `host` and every thread that comes of it. Once. Returns empty, or why the threads that are
-  // left could not end; those are given up where they stand.
+  /// Runs `host` and every thread that it makes. May be called once. Returns an empty text, or why
+  /// the remaining threads could not end; those are abandoned where they are.
   std::string run(std::function<void()> host);
 
   Time now() const { return scheduler.now(); }
 
-  // What the platform was asked and answered, in order.
+  /// The calls of the platform and their results, in order.
   const std::vector<std::string>& trace() const { return calls; }
 
-  // Called on every thread before each of its calls and lines of the trace: what has changed since
-  // the one before is that thread's doing. May add lines itself.
+  /// Sets a function that is called on every thread before each of its calls and lines of the
+  /// trace. That thread made the changes since the previous call. The function may add lines.
   void watch(std::function<void()> onLook) { watcher = std::move(onLook); }
 
-  // For the platform's functions. The world that runs; null outside of run().
+  /// Returns the running world, for the platform's functions; null outside of run().
   static VirtualWorld* current();
   Scheduler& threads() { return scheduler; }
   const Scheduler& threads() const { return scheduler; }
@@ -67,7 +66,7 @@ class VirtualWorld {
   void note(const std::string& call);
   std::uint64_t id() const { return worldId; }
   unsigned nextNumber(const std::string& kind) { return ++numbers[kind]; }
-  // Called when the world ends, for threads that have not.
+  /// Adds a call for the end of the world, for threads that have not ended.
   void atEnd(std::function<void()> call) { endings.push_back(std::move(call)); }
 
  private:
@@ -82,5 +81,3 @@ class VirtualWorld {
 };
 
 }  // namespace virtual_platform
-
-#endif

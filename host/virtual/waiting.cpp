@@ -12,7 +12,7 @@ DWORD Waitable::wait(DWORD milliseconds) {
   const bool isOver =
       await(call, deadlineIn(milliseconds), [this] { return isClosed || isSignalled(); });
   DWORD result = WAIT_TIMEOUT;
-  // Without limit and not over: no world runs in which it could come to an end.
+  // Without limit and not over: no world runs in which it could end.
   if (isClosed || (!isOver && milliseconds == INFINITE)) {
     result = coredll::fail(ERROR_INVALID_HANDLE, WAIT_FAILED);
   } else if (isOver) {

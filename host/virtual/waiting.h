@@ -1,6 +1,5 @@
 // Objects that WaitForSingleObject can wait for.
-#ifndef VIRTUAL_WAITING_H
-#define VIRTUAL_WAITING_H
+#pragma once
 
 #include <windows.h>
 
@@ -12,15 +11,13 @@ class Waitable : public NamedObject {
  public:
   using NamedObject::NamedObject;
 
-  // WaitForSingleObject's result; WAIT_FAILED comes with the last error set.
+  /// Returns WaitForSingleObject's result; with WAIT_FAILED the last error is set.
   DWORD wait(DWORD milliseconds);
 
  protected:
   virtual bool isSignalled() const = 0;
-  // What a wait takes of a signalled object.
+  /// Consumes the signal, as a wait does.
   virtual void take() {}
 };
 
 }  // namespace virtual_platform
-
-#endif

@@ -57,8 +57,8 @@ std::string previous(PtyIpod& pty, const std::string&) {
 std::string rate(PtyIpod& pty, const std::string& argument) {
   char* end = nullptr;
   const unsigned long hertz = std::strtoul(argument.c_str(), &end, 10);
-  const bool good = !argument.empty() && *end == '\0' && hertz > 0 && hertz <= kMostRate;
-  if (!good) return "write a rate in Hz, like: rate 48000";
+  const bool isValid = !argument.empty() && *end == '\0' && hertz > 0 && hertz <= kMostRate;
+  if (!isValid) return "write a rate in Hz, like: rate 48000";
   pty.act([&](SimulatedIpod& ipod, Time now) {
     ipod.announceSampleRate(now, static_cast<uint32_t>(hertz));
   });
@@ -88,9 +88,9 @@ std::string describePlaying(const SimulatedIpod& ipod, Time now) {
   char times[48];
   std::snprintf(times, sizeof times, "%ld:%02ld of %u:%02u", second / 60, second % 60,
                 track.lengthMs / 60000, track.lengthMs / 1000 % 60);
-  const bool paused = ipod.player().state() == PlayState::kPaused;
-  return std::string(paused ? "paused: " : "plays: ") + track.title + " by " + track.artist + ", " +
-         times;
+  const bool isPaused = ipod.player().state() == PlayState::kPaused;
+  return std::string(isPaused ? "paused: " : "plays: ") + track.title + " by " + track.artist +
+         ", " + times;
 }
 
 std::string describeState(SimulatedIpod& ipod, Time now) {
@@ -115,9 +115,9 @@ constexpr Command kCommands[] = {
     {"pause", "", "press pause", pause},
     {"next", "", "skip to the next track", next},
     {"previous", "", "skip back", previous},
-    {"rate", "HZ", "tell the accessory this sample rate", rate},
-    {"fault", "KIND", "let something go wrong, as with --fault", fault},
-    {"clear", "", "let nothing go wrong any more", clear},
+    {"rate", "HZ", "announce this sample rate to the accessory", rate},
+    {"fault", "KIND", "add a fault, as with --fault", fault},
+    {"clear", "", "end all faults", clear},
     {"status", "", "what the iPod is doing", status},
     {"help", "", "this list", help},
     {"quit", "", "end, as does the end of input", nullptr},

@@ -6,13 +6,13 @@
 
 namespace simulator {
 
-/// What a person types while the iPod runs.
+/// The result of a typed command.
 struct CommandResult {
-  std::string answer;  ///< for the person; can be empty
+  std::string answer;  ///< for the user; can be empty
   bool quit = false;
 };
 
-/// Does what a line says; a line that says nothing that is known is answered with how to find help.
+/// Runs the command of a line. The answer to an unknown command says how to find help.
 CommandResult doCommand(PtyIpod& pty, const std::string& line);
 
 }  // namespace simulator

@@ -47,7 +47,7 @@ constexpr char kFaultUsage[] =
     "is written to strike the same answer again.\n"
     "\n";
 
-// What CLI11 fills in, before it is checked.
+/// The options as CLI11 stores them, before they are checked.
 struct RawOptions {
   std::string preset = personalityNames().front();
   std::string name;
@@ -58,7 +58,7 @@ struct RawOptions {
   bool helpPersonalities = false;
 };
 
-// Two numbers with one letter between them, like 320x240 or 1.14.
+/// Parses two numbers with one letter between them, like 320x240 or 1.14.
 bool parsePair(const std::string& text, char between, unsigned most, unsigned& first,
                unsigned& second) {
   char letter = 0;
@@ -87,7 +87,7 @@ void setLimits(Personality& personality, const std::string& text) {
   personality.screenHeight = std::max(personality.screenHeight, personality.display.limits.height);
 }
 
-// Lets a refusal say where to read on.
+/// Adds to an error message which option explains more.
 template <typename Work>
 void withHint(const char* option, Work work) {
   try {
@@ -156,7 +156,7 @@ void describeOutput(CLI::App& app, Options& options, RawOptions& raw) {
   app.add_option("--screen", options.screen, "Write the screen there when an image was uploaded")
       ->type_name("FILE.png");
   app.add_flag("--trace", options.trace, "Show every message, and bytes that form none");
-  app.add_flag("--quiet", options.quiet, "Say only that the iPod is ready, and what fails");
+  app.add_flag("--quiet", options.quiet, "Print only that the iPod is ready, and what fails");
   app.add_flag("--interactive", options.interactive, "Take commands on standard input; try help");
   app.add_flag("--help-faults", raw.helpFaults, "What can go wrong, and how to write it");
   app.add_flag("--help-personalities", raw.helpPersonalities, "The models and their switches");
@@ -171,7 +171,7 @@ std::string personalitiesHelp() {
   return help + "\n--set NAME=VALUE\n\n" + settingsHelp();
 }
 
-// False when the user only wanted to read.
+/// Parses the command line. Returns false when it asked only for a help text.
 bool parse(CLI::App& app, int argc, const char* const* argv) {
   try {
     app.parse(argc, argv);

@@ -10,7 +10,7 @@
 
 namespace simulator {
 
-/// What the command line of ipodsim asks for.
+/// The options of ipodsim's command line.
 struct Options {
   std::filesystem::path link = "/tmp/ipod";
   bool serial = false;
@@ -19,15 +19,15 @@ struct Options {
   std::optional<size_t> tracks;
   std::filesystem::path screen;  ///< a PNG file; empty: none wanted
   Personality personality;
-  std::vector<std::string> faults;  ///< known to be well written
+  std::vector<std::string> faults;  ///< already checked
   uint32_t seed = 1;
   bool trace = false;
   bool quiet = false;
   bool interactive = false;
 };
 
-/// Takes the command line; no value when the program has nothing more to do because a help text was
-/// printed. Throws std::invalid_argument with a text for a person.
+/// Parses the command line. Returns no value when a help text was printed and the program has
+/// nothing more to do. Throws std::invalid_argument with a message for the user.
 std::optional<Options> parseOptions(int argc, const char* const* argv);
 
 }  // namespace simulator

@@ -14,7 +14,7 @@ namespace {
 
 using NameOfTrack = std::function<const std::string&(const Track&)>;
 
-// Where the ranks of an order are kept.
+/// The index of the ranks of an order.
 enum RankSlot : size_t { kByGenre, kByComposer, kByAlbum, kByName, kByReleaseDate, kByDefault };
 
 RankSlot rankSlot(SortOrder order) {
@@ -37,7 +37,7 @@ RankSlot rankSlot(SortOrder order) {
   return kByDefault;
 }
 
-// The distinct names and, by track, the number of its name in order of appearance.
+/// Returns the distinct names and, by track, the number of its name in the order of appearance.
 NameTable gatherNames(const std::vector<Track>& tracks, const NameOfTrack& nameOf) {
   NameTable table;
   std::unordered_map<std::string, uint32_t> numbers;
@@ -54,7 +54,7 @@ NameTable gatherNames(const std::vector<Track>& tracks, const NameOfTrack& nameO
   return table;
 }
 
-// By old number: its place when the names are sorted.
+/// Returns, by old number, the place in the sorted names.
 std::vector<uint32_t> sortedPlaces(const std::vector<std::string>& names) {
   std::vector<std::string> keys;
   keys.reserve(names.size());
@@ -92,8 +92,8 @@ const std::string& nameForKind(const Track& track, MediaKind kind) {
 
 using Ranks = std::vector<uint32_t>;
 
-// By track: its place when the tracks are sorted by this number, those with the same number as they
-// were ranked before.
+/// Returns, by track, its place when the tracks are sorted by this number. Tracks with the same
+/// number keep their previous order.
 Ranks rankBy(const std::vector<uint32_t>& numbers, const Ranks& before) {
   const size_t count = numbers.size();
   Ranks trackAt(count);

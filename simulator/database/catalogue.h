@@ -35,7 +35,7 @@ enum class SortOrder : uint8_t {
   kDefault = 0xFF,
 };
 
-/// A track that has no entry in a table has this one.
+/// The entry of a track that has none in a table.
 constexpr uint32_t kNoEntry = 0xFFFFFFFF;
 
 /// The distinct names of one tag, sorted as the iPod sorts: an entry's number is also its rank.
@@ -44,7 +44,7 @@ struct NameTable {
   std::vector<uint32_t> ofTrack;  ///< by track: its entry, or kNoEntry when the tag is empty
 };
 
-/// A music library with every index that the database needs, built once; nothing in it changes
+/// A music library with every index that the database needs. It is built once and does not change
 /// afterwards. Tracks are numbered as in the library.
 class Catalogue {
  public:
@@ -54,13 +54,14 @@ class Catalogue {
   const Track& track(uint32_t index) const { return content.tracks[index]; }
   uint32_t trackCount() const { return static_cast<uint32_t>(content.tracks.size()); }
 
-  /// The names of a category whose records are names: not of playlists and tracks.
+  /// Returns the names of a category whose records are names, that is of every category except
+  /// playlists and tracks.
   const NameTable& table(Category category) const;
-  /// By track: its place among all tracks in this order. kPlaylist is like kDefault.
+  /// Returns, by track, its place among all tracks in this order. kPlaylist is like kDefault.
   const std::vector<uint32_t>& trackRanks(SortOrder order) const;
-  /// The tracks of the music categories, in the default order: artist, album, track number.
+  /// Returns the tracks of the music categories, in the default order: artist, album, track number.
   const std::vector<uint32_t>& music() const { return musicTracks; }
-  /// The tracks of one kind, in the default order.
+  /// Returns the tracks of one kind, in the default order.
   std::vector<uint32_t> tracksOfKind(MediaKind kind) const;
 
  private:

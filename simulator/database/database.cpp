@@ -93,15 +93,15 @@ std::vector<uint32_t> Database::listRecords(Category category) const {
   return listNames(category);
 }
 
-// Number 0 is the whole library, n is the user's playlist n - 1.
+/// Number 0 is the whole library, n is the user's playlist n - 1.
 std::vector<uint32_t> Database::listPlaylists() const {
   std::vector<uint32_t> playlists(catalogue.library().playlists.size() + 1);
   std::iota(playlists.begin(), playlists.end(), 0);
   return playlists;
 }
 
-// The names in the order of the first track that bears each; sorted by name, that is by number,
-// when the order says nothing about more than the name itself.
+/// Returns the names in the order of the first track with each name. They are sorted by name, that
+/// is by number, when the order depends only on the name.
 std::vector<uint32_t> Database::listNames(Category category) const {
   const NameTable& table = catalogue.table(category);
   std::vector<bool> seen(table.names.size());
@@ -114,9 +114,9 @@ std::vector<uint32_t> Database::listNames(Category category) const {
     seen[entry] = true;
     names.push_back(entry);
   }
-  const bool byName =
+  const bool isByName =
       order == SortOrder::kDefault || order == SortOrder::kName || order == SortOrder::kPlaylist;
-  if (byName) std::sort(names.begin(), names.end());
+  if (isByName) std::sort(names.begin(), names.end());
   return names;
 }
 
@@ -144,7 +144,7 @@ std::vector<uint32_t> Database::playlistTracks(uint32_t playlist) const {
   return tracks;
 }
 
-// Whether every selection above a level lets the track through.
+/// Returns whether every selection above a level includes the track.
 bool Database::passes(uint32_t track, Level level) const {
   for (size_t above = kGenreLevel; above < level; ++above) {
     if (!selection[above]) continue;
@@ -154,7 +154,8 @@ bool Database::passes(uint32_t track, Level level) const {
   return true;
 }
 
-// Which tracks a category is about. The tracks of a selected audiobook or podcast are of its kind.
+/// Returns the kind of the tracks of a category. The tracks of a selected audiobook or podcast are
+/// of its kind.
 MediaKind Database::kindOf(Category category) const {
   if (category == Category::kTrack && selection[kCollectionLevel]) {
     return kindOf(selection[kCollectionLevel]->category);
@@ -169,15 +170,16 @@ bool Database::inUserPlaylist() const {
 }
 
 bool Database::isNarrowed() const {
-  const bool below = std::any_of(selection.begin() + kGenreLevel, selection.begin() + kTrackLevel,
-                                 [](const auto& each) { return each.has_value(); });
-  return below || inUserPlaylist();
+  const bool hasSelectionBelow =
+      std::any_of(selection.begin() + kGenreLevel, selection.begin() + kTrackLevel,
+                  [](const auto& each) { return each.has_value(); });
+  return hasSelectionBelow || inUserPlaylist();
 }
 
-// A playlist of the user keeps its own order unless another one is asked for.
+/// Sorts the tracks. A playlist of the user keeps its order unless another one was requested.
 void Database::sortTracks(std::vector<uint32_t>& tracks) const {
-  const bool plain = order == SortOrder::kDefault && !isNarrowed();
-  const SortOrder wanted = plain ? allTracksOrder : order;
+  const bool isPlain = order == SortOrder::kDefault && !isNarrowed();
+  const SortOrder wanted = isPlain ? allTracksOrder : order;
   if (wanted == SortOrder::kDefault || wanted == SortOrder::kPlaylist) return;
   const std::vector<uint32_t>& rank = catalogue.trackRanks(wanted);
   std::stable_sort(tracks.begin(), tracks.end(),

@@ -11,36 +11,36 @@
 
 namespace simulator {
 
-/// The database engine: what the accessory has selected, and the lists of records that this leaves.
+/// The database engine: the selections of the accessory, and the lists of records that remain.
 ///
 /// A selection is at most one record on each level: playlist > genre > artist or composer > album,
 /// audiobook or podcast > track. The records of a category are those with a track that every
-/// selection above the category's own level lets through; selecting one drops what was selected on
-/// its level and below. Music categories know music only; a playlist of the user can hold any
+/// selection above the level of the category includes. Selecting a record removes the selections on
+/// its level and below. Music categories contain only music; a playlist of the user can contain any
 /// track.
 class Database {
  public:
-  /// Without a sort order that was asked for, all tracks together are sorted by `allTracks`.
+  /// The list of all tracks is sorted by `allTracks` when no sort order was requested.
   explicit Database(const Catalogue& music, SortOrder allTracks = SortOrder::kDefault)
       : catalogue(music), allTracksOrder(allTracks) {}
 
   /// Selects nothing, sorts by default, and forgets which categories were counted.
   void reset();
   /// Selects a record of a category, by its index in the list before the call; from then on lists
-  /// are sorted by `order`. kNoIndex takes the category's selection back, and with it what is
-  /// below; where the category is not selected that changes nothing, and tracks refuse it.
+  /// are sorted by `order`. kNoIndex undoes the category's selection and those below it. It changes
+  /// nothing when the category is not selected, and is refused for tracks.
   Status select(Category category, uint32_t index, SortOrder order);
 
-  /// Counts and remembers that this category was counted.
+  /// Returns the number of records, and remembers that this category was counted.
   uint32_t count(Category category);
   bool wasCounted(Category category) const { return counted[static_cast<size_t>(category)]; }
   uint32_t size(Category category) { return static_cast<uint32_t>(records(category).size()); }
-  /// The index must be below size().
+  /// Returns the name of a record. The index must be below size().
   const std::string& recordName(Category category, uint32_t index);
 
-  /// The selected tracks, whatever single track is selected among them, in the current order.
+  /// Returns the selected tracks in the current order, even when a single one of them is selected.
   const std::vector<uint32_t>& tracks() { return records(Category::kTrack); }
-  /// The single track that is selected, if one is.
+  /// Returns the single selected track, if there is one.
   std::optional<uint32_t> selectedTrack() const;
 
  private:
@@ -75,9 +75,9 @@ class Database {
   std::array<std::optional<std::vector<uint32_t>>, kLastCategory + 1> lists;
 };
 
-/// The category of a wire number, if there is one.
+/// Returns the category of a wire number, if there is one.
 std::optional<Category> categoryOf(uint8_t number);
-/// The sort order of a wire number; an unknown number sorts by default.
+/// Returns the sort order of a wire number; kDefault for an unknown number.
 SortOrder sortOrderOf(uint8_t number);
 
 }  // namespace simulator

@@ -4,8 +4,8 @@
 
 namespace simulator {
 
-/// The library cut to its first `count` tracks, or continued with numbered copies of its tracks up
-/// to that many. Playlists lose what is cut off. An empty library stays empty.
+/// Returns the library cut to its first `count` tracks, or extended to `count` tracks with numbered
+/// copies. Playlists lose the tracks that are cut off. An empty library stays empty.
 MusicLibrary resizedLibrary(MusicLibrary library, size_t count);
 
 }  // namespace simulator

@@ -8,7 +8,7 @@ namespace {
 
 constexpr const char* kArticles[] = {"a ", "an ", "the "};
 
-// What U+00C0 to U+00FF sort as; a space stands for: as itself.
+/// The letters as which U+00C0 to U+00FF are sorted; a space means: as itself.
 constexpr char kLatin1Letters[] =
     "aaaaaaaceeeeiiii"
     "dnooooo ouuuuy s"
@@ -19,7 +19,8 @@ char lower(char letter) {
   return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-// The plain letter of the two-byte sequence that encodes U+00C0 to U+00FF; 0 when there is none.
+/// Returns the plain letter of the two-byte sequence that encodes U+00C0 to U+00FF; 0 when there is
+/// none.
 char plainLetter(char lead, char next) {
   if (static_cast<uint8_t>(lead) != 0xC3) return 0;
   const uint8_t trail = static_cast<uint8_t>(next);

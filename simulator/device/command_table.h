@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-/// A command that a lingo understands: how many bytes its data has, and who answers it.
+/// A command that a lingo understands: the size of its data, and the function that answers it.
 template <typename Handler>
 struct CommandRow {
   uint16_t command;
@@ -20,7 +20,7 @@ constexpr size_t kNoLimit = static_cast<size_t>(-1);
 
 enum class Dispatch { kDone, kUnknown, kWrongSize };
 
-/// Lets the row of the message's command answer it.
+/// Answers the message with the row of its command.
 template <typename Handler, size_t kRows>
 Dispatch dispatch(const CommandRow<Handler> (&rows)[kRows], Handler& handler,
                   const Message& message) {

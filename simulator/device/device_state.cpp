@@ -26,11 +26,11 @@ const std::string& DeviceState::name() const {
   return personality.name.empty() ? catalogue.library().name : personality.name;
 }
 
-void DeviceState::setExtendedMode(bool on) {
-  if (on == extendedMode) return;
-  extendedMode = on;
+void DeviceState::setExtendedMode(bool isOn) {
+  if (isOn == extendedMode) return;
+  extendedMode = isOn;
   player.pause(now);
-  if (!on) forgetExtendedMode();
+  if (!isOn) forgetExtendedMode();
 }
 
 void DeviceState::forgetAccessory() {
@@ -82,10 +82,10 @@ void DeviceState::acknowledge(Status status, std::optional<Time> wait) {
 }
 
 Outgoing DeviceState::acknowledgement(Status status, std::optional<Time> wait) const {
-  const bool extended = request->lingo == static_cast<uint8_t>(Lingo::kExtendedInterface);
+  const bool isExtended = request->lingo == static_cast<uint8_t>(Lingo::kExtendedInterface);
   PayloadWriter writer;
   writer.u8(static_cast<uint8_t>(status));
-  if (extended) {
+  if (isExtended) {
     writer.u16(request->command);
   } else {
     writer.u8(static_cast<uint8_t>(request->command));
@@ -93,8 +93,8 @@ Outgoing DeviceState::acknowledgement(Status status, std::optional<Time> wait) c
   if (wait) {
     writer.u32(static_cast<uint32_t>(std::chrono::duration_cast<milliseconds>(*wait).count()));
   }
-  const Lingo lingo = extended ? Lingo::kExtendedInterface : Lingo::kGeneral;
-  const uint16_t command = extended ? uint16_t{kExtendedAck} : uint16_t{kAck};
+  const Lingo lingo = isExtended ? Lingo::kExtendedInterface : Lingo::kGeneral;
+  const uint16_t command = isExtended ? uint16_t{kExtendedAck} : uint16_t{kAck};
   Outgoing outgoing;
   outgoing.message = {static_cast<uint8_t>(lingo), command, writer.take()};
   outgoing.cause = *request;

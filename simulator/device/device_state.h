@@ -7,44 +7,45 @@
 
 namespace simulator {
 
-/// What the lingoes of one iPod share: its parts, its mode, and the way out for their messages.
+/// The state that the lingoes of one iPod share: its parts, its mode, and the functions that send
+/// messages.
 struct DeviceState {
   DeviceState(Personality model, MusicLibrary library, uint32_t seed);
   DeviceState(const DeviceState&) = delete;
   DeviceState& operator=(const DeviceState&) = delete;
 
-  /// The iPod's name as the accessory reads it.
+  /// Returns the iPod's name as the accessory reads it.
   const std::string& name() const;
-  /// Enters or leaves the extended mode. What plays is paused by a change; on leaving, everything
-  /// that belongs to the mode is forgotten.
-  void setExtendedMode(bool on);
+  /// Enters or leaves the extended mode. A change pauses the player. Leaving the mode clears
+  /// everything that belongs to it.
+  void setExtendedMode(bool isOn);
   /// Forgets the accessory, as when the cable is pulled.
   void forgetAccessory();
-  /// Plays, or goes on playing. An iPod that has nothing to go on with plays all its music.
+  /// Plays, or continues to play. An iPod that has not played anything plays all its music.
   void startPlaying();
   void togglePlaying();
 
-  /// Sends a message, in answer to the request at work if there is one.
+  /// Sends a message, as the answer to the current request if there is one.
   void send(Lingo lingo, uint16_t command, Bytes data, std::optional<size_t> textOffset = {});
   /// Sends a message that the iPod sends on its own.
   void sendUnasked(Lingo lingo, uint16_t command, Bytes data);
 
-  // For the request at work:
+  /// These answer the current request:
   void acknowledge(Status status, std::optional<Time> wait = {});
-  /// Answers a command that the iPod does not know, as the personality does.
+  /// Answers an unknown command as the personality says.
   void refuseUnknown();
-  /// Does what answers the request: at once when there is nothing to wait for, else later.
+  /// Calls `action`, which answers the request, after `wait`; at once when that is 0.
   void doLater(Time wait, std::function<void()> action);
-  /// The same, but acknowledges first that it is pending when there is something to wait for.
+  /// Does the same, but first acknowledges the request as pending when `wait` is not 0.
   void pendThenDo(Time wait, std::function<void()> action);
-  /// Acknowledges that it is pending for so long, and does what answers the request at once. The
-  /// next message is in one write with the acknowledgement.
+  /// Acknowledges the request as pending for `stated`, and calls `action` at once. The next message
+  /// is in one write with the acknowledgement.
   void pendAndDo(Time stated, const std::function<void()>& action);
 
   Personality personality;
   Catalogue catalogue;
   Random random;
-  Random faultChance;  ///< apart, so that faults leave the shuffled order as it is
+  Random faultChance;  ///< separate, so that faults do not change the shuffled order
   Database database;
   Player player;
   DisplayImage display;
@@ -53,8 +54,8 @@ struct DeviceState {
 
   Time now{0};
   bool extendedMode = false;
-  bool notificationsOn = false;      ///< as the accessory asked
-  bool audioAckOutstanding = false;  ///< told audio attributes, not acknowledged yet
+  bool notificationsOn = false;      ///< as the accessory requested
+  bool audioAckOutstanding = false;  ///< audio attributes were sent, but not acknowledged yet
   uint32_t announcedLingoes = 0;     ///< bit n: the accessory speaks lingo n
   std::optional<Cause> request;      ///< what is being answered
   std::function<void(Outgoing)> transmit;

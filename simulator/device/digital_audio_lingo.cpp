@@ -25,10 +25,10 @@ void DigitalAudioLingo::handle(const Message& message) {
 
 void DigitalAudioLingo::start(std::function<void()> whenTold) {
   stop();
-  active = true;
+  isActive = true;
   onTold = std::move(whenTold);
   if (state.personality.asksSampleRates) {
-    awaitingRates = true;
+    isAwaitingRates = true;
     state.sendUnasked(Lingo::kDigitalAudio, kGetAccSampleRateCaps, {});
     return;
   }
@@ -38,15 +38,15 @@ void DigitalAudioLingo::start(std::function<void()> whenTold) {
 
 void DigitalAudioLingo::stop() {
   state.timers.cancel(firstTold);
-  active = false;
-  awaitingRates = false;
+  isActive = false;
+  isAwaitingRates = false;
   rates.clear();
   toldRate = 0;
   onTold = nullptr;
 }
 
 void DigitalAudioLingo::followTrack() {
-  if (active && toldRate != 0 && state.player.currentTrack() && streamRate() != toldRate) {
+  if (isActive && toldRate != 0 && state.player.currentTrack() && streamRate() != toldRate) {
     announce(streamRate());
   }
 }
@@ -60,8 +60,8 @@ void DigitalAudioLingo::announce(uint32_t rate) {
 }
 
 void DigitalAudioLingo::takeRates(PayloadReader& data) {
-  if (!awaitingRates) return;
-  awaitingRates = false;
+  if (!isAwaitingRates) return;
+  isAwaitingRates = false;
   for (uint32_t rate = data.u32(); data.ok(); rate = data.u32())
     rates.push_back(rate);
   const Time delay = state.personality.audioAttributesDelay;
@@ -79,12 +79,12 @@ void DigitalAudioLingo::tellFirst() {
   if (onTold) onTold();
 }
 
-// A rate that the accessory cannot play is converted to one that every accessory can.
+/// A rate that the accessory cannot play is converted to one that every accessory can.
 uint32_t DigitalAudioLingo::streamRate() const {
   const std::optional<uint32_t> track = state.player.currentTrack();
   const uint32_t rate = track ? state.catalogue.track(*track).sampleRate : kCommonRate;
-  const bool playable = std::find(rates.begin(), rates.end(), rate) != rates.end();
-  return playable ? rate : kCommonRate;
+  const bool isPlayable = std::find(rates.begin(), rates.end(), rate) != rates.end();
+  return isPlayable ? rate : kCommonRate;
 }
 
 }  // namespace simulator

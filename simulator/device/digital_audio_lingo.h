@@ -8,22 +8,22 @@
 
 namespace simulator {
 
-/// The Digital Audio lingo: learns which sample rates the accessory plays and tells it at which
-/// rate the iPod streams.
+/// The Digital Audio lingo: asks which sample rates the accessory plays, and sends it the rate of
+/// the iPod's stream.
 class DigitalAudioLingo {
  public:
   explicit DigitalAudioLingo(DeviceState& device) : state(device) {}
 
   void handle(const Message& message);
 
-  /// Begins with an accessory that announced the lingo; `whenTold` is called once the audio
-  /// attributes were told for the first time.
+  /// Begins with an accessory that announced the lingo. Calls `whenTold` when the audio attributes
+  /// were sent for the first time.
   void start(std::function<void()> whenTold);
   /// Forgets the accessory.
   void stop();
-  /// Tells the attributes again when the track that plays now has another rate.
+  /// Sends the attributes again when the current track has another rate.
   void followTrack();
-  /// Tells this rate, whatever plays.
+  /// Sends this rate, whatever plays.
   void announce(uint32_t rate);
 
  private:
@@ -33,8 +33,8 @@ class DigitalAudioLingo {
   uint32_t streamRate() const;
 
   DeviceState& state;
-  bool active = false;
-  bool awaitingRates = false;
+  bool isActive = false;
+  bool isAwaitingRates = false;
   std::vector<uint32_t> rates;  ///< Hz, as the accessory listed them
   uint32_t toldRate = 0;        ///< Hz; 0: none yet
   std::function<void()> onTold;

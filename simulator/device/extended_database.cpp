@@ -7,7 +7,7 @@ namespace simulator {
 
 namespace {
 
-// The records of a listing, as a fault makes them.
+/// Returns the records of a listing, changed by the faults.
 std::vector<uint32_t> shapedListing(uint32_t start, uint32_t count, const ListingShape& shape,
                                     Random& random) {
   const uint32_t shown = count > shape.missing ? count - shape.missing : 0;
@@ -15,8 +15,8 @@ std::vector<uint32_t> shapedListing(uint32_t start, uint32_t count, const Listin
   std::iota(indexes.begin(), indexes.end(), start);
   if (shape.shuffled && indexes.size() > 1) {
     random.shuffle(indexes);
-    const bool asBefore = std::is_sorted(indexes.begin(), indexes.end());
-    if (asBefore) std::swap(indexes.front(), indexes.back());
+    const bool isUnchanged = std::is_sorted(indexes.begin(), indexes.end());
+    if (isUnchanged) std::swap(indexes.front(), indexes.back());
   }
   return indexes;
 }
@@ -74,8 +74,9 @@ Status ExtendedInterfaceLingo::select(uint8_t categoryNumber, uint32_t index, So
   if (!category) return Status::kUnknownCategory;
   const bool undoesPlaylist = *category == Category::kPlaylist && index == kNoIndex;
   if (undoesPlaylist && !state.personality.deselectsPlaylists) return Status::kBadParameter;
-  const bool counted = state.database.wasCounted(*category);
-  if (index != kNoIndex && state.personality.countBeforeSelect && !counted) return Status::kFailed;
+  const bool isCounted = state.database.wasCounted(*category);
+  if (index != kNoIndex && state.personality.countBeforeSelect && !isCounted)
+    return Status::kFailed;
   if (*category != Category::kTrack) return state.database.select(*category, index, order);
   const std::vector<uint32_t> list = state.database.tracks();
   const Status status = state.database.select(*category, index, order);
@@ -101,7 +102,8 @@ void ExtendedInterfaceLingo::sendListing(Category category, uint32_t start, uint
   }
 }
 
-// A record beyond the end, which only a fault asks for, bears the name of one that is there.
+/// Sends a record. A record beyond the end, which only a fault requests, has the name of an
+/// existing one.
 void ExtendedInterfaceLingo::sendRecord(Category category, uint32_t index) {
   const uint32_t named = index % state.database.size(category);
   PayloadWriter writer;

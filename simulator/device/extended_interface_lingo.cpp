@@ -38,8 +38,8 @@ struct ExtendedInterfaceTable {
 
 void ExtendedInterfaceLingo::handle(const Message& message) {
   if (!answersNow(message.command)) {
-    const bool silent = state.personality.outsideExtendedMode == OutsideExtendedMode::kSilence;
-    if (!silent) state.acknowledge(Status::kBadParameter);
+    const bool isSilent = state.personality.outsideExtendedMode == OutsideExtendedMode::kSilence;
+    if (!isSilent) state.acknowledge(Status::kBadParameter);
     return;
   }
   switch (dispatch(ExtendedInterfaceTable::kRows, *this, message)) {
@@ -53,9 +53,9 @@ void ExtendedInterfaceLingo::handle(const Message& message) {
 }
 
 bool ExtendedInterfaceLingo::answersNow(uint16_t command) const {
-  const bool ofDisplay = command == kSetDisplayImage || command == kGetMonoDisplayImageLimits ||
-                         command == kGetColorDisplayImageLimits;
-  return state.extendedMode || (ofDisplay && !state.personality.displayNeedsExtendedMode);
+  const bool isOfDisplay = command == kSetDisplayImage || command == kGetMonoDisplayImageLimits ||
+                           command == kGetColorDisplayImageLimits;
+  return state.extendedMode || (isOfDisplay && !state.personality.displayNeedsExtendedMode);
 }
 
 }  // namespace simulator

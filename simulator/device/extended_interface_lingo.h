@@ -8,7 +8,7 @@ namespace simulator {
 /// The Extended Interface lingo: browsing the database, playing, and the display.
 class ExtendedInterfaceLingo {
  public:
-  /// `sendStray` sends a notification that nobody asked for, where a fault wants one.
+  /// `sendStray` sends an unsolicited notification for a fault.
   ExtendedInterfaceLingo(DeviceState& device, std::function<void()> sendStray)
       : state(device), sendStrayNotification(std::move(sendStray)) {}
 

@@ -7,7 +7,7 @@ namespace {
 
 constexpr uint8_t kLastMode = 2;  // of shuffle and of repeat
 
-// What the capabilities of a track can say.
+/// The bits of a track's capabilities.
 enum TrackCapability : uint32_t {
   kIsAudiobook = 1u << 0,
   kIsPodcast = 1u << 4,
@@ -22,20 +22,20 @@ uint32_t capabilitiesOf(const Track& track) {
   return bits;
 }
 
-// The weekday of the first of January, 0 for Sunday, in the calendar of today.
+/// Returns the weekday of the first of January, 0 for Sunday, in the Gregorian calendar.
 uint8_t newYearsWeekday(uint32_t year) {
   const uint32_t before = year == 0 ? 399 : year - 1;
   return static_cast<uint8_t>((1 + 5 * (before % 4) + 4 * (before % 100) + 6 * (before % 400)) % 7);
 }
 
-// Tags know the year only: midnight of its first day.
+/// Appends midnight of the first day of the year, because tags contain only the year.
 void appendReleaseDate(PayloadWriter& writer, uint32_t year) {
   writer.u8(0).u8(0).u8(0);  // seconds, minutes, hours
   writer.u8(1).u8(1);        // day, month
   writer.u16(static_cast<uint16_t>(year)).u8(newYearsWeekday(year));
 }
 
-// Appends what is asked of a track; false when there is no such information.
+/// Appends the requested information of a track. Returns false when there is none of this type.
 bool appendInfo(PayloadWriter& writer, TrackInfoType type, const Track& track) {
   constexpr uint16_t kNoChapters = 0;
   switch (type) {
@@ -74,8 +74,8 @@ void ExtendedInterfaceLingo::playStatus(PayloadReader&) {
 }
 
 void ExtendedInterfaceLingo::currentIndex(PayloadReader&) {
-  const bool playing = state.player.currentTrack().has_value();
-  const uint32_t index = playing ? state.player.list().currentIndex() : kNoIndex;
+  const bool isPlaying = state.player.currentTrack().has_value();
+  const uint32_t index = isPlaying ? state.player.list().currentIndex() : kNoIndex;
   reply(kReturnCurrentPlayingTrackIndex, PayloadWriter().u32(index).take());
 }
 
@@ -97,8 +97,8 @@ void ExtendedInterfaceLingo::trackInfo(PayloadReader& data) {
   const Track* track = playingTrack(data.u32());
   PayloadWriter writer;
   writer.u8(number);
-  const bool refused = type == TrackInfoType::kGenre && !state.personality.tellsGenre;
-  if (refused || track == nullptr || !appendInfo(writer, type, *track)) {
+  const bool isRefused = type == TrackInfoType::kGenre && !state.personality.tellsGenre;
+  if (isRefused || track == nullptr || !appendInfo(writer, type, *track)) {
     return state.acknowledge(Status::kBadParameter);
   }
   const std::optional<size_t> textOffset = isText(type) ? std::optional<size_t>(1) : std::nullopt;
@@ -114,8 +114,8 @@ void ExtendedInterfaceLingo::playSelection(PayloadReader& data) {
   const uint32_t asked = data.u32();
   std::vector<uint32_t> tracks = tracksToPlay();
   const uint32_t count = static_cast<uint32_t>(tracks.size());
-  const bool shuffled = state.player.shuffle() != Shuffle::kOff;
-  const uint32_t anyTrack = shuffled ? state.random.below(count) : 0;
+  const bool isShuffled = state.player.shuffle() != Shuffle::kOff;
+  const uint32_t anyTrack = isShuffled ? state.random.below(count) : 0;
   const uint32_t first = asked == kNoIndex ? anyTrack : asked;
   if (first >= count) return state.acknowledge(Status::kBadParameter);
   const auto play = [this, tracks = std::move(tracks), first] {
@@ -127,8 +127,8 @@ void ExtendedInterfaceLingo::playSelection(PayloadReader& data) {
 }
 
 void ExtendedInterfaceLingo::playControl(PayloadReader& data) {
-  const bool known = control(static_cast<PlayControlCode>(data.u8()));
-  state.acknowledge(known ? Status::kOk : Status::kBadParameter);
+  const bool isKnown = control(static_cast<PlayControlCode>(data.u8()));
+  state.acknowledge(isKnown ? Status::kOk : Status::kBadParameter);
 }
 
 void ExtendedInterfaceLingo::getShuffle(PayloadReader&) {
@@ -184,16 +184,16 @@ const Track* ExtendedInterfaceLingo::playingTrack(uint32_t index) const {
 
 std::vector<uint32_t> ExtendedInterfaceLingo::tracksToPlay() {
   const std::optional<uint32_t> single = state.database.selectedTrack();
-  const bool alone = state.personality.trackSelection == TrackSelection::kAlone;
-  if (single && alone) return {*single};
+  const bool isAlone = state.personality.trackSelection == TrackSelection::kAlone;
+  if (single && isAlone) return {*single};
   return state.database.tracks();
 }
 
-// False when this model does not know the code.
+/// Returns false when this model does not know the code.
 bool ExtendedInterfaceLingo::control(PlayControlCode code) {
   Player& player = state.player;
-  const bool newer = code == PlayControlCode::kPlay || code == PlayControlCode::kPause;
-  if (newer && !state.personality.knowsPlayAndPause()) return false;
+  const bool isNewer = code == PlayControlCode::kPlay || code == PlayControlCode::kPause;
+  if (isNewer && !state.personality.knowsPlayAndPause()) return false;
   switch (code) {
     case PlayControlCode::kTogglePlayPause:
       state.togglePlaying();

@@ -7,7 +7,7 @@ namespace simulator {
 namespace {
 
 constexpr uint8_t kLingoBits = 32;
-// What a mode change is said to take that has happened already.
+/// The time that the acknowledgement of a completed mode change states.
 constexpr Time kStatedPending = milliseconds(300);
 
 }  // namespace
@@ -40,14 +40,14 @@ void GeneralLingo::handle(const Message& message) {
 }
 
 bool GeneralLingo::comesTooEarly(const Message& message) const {
-  return state.personality.silentBeforeIdentification && !announced &&
+  return state.personality.silentBeforeIdentification && !wasAnnounced &&
          !message.is(Lingo::kGeneral, kIdentifyDeviceLingoes);
 }
 
 void GeneralLingo::stop() {
   identification.stop();
   announcements = 0;
-  announced = false;
+  wasAnnounced = false;
 }
 
 void GeneralLingo::identify(PayloadReader& data) {
@@ -92,12 +92,12 @@ void GeneralLingo::requestLingoVersion(PayloadReader& data) {
 
 void GeneralLingo::identifyDeviceLingoes(PayloadReader& data) {
   if (announcements++ < state.personality.silentIdentifications) return;
-  if (announced && state.personality.refusesSecondIdentification) {
+  if (wasAnnounced && state.personality.refusesSecondIdentification) {
     return state.acknowledge(Status::kBadParameter);
   }
   const uint32_t lingoes = data.u32();
   if ((lingoes & 1) == 0 || !speaksAll(lingoes)) return state.acknowledge(Status::kFailed);
-  announced = true;
+  wasAnnounced = true;
   state.setExtendedMode(false);
   state.announcedLingoes = lingoes;
   state.acknowledge(Status::kOk);
@@ -106,13 +106,13 @@ void GeneralLingo::identifyDeviceLingoes(PayloadReader& data) {
 
 void GeneralLingo::accessoryInfo(PayloadReader& data) { identification.takeAccessoryInfo(data); }
 
-void GeneralLingo::changeMode(bool on) {
-  const auto change = [this, on] {
-    state.setExtendedMode(on);
+void GeneralLingo::changeMode(bool isOn) {
+  const auto change = [this, isOn] {
+    state.setExtendedMode(isOn);
     state.acknowledge(Status::kOk);
   };
   const Time wait = state.personality.modeChangePending;
-  if (state.extendedMode == on) return change();
+  if (state.extendedMode == isOn) return change();
   if (!state.personality.modeChangeTogether) return state.pendThenDo(wait, change);
   state.pendAndDo(wait > Time(0) ? wait : kStatedPending, change);
 }

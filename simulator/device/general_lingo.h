@@ -11,7 +11,8 @@ class GeneralLingo {
       : state(device), identification(questions) {}
 
   void handle(const Message& message);
-  /// Whether this model ignores the message, of any lingo, because it accepted no announcement yet.
+  /// Returns whether this model ignores the message, of any lingo, because it has not accepted an
+  /// announcement yet.
   bool comesTooEarly(const Message& message) const;
   /// Forgets the accessory.
   void stop();
@@ -29,14 +30,14 @@ class GeneralLingo {
   void identifyDeviceLingoes(PayloadReader& data);
   void accessoryInfo(PayloadReader& data);
 
-  void changeMode(bool on);
+  void changeMode(bool isOn);
   void replyText(uint16_t command, const std::string& text);
   bool speaksAll(uint32_t lingoes) const;
 
   DeviceState& state;
   Identification& identification;
-  unsigned announcements = 0;  ///< since the accessory came
-  bool announced = false;      ///< one of them was accepted
+  unsigned announcements = 0;  ///< since the accessory connected
+  bool wasAnnounced = false;   ///< one of them was accepted
 
   friend struct GeneralTable;
 };

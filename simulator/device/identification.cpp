@@ -10,7 +10,7 @@ constexpr uint8_t kCapabilities = static_cast<uint8_t>(AccessoryInfoType::kCapab
 constexpr uint8_t kLastInfoType = 10;
 constexpr uint8_t kRemoteUiModeOn = 1;
 
-// What a question says beside its type.
+/// Appends what a question contains in addition to its type.
 void appendDetails(PayloadWriter& question, uint8_t type, const Personality& personality) {
   if (type == static_cast<uint8_t>(AccessoryInfoType::kMinimumFirmware)) {
     question.u32(personality.modelId);
@@ -33,7 +33,7 @@ void Identification::begin() {
 void Identification::stop() {
   state.timers.cancel(nextStep);
   asked.reset();
-  repeated = false;
+  wasRepeated = false;
   questions.clear();
   audio.stop();
 }
@@ -77,11 +77,12 @@ void Identification::askNext() {
   if (waitsForAnswers()) startAudio();
 }
 
-// The first question is repeated once; a later one is not.
+/// Ends the wait for an answer. The first question is repeated once; a later one is not.
 void Identification::patienceIsOver() {
-  const bool again = asked == kCapabilities && state.personality.repeatsAccessoryInfo && !repeated;
-  if (!again) return askNext();
-  repeated = true;
+  const bool mayRepeat =
+      asked == kCapabilities && state.personality.repeatsAccessoryInfo && !wasRepeated;
+  if (!mayRepeat) return askNext();
+  wasRepeated = true;
   askWhenDue(kCapabilities);
 }
 
@@ -90,8 +91,8 @@ void Identification::planQuestions(uint32_t capabilities) {
     if ((capabilities >> type & 1) != 0) questions.push_back(type);
   }
   for (uint8_t type : state.personality.extraAccessoryInfo) {
-    const bool planned = std::find(questions.begin(), questions.end(), type) != questions.end();
-    if (!planned) questions.push_back(type);
+    const bool isPlanned = std::find(questions.begin(), questions.end(), type) != questions.end();
+    if (!isPlanned) questions.push_back(type);
   }
 }
 

@@ -6,19 +6,19 @@
 
 namespace simulator {
 
-/// What an iPod asks of an accessory that has announced its lingoes, one question after the other:
-/// what it can tell about itself, those things, then how it takes digital audio. A model that asks
-/// late begins with digital audio meanwhile.
+/// The questions of an iPod to an accessory that has announced its lingoes, one after the other:
+/// its capabilities, the information that they offer, then its sample rates. A model that asks late
+/// begins with digital audio meanwhile.
 class Identification {
  public:
   Identification(DeviceState& device, DigitalAudioLingo& digitalAudio)
       : state(device), audio(digitalAudio) {}
 
-  /// Begins anew, after the announcement was acknowledged.
+  /// Starts again, after the announcement was acknowledged.
   void begin();
-  /// Gives up what was begun.
+  /// Stops the identification.
   void stop();
-  /// Takes the data of a RetAccessoryInfo.
+  /// Handles the data of a RetAccessoryInfo.
   void takeAccessoryInfo(PayloadReader& data);
 
  private:
@@ -33,11 +33,10 @@ class Identification {
 
   DeviceState& state;
   DigitalAudioLingo& audio;
-  std::optional<uint8_t> asked;  ///< the info type that is waited for
-  bool repeated = false;
+  std::optional<uint8_t> asked;  ///< the info type of the awaited answer
+  bool wasRepeated = false;
   std::deque<uint8_t> questions;
-  Timers::Id nextStep =
-      0;  ///< the question, while it is late, or the end of the wait for its answer
+  Timers::Id nextStep = 0;  ///< the late question, or the end of the wait for its answer
 };
 
 }  // namespace simulator

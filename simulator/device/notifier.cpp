@@ -29,14 +29,14 @@ uint32_t positionMs(const DeviceState& state) {
 }
 
 void Notifier::update(PlayerChanges changes) {
-  const bool playing = state.player.state() == PlayState::kPlaying;
-  if (!wanted() || !playing || changes.track) stop();
+  const bool isPlaying = state.player.state() == PlayState::kPlaying;
+  if (!wanted() || !isPlaying || changes.track) stop();
   if (!wanted()) return;
   if (changes.track) {
     tell(notification(PlayStatusChange::kTrackIndex, state.player.list().currentIndex()));
   }
   if (changes.stopped) tell(notification(PlayStatusChange::kStopped, std::nullopt));
-  if (playing && nextPosition == 0) schedule();
+  if (isPlaying && nextPosition == 0) schedule();
 }
 
 void Notifier::stop() {
@@ -47,8 +47,8 @@ void Notifier::stop() {
 Message Notifier::strayNotification() const { return position(); }
 
 bool Notifier::wanted() const {
-  const bool held = state.personality.audioAckOpensNotifications && state.audioAckOutstanding;
-  return state.notificationsOn && !held;
+  const bool isHeld = state.personality.audioAckOpensNotifications && state.audioAckOutstanding;
+  return state.notificationsOn && !isHeld;
 }
 
 Message Notifier::position() const {

@@ -4,15 +4,15 @@
 
 namespace simulator {
 
-/// Tells an accessory that asked for it what changes while playing.
+/// Sends the changes of the player to an accessory that asked for them.
 class Notifier {
  public:
   explicit Notifier(DeviceState& device) : state(device) {}
 
-  /// Looks at what the player did; to be called after everything that happens.
+  /// Notifies the accessory of the changes. Call it after every event.
   void update(PlayerChanges changes);
   void stop();
-  /// The position, now, whether somebody wants to know it or not.
+  /// Returns a notification of the present position, also when the accessory did not ask for it.
   Message strayNotification() const;
 
  private:
@@ -22,10 +22,11 @@ class Notifier {
   void tell(const Message& told);
 
   DeviceState& state;
-  Timers::Id nextPosition = 0;  ///< 0: none is due
+  Timers::Id nextPosition = 0;  ///< 0: there is none
 };
 
-/// The position in ms as the accessory is told it: never beyond the track's stated length.
+/// Returns the position in ms that is sent to the accessory: never beyond the track's stated
+/// length.
 uint32_t positionMs(const DeviceState& state);
 
 }  // namespace simulator

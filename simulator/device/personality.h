@@ -19,92 +19,93 @@ struct Version {
 
 /// How the iPod lets the accessory end its identification.
 enum class IdentificationEnd {
-  kVersionChain,  ///< it just answers the accessory's version requests
-  kRemoteUiMode,  ///< it enters the extended mode by itself and says so unasked
+  kVersionChain,  ///< it only answers the accessory's version requests
+  kRemoteUiMode,  ///< it enters the extended mode and reports that without a request
 };
 
-/// What a command is answered with that the iPod does not know.
+/// The answer to an unknown command.
 enum class UnknownCommand { kUnknownId, kFailed, kSilence };
 
-/// What an Extended Interface command is answered with outside the extended mode.
+/// The answer to an Extended Interface command outside the extended mode.
 enum class OutsideExtendedMode { kBadParameter, kSilence };
 
-/// What a request for a track's text is answered with whose index is not in the playing list.
+/// The answer to a request for the text of a track whose index is not in the playing list.
 enum class BadTrackIndex { kBadParameter, kFailed };
 
-/// How the list of all tracks is sorted when the accessory asks for no order.
+/// The order of the list of all tracks when the accessory requests none.
 enum class TrackOrder { kByArtist, kByName };
 
 /// What plays when the accessory selects a single track.
 enum class TrackSelection {
   kWithItsList,  ///< that track, within the list that it was selected from
-  kAlone,        ///< that track alone, and it alone is what PlayCurrentSelection then plays
+  kAlone,        ///< only that track, which is also all that PlayCurrentSelection then plays
 };
 
-/// What makes one model of iPod different from another. The defaults are those of the "classic"
-/// preset; every combination is allowed.
+/// The differences between models of the iPod. The defaults are those of the "classic" preset;
+/// every combination is allowed.
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order in which it is read
 struct Personality {
   std::string preset = "classic";
 
-  // What it says about itself
+  // Its name and versions
   std::string name;  ///< empty: the music library's name
   std::array<uint8_t, 3> softwareVersion{1, 1, 2};
   std::string serialNumber = "8K821D0ZY5N";
   uint32_t modelId = 0x000B0011;
   std::string modelNumber = "MB147";
-  /// The lingoes that it speaks, by id. An accessory that announces another one is refused.
+  /// The lingoes that it speaks, by id. It refuses an accessory that announces another one.
   std::map<uint8_t, Version> lingoes{
       {0x00, {1, 9}}, {0x02, {1, 2}}, {0x03, {1, 5}}, {0x04, {1, 14}}, {0x0A, {1, 2}}};
 
   // Identification
-  /// So many IdentifyDeviceLingoes after plugging get no answer at all.
+  /// The number of IdentifyDeviceLingoes after plugging that it does not answer.
   unsigned silentIdentifications = 0;
-  /// Whether it ignores everything that comes before the IdentifyDeviceLingoes that it accepts.
+  /// Whether it ignores everything before the IdentifyDeviceLingoes that it accepts.
   bool silentBeforeIdentification = false;
   /// Whether it refuses another IdentifyDeviceLingoes after that one.
   bool refusesSecondIdentification = false;
   IdentificationEnd identificationEnd = IdentificationEnd::kVersionChain;
-  /// From the moment when GetAccessoryInfo is due until it is sent. 0: at once, and the
-  /// identification waits for the answers. Else it goes on meanwhile, and can end before.
+  /// The delay of GetAccessoryInfo. 0: it is sent at once, and the identification waits for the
+  /// answers. Otherwise the identification continues meanwhile, and can end before it.
   Time accessoryInfoDelay{0};
-  /// How long GetAccessoryInfo of type 0 waits before it is asked once more, or given up.
+  /// How long it waits for the answer to GetAccessoryInfo of type 0 before it asks again or
+  /// continues.
   Time accessoryInfoPatience = seconds(5);
   bool repeatsAccessoryInfo = true;
-  /// Asked in any case, after those that the accessory offers.
+  /// The types that it always requests, after those that the accessory offers.
   std::vector<uint8_t> extraAccessoryInfo;
   /// Whether RetAccessoryInfo is acknowledged.
   bool acknowledgesAccessoryInfo = false;
-  /// Without: it takes 32000, 44100 and 48000 Hz for granted.
+  /// Whether it asks for the sample rates. If not, it assumes 32000, 44100 and 48000 Hz.
   bool asksSampleRates = true;
-  /// From the accessory's rates to the first TrackNewAudioAttributes.
+  /// The time from the accessory's rates to the first TrackNewAudioAttributes.
   Time audioAttributesDelay{0};
   /// Whether no notification is sent until the accessory has acknowledged the audio attributes.
   bool audioAckOpensNotifications = false;
 
   // Frames
-  /// A longer pause inside a packet makes it give the packet up.
+  /// It drops a packet with a longer pause in it.
   Time packetGap = kUsualPacketGap;
   LengthForm lengthForm = LengthForm::kAsNeeded;
 
   // Answers
   UnknownCommand unknownCommand = UnknownCommand::kUnknownId;
   OutsideExtendedMode outsideExtendedMode = OutsideExtendedMode::kBadParameter;
-  /// Whether the image commands, too, work in the extended mode only.
+  /// Whether also the image commands work only in the extended mode.
   bool displayNeedsExtendedMode = false;
-  /// Entering and leaving the extended mode: 0, at once; else acknowledged as pending first, and
-  /// done so much later.
+  /// The delay of entering and leaving the extended mode. 0: at once. Otherwise the command is
+  /// first acknowledged as pending.
   Time modeChangePending{0};
   /// Whether both acknowledgements of a mode change are sent at once, in one write.
   bool modeChangeTogether = false;
-  /// As modeChangePending, for PlayCurrentSelection.
+  /// The same delay for PlayCurrentSelection.
   Time playPending{0};
-  /// From PlayCurrentSelection, or the end of its pending time, until the sound starts. Its
-  /// acknowledgement is held back until then.
+  /// The time from PlayCurrentSelection, or the end of its pending time, to the start of the sound.
+  /// The acknowledgement is sent then.
   Time soundDelay{0};
-  /// From a request to its answer.
+  /// The time from a request to its answer.
   Time answerDelay{0};
-  /// On top of it, for acknowledgements.
+  /// An additional delay of acknowledgements.
   Time acknowledgementDelay{0};
 
   // Database
@@ -122,7 +123,7 @@ struct Personality {
   /// Whether GetIndexedPlayingTrackInfo returns the genre; else it is acknowledged as refused.
   bool tellsGenre = true;
   Time positionInterval = milliseconds(500);
-  /// Each position notification comes up to so much late.
+  /// The greatest delay of a position notification.
   Time notificationJitter{0};
 
   // Screen
@@ -130,17 +131,18 @@ struct Personality {
   uint16_t screenHeight = 240;
   DisplayHabits display;
 
-  /// The version of a lingo; null when it does not speak it.
+  /// Returns the version of a lingo; null when it does not speak it.
   const Version* versionOf(uint8_t lingo) const;
-  /// Whether it knows the play and pause codes of PlayControl.
+  /// Returns whether it knows the play and pause codes of PlayControl.
   bool knowsPlayAndPause() const;
 };
 
-/// The names of the presets, the default one first.
+/// Returns the names of the presets, the default one first.
 const std::vector<std::string>& personalityNames();
-/// A preset and what makes it different, in one line.
+/// Returns a preset and its differences in one line.
 std::string personalityMeaning(const std::string& preset);
-/// Throws std::invalid_argument with a text for a person when there is no such preset.
+/// Returns a preset. Throws std::invalid_argument with a message for the user when there is none of
+/// this name.
 Personality personality(const std::string& preset);
 
 }  // namespace simulator

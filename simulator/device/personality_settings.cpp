@@ -10,7 +10,8 @@ namespace {
 
 using Assign = std::function<void(Personality&, uint32_t)>;
 
-/// A switch takes one of some words, each standing for its place in the list, or a number.
+/// A switch. Its value is a number, or one of some words, each of which means its index in the
+/// list.
 struct Setting {
   const char* name;
   std::vector<std::string> words;  ///< empty: a number
@@ -156,7 +157,7 @@ const std::vector<Setting>& settings() {
   return all;
 }
 
-// "no|yes", or "0...100".
+/// Returns the possible values, such as "no|yes" or "0...100".
 std::string valuesOf(const Setting& setting) {
   if (setting.words.empty()) {
     return std::to_string(setting.least) + "..." + std::to_string(setting.most);

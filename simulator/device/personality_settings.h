@@ -7,10 +7,10 @@
 namespace simulator {
 
 /// Changes one switch of a personality, written as NAME=VALUE. Throws std::invalid_argument with a
-/// text for a person.
+/// message for the user.
 void applySetting(Personality& personality, const std::string& text);
 
-/// A table of every switch and how to write it, for a help text.
+/// Returns a table of every switch and how to write it, for a help text.
 std::string settingsHelp();
 
 }  // namespace simulator

@@ -6,8 +6,8 @@ namespace simulator {
 
 namespace {
 
-/// The button of each bit, counted from the lowest bit of the first byte. Those that only concern
-/// the iPod's own controls (volume, menu, light, power) do nothing here.
+/// The button of each bit, counted from the lowest bit of the first byte. Those of the iPod's
+/// controls (volume, menu, light, power) have no effect here.
 enum Button : unsigned {
   kPlayPauseButton = 0,
   kNextTrackButton = 3,
@@ -27,7 +27,7 @@ enum Button : unsigned {
 
 constexpr unsigned kButtons = 32;
 constexpr size_t kStateBytes = 4;
-constexpr uint32_t kAudioButtons = 0xFFFF;  // of AudioButtonStatus only these are told apart
+constexpr uint32_t kAudioButtons = 0xFFFF;  // of AudioButtonStatus only these are distinguished
 constexpr unsigned kModes = 3;              // of shuffle and of repeat
 
 uint32_t buttonState(const Bytes& data) {
@@ -106,7 +106,8 @@ void SimpleRemoteLingo::release(unsigned button) {
   if (button == kFastForwardButton || button == kRewindButton) state.player.endSeek(state.now);
 }
 
-// To the nearest track of another album in this direction; at the end of the list nothing happens.
+/// Moves to the nearest track of another album in this direction; does nothing at the end of the
+/// list.
 void SimpleRemoteLingo::stepAlbum(int direction) {
   const std::optional<uint32_t> current = state.player.currentTrack();
   if (!current) return;

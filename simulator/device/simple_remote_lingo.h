@@ -5,8 +5,8 @@
 namespace simulator {
 
 /// The Simple Remote lingo: the accessory reports which buttons are down. Nothing is answered. A
-/// button acts when it goes down; it is down until a report without it, or until no report came for
-/// kButtonHold.
+/// button acts when it goes down. It is down until a report without it, or until no report has
+/// arrived for kButtonHold.
 class SimpleRemoteLingo {
  public:
   static constexpr Time kButtonHold = milliseconds(200);
@@ -14,9 +14,9 @@ class SimpleRemoteLingo {
   explicit SimpleRemoteLingo(DeviceState& device) : state(device) {}
 
   void handle(const Message& message);
-  /// Lets go of every button, without a sign of it.
+  /// Releases every button without any effect.
   void stop();
-  /// Bit n: button n is down.
+  /// Returns the buttons that are down: bit n for button n.
   uint32_t held() const { return buttons; }
 
  private:

@@ -9,7 +9,7 @@ namespace simulator {
 
 namespace {
 
-constexpr uint8_t kGoesToSleep = 0x01;  // what NotifyiPodStateChange tells
+constexpr uint8_t kGoesToSleep = 0x01;  // the state that NotifyiPodStateChange reports
 constexpr size_t kShownWaste = 264;     // bytes: a frame in short form is shorter
 
 std::optional<Time> earlier(std::optional<Time> a, std::optional<Time> b) {
@@ -158,7 +158,7 @@ void SimulatedIpod::step(Time now) {
   settle();
 }
 
-// Draws the consequences of whatever happened.
+/// Does what follows from the events so far.
 void SimulatedIpod::settle() {
   const PlayerChanges changes = state.player.takeChanges();
   if (changes.track) audio.followTrack();
@@ -214,7 +214,7 @@ void SimulatedIpod::takeMessage(const Message& message) {
 }
 
 void SimulatedIpod::transmit(Outgoing outgoing) {
-  if (!plugged() || silent) return;
+  if (!plugged() || isSilent) return;
   const Message intended = outgoing.message;
   const Fate fate = state.faults.decide(outgoing, kind);
   if (fate.silenceAfter || fate.sleepNotice) return fallSilent(fate.sleepNotice);
@@ -230,7 +230,7 @@ void SimulatedIpod::transmit(Outgoing outgoing) {
 }
 
 void SimulatedIpod::post(const Outgoing& outgoing, const Fate& fate) {
-  if (!plugged() || silent) return;
+  if (!plugged() || isSilent) return;
   Parcel parcel;
   parcel.message = outgoing.message;
   parcel.note = fate.note;
@@ -242,10 +242,10 @@ void SimulatedIpod::post(const Outgoing& outgoing, const Fate& fate) {
 }
 
 Bytes SimulatedIpod::frameOf(const Message& message, const Fate& fate) const {
-  const bool longForm =
+  const bool isLongForm =
       fate.form == LengthForm::kLong || state.personality.lengthForm == LengthForm::kLong;
   Bytes frame = encodeFrame(kind, messagePayload(message),
-                            longForm ? LengthForm::kLong : LengthForm::kAsNeeded);
+                            isLongForm ? LengthForm::kLong : LengthForm::kAsNeeded);
   spoilFrame(frame, fate);
   return frame;
 }
@@ -254,20 +254,20 @@ Time SimulatedIpod::dueTime(const Outgoing& outgoing, const Fate& fate) const {
   return state.now + state.personality.answerDelay + outgoing.delay + fate.delay;
 }
 
-void SimulatedIpod::fallSilent(bool withNotice) {
-  if (withNotice) {
+void SimulatedIpod::fallSilent(bool hasNotice) {
+  if (hasNotice) {
     Outgoing notice;
     notice.message = {
         static_cast<uint8_t>(Lingo::kGeneral), kNotifyIpodStateChange, {kGoesToSleep}};
     post(notice, {});
   }
-  silent = true;
+  isSilent = true;
   noteEvent("falls silent");
 }
 
 std::vector<Bytes> SimulatedIpod::collectDue(Time now) {
   std::vector<Bytes> writes;
-  bool join = false;
+  bool isJoined = false;
   while (true) {
     if (remainder) {
       if (remainder->due > now) break;
@@ -277,14 +277,14 @@ std::vector<Bytes> SimulatedIpod::collectDue(Time now) {
     if (outbox.empty() || outbox.begin()->first > now) break;
     Parcel parcel = std::move(outbox.begin()->second);
     outbox.erase(outbox.begin());
-    const bool together = parcel.together;
-    write(std::move(parcel), writes, join);
-    join = together;
+    const bool isTogether = parcel.together;
+    write(std::move(parcel), writes, isJoined);
+    isJoined = isTogether;
   }
   return writes;
 }
 
-void SimulatedIpod::write(Parcel parcel, std::vector<Bytes>& writes, bool join) {
+void SimulatedIpod::write(Parcel parcel, std::vector<Bytes>& writes, bool isJoined) {
   ++tally.messagesSent;
   note(Traffic::Kind::kSent, parcel.message, parcel.note);
   Bytes& bytes = parcel.bytes;
@@ -293,7 +293,7 @@ void SimulatedIpod::write(Parcel parcel, std::vector<Bytes>& writes, bool join) 
     remainder = Remainder{state.now + parcel.splitGap, Bytes(middle, bytes.end())};
     bytes.erase(middle, bytes.end());
   }
-  if (join && !writes.empty()) {
+  if (isJoined && !writes.empty()) {
     writes.back().insert(writes.back().end(), bytes.begin(), bytes.end());
   } else if (!bytes.empty()) {
     writes.push_back(std::move(bytes));
@@ -320,7 +320,7 @@ void SimulatedIpod::startOver() {
   state.forgetAccessory();
   outbox.clear();
   remainder.reset();
-  silent = false;
+  isSilent = false;
   receivedHere = 0;
   sentHere = 0;
   settle();

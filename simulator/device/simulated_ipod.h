@@ -16,16 +16,16 @@
 
 namespace simulator {
 
-/// An iPod at the end of a cable.
+/// A simulated iPod at the end of a cable.
 ///
-/// It has no thread, no clock and no file descriptor: whoever runs it pushes in the bytes of the
-/// accessory, takes out the iPod's own, and says what time it is. Time may never go back. The same
-/// calls with the same times, bytes and seed give the same output, byte by byte.
+/// It has no thread, no clock and no file descriptor. Its user passes in the bytes of the accessory
+/// and the time, and takes the iPod's bytes out. Time may never go back. The same calls with the
+/// same times, bytes and seed give the same output, byte by byte.
 ///
 ///     ipod.plugIn(now, FrameKind::kUsb);
 ///     ipod.receive(now, bytes);
 ///     for (const Bytes& write : ipod.takeOutput(now)) ...   // one write each
-///     sleepUntil(ipod.nextWake());                          // or more bytes come
+///     sleepUntil(ipod.nextWake());                          // or more bytes arrive
 ///
 /// It is not safe for use by two threads at once.
 class SimulatedIpod {
@@ -34,9 +34,9 @@ class SimulatedIpod {
     size_t bytesReceived = 0;  ///< since the start, like all of these
     size_t bytesSent = 0;
     size_t messagesReceived = 0;
-    size_t messagesSent = 0;     ///< as often as they were written
+    size_t messagesSent = 0;     ///< repetitions included
     size_t messagesLost = 0;     ///< by a fault
-    size_t malformedFrames = 0;  ///< good checksum, but no command inside
+    size_t malformedFrames = 0;  ///< correct checksum, but without a command
   };
 
   explicit SimulatedIpod(Personality personality, MusicLibrary library, uint32_t seed = 1);
@@ -47,30 +47,30 @@ class SimulatedIpod {
   void plugIn(Time now, FrameKind kind);
   void unplug(Time now);
   bool plugged() const { return decoder.has_value(); }
-  /// The accessory is gone although the cable is still there: it closed its end. The iPod forgets
-  /// it, and starts anew with the next one.
+  /// Call this when the accessory has closed its end, although the cable is still plugged in. The
+  /// iPod forgets it, and starts again with the next one.
   void hangUp(Time now);
 
   // Bytes and time
   void receive(Time now, ByteView bytes);
-  /// What is to be written by now, each element in one write.
+  /// Returns what is to be written now, each element in one write.
   std::vector<Bytes> takeOutput(Time now);
-  /// When takeOutput() will have something or something will happen by itself, if ever.
+  /// Returns when takeOutput() will return something or something will happen by itself, if ever.
   std::optional<Time> nextWake() const;
   /// Lets the time pass.
   void advance(Time now);
 
-  // What a person does with the iPod in the hand
+  // Actions of a person who holds the iPod
   void pressPlay(Time now);
   void pressPause(Time now);
   void pressNext(Time now);
   void pressPrevious(Time now);
-  /// Tells the accessory this sample rate in Hz, whatever plays.
+  /// Sends this sample rate in Hz to the accessory, whatever plays.
   void announceSampleRate(Time now, uint32_t rate);
-  /// Notifies the accessory of the position, whether or not it wants to know.
+  /// Notifies the accessory of the position, also when it did not ask for it.
   void tellPosition(Time now);
 
-  // Looking inside
+  // Its state
   const Personality& personality() const { return state.personality; }
   const MusicLibrary& library() const { return state.catalogue.library(); }
   const Player& player() const { return state.player; }
@@ -79,36 +79,36 @@ class SimulatedIpod {
   const FaultPlan& faults() const { return state.faults; }
   bool inExtendedMode() const { return state.extendedMode; }
   bool notificationsOn() const { return state.notificationsOn; }
-  /// Bit n: the accessory announced lingo n.
+  /// Returns the lingoes that the accessory announced: bit n for lingo n.
   uint32_t announcedLingoes() const { return state.announcedLingoes; }
-  /// Bit n: button n of the Simple Remote is down.
+  /// Returns the buttons of the Simple Remote that are down: bit n for button n.
   uint32_t heldButtons() const { return remote.held(); }
   const Counters& counters() const { return tally; }
-  /// Of the link that is plugged now; all 0 when none is.
+  /// Returns the counters of the link that is plugged in; all 0 when there is none.
   FrameDecoder::Counters frameCounters() const;
-  /// The messages of both directions and other events, oldest first; the latest kHistoryLimit.
+  /// Returns the latest kHistoryLimit messages of both directions and other events, oldest first.
   const std::deque<Traffic>& history() const { return past; }
   static constexpr size_t kHistoryLimit = 10000;
-  /// How many messages of this kind the history holds.
+  /// Returns the number of messages of this kind in the history.
   size_t countReceived(Lingo lingo, uint16_t command) const;
   size_t countSent(Lingo lingo, uint16_t command) const;
 
-  /// Called with everything that happens on the link, at the moment when it happens.
+  /// Sets a function that is called with each event of the link, when it happens.
   void setTrace(std::function<void(const Traffic&)> hook) { trace = std::move(hook); }
-  /// Called when an uploaded image is complete and shows.
+  /// Sets a function that is called when the screen shows an uploaded image.
   void setImageHook(std::function<void(const Picture&)> hook) { imageHook = std::move(hook); }
 
  private:
-  /// One frame on its way, as it will be written.
+  /// One frame that is to be written.
   struct Parcel {
     Message message;
     std::string note;
     Bytes bytes;
-    bool together = false;  ///< goes in one write with what is due at the same moment
+    bool together = false;  ///< is in one write with what is due at the same moment
     size_t splitAt = 0;     ///< bytes of the first of two writes; 0: it is one write
     Time splitGap{0};
   };
-  /// The second write of a frame whose first is out. Nothing gets in between.
+  /// The second write of a frame whose first write is done. Nothing is written between them.
   struct Remainder {
     Time due;
     Bytes bytes;
@@ -124,9 +124,9 @@ class SimulatedIpod {
   void post(const Outgoing& outgoing, const Fate& fate);
   Bytes frameOf(const Message& message, const Fate& fate) const;
   Time dueTime(const Outgoing& outgoing, const Fate& fate) const;
-  void fallSilent(bool withNotice);
+  void fallSilent(bool hasNotice);
   std::vector<Bytes> collectDue(Time now);
-  void write(Parcel parcel, std::vector<Bytes>& writes, bool join);
+  void write(Parcel parcel, std::vector<Bytes>& writes, bool isJoined);
   void cutAtUnplug(std::vector<Bytes>& writes);
   void startOver();
   void note(Traffic::Kind kind, const Message& message, std::string text);
@@ -145,8 +145,8 @@ class SimulatedIpod {
   std::optional<FrameDecoder> decoder;  ///< while the cable is plugged
   std::multimap<Time, Parcel> outbox;
   std::optional<Remainder> remainder;
-  bool silent = false;
-  size_t receivedHere = 0;  ///< bytes, since the accessory came
+  bool isSilent = false;
+  size_t receivedHere = 0;  ///< bytes, since the accessory connected
   size_t sentHere = 0;
   size_t imagesSeen = 0;
   Counters tally;

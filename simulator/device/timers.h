@@ -8,20 +8,19 @@
 
 namespace simulator {
 
-/// What is to be done at which moment. What is due at the same moment is done in the order in which
-/// it was asked for.
+/// Actions with their times. Actions of the same time run in the order in which they were added.
 class Timers {
  public:
   using Action = std::function<void()>;
   using Id = uint64_t;  ///< never 0
 
   Id at(Time moment, Action action);
-  /// Nothing happens when the timer has run or there is none of this id.
+  /// Removes a timer. Does nothing when it has run or there is none of this id.
   void cancel(Id id);
   void clear() { actions.clear(); }
 
   std::optional<Time> next() const;
-  /// Does what is due at `now` or earlier, what is added meanwhile included.
+  /// Runs what is due at `now` or earlier, including what is added meanwhile.
   void run(Time now);
 
  private:

@@ -12,19 +12,19 @@ struct Traffic {
   enum class Kind {
     kReceived,  ///< from the accessory
     kSent,      ///< by the iPod
-    kLost,      ///< meant to be sent, and lost by a fault
-    kEvent,     ///< told by the note alone
-    kNoise,     ///< from the accessory, but no message; told by the note alone
-    kFault,     ///< a fault struck; the note is its text, the message the request if there is one
+    kLost,      ///< not sent because of a fault
+    kEvent,     ///< only the note describes it
+    kNoise,     ///< from the accessory, but not a message; only the note describes it
+    kFault,  ///< a fault happened; the note is its text, the message is the request if there is one
   };
 
   Time at{0};
   Kind kind = Kind::kEvent;
   Message message;
-  std::string note;  ///< faults that struck the message, or what the event is
+  std::string note;  ///< the faults of the message, or a description of the event
 };
 
-/// One line for a person: seconds, direction, lingo, command and its name, data, note.
+/// Returns one line for a trace: seconds, direction, lingo, command and its name, data, note.
 std::string describe(const Traffic& traffic);
 
 }  // namespace simulator

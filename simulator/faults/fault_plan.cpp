@@ -9,7 +9,7 @@ namespace simulator {
 
 namespace {
 
-// Bytes that begin, break off and go wrong in the ways in which UTF-8 can.
+/// Bytes with every kind of UTF-8 error.
 constexpr uint8_t kBrokenText[] = {0xC3, 0x28, 0xA0, 0xE2, 0x82, 'x', 0xF0, 0x9F, 0xFF};
 
 Message acknowledgement(Cause cause, uint8_t status) {
@@ -217,13 +217,13 @@ Fault FaultPlan::randomFault(FrameKind kind) {
   Fault fault;
   fault.kind = kinds[random.below(static_cast<uint32_t>(kinds.size()))];
   fault.value = 1 + random.below(8);
-  // One byte, so that a text can say which noise it was.
+  // The noise repeats one byte, so that the text of the fault can name it.
   while (fault.kind == FaultKind::kNoise && fault.value2 == 0)
     fault.value2 = noiseByte(kind);
   return fault;
 }
 
-// Any at which no frame can begin on this kind of link.
+/// Returns a random byte with which no frame can begin on this kind of link.
 uint8_t FaultPlan::noiseByte(FrameKind kind) {
   const uint8_t forbidden = kind == FrameKind::kUsb ? kStartByte : kSyncByte;
   uint8_t byte;

@@ -18,12 +18,12 @@ namespace simulator {
 struct Outgoing {
   Message message;
   Cause cause;
-  std::optional<size_t> textOffset;  ///< where in the data the text begins, if there is one
+  std::optional<size_t> textOffset;  ///< the offset of the text in the data, if there is one
   Time delay{0};
   bool together = false;  ///< in one write with the next message
 };
 
-/// What the faults make of one outgoing message, on top of what they changed in the message.
+/// The effects of the faults on one outgoing message, in addition to the changes of its content.
 struct Fate {
   bool lost = false;
   bool together = false;
@@ -41,7 +41,7 @@ struct Fate {
   std::string note;  ///< names of the faults, for the trace; empty: none
 };
 
-/// What the faults make of one listing.
+/// The effects of the faults on one listing.
 struct ListingShape {
   uint32_t missing = 0;
   uint32_t extra = 0;
@@ -49,11 +49,11 @@ struct ListingShape {
   uint32_t notificationsBetween = 0;
 };
 
-/// The faults that an iPod is to show, which of them it has shown, and how often.
+/// The faults of an iPod, which of them have happened, and how often.
 class FaultPlan {
  public:
-  /// Called when a fault strikes, with the fault that strikes the same alone: its target is the one
-  /// reply or request, counted from the start of the plan. It may not change the plan.
+  /// Called when a fault happens, with a fault that repeats only this one: its target is the one
+  /// reply or request, counted from the start of the plan. The function must not change the plan.
   using StrikeHook = std::function<void(const Fault&)>;
 
   explicit FaultPlan(Random& chance) : random(chance) {}
@@ -61,31 +61,31 @@ class FaultPlan {
   void setStrikeHook(StrikeHook hook) { onStrike = std::move(hook); }
   void add(const Fault& fault);
   void strikeAtRandom(RandomFaults faults) { byChance = std::move(faults); }
-  /// From now on everything goes well. The counters stay.
+  /// Removes all faults. The counters keep their values.
   void clear();
 
-  /// Decides on a message that is about to go, and spoils it as the faults want.
+  /// Decides on a message before it is sent, and changes it as the faults require.
   Fate decide(Outgoing& outgoing, FrameKind kind);
-  /// Decides on a listing that is about to be answered.
+  /// Decides on a listing before it is answered.
   ListingShape shapeListing(Cause request);
-  /// By how much a count that is about to be answered is wrong.
+  /// Returns the error of a count that is about to be answered.
   uint32_t drift(Cause request);
-  /// How many of the bytes that pass now still pass before the cable is pulled, when one is pulled
-  /// within them; `passed` passed before, since the cable was plugged.
+  /// Returns how many of the `now` bytes still pass before the cable is pulled; no value when it is
+  /// not pulled within them. `passed` bytes have passed since the cable was plugged in.
   std::optional<size_t> bytesBeforeUnplug(FaultKind direction, size_t passed, size_t now);
 
-  /// How often this kind of fault has struck.
+  /// Returns how often this kind of fault has happened.
   size_t injected(FaultKind kind) const { return struck[static_cast<size_t>(kind)]; }
   size_t injectedInAll() const;
 
  private:
   struct Rule {
     Fault fault;
-    uint32_t seen = 0;     ///< replies or requests that it was asked about
-    uint32_t applied = 0;  ///< how many of them it struck
+    uint32_t seen = 0;     ///< replies or requests that it was compared with
+    uint32_t applied = 0;  ///< how many of them it changed
   };
 
-  /// How many replies or requests there were, for each lingo and command.
+  /// The number of replies or requests for each lingo and command.
   using Counts = std::map<std::pair<uint8_t, uint16_t>, uint32_t>;
 
   static FaultTarget countUp(Counts& counts, Cause cause);

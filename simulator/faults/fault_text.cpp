@@ -19,7 +19,7 @@ constexpr double kMostPercent = 100;
   throw std::invalid_argument("fault '" + text + "': " + why);
 }
 
-// The parts before and after the first separator; the second is empty when there is none.
+/// Returns the parts before and after the first separator; the second is empty when there is none.
 std::pair<std::string, std::string> cutAt(const std::string& text, char separator) {
   const size_t place = text.find(separator);
   if (place == std::string::npos) return {text, ""};
@@ -33,14 +33,14 @@ bool has(const std::string& text, char separator) {
 long long parseInteger(const std::string& number, int base, const std::string& text) {
   char* end = nullptr;
   const long long value = std::strtoll(number.c_str(), &end, base);
-  const bool whole = !number.empty() && *end == '\0' && number.find(' ') == std::string::npos;
-  if (!whole) refuse(text, "'" + number + "' is not a number");
+  const bool isWhole = !number.empty() && *end == '\0' && number.find(' ') == std::string::npos;
+  if (!isWhole) refuse(text, "'" + number + "' is not a number");
   return value;
 }
 
 uint32_t parseNumber(const std::string& number, const std::string& text) {
-  const bool hexadecimal = number.rfind("0x", 0) == 0;
-  const long long value = parseInteger(number, hexadecimal ? 16 : 10, text);
+  const bool isHexadecimal = number.rfind("0x", 0) == 0;
+  const long long value = parseInteger(number, isHexadecimal ? 16 : 10, text);
   if (value < INT32_MIN || value > UINT32_MAX) refuse(text, "'" + number + "' is too large");
   return static_cast<uint32_t>(value);
 }
@@ -53,12 +53,12 @@ std::optional<uint16_t> parseId(const std::string& id, long long most, const std
 }
 
 void parseOrdinal(const std::string& ordinal, FaultTarget& target, const std::string& text) {
-  const bool onwards = !ordinal.empty() && ordinal.back() == '+';
-  const std::string digits = onwards ? ordinal.substr(0, ordinal.size() - 1) : ordinal;
+  const bool isOnwards = !ordinal.empty() && ordinal.back() == '+';
+  const std::string digits = isOnwards ? ordinal.substr(0, ordinal.size() - 1) : ordinal;
   const long long number = parseInteger(digits, 10, text);
   if (number < 1 || number > INT32_MAX) refuse(text, "replies are counted from 1");
-  target = onwards ? target.from(static_cast<uint32_t>(number))
-                   : target.nth(static_cast<uint32_t>(number));
+  target = isOnwards ? target.from(static_cast<uint32_t>(number))
+                     : target.nth(static_cast<uint32_t>(number));
 }
 
 FaultTarget parseTarget(const std::string& address, const std::string& text) {
@@ -87,14 +87,15 @@ void parseValues(const FaultRow& row, const std::string& values, Fault& fault,
   if (has(values, '/')) fault.value2 = parseNumber(second, text);
 }
 
-// "lost", "late=MS" or "corrupt[=N]".
+/// Returns how to write a fault, such as "lost", "late=MS" or "corrupt[=N]".
 std::string usageOf(const FaultRow& row) {
   const std::string values = row.values;
   if (values.empty()) return row.name;
   return row.name + (values.front() == '[' ? "[=" + values.substr(1) : "=" + values);
 }
 
-// Empty for a fault without a number, and for a number that may be left out.
+/// Returns the text of the numbers; empty for a fault without a number, and for a number that is
+/// optional.
 std::string valueText(const Fault& fault) {
   const std::string values = faultRow(fault.kind).values;
   const bool isLeftOut = values.empty() || (values.front() == '[' && fault.value == 0);
@@ -113,8 +114,8 @@ std::string idText(std::optional<uint16_t> id, size_t bytes) {
 }
 
 std::string targetText(const FaultTarget& target) {
-  const bool any = !target.lingo && !target.command;
-  if (any && target.first == 1 && target.last != 1) return "";
+  const bool isAny = !target.lingo && !target.command;
+  if (isAny && target.first == 1 && target.last != 1) return "";
   const std::string address = "@" + idText(target.lingo, 1) + ":" +
                               idText(target.command, commandWidth(target.lingo.value_or(0)));
   if (target.first == target.last) return address + "#" + std::to_string(target.first);
@@ -125,8 +126,8 @@ RandomFaults parseRandom(const std::string& values, const std::string& text) {
   const auto [percent, names] = cutAt(values, '/');
   char* end = nullptr;
   const double chance = std::strtod(percent.c_str(), &end);
-  const bool good = !percent.empty() && *end == '\0' && chance >= 0 && chance <= kMostPercent;
-  if (!good) refuse(text, "write the chance in percent, from 0 to 100");
+  const bool isValid = !percent.empty() && *end == '\0' && chance >= 0 && chance <= kMostPercent;
+  if (!isValid) refuse(text, "write the chance in percent, from 0 to 100");
   RandomFaults faults;
   faults.perThousand = static_cast<uint32_t>(std::lround(chance * 10));
   std::istringstream list(names);

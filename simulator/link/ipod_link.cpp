@@ -33,8 +33,8 @@ struct SocketName {
   const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&address); }
 };
 
-// The folder counts, not how its path is spelled. The kernel keeps such a name, which is in no
-// folder, for as long as the socket is open.
+/// Returns a name that depends on the folder, not on the spelling of its path. The kernel keeps
+/// such a name, which is not in a folder, as long as the socket is open.
 SocketName nameOf(const fs::path& link) {
   const fs::path whole = fs::absolute(link);
   struct stat folder;
@@ -57,14 +57,14 @@ FileDescriptor openSocket() {
   return FileDescriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
 }
 
-// The process that listens under this name, where that can be known.
+/// Returns the process that listens under this name, if it can be found.
 std::optional<pid_t> holderOf(const SocketName& name) {
   const FileDescriptor asking = openSocket();
   ucred holder{};
   socklen_t size = sizeof holder;
-  const bool known = connect(asking.get(), name.get(), name.size) == 0 &&
-                     getsockopt(asking.get(), SOL_SOCKET, SO_PEERCRED, &holder, &size) == 0;
-  if (!known || holder.pid <= 0) return std::nullopt;
+  const bool isKnown = connect(asking.get(), name.get(), name.size) == 0 &&
+                       getsockopt(asking.get(), SOL_SOCKET, SO_PEERCRED, &holder, &size) == 0;
+  if (!isKnown || holder.pid <= 0) return std::nullopt;
   return holder.pid;
 }
 
@@ -75,7 +75,7 @@ std::optional<pid_t> holderOf(const SocketName& name) {
                   "; end that one, or use another link");
 }
 
-// A moment as numbers that compare.
+/// Returns a time as numbers that can be compared.
 std::tuple<time_t, long> momentOf(const timespec& time) { return {time.tv_sec, time.tv_nsec}; }
 
 }  // namespace
@@ -88,12 +88,12 @@ void IpodLink::claim() {
     if (errno == EADDRINUSE) refuseClaimed(file, name);
     refuse(file, messageOf(errno));
   }
-  // So that those who come too late learn from whom.
+  // Later processes connect to learn which process has the name.
   listen(named.get(), SOMAXCONN);
   claimed = std::move(named);
 }
 
-// Of two who make it at the same moment, one finds that it is there.
+/// Makes the link. If two processes make it at the same time, one of them finds the other's link.
 void IpodLink::leadTo(const std::string& slave) const {
   if (file.empty()) return;
   removeStale(slave);
@@ -126,8 +126,8 @@ void IpodLink::removeStale(const std::string& slave) const {
   if (error) refuse(file, error.message() + "; use another link");
 }
 
-// Whether whoever made the link can still be there. A terminal that is younger than the link is
-// somebody else's, who got the number of one that is gone.
+/// Returns whether the process that made the link may still run. A terminal that is younger than
+/// the link belongs to another process, which got the same number.
 bool IpodLink::isServed(const fs::path& slave) const {
   struct stat terminal;
   struct stat link;

@@ -8,17 +8,17 @@
 
 namespace simulator {
 
-/// Says for a person why there is no link, and what to do.
+/// An error whose message says why there is no link, and what to do.
 class LinkError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
 /// The symbolic link by which an accessory finds the iPod's pseudo-terminal. With an empty path
-/// there is none, and nothing here does anything.
+/// there is no link, and the functions do nothing.
 ///
 /// From claim() to release() the path belongs to one IpodLink of the machine, also while the link
-/// is not there. A process that ends, however it does, claims nothing any more.
+/// does not exist. The end of a process releases its claims.
 class IpodLink {
  public:
   explicit IpodLink(std::filesystem::path path) : file(std::move(path)) {}
@@ -29,10 +29,10 @@ class IpodLink {
   void claim();
   void release() { claimed = FileDescriptor(); }
 
-  /// Makes the link, in place of one that a dead iPod left. Throws LinkError when anything else is
-  /// there, or the link cannot be made.
+  /// Makes the link, and replaces one that a dead iPod left. Throws LinkError when another file has
+  /// this name, or the link cannot be made.
   void leadTo(const std::string& slave) const;
-  /// Removes the link, unless it leads elsewhere by now.
+  /// Removes the link, unless it leads elsewhere now.
   void removeFrom(const std::string& slave) const;
 
  private:
@@ -40,7 +40,7 @@ class IpodLink {
   bool isServed(const std::filesystem::path& slave) const;
 
   std::filesystem::path file;
-  FileDescriptor claimed;  ///< a socket whose name stands for the path
+  FileDescriptor claimed;  ///< a socket whose name represents the path
 };
 
 }  // namespace simulator

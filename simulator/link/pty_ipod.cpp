@@ -10,7 +10,7 @@ namespace simulator {
 
 namespace {
 
-// So long the accessory can still read what was sent before a fault pulled the cable.
+/// The time in which the accessory can still read what was sent before a fault pulled the cable.
 constexpr Time kPullDelay = milliseconds(20);
 
 }  // namespace
@@ -28,7 +28,7 @@ PtyIpod::~PtyIpod() { stop(); }
 
 void PtyIpod::start() {
   const std::lock_guard<std::mutex> lock(mutex);
-  if (running) return;
+  if (isRunning) return;
   link.claim();
   try {
     openPort();
@@ -36,15 +36,15 @@ void PtyIpod::start() {
     link.release();
     throw;
   }
-  running = true;
-  stopping = false;
+  isRunning = true;
+  isStopping = false;
   thread = std::thread([this] { run(); });
 }
 
 void PtyIpod::stop() {
   {
     const std::lock_guard<std::mutex> lock(mutex);
-    stopping = true;
+    isStopping = true;
     wake();
   }
   if (thread.joinable()) thread.join();
@@ -60,12 +60,12 @@ void PtyIpod::unplug() {
   ipod.unplug(now());
   pullAt = now();
   wake();
-  changed.wait(lock, [this] { return !port || !running; });
+  changed.wait(lock, [this] { return !port || !isRunning; });
 }
 
 void PtyIpod::plug() {
   const std::lock_guard<std::mutex> lock(mutex);
-  if (port || !running) return;
+  if (port || !isRunning) return;
   openPort();
   wake();
 }
@@ -85,14 +85,14 @@ Time PtyIpod::now() const { return std::chrono::steady_clock::now() - begin; }
 
 void PtyIpod::run() {
   std::unique_lock<std::mutex> lock(mutex);
-  while (!stopping) {
+  while (!isStopping) {
     serve();
     changed.notify_all();
     const int masterEvents = POLLIN | (unwritten.empty() ? 0 : POLLOUT);
     pollfd waits[] = {
         {waker.get(), POLLIN, 0},
         {port ? port->watch() : -1, POLLIN, 0},
-        {port && accessoryThere ? port->master() : -1, static_cast<short>(masterEvents), 0}};
+        {port && isAccessoryThere ? port->master() : -1, static_cast<short>(masterEvents), 0}};
     const int limit = waitLimitMs();
     lock.unlock();
     poll(waits, std::size(waits), limit);
@@ -100,7 +100,7 @@ void PtyIpod::run() {
     eventfd_t ignored;
     eventfd_read(waker.get(), &ignored);
   }
-  running = false;
+  isRunning = false;
   changed.notify_all();
 }
 
@@ -113,31 +113,33 @@ void PtyIpod::serve() {
 
 void PtyIpod::noticeAccessory() {
   const PtyPort::Presence presence = port->presence();
-  accessoryThere = presence.open;
+  isAccessoryThere = presence.open;
   if (presence.closed) changeAccessory();
 }
 
-// What the accessory wrote before it closed the slave still counts, and what it did not read does
-// not. What there is to read once another one has opened the slave is taken for that one's.
+/// Ends with the accessory that closed the slave. What it wrote is still handled, and what it did
+/// not read is dropped. What can be read after another accessory has opened the slave is taken for
+/// that accessory's bytes.
 void PtyIpod::changeAccessory() {
   const Bytes last = port->read();
-  accessoryThere = port->presence().open;
-  if (!accessoryThere) ipod.receive(now(), last);
+  isAccessoryThere = port->presence().open;
+  if (!isAccessoryThere) ipod.receive(now(), last);
   ipod.hangUp(now());
   unwritten.clear();
   port->dropUnread();
-  if (accessoryThere) ipod.receive(now(), last);
+  if (isAccessoryThere) ipod.receive(now(), last);
 }
 
 void PtyIpod::receive() {
-  if (accessoryThere && ipod.plugged()) ipod.receive(now(), port->read());
+  if (isAccessoryThere && ipod.plugged()) ipod.receive(now(), port->read());
 }
 
-// Each write of the iPod is one here, unless the accessory is slow to read.
+/// Writes to the pseudo-terminal. Each write of the iPod is one write, unless the accessory reads
+/// too slowly.
 void PtyIpod::send() {
   flush();
   for (const Bytes& bytes : ipod.takeOutput(now())) {
-    if (!port || !accessoryThere) continue;
+    if (!port || !isAccessoryThere) continue;
     const size_t written = unwritten.empty() ? port->write(bytes) : 0;
     unwritten.insert(unwritten.end(), bytes.begin() + static_cast<std::ptrdiff_t>(written),
                      bytes.end());
@@ -145,7 +147,7 @@ void PtyIpod::send() {
 }
 
 void PtyIpod::flush() {
-  if (unwritten.empty() || !port || !accessoryThere) return;
+  if (unwritten.empty() || !port || !isAccessoryThere) return;
   const size_t written = port->write(unwritten);
   unwritten.erase(unwritten.begin(), unwritten.begin() + static_cast<std::ptrdiff_t>(written));
 }
@@ -168,7 +170,7 @@ void PtyIpod::wake() { eventfd_write(waker.get(), 1); }
 
 void PtyIpod::openPort() {
   port.emplace();
-  accessoryThere = false;
+  isAccessoryThere = false;
   unwritten.clear();
   pullAt.reset();
   try {
@@ -184,7 +186,7 @@ void PtyIpod::closePort() {
   if (!port) return;
   link.removeFrom(port->slavePath());
   port.reset();
-  accessoryThere = false;
+  isAccessoryThere = false;
   unwritten.clear();
   pullAt.reset();
 }

@@ -18,16 +18,16 @@ namespace simulator {
 ///     PtyIpod pty{ipod, FrameKind::kUsb, "/tmp/ipod"};
 ///     pty.start();
 ///
-/// From start() on, a thread of its own drives the iPod; everybody else reaches it through access()
-/// only. When the accessory closes the slave, the iPod forgets it and waits for the next one.
+/// From start() on, a separate thread runs the iPod. Other threads use the iPod only through
+/// access(). When the accessory closes the slave, the iPod forgets it and waits for the next one.
 /// Pulling the cable closes the master, so that the accessory's read fails. The functions may be
 /// called from any thread, but not by hooks of the iPod: those run while it is locked.
 class PtyIpod {
  public:
   /// The iPod must outlive this. With a `linkPath`, a symbolic link of this name leads to the slave
-  /// while the cable is plugged, and nobody else gets that name from start() to stop().
+  /// while the cable is plugged, and no other process gets that name from start() to stop().
   PtyIpod(SimulatedIpod& device, FrameKind frames, std::filesystem::path linkPath = {});
-  /// Stops the thread, and takes the link away.
+  /// Stops the thread, and removes the link.
   ~PtyIpod();
   PtyIpod(const PtyIpod&) = delete;
   PtyIpod& operator=(const PtyIpod&) = delete;
@@ -37,14 +37,14 @@ class PtyIpod {
   void start();
   void stop();
 
-  /// Pulls the cable, and returns when it is pulled; nothing happens when it is pulled already.
+  /// Pulls the cable, and returns when it is pulled. Does nothing when it is already pulled.
   void unplug();
-  /// Plugs the cable again, at a new pseudo-terminal under the same link; nothing happens when it
-  /// is plugged. Throws like start().
+  /// Plugs the cable in again, at a new pseudo-terminal under the same link. Does nothing when it
+  /// is plugged in. Throws like start().
   void plug();
 
-  /// Where the accessory finds the iPod: the link, or the slave itself when there is no link. Empty
-  /// when the cable is pulled and there is no link.
+  /// Returns the path of the iPod for the accessory: the link, or the slave when there is no link.
+  /// Empty when the cable is pulled and there is no link.
   std::string slavePath() const;
 
   /// Calls `look` with the iPod, while its thread waits; returns what `look` returns.
@@ -54,19 +54,20 @@ class PtyIpod {
     const Rouse rouse{*this};
     return look(ipod);
   }
-  /// The same for something that needs the time, like a press on a button.
+  /// Does the same for an action that needs the time, like a press on a button.
   template <typename Act>
   auto act(Act what) {
     return access([&](SimulatedIpod& device) { return what(device, now()); });
   }
-  /// Waits until `condition` holds of the iPod, at most so long; false when the time is over first.
+  /// Waits until `condition` is true for the iPod, at most `limit`. Returns false when the time is
+  /// over first.
   bool waitUntil(const std::function<bool(const SimulatedIpod&)>& condition, Time limit);
 
-  /// The iPod's time: since this was constructed.
+  /// Returns the iPod's time, which starts when this is constructed.
   Time now() const;
 
  private:
-  /// Wakes the thread at the end of its life.
+  /// Wakes the thread when it is destroyed.
   struct Rouse {
     PtyIpod& pty;
     ~Rouse() { pty.wake(); }
@@ -94,11 +95,11 @@ class PtyIpod {
   std::condition_variable changed;
   IpodLink link;                ///< claimed while the thread runs
   std::optional<PtyPort> port;  ///< while the cable is plugged
-  bool accessoryThere = false;
+  bool isAccessoryThere = false;
   Bytes unwritten;
-  std::optional<Time> pullAt;  ///< the iPod is unplugged: when its port is to follow
-  bool running = false;
-  bool stopping = false;
+  std::optional<Time> pullAt;  ///< the iPod is unplugged: when its port is to be closed
+  bool isRunning = false;
+  bool isStopping = false;
   std::thread thread;
 };
 

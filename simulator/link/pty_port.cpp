@@ -28,7 +28,7 @@ std::string slaveNameOf(int master) {
   return name;
 }
 
-// On Linux the master's settings are those of the slave.
+/// Makes the slave raw: on Linux the master's settings are those of the slave.
 void makeRaw(int master) {
   termios settings;
   if (tcgetattr(master, &settings) != 0) fail("cannot read a pseudo-terminal's settings");
@@ -43,8 +43,8 @@ PtyPort::PtyPort()
       watcher(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
   if (!masterEnd) fail("cannot open a pseudo-terminal");
   if (!watcher) fail("cannot watch files");
-  const bool usable = grantpt(masterEnd.get()) == 0 && unlockpt(masterEnd.get()) == 0;
-  if (!usable) fail("cannot unlock a pseudo-terminal");
+  const bool isUsable = grantpt(masterEnd.get()) == 0 && unlockpt(masterEnd.get()) == 0;
+  if (!isUsable) fail("cannot unlock a pseudo-terminal");
   makeRaw(masterEnd.get());
   path = slaveNameOf(masterEnd.get());
   if (inotify_add_watch(watcher.get(), path.c_str(), IN_OPEN | IN_CLOSE) < 0) {
@@ -63,14 +63,14 @@ PtyPort::Presence PtyPort::presence() {
       if (notice(event.mask)) now.closed = true;
     }
   }
-  now.open = everOpened && !hungUp();
+  now.open = wasOpened && !hungUp();
   return now;
 }
 
-// True when the last one who had the slave open closed it.
+/// Returns true when the last process that had the slave open closed it.
 bool PtyPort::notice(uint32_t event) {
   if ((event & IN_OPEN) != 0) {
-    everOpened = true;
+    wasOpened = true;
     ++openCount;
   }
   if ((event & IN_CLOSE) == 0) return false;
@@ -78,7 +78,8 @@ bool PtyPort::notice(uint32_t event) {
   return openCount == 0;
 }
 
-// Nobody has the slave open; not told before somebody had.
+/// Returns whether no process has the slave open any more. The kernel does not report this before a
+/// process has opened it.
 bool PtyPort::hungUp() const {
   pollfd state{masterEnd.get(), 0, 0};
   return poll(&state, 1, 0) > 0 && (state.revents & POLLHUP) != 0;
@@ -98,8 +99,8 @@ size_t PtyPort::write(ByteView bytes) {
   return written > 0 ? static_cast<size_t>(written) : 0;
 }
 
-// What was written to the master is on its way to the slave, or lies there already: settings that
-// are put into force with a flush drop it there, without the slave being opened.
+/// Drops what the slave has not read. Settings that are applied with a flush drop it without
+/// opening the slave.
 void PtyPort::dropUnread() {
   tcflush(masterEnd.get(), TCOFLUSH);
   termios settings;

@@ -15,23 +15,24 @@ class PtyPort {
   PtyPort();
 
   const std::string& slavePath() const { return path; }
-  /// To be polled for input and output while the accessory has the slave open.
+  /// Returns the descriptor to poll for input and output while the accessory has the slave open.
   int master() const { return masterEnd.get(); }
-  /// To be polled for input at any time: readable when the accessory opened or closed the slave.
+  /// Returns the descriptor to poll for input at any time: it is readable when the accessory opened
+  /// or closed the slave.
   int watch() const { return watcher.get(); }
 
-  /// What happened on the slave since the last look, in its order.
+  /// The events of the slave since the last call, in their order.
   struct Presence {
-    bool closed = false;  ///< the last one who had it open closed it
-    bool open = false;    ///< somebody has it open now
+    bool closed = false;  ///< the last process that had it open closed it
+    bool open = false;    ///< a process has it open now
   };
   Presence presence();
 
-  /// Everything that has arrived.
+  /// Returns everything that has arrived.
   Bytes read();
-  /// Writes as much as there is room for now, and returns how many bytes that was.
+  /// Writes as many bytes as the kernel accepts now, and returns their number.
   size_t write(ByteView bytes);
-  /// Drops what was written and not read yet.
+  /// Drops what was written and not yet read.
   void dropUnread();
 
  private:
@@ -42,7 +43,7 @@ class PtyPort {
   FileDescriptor watcher;
   std::string path;
   int openCount = 0;
-  bool everOpened = false;
+  bool wasOpened = false;
 };
 
 }  // namespace simulator

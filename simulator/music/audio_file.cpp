@@ -23,17 +23,17 @@ std::set<std::string> audioExtensions() {
   for (const TagLib::String& extension : TagLib::FileRef::defaultFileExtensions()) {
     extensions.insert(extension.to8Bit());
   }
-  // Old Musepack files bear no mark: any bytes at all are read as hours of music.
+  // Old Musepack files have no signature: any bytes would be read as hours of music.
   extensions.erase("mpc");
   return extensions;
 }
 
-/// A tag that stands several times (a song of two artists) gives its texts in a row.
+/// Returns the texts of a tag. The texts of a repeated tag (a song of two artists) are joined.
 std::string textOf(const TagLib::PropertyMap& tags, const char* key) {
   return std::string(trimmed(tags[key].toString(", ").to8Bit(true)));
 }
 
-/// The number that the tag starts with: "3" and "3/12" are 3, "2004-05-01" is 2004.
+/// Returns the number that the tag starts with: "3" and "3/12" are 3, "2004-05-01" is 2004.
 uint32_t numberOf(const TagLib::PropertyMap& tags, const char* key) {
   const std::string text = textOf(tags, key);
   uint32_t number = 0;

@@ -7,11 +7,12 @@
 
 namespace simulator {
 
-/// Whether the name ends as an audio file's does, in small letters or capitals.
+/// Returns whether the name has the extension of an audio file, in small letters or capitals.
 bool hasAudioExtension(const std::filesystem::path& file);
 
-/// The track that an audio file's tags describe; a text is empty and a number 0 where they say
-/// nothing. No track when the file cannot be read as its extension promises, or plays no time.
+/// Returns the track that an audio file's tags describe. A text is empty and a number is 0 when
+/// there is no such tag. Returns no track when the file cannot be read as its extension says, or
+/// its length is 0.
 std::optional<Track> readAudioFile(const std::filesystem::path& file);
 
 }  // namespace simulator

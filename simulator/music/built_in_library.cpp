@@ -16,7 +16,7 @@ namespace {
 static_assert(std::size(kStyles) == static_cast<size_t>(StyleId::kPodcast) + 1,
               "a style for every StyleId");
 
-/// A number of the range that looks like chance, always the same for the same seed.
+/// Returns a number of the range that looks random; the same for the same seed.
 uint32_t spread(size_t seed, const Range& range) {
   auto mixed = static_cast<uint32_t>(seed) + 1;
   for (int round = 0; round < 2; ++round) {
@@ -32,8 +32,9 @@ void replaceAll(std::string& text, std::string_view placeholder, std::string_vie
   }
 }
 
-/// The pair of words with this number: all pairs come before one comes again. The strides, which
-/// divide the length of no list, keep neighbours in a list from being neighbours on an album.
+/// Replaces the pair of words with the one of this number. All pairs are used before one is
+/// repeated. The strides, which do not divide the length of any list, keep neighbours in a list
+/// from being neighbours on an album.
 void replacePair(std::string& text, const Style& style, size_t number,
                  std::string_view firstPlaceholder, std::string_view secondPlaceholder) {
   const size_t firstCount = std::max<size_t>(style.first.size(), 1);
@@ -59,7 +60,7 @@ MediaKind kindOf(StyleId style) {
 
 const Style& styleOf(const ArtistRow& artist) { return kStyles[static_cast<size_t>(artist.style)]; }
 
-/// What the tracks of one album have in common.
+/// The common properties of the tracks of one album.
 struct Album {
   std::string_view name;
   uint32_t year;
@@ -83,7 +84,7 @@ Track makeTrack(const ArtistRow& artist, const Album& album, size_t serial, size
   return track;
 }
 
-/// Shares the album's tracks out to its discs; each disc counts its tracks from 1.
+/// Distributes the album's tracks to its discs. The tracks of each disc are numbered from 1.
 void numberDiscs(Track& track, uint32_t discs, uint32_t tracksOnAlbum) {
   if (discs < 2) return;
   const uint32_t perDisc = tracksOnAlbum / discs;

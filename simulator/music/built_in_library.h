@@ -4,8 +4,8 @@
 
 namespace simulator {
 
-/// The library of an iPod that was given no music: invented artists, albums, audiobooks, podcasts
-/// and playlists, the same at every call. docs/music-library.md says where to find what in it.
+/// Returns the library of an iPod without other music: invented artists, albums, audiobooks,
+/// podcasts and playlists, the same at every call. docs/music-library.md describes it.
 MusicLibrary builtInLibrary();
 
 }  // namespace simulator

@@ -7,10 +7,10 @@
 
 #include "music/music_library.h"
 
-// What the built-in library is generated from. Every name is invented.
+/// The tables from which the built-in library is generated. Every name is invented.
 namespace simulator {
 
-/// A list of words, of any length, that can be indexed round and round.
+/// A list of words of any length. An index beyond its end starts again at its beginning.
 class Words {
  public:
   constexpr Words() = default;
@@ -18,7 +18,7 @@ class Words {
   // NOLINTNEXTLINE(google-explicit-constructor): a table names its words and nothing else
   constexpr Words(const std::string_view (&list)[kCount]) : words(list), count(kCount) {}
   constexpr size_t size() const { return count; }
-  /// An empty text when the list is empty.
+  /// Returns an empty text when the list is empty.
   constexpr std::string_view at(size_t index) const {
     return count == 0 ? std::string_view() : words[index % count];
   }
@@ -28,9 +28,9 @@ class Words {
   size_t count = 0;
 };
 
-// Track titles come from patterns. {a} of the style's first list and {b} of its second change with
-// every track; {w} and {k}, of the same lists, stay until the patterns are through: the movements
-// of one work. {n} is the track's number on its album.
+// Track titles are made from patterns. {a} of the style's first list and {b} of its second change
+// with every track. {w} and {k}, of the same lists, stay until all patterns were used: the
+// movements of one work. {n} is the track's number on its album.
 
 inline constexpr std::string_view kPlainPatterns[] = {
     "{a} {b}",         "The {b} Was {a}", "{a} as the {b}",         "{a} {b} Again",
@@ -109,7 +109,7 @@ inline constexpr std::string_view kFrenchQualities[] = {
     "d'hiver",    "de mon père",   "en équilibre",
 };
 
-// The lists below hold whole titles.
+/// The lists below contain whole titles.
 inline constexpr std::string_view kOwnTitle[] = {"{b}"};
 inline constexpr std::string_view kGermanTitles[] = {
     "Straßenbahn nach Süden", "Übermorgen", "Großer Bahnhof", "Kühle Küche",
@@ -180,7 +180,7 @@ struct Range {
   uint32_t highest;
 };
 
-/// How the tracks of an artist are made.
+/// The properties of an artist's tracks.
 struct Style {
   std::string_view genre;
   Words patterns;
@@ -189,7 +189,7 @@ struct Style {
   Range seconds;         ///< a track's length
   Range tracks;          ///< on an album
   Words composers = {};  ///< an album has one; an empty list: not known
-  uint32_t discs = 1;    ///< that an album's tracks are shared out to
+  uint32_t discs = 1;    ///< to which an album's tracks are distributed
 };
 
 /// Indexed by StyleId.
@@ -222,7 +222,7 @@ inline constexpr Style kStyles[] = {
 /// The sample rates of an album's tracks.
 enum class Rates { kCd, kDvd, kBroadcast, kChanging };
 
-/// Hz, the album's tracks take them in turn. Indexed by Rates.
+/// Hz; the album's tracks use them in turn. Indexed by Rates.
 inline constexpr std::array<uint32_t, 4> kSampleRates[] = {
     {44100, 44100, 44100, 44100},
     {48000, 48000, 48000, 48000},
@@ -233,7 +233,7 @@ inline constexpr std::array<uint32_t, 4> kSampleRates[] = {
 struct ArtistRow {
   std::string_view name;
   StyleId style;
-  uint32_t firstYear;  ///< of the first album; each next one comes two years later
+  uint32_t firstYear;  ///< of the first album; each further one is two years later
   std::array<std::string_view, 3> albums;
   Rates rates = Rates::kCd;
 };
@@ -371,7 +371,7 @@ constexpr bool hasGenreOf(const Track& track) {
   return track.genre == kStyles[static_cast<size_t>(kId)].genre;
 }
 
-/// A playlist takes every `step`-th of the tracks that fit, up to `limit` of them.
+/// A playlist has every `step`-th of the tracks that fit, up to `limit` of them.
 struct PlaylistRow {
   std::string_view name;
   bool (*fits)(const Track& track);

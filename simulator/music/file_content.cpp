@@ -16,7 +16,7 @@ std::string readFileContent(const std::filesystem::path& file, size_t limit) {
   if (!stream) throw std::runtime_error(std::generic_category().message(errno));
   std::string content;
   std::array<char, 65536> block{};
-  // Counted while reading, because a pipe or a device has no size to ask for.
+  // The bytes are counted while reading, because a pipe or a device reports no size.
   while (stream.read(block.data(), block.size()) || stream.gcount() > 0) {
     content.append(block.data(), static_cast<size_t>(stream.gcount()));
     if (content.size() > limit) {

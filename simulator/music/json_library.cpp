@@ -77,8 +77,8 @@ std::string readText(const json& value, const std::string& place) {
 
 uint32_t readNumber(const json& value, const std::string& place, uint32_t lowest,
                     uint32_t highest) {
-  const bool whole = value.is_number_unsigned();
-  if (!whole || value.get<uint64_t>() < lowest || value.get<uint64_t>() > highest) {
+  const bool isWhole = value.is_number_unsigned();
+  if (!isWhole || value.get<uint64_t>() < lowest || value.get<uint64_t>() > highest) {
     fail(place, "must be a whole number from " + std::to_string(lowest) + " to " +
                     std::to_string(highest));
   }
@@ -178,27 +178,29 @@ MusicLibrary readLibrary(const json& root) {
   MusicLibrary library;
   library.name = kDefaultName;
   if (root.contains("name")) library.name = readText(root["name"], "name");
-  // Tracks first, wherever they stand in the file: the playlists' indexes are checked against them.
+  // Tracks first, wherever they are in the file: the playlists' indexes are compared with their
+  // number.
   if (root.contains("tracks")) readTracks(library, root["tracks"]);
   if (root.contains("playlists")) readPlaylists(library, root["playlists"]);
   return library;
 }
 
-/// Looks before the parser does: nested arrays take it many times the memory of their text.
+/// Checks the nesting before the parser runs, which needs many times the memory of the text for
+/// nested arrays.
 void refuseDeepNesting(std::string_view content) {
   int depth = 0;
-  bool inText = false;
+  bool isInText = false;
   for (size_t i = 0; i < content.size(); ++i) {
     const char character = content[i];
-    if (inText && character == '\\') {
+    if (isInText && character == '\\') {
       ++i;
     } else if (character == '"') {
-      inText = !inText;
-    } else if (!inText && (character == '[' || character == '{')) {
+      isInText = !isInText;
+    } else if (!isInText && (character == '[' || character == '{')) {
       if (++depth > kDeepestNesting) {
         fail("", "is nested deeper than " + std::to_string(kDeepestNesting) + " levels");
       }
-    } else if (!inText && (character == ']' || character == '}')) {
+    } else if (!isInText && (character == ']' || character == '}')) {
       --depth;
     }
   }
@@ -209,7 +211,7 @@ json parse(const std::string& content) {
   try {
     return json::parse(content);
   } catch (const json::exception& error) {
-    // The text starts with the parser's own name for the error, in brackets.
+    // The text starts with the parser's name of the error, in brackets.
     const std::string text = error.what();
     const size_t bracket = text.find("] ");
     throw std::runtime_error(bracket == std::string::npos ? text : text.substr(bracket + 2));

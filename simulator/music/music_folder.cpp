@@ -44,8 +44,8 @@ bool isPlaylist(const fs::path& file) {
   return extension == ".m3u" || extension == ".m3u8";
 }
 
-/// The name of the folder that is `levels` above the file; empty when that is the music folder
-/// itself or above it. `file` is relative to the music folder.
+/// Returns the name of the folder that is `levels` above the file; an empty text when that is the
+/// music folder or above it. `file` is relative to the music folder.
 std::string folderAbove(const fs::path& file, int levels) {
   fs::path folder = file;
   for (int i = 0; i < levels; ++i)
@@ -53,12 +53,12 @@ std::string folderAbove(const fs::path& file, int levels) {
   return utf8Of(folder.filename());
 }
 
-/// Gives the text that the tags left out its stand-in: the first that is not empty.
+/// Replaces an empty text with the first replacement that is not empty.
 void fillIn(std::string& text, const std::string& fromFolder, const std::string& unknown) {
   if (text.empty()) text = fromFolder.empty() ? unknown : fromFolder;
 }
 
-/// Walks the folder and gathers what it finds.
+/// Reads the folder and the folders below it.
 class FolderReader {
  public:
   FolderReader(fs::path folder, FolderReport& whatIsWrong)
@@ -88,7 +88,7 @@ class FolderReader {
     std::error_code error;
     const fs::path canonical = fs::canonical(folder, error);
     if (error) return skip(folder, error.message());
-    // A link may lead back up, or to a folder that was read already.
+    // A link may lead to a folder above, or to one that has been read.
     if (!foldersRead.insert(canonical).second) return;
     std::vector<fs::path> entries;
     for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {

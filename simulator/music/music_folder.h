@@ -9,15 +9,15 @@
 
 namespace simulator {
 
-/// What a folder has that could not be used.
+/// The files of a folder that could not be used.
 struct FolderReport {
-  std::vector<std::string> warnings;  ///< a line each that starts with a path within the folder
+  std::vector<std::string> warnings;  ///< one line each, which starts with a path within the folder
   SkippedFiles skipped;
 };
 
 /// Makes a library from the audio files and playlists in a folder and the folders below it, by the
-/// rules of docs/music-library.md. What could not be used is added to the report. A folder without
-/// playable audio makes an empty library and a warning. Throws std::runtime_error when there is no
+/// rules of docs/music-library.md. What cannot be used is added to the report. A folder without
+/// playable audio gives an empty library and a warning. Throws std::runtime_error when there is no
 /// such folder.
 MusicLibrary loadMusicFolder(const std::filesystem::path& folder, FolderReport& report);
 

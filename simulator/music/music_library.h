@@ -6,11 +6,11 @@
 
 namespace simulator {
 
-/// What a track is to the iPod's database: music belongs to artists and albums, the other two kinds
-/// have categories of their own and are left out of the music categories.
+/// The kind of a track in the iPod's database. Music belongs to artists and albums; the other two
+/// kinds have separate categories and are not in the music categories.
 enum class MediaKind { kMusic, kAudiobook, kPodcast };
 
-/// One track, as its tags tell. All texts are UTF-8 and may be empty.
+/// One track, as its tags describe it. All texts are UTF-8 and may be empty.
 struct Track {
   std::string title;
   std::string artist;
@@ -33,9 +33,9 @@ struct Playlist {
 
 /// Everything that the simulated iPod can play.
 struct MusicLibrary {
-  std::string name;  ///< the iPod's name, which the first playlist (the whole library) bears
+  std::string name;  ///< the name of the iPod and of the first playlist (the whole library)
   std::vector<Track> tracks;
-  std::vector<Playlist> playlists;  ///< the user's own; the whole library is not among them
+  std::vector<Playlist> playlists;  ///< the user's playlists; the whole library is not among them
 };
 
 }  // namespace simulator

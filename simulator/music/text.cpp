@@ -7,12 +7,12 @@
 namespace simulator {
 namespace {
 
-/// What a lead byte asks of the bytes after it.
+/// The form of a sequence with this lead byte.
 struct Sequence {
   uint8_t firstLead;
   uint8_t lastLead;
   uint8_t length;         ///< bytes, the lead byte included
-  uint8_t lowestSecond;   ///< the bounds of the second byte shut out overlong forms, surrogates
+  uint8_t lowestSecond;   ///< the bounds of the second byte exclude overlong forms, surrogates
   uint8_t highestSecond;  ///< and code points above U+10FFFF
 };
 
@@ -24,7 +24,7 @@ constexpr Sequence kSequences[] = {
 
 uint8_t byteAt(std::string_view bytes, size_t index) { return static_cast<uint8_t>(bytes[index]); }
 
-/// Length of the well-formed sequence that the bytes start with, 0 when there is none.
+/// Returns the length of the well-formed sequence that the bytes start with; 0 when there is none.
 size_t sequenceLength(std::string_view bytes) {
   const uint8_t lead = byteAt(bytes, 0);
   const auto* sequence =
@@ -80,8 +80,8 @@ std::string_view trimmed(std::string_view text) {
 std::string lowerCase(std::string_view text) {
   std::string lower(text);
   std::transform(lower.begin(), lower.end(), lower.begin(), [](char character) {
-    const bool capital = character >= 'A' && character <= 'Z';
-    return capital ? static_cast<char>(character - 'A' + 'a') : character;
+    const bool isCapital = character >= 'A' && character <= 'Z';
+    return isCapital ? static_cast<char>(character - 'A' + 'a') : character;
   });
   return lower;
 }

@@ -6,7 +6,7 @@ namespace simulator {
 
 namespace {
 
-// A track of no known length plays this long, so that a list of such tracks takes time to end.
+/// The length of a track of unknown length, so that a list of such tracks takes some time.
 constexpr Time kShortestTrack = milliseconds(100);
 
 }  // namespace
@@ -69,9 +69,9 @@ void Player::previous(Time now) {
   advance(now);
   if (playState == PlayState::kStopped) return;
   const uint32_t index = playing.currentIndex();
-  const bool restart =
+  const bool mustRestart =
       habits.previousRestartsAfter > Time(0) && settledPosition >= habits.previousRestartsAfter;
-  if (restart) return startTrack(index, now);
+  if (mustRestart) return startTrack(index, now);
   if (index > 0) return startTrack(index - 1, now);
   startTrack(repeatMode == Repeat::kAll ? playing.size() - 1 : 0, now);
 }
@@ -96,8 +96,8 @@ void Player::setShuffle(Shuffle mode) {
   if (playing.empty()) return;
   const uint32_t before = playing.currentIndex();
   playing.arrange(mode, catalogue, random);
-  const bool moved = playing.currentIndex() != before;
-  if (moved && playState != PlayState::kStopped) changes.track = true;
+  const bool hasMoved = playing.currentIndex() != before;
+  if (hasMoved && playState != PlayState::kStopped) changes.track = true;
 }
 
 std::optional<uint32_t> Player::currentTrack() const {
@@ -107,8 +107,8 @@ std::optional<uint32_t> Player::currentTrack() const {
 
 Time Player::position(Time now) const {
   if (playState == PlayState::kStopped) return Time(0);
-  const Time moved = settledPosition + (now - settledAt) * speed();
-  return std::clamp(moved, Time(0), duration());
+  const Time hasMoved = settledPosition + (now - settledAt) * speed();
+  return std::clamp(hasMoved, Time(0), duration());
 }
 
 int Player::speed() const {

@@ -20,7 +20,7 @@ struct PlayerHabits {
   int seekSpeed = 8;
 };
 
-/// What changed since the last look.
+/// The changes since the last call.
 struct PlayerChanges {
   bool track = false;    ///< another track or another index plays now
   bool stopped = false;  ///< playing has ended
@@ -28,18 +28,18 @@ struct PlayerChanges {
 
 /// The playback engine: a playing list that advances with the time that it is given.
 ///
-/// Every call that takes `now` first lets the time up to it pass. Time never goes back.
+/// Every call with `now` first advances the time to it. Time never goes back.
 class Player {
  public:
   Player(const Catalogue& music, PlayerHabits model, Random& chance)
       : catalogue(music), habits(model), random(chance) {}
 
   void advance(Time now);
-  /// When the current track will end by itself, if it will.
+  /// Returns when the current track will end by itself, if it will.
   std::optional<Time> nextEnd() const;
   PlayerChanges takeChanges();
 
-  /// Plays these tracks from `first` on; no tracks stop the player.
+  /// Plays these tracks from `first` on; an empty list stops the player.
   void play(std::vector<uint32_t> tracks, size_t first, Time now);
   void resume(Time now);
   void pause(Time now);
@@ -57,7 +57,7 @@ class Player {
   Shuffle shuffle() const { return shuffleMode; }
   Repeat repeat() const { return repeatMode; }
   const PlayingList& list() const { return playing; }
-  /// The library's track that plays or is paused.
+  /// Returns the library's track that plays or is paused.
   std::optional<uint32_t> currentTrack() const;
   Time position(Time now) const;
 

@@ -12,19 +12,19 @@ namespace simulator {
 enum class Shuffle : uint8_t { kOff = 0, kTracks = 1, kAlbums = 2 };
 
 /// The tracks that play, in the order in which they play, and which of them is current. Keeps the
-/// order in which they were selected, so that shuffling can be taken back.
+/// order of the selection, so that shuffling can be undone.
 class PlayingList {
  public:
-  /// Plays these tracks, `first` of them at once. With kTracks that one becomes index 0; with
-  /// kAlbums its album comes first.
+  /// Sets these tracks; `first` becomes the current one. With kTracks it gets index 0; with kAlbums
+  /// its album is the first one.
   void assign(std::vector<uint32_t> selected, size_t first, Shuffle shuffle,
               const Catalogue& catalogue, Random& random);
-  /// Mixes anew, or takes the mixing back; the current track stays the current track.
+  /// Mixes again, or undoes the mixing. The current track remains the current track.
   void arrange(Shuffle shuffle, const Catalogue& catalogue, Random& random);
 
   uint32_t size() const { return static_cast<uint32_t>(tracks.size()); }
   bool empty() const { return tracks.empty(); }
-  /// The index must be below size().
+  /// Returns a track. The index must be below size().
   uint32_t trackAt(uint32_t index) const { return tracks[order[index]]; }
   uint32_t currentIndex() const { return current; }
   uint32_t currentTrack() const { return trackAt(current); }

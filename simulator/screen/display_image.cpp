@@ -25,11 +25,12 @@ Colour decodeRgb565(ByteView row, size_t x, PixelFormat format) {
   if (2 * x + 1 >= row.size()) return kBlack;
   const uint8_t first = row[2 * x];
   const uint8_t second = row[2 * x + 1];
-  const bool lowFirst = format == PixelFormat::kRgb565LowFirst;
-  return fromRgb565(static_cast<uint16_t>(lowFirst ? second << 8 | first : first << 8 | second));
+  const bool isLowFirst = format == PixelFormat::kRgb565LowFirst;
+  return fromRgb565(static_cast<uint16_t>(isLowFirst ? second << 8 | first : first << 8 | second));
 }
 
-// A pixel that the row has no bytes for is black: rows may be stated shorter than the width.
+/// Returns the colour of a pixel; black beyond the bytes of the row, which may be shorter than the
+/// width.
 Colour decodePixel(ByteView row, size_t x, PixelFormat format) {
   if (format != PixelFormat::kGrey2) return decodeRgb565(row, x, format);
   if (x / 4 >= row.size()) return kBlack;
@@ -43,17 +44,17 @@ Status DisplayImage::take(ByteView packet, Time now) {
   const uint16_t index = reader.u16();
   if (!reader.ok()) return Status::kBadParameter;
   if (index == 0) return begin(reader.rest(), now);
-  if (!receiving || index != nextPacket) return Status::kBadParameter;
+  if (!isReceiving || index != nextPacket) return Status::kBadParameter;
   return append(reader.rest(), now);
 }
 
 void DisplayImage::clear() {
-  receiving = false;
+  isReceiving = false;
   picture.reset();
 }
 
 Status DisplayImage::begin(ByteView packet, Time now) {
-  receiving = false;
+  isReceiving = false;
   PayloadReader reader(packet);
   const uint8_t formatNumber = reader.u8();
   width = reader.u16();
@@ -65,14 +66,14 @@ Status DisplayImage::begin(ByteView packet, Time now) {
   format = static_cast<PixelFormat>(formatNumber);
   pixels.clear();
   nextPacket = 0;
-  receiving = true;
+  isReceiving = true;
   return append(reader.rest(), now);
 }
 
 Status DisplayImage::append(ByteView data, Time now) {
   const size_t size = rowBytes * height;
   if (pixels.size() + data.size() > size) {
-    receiving = false;
+    isReceiving = false;
     return Status::kBadParameter;
   }
   pixels.insert(pixels.end(), data.begin(), data.end());
@@ -88,7 +89,7 @@ bool DisplayImage::takesFormat(uint8_t number) const {
 }
 
 void DisplayImage::finish(Time now) {
-  receiving = false;
+  isReceiving = false;
   if (lastShown && now - *lastShown < habits.imageInterval) return;
   Picture image{width, height, {}};
   image.pixels.reserve(size_t{width} * height);

@@ -26,8 +26,9 @@ struct ImageLimits {
 /// What a model's screen can show.
 struct DisplayHabits {
   ImageLimits limits{320, 240};
-  bool colour = true;  ///< without: kGrey2 only, and no colour limits to ask for
-  /// An image that is complete sooner than this after the one before is acknowledged, not shown.
+  bool colour = true;  ///< false: only kGrey2, and no colour limits
+  /// An image that is complete sooner than this after the previous one is acknowledged, but not
+  /// shown.
   Time imageInterval{0};
 };
 
@@ -48,20 +49,20 @@ struct Picture {
   Colour at(uint16_t x, uint16_t y) const { return pixels[size_t{y} * width + x]; }
 };
 
-/// Puts the packets of an uploaded image together. The first packet describes the image; its pixel
-/// bytes and those of the packets that follow are one stream, from the top row down.
+/// Joins the packets of an uploaded image. The first packet describes the image; its pixel bytes
+/// and those of the packets that follow are one stream, from the top row down.
 class DisplayImage {
  public:
   explicit DisplayImage(DisplayHabits model) : habits(model) {}
 
-  /// Takes the data of one packet: the packet index and what follows it.
+  /// Handles the data of one packet: the packet index and what follows it.
   Status take(ByteView packet, Time now);
-  /// Forgets the image that is shown and the one that is coming.
+  /// Clears the shown image and the one that is being uploaded.
   void clear();
 
-  /// The image that is shown.
+  /// Returns the image that is shown.
   const std::optional<Picture>& shown() const { return picture; }
-  /// How many images were shown since the start.
+  /// Returns the number of images that were shown since the start.
   size_t shownCount() const { return count; }
 
  private:
@@ -71,7 +72,7 @@ class DisplayImage {
   void finish(Time now);
 
   DisplayHabits habits;
-  bool receiving = false;
+  bool isReceiving = false;
   PixelFormat format{};
   uint16_t width = 0;
   uint16_t height = 0;

@@ -6,12 +6,12 @@
 
 namespace simulator {
 
-/// Throws std::runtime_error with a text for a person when no picture can be written there. Leaves
-/// no file.
+/// Throws std::runtime_error with a message for the user when no picture can be written there.
+/// Leaves no file.
 void requirePlaceForPng(const std::filesystem::path& file);
 
-/// Writes the picture as a PNG file. Whoever looks at the file sees the old picture or the new one,
-/// never half of one. Throws std::runtime_error with a text for a person.
+/// Writes the picture as a PNG file. A reader of the file sees the old picture or the new one,
+/// never a part of one. Throws std::runtime_error with a message for the user.
 void writePng(const Picture& picture, const std::filesystem::path& file);
 
 }  // namespace simulator

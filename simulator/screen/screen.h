@@ -4,8 +4,8 @@
 
 namespace simulator {
 
-/// The whole screen as a person sees it: the image centred between left and right, from the top
-/// down, on the iPod's own background. Without an image just the background.
+/// Returns the whole screen as a person sees it: the image at the top, centred between left and
+/// right, on the iPod's background. Without an image it is only the background.
 Picture renderScreen(uint16_t width, uint16_t height, const std::optional<Picture>& image);
 
 }  // namespace simulator

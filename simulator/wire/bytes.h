@@ -8,7 +8,7 @@ namespace simulator {
 
 using Bytes = std::vector<uint8_t>;
 
-/// Bytes that somebody else owns; valid for as long as they stay where they are.
+/// A view of bytes with another owner; valid as long as they are not moved.
 class ByteView {
  public:
   ByteView() = default;
@@ -21,9 +21,9 @@ class ByteView {
   bool empty() const { return count == 0; }
   uint8_t operator[](size_t index) const { return first[index]; }
 
-  /// The first `size` bytes, or all of them when there are fewer.
+  /// Returns the first `size` bytes, or all of them when there are fewer.
   ByteView prefix(size_t size) const { return {first, size < count ? size : count}; }
-  /// What follows the first `size` bytes; empty when there are no more.
+  /// Returns what follows the first `size` bytes; empty when there are no more.
   ByteView from(size_t size) const {
     return size < count ? ByteView{first + size, count - size} : ByteView{};
   }

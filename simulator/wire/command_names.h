@@ -6,7 +6,7 @@ namespace simulator {
 
 constexpr char kUnknownCommand[] = "unknown";
 
-/// The protocol's name of a message's command; kUnknownCommand when it has none here.
+/// Returns the protocol's name of a message's command; kUnknownCommand when it is not in the list.
 const char* commandName(const Message& message);
 
 }  // namespace simulator

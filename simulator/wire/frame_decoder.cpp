@@ -63,7 +63,7 @@ void FrameDecoder::hunt(uint8_t byte) {
 void FrameDecoder::afterSync(uint8_t byte) {
   if (byte == kStartByte) return beginPacket();
   skip(kSyncByte);
-  // A sync byte can be repeated; the last one counts.
+  // A sync byte can be repeated; the packet starts with the last one.
   if (byte == kSyncByte) return;
   skip(byte);
   clear();
@@ -113,11 +113,11 @@ void FrameDecoder::takePayload(uint8_t byte) {
 }
 
 void FrameDecoder::takeChecksum(uint8_t byte, const std::function<void(ByteView)>& onPayload) {
-  const bool good = ((sum + byte) & 0xFF) == 0;
+  const bool isGood = ((sum + byte) & 0xFF) == 0;
   const Bytes body = std::move(payload);
   const Bytes whole = std::move(packet);
   clear();
-  if (!good) {
+  if (!isGood) {
     ++tally.badChecksums;
     return report(Waste::kBadChecksum, whole);
   }

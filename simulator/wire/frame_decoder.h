@@ -7,38 +7,38 @@
 
 namespace simulator {
 
-/// A pause longer than this inside a packet makes an iPod give the packet up.
+/// An iPod drops a packet with a longer pause in it.
 constexpr Time kUsualPacketGap = milliseconds(25);
 
-/// Cuts the bytes of the accessory into payloads, as an iPod does: what is no packet is skipped, a
-/// packet with a wrong checksum is dropped whole and in silence, and a packet that stops halfway is
-/// given up when the next byte comes later than the gap allows.
+/// Splits the bytes of the accessory into payloads, as an iPod does. It skips what is not a packet,
+/// drops a packet with a wrong checksum without an answer, and drops an incomplete packet when the
+/// next byte arrives later than the gap allows.
 class FrameDecoder {
  public:
   struct Counters {
     size_t packets = 0;
     size_t badChecksums = 0;
     size_t skippedBytes = 0;  ///< outside any packet
-    size_t abandoned = 0;     ///< packets given up because of a gap
+    size_t abandoned = 0;     ///< packets dropped because of a gap
   };
 
-  /// Why bytes are no packet.
+  /// The reason why bytes are not a packet.
   enum class Waste {
     kNoise,        ///< outside any packet
     kBadChecksum,  ///< a whole packet
-    kUnfinished,   ///< a packet that was given up
+    kUnfinished,   ///< an incomplete packet that was dropped
   };
-  /// The bytes as they arrived, valid during the call.
+  /// Receives the bytes as they arrived; they are valid during the call.
   using WasteHook = std::function<void(Waste, ByteView bytes)>;
 
   explicit FrameDecoder(FrameKind frames, Time longestGap = kUsualPacketGap)
       : kind(frames), gap(longestGap) {}
 
-  /// Takes bytes that arrived at `now` and gives each good payload to `onPayload`; the payload is
-  /// valid during that call.
+  /// Decodes bytes that arrived at `now`, and calls `onPayload` with each correct payload. The
+  /// payload is valid during that call.
   void push(Time now, ByteView bytes, const std::function<void(ByteView payload)>& onPayload);
-  /// Called in the order of the bytes with what is no packet. Noise is reported as far as it
-  /// arrived together.
+  /// Sets a function that is called with what is not a packet, in the order of the bytes. Noise is
+  /// reported as far as it arrived together.
   void setWasteHook(WasteHook hook) { onWaste = std::move(hook); }
   /// Forgets a packet that has begun.
   void reset();

@@ -6,7 +6,8 @@
 
 namespace simulator {
 
-/// "13 A9 FF", or the first `most` bytes and how many there are: "13 A9 ... (30 bytes)".
+/// Returns the bytes as "13 A9 FF", or the first `most` of them and their number: "13 A9 ... (30
+/// bytes)".
 std::string hexText(ByteView bytes, size_t most);
 
 }  // namespace simulator

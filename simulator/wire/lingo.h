@@ -12,7 +12,7 @@ enum class Lingo : uint8_t {
   kDigitalAudio = 0x0A,
 };
 
-/// The outcome that an acknowledgement tells.
+/// The result in an acknowledgement.
 enum class Status : uint8_t {
   kOk = 0,
   kUnknownCategory = 1,
@@ -104,10 +104,10 @@ enum DigitalAudioCommand : uint16_t {
   kTrackNewAudioAttributes = 0x04,
 };
 
-/// What PlayStatusChangeNotification tells.
+/// The changes that PlayStatusChangeNotification reports.
 enum class PlayStatusChange : uint8_t { kStopped = 0x00, kTrackIndex = 0x01, kPosition = 0x04 };
 
-/// What PlayControl asks for.
+/// The codes of PlayControl.
 enum class PlayControlCode : uint8_t {
   kTogglePlayPause = 1,
   kStop = 2,
@@ -122,7 +122,7 @@ enum class PlayControlCode : uint8_t {
   kPause = 11,
 };
 
-/// What GetIndexedPlayingTrackInfo asks for.
+/// The information types of GetIndexedPlayingTrackInfo.
 enum class TrackInfoType : uint8_t {
   kCapabilities = 0,
   kPodcastName = 1,
@@ -131,7 +131,7 @@ enum class TrackInfoType : uint8_t {
   kComposer = 6,
 };
 
-/// What GetAccessoryInfo asks for. Bit n of the capabilities offers type n.
+/// The information types of GetAccessoryInfo. Bit n of the capabilities offers type n.
 enum class AccessoryInfoType : uint8_t {
   kCapabilities = 0,
   kMinimumFirmware = 2,

@@ -7,8 +7,8 @@
 
 namespace simulator {
 
-/// One command or reply: what a frame carries. The lingo is kept as the byte that came, since an
-/// accessory can send any.
+/// One command or reply, the content of a frame. The lingo is the received byte, since an accessory
+/// can send any.
 struct Message {
   uint8_t lingo = 0;
   uint16_t command = 0;
@@ -23,13 +23,14 @@ inline bool operator==(const Message& a, const Message& b) {
   return a.lingo == b.lingo && a.command == b.command && a.data == b.data;
 }
 
-/// Bytes of a command id: two in the Extended Interface lingo, one in every other.
+/// Returns the size of a command id in bytes: two in the Extended Interface lingo, one in every
+/// other.
 size_t commandWidth(uint8_t lingo);
 
-/// The message of a payload, or nothing when the payload ends before its command id does.
+/// Returns the message of a payload, or nothing when the payload is too short for its command id.
 std::optional<Message> parseMessage(ByteView payload);
 
-/// The payload of a message.
+/// Returns the payload of a message.
 Bytes messagePayload(const Message& message);
 
 }  // namespace simulator

@@ -4,7 +4,7 @@ namespace simulator {
 
 uint32_t PayloadReader::number(size_t bytes) {
   if (left.size() < bytes) {
-    complete = false;
+    isComplete = false;
     left = {};
     return 0;
   }

@@ -6,8 +6,8 @@
 
 namespace simulator {
 
-/// Takes big-endian numbers from the front of a payload. Past the end it gives 0 and is no longer
-/// ok().
+/// Reads big-endian numbers from the start of a payload. Beyond the end it returns 0, and ok()
+/// returns false.
 class PayloadReader {
  public:
   explicit PayloadReader(ByteView payload) : left(payload) {}
@@ -15,24 +15,24 @@ class PayloadReader {
   uint8_t u8() { return static_cast<uint8_t>(number(1)); }
   uint16_t u16() { return static_cast<uint16_t>(number(2)); }
   uint32_t u32() { return number(4); }
-  /// Everything that was not taken yet.
+  /// Returns everything that was not read yet.
   ByteView rest() const { return left; }
-  bool ok() const { return complete; }
+  bool ok() const { return isComplete; }
 
  private:
   uint32_t number(size_t bytes);
 
   ByteView left;
-  bool complete = true;
+  bool isComplete = true;
 };
 
-/// Puts big-endian numbers and texts one behind the other.
+/// Writes big-endian numbers and texts one after the other.
 class PayloadWriter {
  public:
   PayloadWriter& u8(uint8_t value) { return number(value, 1); }
   PayloadWriter& u16(uint16_t value) { return number(value, 2); }
   PayloadWriter& u32(uint32_t value) { return number(value, 4); }
-  /// The text's bytes and the 00 that ends every text of an iPod.
+  /// Appends the text's bytes and the 00 that ends every text of an iPod.
   PayloadWriter& text(const std::string& value);
   Bytes take() { return std::move(bytes); }
 

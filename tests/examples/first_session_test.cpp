@@ -38,7 +38,7 @@ class FirstSession : public testing::Test {
     putAtIpd1(link);
   }
 
-  // The line that tells how the session went, and the exit status.
+  // Expects the last line of the output and the exit status.
   void expectSession(const std::string& sentence, int status) {
     Program session(FIRST_SESSION_PROGRAM, {});
     EXPECT_TRUE(session.readUntil(sentence));
@@ -65,12 +65,12 @@ TEST_F(FirstSession, AsksAgainWhenACountIsLost) {
   expectSession("Aalto Varispeed plays", 0);
 }
 
-TEST_F(FirstSession, SaysThatTheIpodDoesNotAnswer) {
+TEST_F(FirstSession, PrintsThatTheIpodDoesNotAnswer) {
   plugIn({"--fault", "silence@04:001A"});
   expectSession("The iPod gives no usable answer. Plug it in again, then start again.", 1);
 }
 
-TEST_F(FirstSession, EndsWithOneWithoutAnIpod) {
+TEST_F(FirstSession, ReturnsOneWithoutAnIpod) {
   putAtIpd1("/there/is/none");
   expectSession("No iPod could be connected. Check the cable, then start again.", 1);
 }

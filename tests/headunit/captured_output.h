@@ -9,7 +9,7 @@
 
 namespace headunit_test {
 
-/// Collects what the process prints on standard output while it lives.
+/// Collects what the process prints on standard output during its lifetime.
 class CapturedOutput {
  public:
   CapturedOutput() : before(dup(STDOUT_FILENO)), file(memfd_create("output", MFD_CLOEXEC)) {

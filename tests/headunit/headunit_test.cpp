@@ -1,4 +1,4 @@
-// What the programs that others copy say of an iPod, in virtual time.
+// What the programs that others copy print about an iPod, on the deterministic platform.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -58,13 +58,13 @@ INSTANTIATE_TEST_SUITE_P(
                "headunit again.",
                1}));
 
-TEST_P(UnansweredQuestion, IsNamed) {
+TEST_P(UnansweredQuestion, IsReported) {
   const Outcome outcome = runWithFault(GetParam().fault);
   EXPECT_THAT(outcome.lines, Contains(GetParam().line));
   EXPECT_EQ(outcome.status, GetParam().status);
 }
 
-/// Faults after which a careless head unit shows what is not so.
+/// Faults after which a careless head unit shows wrong results.
 class DeceptiveFault : public testing::TestWithParam<const char*> {};
 
 INSTANTIATE_TEST_SUITE_P(HeadUnit, DeceptiveFault,
@@ -82,7 +82,7 @@ TEST_P(DeceptiveFault, ShowsNothingWrong) {
   }
 }
 
-/// The count that checks the list is lost or wrong, and no count of the second attempt comes.
+/// The count that checks the list is lost or wrong, and the second attempt gets no count.
 class ListThatHadItems : public testing::TestWithParam<const char*> {};
 
 INSTANTIATE_TEST_SUITE_P(HeadUnit, ListThatHadItems,
@@ -101,7 +101,7 @@ TEST_P(ListThatHadItems, IsNotCalledEmpty) {
   EXPECT_THAT(outcome.lines, Not(Contains("   (nothing)")));
 }
 
-TEST(HeadUnit, TellsAnEmptyListFromOneThatWasNotCounted) {
+TEST(HeadUnit, DistinguishesAnEmptyListFromAnUncountedOne) {
   Trial trial;
   trial.library = {"Empty", {}, {}};
   const Outcome outcome = runWith(trial);
@@ -109,7 +109,7 @@ TEST(HeadUnit, TellsAnEmptyListFromOneThatWasNotCounted) {
   EXPECT_EQ(outcome.status, 0);
 }
 
-TEST(HeadUnit, SaysThatTheIpodDoesNotPlay) {
+TEST(HeadUnit, ReportsThatTheIpodDoesNotPlay) {
   Trial trial;
   trial.handle = &SimulatedIpod::pressPause;
   const Outcome outcome = runWith(trial);
@@ -118,7 +118,7 @@ TEST(HeadUnit, SaysThatTheIpodDoesNotPlay) {
   EXPECT_EQ(outcome.status, 3);
 }
 
-TEST(HeadUnit, SaysThatTheIpodDoesNotPause) {
+TEST(HeadUnit, ReportsThatTheIpodDoesNotPause) {
   Trial trial;
   trial.handle = &SimulatedIpod::pressPlay;
   const Outcome outcome = runWith(trial);
@@ -126,7 +126,7 @@ TEST(HeadUnit, SaysThatTheIpodDoesNotPause) {
   EXPECT_EQ(outcome.status, 3);
 }
 
-TEST(FirstSession, DoesNotSayThatAPausedIpodPlays) {
+TEST(FirstSession, DoesNotReportThatAPausedIpodPlays) {
   Trial trial;
   trial.program = HostProgram::kFirstSession;
   trial.handle = &SimulatedIpod::pressPause;
@@ -136,7 +136,7 @@ TEST(FirstSession, DoesNotSayThatAPausedIpodPlays) {
   EXPECT_EQ(outcome.status, 1);
 }
 
-TEST(FirstSession, SaysThatThereIsNoMusic) {
+TEST(FirstSession, ReportsThatThereIsNoMusic) {
   Trial trial;
   trial.program = HostProgram::kFirstSession;
   trial.library = {"Empty", {}, {}};
@@ -146,7 +146,7 @@ TEST(FirstSession, SaysThatThereIsNoMusic) {
   EXPECT_EQ(outcome.status, 1);
 }
 
-/// The longest time in which the iPod received nothing before its first Extended Interface request.
+/// Returns the longest time without received messages before the first Extended Interface request.
 Time silenceAfterConnecting(const Outcome& outcome) {
   Time last{0};
   for (const Traffic& each : outcome.traffic) {

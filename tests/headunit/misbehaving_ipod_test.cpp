@@ -1,7 +1,7 @@
-// The programs that others copy, with each model of iPod and each kind of fault, in virtual time.
-// Run by itself this program prints a table: model and fault, the time until the program ended, its
-// exit status and its last sentence. VIRTUAL_ALL=1 tries each fault in each command, in several
-// orders of the threads; else one command is tried for each kind.
+// The programs that others copy, with each model of iPod and each kind of fault, on the
+// deterministic platform. Run alone this program prints a table: model and fault, the time until
+// the program ended, its exit status and its last sentence. VIRTUAL_ALL=1 tries each fault in each
+// command, in several orders of the threads. Otherwise one command is tried for each kind.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -73,7 +73,7 @@ class MisbehavingIpod : public testing::TestWithParam<std::string> {
     return trial;
   }
 
-  // In a slice another place of the group for each model.
+  // Without VIRTUAL_ALL=1, tries another place of the group for each model.
   void tryGroup(const Group& group) {
     const std::size_t start = std::hash<std::string>()(GetParam() + group.front().name);
     bool struck = false;
@@ -84,7 +84,7 @@ class MisbehavingIpod : public testing::TestWithParam<std::string> {
     }
   }
 
-  // False when the fault did not strike, because the program's session has no place for it.
+  // Returns false when the fault did not happen, because the program's session has no place for it.
   bool tryOne(const Misbehaviour& misbehaviour, std::uint64_t seed) {
     const std::string name = GetParam() + ":" + misbehaviour.name + ":seed-" + std::to_string(seed);
     if (!isWanted(name)) return false;
@@ -99,7 +99,7 @@ class MisbehavingIpod : public testing::TestWithParam<std::string> {
     return true;
   }
 
-  const session::HostFolder folder;  // without a logo, which belongs to IpodConnect alone
+  const session::HostFolder folder;  // without a logo, which only IpodConnect sends
   const simulator::Personality model = simulator::personality(GetParam());
   HostProgram program = HostProgram::kHeadUnit;
   FindFault findFault = nullptr;
@@ -116,11 +116,11 @@ std::string nameOfTest(const testing::TestParamInfo<std::string>& info) {
 INSTANTIATE_TEST_SUITE_P(All, MisbehavingIpod, testing::ValuesIn(simulator::personalityNames()),
                          nameOfTest);
 
-TEST_P(MisbehavingIpod, IsNamedByTheHeadUnit) {
+TEST_P(MisbehavingIpod, IsReportedByTheHeadUnit) {
   tryEverything(HostProgram::kHeadUnit, faultOfHeadUnit);
 }
 
-TEST_P(MisbehavingIpod, IsNamedByTheExample) {
+TEST_P(MisbehavingIpod, IsReportedByTheExample) {
   tryEverything(HostProgram::kFirstSession, faultOfExample);
 }
 

@@ -24,8 +24,8 @@ using Words = std::vector<std::string>;
 
 constexpr std::size_t kPlaces = 6;
 
-/// The commands in which a kind of fault can happen, "04:0018": all that the program's requests
-/// had, or the one that its stage is about.
+/// Returns the commands in which a kind of fault can happen, such as "04:0018": all commands of the
+/// program's requests, or the command of its stage.
 std::set<std::string> commandsOf(const FaultRow& row, const Outcome& whole) {
   if (row.stage == FaultStage::kListing) return {"04:001A"};
   if (row.stage == FaultStage::kCount) return {"04:0018"};
@@ -39,7 +39,7 @@ std::set<std::string> commandsOf(const FaultRow& row, const Outcome& whole) {
   return commands;
 }
 
-/// The numbers to try, by what the fault table calls a kind's number.
+/// Returns the numbers to try, by the name of the number in the fault table.
 Words valuesOf(const FaultRow& row) {
   static const std::map<std::string, Words> kValues = {{"", {""}},
                                                        {"MS", {"=1500", "=300"}},
@@ -55,7 +55,7 @@ Misbehaviour fault(const FaultRow& row, const std::string& text, bool happensOnc
           [text](SimulatedIpod& ipod, VirtualIpod&) { simulator::addFault(ipod.faults(), text); }};
 }
 
-/// So many places, spread over `length`.
+/// Returns some places, spread over `length`.
 std::vector<std::size_t> placesIn(std::size_t length) {
   std::vector<std::size_t> places;
   for (std::size_t i = 0; i < kPlaces; ++i)
@@ -63,7 +63,7 @@ std::vector<std::size_t> placesIn(std::size_t length) {
   return places;
 }
 
-/// The simulator pulls its own cable.
+/// Returns the faults in which the simulator pulls its cable.
 Group cableFaults(const FaultRow& row, const Outcome& whole) {
   Group group;
   for (const std::size_t place : placesIn(whole.bytesFrom(Direction::kFromIpod)))
@@ -123,7 +123,8 @@ Misbehaviour pullAtTime(const NamedLoss& loss, std::chrono::milliseconds moment)
           [=](SimulatedIpod&, VirtualIpod& cable) { cable.unplugAt(moment, loss.how); }};
 }
 
-/// Lists are read in no time, and while something plays few bytes pass: places of both kinds.
+/// Adds places by time and by bytes: lists are read in a short time, and few bytes pass while
+/// something plays.
 void addPulledCables(std::vector<Group>& groups, const Outcome& whole) {
   const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(whole.took);
   for (const std::size_t bytes : placesIn(whole.bytesFrom(Direction::kFromIpod))) {

@@ -8,20 +8,20 @@
 
 namespace headunit_test {
 
-/// One thing that goes wrong in a run.
+/// One fault of a run.
 struct Misbehaviour {
   std::string name;   ///< as ipodsim has it, "lost@04:0018#1", or "pull-gone-from-ipod-120"
   std::string kind;   ///< "lost", "pull"
-  bool happensOnce;   ///< to a single message
-  bool isSurvivable;  ///< whoever asks again gets what was asked for
+  bool happensOnce;   ///< it affects a single message
+  bool isSurvivable;  ///< a repeated request gets its answer
   Disturb disturb;
 };
 
-/// Ways in which the same thing goes wrong. Of each group a slice tries one.
+/// Variants of one fault. Without VIRTUAL_ALL=1 one of each group is tried.
 using Group = std::vector<Misbehaviour>;
 
-/// Each kind of fault that the simulator has, in each command of a run like `whole`: once, and each
-/// time. And the cable pulled at places all over the run.
+/// Returns each kind of the simulator's faults in each command of a run like `whole`, once and each
+/// time, and pulled cables at places all over the run.
 std::vector<Group> misbehavioursOf(const Outcome& whole);
 
 }  // namespace headunit_test

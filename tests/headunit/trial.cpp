@@ -12,9 +12,9 @@
 #include "virtual/virtual_world.h"
 
 extern "C" {
-// The example's main.
+/// The main function of the example.
 int firstSession(void);
-// The linker renames the program's call and the library's function.
+/// The linker renames the program's call and the library's function.
 int __real_IpodDisconnect(void);
 int __wrap_IpodDisconnect(void);
 }
@@ -27,7 +27,7 @@ using virtual_platform::Direction;
 using virtual_platform::VirtualIpod;
 using virtual_platform::VirtualWorld;
 
-/// Longer than an answer is late in any trial.
+/// Longer than the delay of an answer in any trial.
 constexpr DWORD kQuietMilliseconds = 5000;
 constexpr DWORD kHandlingMilliseconds = 100;
 
@@ -50,7 +50,8 @@ bool saysShuffleMode() { return writesNumber(IpodGetShuffleMode); }
 bool saysRepeatMode() { return writesNumber(IpodGetRepeatMode); }
 bool saysPlayStatus() { return writesNumber(IpodGetCurrentPlayStatus); }
 
-/// Asks everything that needs no list, each question after a long pause. True at the first answer.
+/// Asks all questions that need no list, each one after a long pause. Returns true at the first
+/// answer.
 bool answersAnything() {
   for (bool (*const question)() : {saysTrackIndex, saysName, saysSerialNumber, saysShuffleMode,
                                    saysRepeatMode, saysPlayStatus}) {
@@ -60,7 +61,7 @@ bool answersAnything() {
   return false;
 }
 
-/// Of the iPod, when the program of the run that is under way wants to disconnect.
+/// The examination of the iPod before the program of the present run disconnects.
 struct Examination {
   VirtualWorld* world = nullptr;
   bool hasAnswered = false;
@@ -96,7 +97,7 @@ void runInWorld(const Trial& trial, SimulatedIpod& ipod, VirtualWorld& world, Ou
     outcome.status = runProgram(trial.program);
     outcome.took = world.now() - examination.took;
     hasEnded = true;
-    __real_IpodDisconnect();  // a program without an iPod leaves this to its end
+    __real_IpodDisconnect();  // for a program without an iPod, which does not disconnect itself
   });
   outcome.answersAtTheEnd = examination.hasAnswered;
   outcome.lines = linesOf(output.text());
@@ -121,7 +122,7 @@ Outcome run(const Trial& trial) {
 
 }  // namespace headunit_test
 
-/// The programs' pauses cost no time.
+/// The pauses of the programs take no real time.
 void waitMilliseconds(int milliseconds) { Sleep(static_cast<DWORD>(milliseconds)); }
 
 extern "C" int thrd_sleep(const timespec* duration, timespec*) {
@@ -132,7 +133,7 @@ extern "C" int thrd_sleep(const timespec* duration, timespec*) {
   return 0;
 }
 
-/// Before the link closes, the test asks the iPod itself.
+/// The test itself asks the iPod before the link closes.
 extern "C" int __wrap_IpodDisconnect(void) {
   using namespace headunit_test;
   const Time start = examination.world->now();

@@ -9,7 +9,7 @@
 #include "music/built_in_library.h"
 #include "virtual/virtual_ipod.h"
 
-/// Runs of the programs above the library, in virtual time.
+/// Runs of the programs that use the library, on the deterministic platform.
 namespace headunit_test {
 
 using virtual_platform::Time;
@@ -25,7 +25,7 @@ struct Trial {
   Disturb disturb;
   std::uint64_t seed = 1;
   simulator::MusicLibrary library = simulator::builtInLibrary();
-  /// What a person does with the iPod in the hand, ten times a second; null: nothing.
+  /// What a person does with the iPod ten times a second; null: nothing.
   void (simulator::SimulatedIpod::*handle)(Time now) = nullptr;
 };
 
@@ -34,9 +34,9 @@ struct Outcome {
   int status = -1;                 ///< the program's exit status
   Time took{0};                    ///< until the program's end
   std::vector<std::string> lines;  ///< what the program and the library printed
-  /// Whether the iPod answered a question of the test's when the program had asked its last one.
+  /// Whether the iPod answered a question of the test after the last one of the program.
   bool answersAtTheEnd = false;
-  std::size_t struck = 0;         ///< how often a fault struck
+  std::size_t struck = 0;         ///< how often a fault happened
   std::size_t bytes[2] = {0, 0};  ///< that passed, by direction
   std::vector<simulator::Traffic> traffic;
 

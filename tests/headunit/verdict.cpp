@@ -12,8 +12,8 @@ namespace {
 using std::chrono::seconds;
 using Lines = std::vector<std::string>;
 
-// An iPod that leaves one kind of question unanswered costs a few seconds each time; one that is
-// lost costs them once.
+/// An iPod that does not answer one kind of question costs a few seconds each time. A lost iPod
+/// costs them once.
 constexpr int kLonger = 2;
 constexpr seconds kBesides(40);
 constexpr seconds kUntilLost(15);
@@ -50,13 +50,13 @@ bool isOfExample(const std::string& line) {
   return endsWith(line, " plays") || endsWith(line, "then start again.");
 }
 
-/// A line without the number of its section and without positions.
+/// Returns a line without the number of its section and without positions.
 std::string withoutMoment(const std::string& line) {
   static const std::regex kMoment("^---- [0-9]+\\.|[0-9]+:[0-9][0-9]");
   return std::regex_replace(line, kMoment, "#");
 }
 
-/// What the head unit itself showed.
+/// Returns the lines that the head unit showed.
 Lines shownLines(const Outcome& outcome) {
   Lines shown;
   for (const std::string& line : outcome.lines) {
@@ -70,7 +70,7 @@ int statusOf(const std::string& sentence) {
   return sentence == kGaps ? 3 : 0;
 }
 
-/// What the head unit shows in place of what the iPod did not answer.
+/// Returns whether the line replaces what the iPod did not answer.
 bool isGap(const std::string& line) {
   static const std::regex kGap(
       "   (The iPod (did|does) not .*|The iPod is lost: .*|No iPod could .*)"
@@ -78,7 +78,8 @@ bool isGap(const std::string& line) {
   return std::regex_match(line, kGap);
 }
 
-/// The first line that the whole run does not have at this place; empty: there is none.
+/// Returns the first line that the whole run does not have at this place; an empty text when there
+/// is none.
 std::string findWrongLine(const Lines& lines, const Lines& whole) {
   auto next = whole.begin();
   for (const std::string& line : lines) {
@@ -90,7 +91,7 @@ std::string findWrongLine(const Lines& lines, const Lines& whole) {
   return "";
 }
 
-/// Texts and counts themselves are others than usual, and right.
+/// Returns whether the fault changes texts and counts, which the head unit then shows correctly.
 bool changesContent(const Misbehaviour& misbehaviour) {
   static const std::set<std::string> kKinds = {"text-length", "text-broken", "text-unterminated",
                                                "drift", "random"};
@@ -99,15 +100,16 @@ bool changesContent(const Misbehaviour& misbehaviour) {
 
 bool isHeading(const std::string& line) { return beginsWith(line, "#"); }
 
-/// A lost iPod is asked nothing more, and nothing more is said of it: not that names do not come,
-/// not even what is asked next.
+/// Returns whether lines follow the report of a lost iPod. There must be no more questions and no
+/// more reports.
 bool goesOnAfterTheLoss(const Lines& lines) {
   const auto lost = std::find(lines.begin(), lines.end(), std::string("   ") + kLost);
   if (lost - lines.begin() < 2 || lost == lines.end()) return false;
   return isGap(lost[-1]) || (isHeading(lost[-1]) && isHeading(lost[-2]));
 }
 
-/// Asked again, an iPod that fails at random can answer.
+/// Returns whether the head unit reported a lost iPod that answers. An iPod with random faults may
+/// answer a repeated question.
 bool isWronglyGivenUp(const Outcome& outcome, const Misbehaviour& misbehaviour) {
   return outcome.answersAtTheEnd && misbehaviour.kind != "random";
 }

@@ -7,20 +7,21 @@
 
 namespace headunit_test {
 
-/// The sentence with which the program ends; of the head unit's the one before it disconnects.
+/// Returns the last sentence of the program; that of the head unit is the one before it
+/// disconnects.
 std::string lastSentence(const Outcome& outcome);
 
-/// Empty, or what the head unit did wrong with an iPod that misbehaved. `whole` is its run with the
-/// same model when nothing is wrong.
+/// Returns an empty text, or the error of the head unit with an iPod that misbehaved. `whole` is
+/// its run with the same model without faults.
 ///
-/// It must end within its bound, with an exit status that fits its last sentence. It may call the
-/// iPod lost only when the iPod does not answer the test either, and must ask it nothing more then.
-/// It shows what an undisturbed session shows at this place, or that something was not answered. A
-/// fault of one message costs nothing but time.
+/// It must end within its bound, with an exit status that fits its last sentence. It may report a
+/// lost iPod only when the iPod does not answer the test either, and must not ask it anything
+/// afterwards. It shows what an undisturbed session shows at this place, or that something was not
+/// answered. A fault of one message costs only time.
 std::string faultOfHeadUnit(const Outcome& outcome, const Misbehaviour& misbehaviour,
                             const Outcome& whole);
 
-/// The same for the example.
+/// Returns the same for the example.
 std::string faultOfExample(const Outcome& outcome, const Misbehaviour& misbehaviour,
                            const Outcome& whole);
 

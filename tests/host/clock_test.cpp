@@ -12,7 +12,7 @@ using coredll::Deadline;
 using std::chrono::hours;
 using std::chrono::milliseconds;
 
-TEST(DeadlineIn, IsNeverWithoutALimitOrWithOneBeyondTheClock) {
+TEST(DeadlineIn, IsNoneWithoutALimitAndBeyondTheRangeOfTheClock) {
   EXPECT_EQ(coredll::deadlineIn(std::nullopt), std::nullopt);
   EXPECT_EQ(coredll::deadlineIn(std::numeric_limits<std::uint64_t>::max()), std::nullopt);
 }
@@ -26,7 +26,7 @@ TEST(DeadlineIn, CountsFromNow) {
   EXPECT_LE(*deadline, after + milliseconds(1000));
 }
 
-TEST(Earlier, PrefersADeadlineToNone) {
+TEST(Earlier, ReturnsTheOnlyDeadline) {
   const Deadline soon = Clock::now();
   const Deadline late = *soon + hours(1);
   EXPECT_EQ(coredll::earlier(soon, late), soon);
@@ -42,7 +42,7 @@ TEST(IsOver, FollowsTheClock) {
   EXPECT_FALSE(coredll::isOver(std::nullopt));
 }
 
-TEST(PollTimeout, IsWhatPollTakes) {
+TEST(PollTimeout, HasTheUnitAndTheRoundingOfPoll) {
   EXPECT_EQ(coredll::pollTimeout(std::nullopt), -1);
   EXPECT_EQ(coredll::pollTimeout(Clock::now() - hours(1)), 0);
   EXPECT_EQ(coredll::pollTimeout(Clock::now() + hours(24 * 365)), std::numeric_limits<int>::max());

@@ -6,7 +6,7 @@
 
 namespace {
 
-// A DCB of 57600 baud, 8 bits, no parity, one stop bit.
+/// Returns a DCB of 57600 baud, 8 bits, no parity, one stop bit.
 DCB plainState() {
   DCB state = {};
   state.BaudRate = 57600;
@@ -23,7 +23,7 @@ struct LineRow {
   BYTE parity;
   BYTE stopBits;
   speed_t speed;
-  tcflag_t flags;  // of those that say size, parity and stop bits
+  tcflag_t flags;  // of those for size, parity and stop bits
 };
 
 void PrintTo(const LineRow& row, std::ostream* out) { *out << row.name; }
@@ -45,7 +45,7 @@ TEST_P(LineSettings, AreTranslatedForTheKernel) {
   EXPECT_EQ(cfgetospeed(&line), GetParam().speed);
   EXPECT_EQ(cfgetispeed(&line), GetParam().speed);
   EXPECT_EQ(line.c_cflag & kFlags, GetParam().flags);
-  EXPECT_NE(line.c_cflag & CREAD, 0u) << "what is no setting of the line stays";
+  EXPECT_NE(line.c_cflag & CREAD, 0u) << "what is not a setting of the line stays";
 }
 
 TEST_P(LineSettings, AreTranslatedForPrograms) {
@@ -93,7 +93,7 @@ TEST(PutLineSettings, RefusesWhatALineCannotHave) {
   EXPECT_FALSE(coredll::putLineSettings(state, line));
 }
 
-TEST(GetLineSettings, SaysZeroForAnUnusualSpeed) {
+TEST(GetLineSettings, ReturnsZeroForAnUnusualSpeed) {
   termios line = {};
   cfsetspeed(&line, B50);
   DCB state = {};

@@ -18,7 +18,7 @@ using host_test::PtyPair;
 using host_test::readDevice;
 using host_test::success;
 
-// The error of an open that must fail.
+/// Returns the error of an open that must fail.
 DWORD openError(LPCWSTR name) {
   SetLastError(ERROR_SUCCESS);
   const OwnedHandle device(openDevice(name));
@@ -47,7 +47,7 @@ TEST(CreateFileW, FindsEachOfSeveralDevices) {
   EXPECT_TRUE(serial.isDeviceOpen());
 }
 
-TEST(CreateFileW, DoesNotMindBlanksEmptyEntriesAndCase) {
+TEST(CreateFileW, IgnoresBlanksEmptyEntriesAndCase) {
   const PtyPair wire;
   const DeviceMapping devices(" ,nothing, =x, ipd1: = " + wire.path() + " ,");
   EXPECT_TRUE(OwnedHandle(openDevice(u"IPD1:")).isOpen());
@@ -91,7 +91,7 @@ TEST(CreateFileW, DoesNotFindANameWithoutEntry) {
   }
 }
 
-TEST(CreateFileW, DoesNotFindAPathThatIsNoTerminal) {
+TEST(CreateFileW, DoesNotFindAPathThatIsNotATerminal) {
   const std::string file = testing::TempDir() + "no_terminal_" + std::to_string(getpid());
   std::fclose(std::fopen(file.c_str(), "w"));
   for (const std::string& path : {file, testing::TempDir(), std::string("/dev/null"),
@@ -102,10 +102,10 @@ TEST(CreateFileW, DoesNotFindAPathThatIsNoTerminal) {
   EXPECT_EQ(std::remove(file.c_str()), 0);
 }
 
-TEST(CreateFileW, DoesNotFindATerminalWhoseOtherSideHasGone) {
+TEST(CreateFileW, DoesNotFindATerminalWhoseOtherSideHasClosed) {
   PtyPair wire;
   const DeviceMapping devices("IPD1:", wire);
-  // While it is open no other program's terminal gets the same path.
+  // While it is open, the terminal of another program cannot get the same path.
   const OwnedHandle device(openDevice(u"IPD1:"));
   wire.hangUp();
   EXPECT_EQ(openError(u"IPD1:"), ERROR_FILE_NOT_FOUND);
@@ -136,7 +136,7 @@ TEST(CreateFileW, DoesNotOpenWhatAnotherProcessHasOpen) {
   EXPECT_EQ(status, 0);
 }
 
-// A program that was killed must not keep its successor out.
+/// A program that was killed must not prevent the next one from opening the terminal.
 TEST(CreateFileW, OpensATerminalWhoseUserDiedWithoutClosing) {
   const PtyPair wire;
   const DeviceMapping devices("IPD1:", wire);
@@ -149,7 +149,7 @@ TEST(CreateFileW, OpensATerminalWhoseUserDiedWithoutClosing) {
   EXPECT_TRUE(OwnedHandle(openDevice(u"IPD1:")).isOpen());
 }
 
-TEST(CreateFileW, SupportsPlainReadingAndWritingOnly) {
+TEST(CreateFileW, SupportsOnlyUnsharedReadingAndWriting) {
   const PtyPair wire;
   const DeviceMapping devices("IPD1:", wire);
   constexpr DWORD kBoth = GENERIC_READ | GENERIC_WRITE;
@@ -172,7 +172,7 @@ TEST(CreateFileW, SupportsPlainReadingAndWritingOnly) {
 TEST(CreateFileW, MakesTheTerminalRaw) {
   PtyPair wire;
   {
-    // What a shell would leave behind.
+    // The settings that a shell leaves.
     termios cooked = wire.settings();
     cooked.c_iflag |= ICRNL | IXON | ISTRIP;
     cooked.c_oflag |= OPOST | ONLCR;
@@ -200,7 +200,7 @@ TEST(CreateFileW, MakesTheTerminalRaw) {
   EXPECT_EQ(wire.receive(special.size()), special) << "nothing echoed before, nothing translated";
 }
 
-// How many descriptors a program gets that is started now.
+/// Returns the descriptors that a program inherits when it is started now.
 std::string inheritedDescriptors() {
   std::FILE* const list = popen("ls /proc/self/fd | wc -l", "r");
   char number[16] = {};
@@ -209,7 +209,7 @@ std::string inheritedDescriptors() {
   return number;
 }
 
-TEST(CreateFileW, LeavesNoDescriptorToOtherPrograms) {
+TEST(CreateFileW, PassesNoDescriptorToOtherPrograms) {
   const PtyPair wire;
   const DeviceMapping devices("IPD1:", wire);
   const std::string before = inheritedDescriptors();

@@ -12,7 +12,7 @@ namespace {
 
 using Events = std::vector<std::string>;
 
-// Never destroyed: the module tells of its end when static objects of the program are gone.
+/// Never destroyed: the module reports its end after the program's static objects were destroyed.
 Events& events() {
   static auto& told = *new Events;
   return told;
@@ -39,7 +39,7 @@ TEST(DllEntry, AttachesAfterAllStaticObjectsAndDetachesBeforeThem) {
   EXPECT_EQ(events(), (Events{"detach", "second destroyed", "first destroyed"}));
 }
 
-TEST(DllEntry, DetachesBeforeObjectsThatWereBuiltLater) {
+TEST(DllEntry, DetachesBeforeLaterObjectsAreDestroyed) {
   void* const module = loadModule();
   ASSERT_NE(module, nullptr) << dlerror();
   reinterpret_cast<void (*)()>(dlsym(module, "useLateStatic"))();

@@ -1,4 +1,4 @@
-// What the desk's platform promises about handles beyond what every Windows does.
+// What the Linux host's platform promises about handles in addition to every Windows.
 #include <desk.h>
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -65,7 +65,7 @@ INSTANTIATE_TEST_SUITE_P(Handle, BadHandle,
                                          BadHandleRow{"One", HOST_HANDLE(1)},
                                          BadHandleRow{"NeverMade", HOST_HANDLE(0x7ffffffc)}));
 
-TEST(SemaphoreHandle, IsNoDevice) {
+TEST(SemaphoreHandle, IsNotADevice) {
   const OwnedHandle semaphore(newSemaphore(1));
   EXPECT_EQ(host_test::readDevice(semaphore.get(), 1), host_test::failure(ERROR_INVALID_HANDLE));
   EXPECT_EQ(host_test::writeDevice(semaphore.get(), {1}), host_test::failure(ERROR_INVALID_HANDLE));
@@ -86,7 +86,7 @@ TEST(DeviceHandle, CannotBeWaitedForOrReleased) {
   EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 }
 
-TEST(StaleHandle, NeverMeetsALaterObject) {
+TEST(StaleHandle, NeverRefersToALaterObject) {
   std::set<HANDLE> values;
   for (int i = 0; i < 10000; ++i) {
     const HANDLE semaphore = newSemaphore();
@@ -133,8 +133,8 @@ TEST(CloseHandle, EndsTheWaitsForAThreadButNotTheThread) {
   }
 }
 
-// Under a race of closing and using, each use either works or is refused.
-TEST(CloseHandle, MayComeAtAnyMomentOfOtherCalls) {
+/// If a handle is used while it is closed, each use either works or is refused.
+TEST(CloseHandle, IsSafeAtAnyTimeOfOtherCalls) {
   for (int round = 0; round < 200; ++round) {
     OwnedHandle semaphore(newSemaphore(1));
     BackgroundCall user([handle = semaphore.get()] {
@@ -179,7 +179,7 @@ TEST(CreateSemaphoreW, RefusesANameBecauseNothingIsShared) {
   EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
-TEST(CreateThread, RefusesToStartNothing) {
+TEST(CreateThread, RefusesAMissingFunction) {
   const unsigned before = deskOpenHandles();
   EXPECT_EQ(CreateThread(nullptr, 0, nullptr, nullptr, 0, nullptr), nullptr);
   EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
@@ -193,7 +193,7 @@ TEST(CreateThread, RefusesFlags) {
   EXPECT_EQ(deskRunningThreads(), 0u);
 }
 
-TEST(DisableThreadLibraryCalls, IsGranted) {
+TEST(DisableThreadLibraryCalls, ReturnsTrue) {
   static char thisModule;
   EXPECT_TRUE(DisableThreadLibraryCalls(&thisModule));
 }

@@ -5,19 +5,19 @@
 
 namespace {
 
-TEST(InterlockedCompareExchange, StoresWhenTheTargetHoldsTheComparand) {
+TEST(InterlockedCompareExchange, StoresIfTheTargetEqualsTheComparand) {
   LONG target = 5;
   EXPECT_EQ(InterlockedCompareExchange(&target, 7, 5), 5);
   EXPECT_EQ(target, 7);
 }
 
-TEST(InterlockedCompareExchange, LeavesATargetAloneThatHoldsAnotherValue) {
+TEST(InterlockedCompareExchange, DoesNotChangeATargetWithAnotherValue) {
   LONG target = 5;
   EXPECT_EQ(InterlockedCompareExchange(&target, 7, 6), 5);
   EXPECT_EQ(target, 5);
 }
 
-TEST(InterlockedCompareExchange, LosesNoIncrementOfThreadsAtOnce) {
+TEST(InterlockedCompareExchange, LosesNoIncrementOfConcurrentThreads) {
   constexpr LONG kRounds = 20000;
   LONG volatile target = 0;
   const auto increment = [&] {

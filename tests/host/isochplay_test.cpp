@@ -11,7 +11,7 @@ namespace {
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 
-// A call as a sink saw it.
+/// A call as a sink received it.
 struct Heard {
   IsochplayFunction function;
   std::string text;
@@ -54,7 +54,7 @@ class Isochplay : public testing::Test {
   std::vector<Heard> calls;
 };
 
-TEST_F(Isochplay, SaysEachCallOnStderr) {
+TEST_F(Isochplay, WritesEachCallToStderr) {
   CaptureStderr();
   SelectZeroBandwithInterface();
   SelectFullBandwithInterface();
@@ -71,7 +71,7 @@ TEST_F(Isochplay, SaysEachCallOnStderr) {
             "isochplay: StopIpodAudioPlay()\n");
 }
 
-TEST_F(Isochplay, SucceedsUnlessToldOtherwise) {
+TEST_F(Isochplay, SucceedsUnlessAResultIsSet) {
   listen();
   EXPECT_EQ(SelectZeroBandwithInterface(), 0);
   EXPECT_EQ(SelectFullBandwithInterface(), 0);
@@ -87,7 +87,7 @@ TEST_F(Isochplay, StartsWithoutAFormat) {
   EXPECT_EQ(GetCapturedStderr(), "isochplay: StartIpodAudioPlay(no format)\n");
 }
 
-TEST_F(Isochplay, TellsASinkInPlaceOfStderr) {
+TEST_F(Isochplay, CallsTheSinkInsteadOfWritingToStderr) {
   listen();
   CaptureStderr();
   StartIpodAudioPlay(&format);
@@ -106,7 +106,7 @@ TEST_F(Isochplay, TellsASinkInPlaceOfStderr) {
   EXPECT_FALSE(calls[3].hasFormat);
 }
 
-TEST_F(Isochplay, NamesEachFunctionToTheSink) {
+TEST_F(Isochplay, PassesEachFunctionToTheSink) {
   listen();
   SelectZeroBandwithInterface();
   SelectFullBandwithInterface();
@@ -133,7 +133,7 @@ TEST_F(Isochplay, ReturnsTheResultsThatAreSet) {
   EXPECT_EQ(IpodAudioPresent(1, 2, 3, 4), 15);
 }
 
-TEST_F(Isochplay, IsCalledByManyThreads) {
+TEST_F(Isochplay, CanBeCalledOnManyThreads) {
   listen();
   isochplaySetSink(
       [](void*, const IsochplayCall* call) { EXPECT_EQ(call->function, kSelectFrequency); },

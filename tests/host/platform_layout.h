@@ -1,6 +1,5 @@
 /* The layouts of the records that programs and the device's drivers share, for C and for C++. */
-#ifndef TESTS_HOST_PLATFORM_LAYOUT_H
-#define TESTS_HOST_PLATFORM_LAYOUT_H
+#pragma once
 
 #include <assert.h>
 #include <stddef.h>
@@ -61,5 +60,3 @@ static_assert(ERROR_TOO_MANY_POSTS == 298 && ERROR_OPERATION_ABORTED == 995, "va
 static_assert(GENERIC_READ == 0x80000000 && GENERIC_WRITE == 0x40000000, "values");
 static_assert(OPEN_EXISTING == 3 && CBR_57600 == 57600 && WM_USER == 0x400, "values");
 static_assert(DLL_PROCESS_DETACH == 0 && DLL_PROCESS_ATTACH == 1, "values");
-
-#endif

@@ -1,4 +1,4 @@
-/* Proves that a C compiler reads the platform's headers and lays the records out alike. */
+/* Checks that a C compiler accepts the platform's headers and gives the records the same layout. */
 #include "host/platform_layout.h"
 
 #include <desk.h>

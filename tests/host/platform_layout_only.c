@@ -1,2 +1,2 @@
-/* For compilers of the device and of Windows: the layouts alone. */
+/* For compilers of the device and of Windows: only the layouts. */
 #include "host/platform_layout.h"

@@ -12,7 +12,7 @@ DWORD flagsOf(const DCB& state) {
   return flags;
 }
 
-TEST(Dcb, KeepsItsFlagsWhereDriversExpectThem) {
+TEST(Dcb, HasItsFlagsAtTheBitsThatDriversUse) {
   DCB state = {};
   state.fBinary = 1;
   EXPECT_EQ(flagsOf(state), 0x00000001u);

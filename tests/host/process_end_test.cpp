@@ -1,4 +1,4 @@
-// What happens to threads and open handles when the process ends: nothing that can be noticed.
+// The end of a process with running threads and open handles has no visible effect.
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -54,8 +54,8 @@ void useHandleAtTheEnd() {
   if (!isUsable || !CloseHandle(handleForTheEnd)) std::_Exit(1);
 }
 
-// Handlers run in the opposite order of their registration: this one after all that the platform
-// may have registered when it was used first.
+/// Exit handlers run in the opposite order of their registration. This one runs after all that the
+/// platform may have registered at its first use.
 [[noreturn]] void endWithALateUser() {
   std::atexit(useHandleAtTheEnd);
   handleForTheEnd = CreateSemaphoreW(nullptr, 1, 1, nullptr);
@@ -72,7 +72,7 @@ TEST_F(ProcessDeathTest, EndsCleanlyWhileThreadsUseThePlatform) {
   EXPECT_EXIT(endWithEverythingOpen(wire), testing::ExitedWithCode(7), "");
 }
 
-TEST_F(ProcessDeathTest, HasThePlatformToItsVeryEnd) {
+TEST_F(ProcessDeathTest, CanUseThePlatformInItsLastExitHandler) {
   EXPECT_EXIT(endWithALateUser(), testing::ExitedWithCode(7), "");
 }
 

@@ -7,7 +7,7 @@ namespace {
 using host_test::DeviceMapping;
 using host_test::PtyPair;
 
-// The near end, opened without the platform.
+/// The near end, opened without the platform.
 class NearEnd {
  public:
   explicit NearEnd(const PtyPair& wire)
@@ -35,7 +35,7 @@ TEST(PtyPair, CarriesBytesBothWaysUnchanged) {
   EXPECT_EQ(wire.receive(6), special);
 }
 
-TEST(PtyPair, SaysThatBytesHaveArrived) {
+TEST(PtyPair, ReportsThatBytesHaveArrived) {
   PtyPair wire;
   const NearEnd nearEnd(wire);
   EXPECT_TRUE(wire.sendAndArrive({1, 2, 3}));
@@ -44,7 +44,7 @@ TEST(PtyPair, SaysThatBytesHaveArrived) {
   EXPECT_EQ(arrived, 3);
 }
 
-TEST(PtyPair, KnowsWhetherTheDeviceIsOpen) {
+TEST(PtyPair, ReportsWhetherTheDeviceIsOpen) {
   const PtyPair wire;
   EXPECT_FALSE(wire.isDeviceOpen());
   {
@@ -55,7 +55,7 @@ TEST(PtyPair, KnowsWhetherTheDeviceIsOpen) {
   EXPECT_TRUE(wire.waitUntilDeviceCloses());
 }
 
-TEST(PtyPair, HangUpIsSeenByTheDevice) {
+TEST(PtyPair, HangUpFailsTheReadOfTheDevice) {
   PtyPair wire;
   const NearEnd nearEnd(wire);
   wire.hangUp();
@@ -63,7 +63,7 @@ TEST(PtyPair, HangUpIsSeenByTheDevice) {
   EXPECT_LE(::read(nearEnd.descriptor, &byte, 1), 0);
 }
 
-TEST(DeviceMapping, IsTakenBackAtItsEnd) {
+TEST(DeviceMapping, IsUndoneAtItsEnd) {
   const PtyPair wire;
   const DeviceMapping outer("COM1:=/outer");
   {

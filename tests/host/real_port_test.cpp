@@ -1,6 +1,5 @@
-// A pseudo terminal lacks some of what a real port has: an output queue, an RTS line, exclusive
-// mode. This program puts its own ioctl() and fstat() before the system's, so that the platform
-// sees them.
+// A pseudo-terminal does not have the output queue, the RTS line and the exclusive mode of a real
+// port. This program replaces ioctl() and fstat(), so that the platform sees them.
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -22,7 +21,7 @@ namespace {
 
 enum class Rts { kNeverDriven, kLowered, kRaised };
 
-// Bytes in the queue; each look at it finds `drainedByLook` fewer than before.
+/// Bytes in the queue; each query finds `drainedByLook` fewer than the previous one.
 std::atomic<int> queued{0};
 std::atomic<int> drainedByLook{0};
 std::atomic<Rts> rts{Rts::kNeverDriven};
@@ -46,7 +45,7 @@ extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {
   va_end(arguments);
   const auto result = static_cast<int>(syscall(SYS_ioctl, descriptor, request, argument));
   see(request, argument);
-  // A driver may still know its queue when its line has gone.
+  // A driver may still report its queue after its line was closed.
   return request == TIOCOUTQ ? 0 : result;
 }
 
@@ -106,7 +105,7 @@ TEST_F(OutputQueue, KeepsAFlushWaitingWhileItIsStuck) {
   EXPECT_TRUE(result->first);
 }
 
-TEST_F(OutputQueue, StuckDoesNotHoldAFlushAfterClose) {
+TEST_F(OutputQueue, StuckDoesNotBlockAFlushAfterClose) {
   setQueue(1, 0);
   BackgroundCall<Flushed> flush = flushInBackground();
   EXPECT_TRUE(flush.waitUntilBlocked());
@@ -114,7 +113,7 @@ TEST_F(OutputQueue, StuckDoesNotHoldAFlushAfterClose) {
   EXPECT_EQ(flush.result(), Flushed(FALSE, ERROR_OPERATION_ABORTED));
 }
 
-TEST_F(OutputQueue, StuckDoesNotHoldAFlushAfterHangUp) {
+TEST_F(OutputQueue, StuckDoesNotBlockAFlushAfterHangUp) {
   setQueue(1, 0);
   BackgroundCall<Flushed> flush = flushInBackground();
   EXPECT_TRUE(flush.waitUntilBlocked());
@@ -122,7 +121,7 @@ TEST_F(OutputQueue, StuckDoesNotHoldAFlushAfterHangUp) {
   EXPECT_EQ(flush.result(), Flushed(FALSE, ERROR_GEN_FAILURE));
 }
 
-TEST(ExclusiveMode, IsForRealPortsBecauseAPseudoTerminalKeepsItAfterItsUser) {
+TEST(ExclusiveMode, IsSetOnlyOnRealPortsBecauseAPseudoTerminalWouldKeepIt) {
   const PtyPair wire;
   const DeviceMapping devices("COM1:", wire);
   isExclusive = false;

@@ -1,4 +1,4 @@
-// What the platform answers when the system has no room or no permission to give.
+// The platform's results without memory, descriptors or permission.
 #include <desk.h>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -38,7 +38,7 @@ using host_test::PtyPair;
 
 DWORD WINAPI doNothing(LPVOID) { return 0; }
 
-TEST(CreateThread, WithoutRoomForAThreadLeavesNothingBehind) {
+TEST(CreateThread, ThatFailsLeavesNothingOpen) {
   const unsigned handlesBefore = deskOpenHandles();
   hasRoomForThreads = false;
   EXPECT_EQ(CreateThread(nullptr, 0, doNothing, nullptr, 0, nullptr), nullptr);
@@ -48,7 +48,7 @@ TEST(CreateThread, WithoutRoomForAThreadLeavesNothingBehind) {
   EXPECT_EQ(deskRunningThreads(), 0u);
 }
 
-// Leaves room for `count` more descriptors while it lives.
+/// Allows only `count` more descriptors during its lifetime.
 class FewDescriptors {
  public:
   explicit FewDescriptors(rlim_t count) {
@@ -66,7 +66,7 @@ class FewDescriptors {
   rlimit before = {};
 };
 
-TEST(CreateFileW, WithTooFewDescriptorsLeavesTheTerminalFree) {
+TEST(CreateFileW, WithTooFewDescriptorsDoesNotLockTheTerminal) {
   const PtyPair wire;
   const DeviceMapping devices("IPD1:", wire);
   for (const rlim_t count : {0u, 1u}) {

@@ -24,19 +24,19 @@ HANDLE startThread(LPTHREAD_START_ROUTINE start, LPVOID parameter) {
   return CreateThread(nullptr, 0, start, parameter, 0, nullptr);
 }
 
-TEST(CreateSemaphoreW, HoldsTheInitialCount) {
+TEST(CreateSemaphoreW, HasTheInitialCount) {
   const Semaphore semaphore(2, 5);
   EXPECT_EQ(WaitForSingleObject(semaphore.handle, 0), WAIT_OBJECT_0);
   EXPECT_EQ(WaitForSingleObject(semaphore.handle, 0), WAIT_OBJECT_0);
   EXPECT_EQ(WaitForSingleObject(semaphore.handle, 0), WAIT_TIMEOUT);
 }
 
-TEST(CreateSemaphoreW, CanStartEmpty) {
+TEST(CreateSemaphoreW, CanStartWithCountZero) {
   const Semaphore semaphore(0, 1);
   EXPECT_EQ(WaitForSingleObject(semaphore.handle, 0), WAIT_TIMEOUT);
 }
 
-TEST(CreateSemaphoreW, GivesEachSemaphoreAHandleOfItsOwn) {
+TEST(CreateSemaphoreW, GivesEachSemaphoreADifferentHandle) {
   const Semaphore first(1, 1);
   const Semaphore second(0, 1);
   EXPECT_NE(first.handle, second.handle);
@@ -64,7 +64,7 @@ TEST_P(ImpossibleCounts, AreRefused) {
 INSTANTIATE_TEST_SUITE_P(CreateSemaphoreW, ImpossibleCounts,
                          testing::Values(Counts{0, 0}, Counts{0, -1}, Counts{-1, 1}, Counts{2, 1}));
 
-TEST(ReleaseSemaphore, AddsCountsAndTellsTheCountBefore) {
+TEST(ReleaseSemaphore, AddsToTheCountAndReturnsThePreviousCount) {
   const Semaphore semaphore(1, 5);
   LONG before = -1;
   EXPECT_TRUE(ReleaseSemaphore(semaphore.handle, 3, &before));
@@ -73,7 +73,7 @@ TEST(ReleaseSemaphore, AddsCountsAndTellsTheCountBefore) {
   EXPECT_EQ(before, 4);
 }
 
-TEST(ReleaseSemaphore, NeedsNoPlaceForTheCountBefore) {
+TEST(ReleaseSemaphore, AcceptsNullForThePreviousCount) {
   const Semaphore semaphore(0, 1);
   EXPECT_TRUE(ReleaseSemaphore(semaphore.handle, 1, nullptr));
   EXPECT_EQ(WaitForSingleObject(semaphore.handle, 0), WAIT_OBJECT_0);
@@ -113,7 +113,7 @@ TEST(ReleaseSemaphore, RefusesCountsBelowOne) {
   }
 }
 
-// Waits 50 ms.
+/// Waits 50 ms.
 TEST(WaitForSingleObject, TimesOutNoSoonerThanAsked) {
   const Semaphore semaphore(0, 1);
   const auto start = Clock::now();
@@ -145,7 +145,7 @@ TEST(WaitForSingleObject, EndsWhenAnotherThreadReleases) {
   EXPECT_TRUE(CloseHandle(thread));
 }
 
-// Two semaphores and the threads that pass a count from the first to the second.
+/// Two semaphores and threads that each take 1 from the first one and add it to the second one.
 struct Relay {
   Semaphore from{0, 64};
   Semaphore to{0, 64};
@@ -158,7 +158,7 @@ DWORD WINAPI passOne(LPVOID parameter) {
   return 0;
 }
 
-TEST(WaitForSingleObject, WithoutLimitEndsForAsManyThreadsAsThereAreCounts) {
+TEST(WaitForSingleObject, WithoutLimitEndsForOneThreadPerCount) {
   Relay relay;
   HANDLE threads[8] = {};
   for (HANDLE& thread : threads)
@@ -190,7 +190,7 @@ DWORD WINAPI countToThousand(LPVOID parameter) {
   return 0;
 }
 
-TEST(BinarySemaphore, GuardsWhatThreadsShare) {
+TEST(BinarySemaphore, ProtectsWhatThreadsShare) {
   GuardedNumber guarded;
   HANDLE threads[4] = {};
   for (HANDLE& thread : threads)
@@ -202,7 +202,7 @@ TEST(BinarySemaphore, GuardsWhatThreadsShare) {
   EXPECT_EQ(guarded.number, 4000);
 }
 
-TEST(CloseHandle, OfASemaphoreWorksOnce) {
+TEST(CloseHandle, ClosesASemaphoreOnce) {
   const HANDLE semaphore = CreateSemaphoreW(nullptr, 1, 1, nullptr);
   EXPECT_TRUE(CloseHandle(semaphore));
   SetLastError(ERROR_SUCCESS);
@@ -221,7 +221,7 @@ TEST(ClosedSemaphore, CanNeitherBeWaitedForNorReleased) {
   EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 }
 
-TEST(NullHandle, IsNoHandle) {
+TEST(NullHandle, IsNotAHandle) {
   SetLastError(ERROR_SUCCESS);
   EXPECT_FALSE(CloseHandle(nullptr));
   EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);

@@ -24,11 +24,11 @@ using host_test::writeDevice;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// Far more than any test waits, far less than the patience of one.
+/// Much longer than any test waits.
 constexpr DWORD kLong = 60000;
 constexpr auto kGenerous = std::chrono::seconds(5);
 
-// More than a pseudo terminal keeps for an end that does not read.
+/// More than a pseudo-terminal buffers for an end that does not read.
 constexpr std::size_t kTooMuch = 1000000;
 
 class SerialPort : public testing::Test {
@@ -37,7 +37,7 @@ class SerialPort : public testing::Test {
     ASSERT_TRUE(SetCommTimeouts(port.get(), &timeouts));
   }
 
-  // `interval`, `multiplier` and `constant` are the read's.
+  // Sets the time-outs of reads.
   void setReadTimeouts(DWORD interval, DWORD multiplier, DWORD constant) const {
     setTimeouts({interval, multiplier, constant, 0, 0});
   }
@@ -76,7 +76,7 @@ TEST_F(SerialPort, WithIntervalMaximumAndNoTotalsReadReturnsAtOnceWithNothing) {
   EXPECT_LT(Clock::now() - start, kGenerous);
 }
 
-TEST_F(SerialPort, WithIntervalMaximumAndNoTotalsReadReturnsAtOnceWithWhatIsThere) {
+TEST_F(SerialPort, WithIntervalMaximumAndNoTotalsReadReturnsAtOnceWithWhatHasArrived) {
   setReadTimeouts(MAXDWORD, 0, 0);
   EXPECT_TRUE(wire.sendAndArrive({1, 2, 3}));
   EXPECT_EQ(readDevice(port.get(), 2), success({1, 2}));
@@ -84,7 +84,7 @@ TEST_F(SerialPort, WithIntervalMaximumAndNoTotalsReadReturnsAtOnceWithWhatIsTher
   EXPECT_EQ(readDevice(port.get(), 10), success({}));
 }
 
-// Waits 50 ms.
+/// Waits 50 ms.
 TEST_F(SerialPort, WithIntervalAndMultiplierMaximumReadWaitsTheConstantForAByte) {
   setReadTimeouts(MAXDWORD, MAXDWORD, 50);
   const auto start = Clock::now();
@@ -109,8 +109,8 @@ TEST_F(SerialPort, WithIntervalMaximumAndTotalsReadReturnsWithTheFirstByte) {
   EXPECT_EQ(read.result(), success({1}));
 }
 
-// Waits 60 ms: 10 for each of 3 bytes and 30.
-TEST_F(SerialPort, TotalReadTimeoutGrowsWithTheBytesAskedFor) {
+/// Waits 60 ms: 10 for each of 3 bytes and 30.
+TEST_F(SerialPort, TotalReadTimeoutGrowsWithTheRequestedBytes) {
   setReadTimeouts(0, 10, 30);
   const auto start = Clock::now();
   EXPECT_EQ(readDevice(port.get(), 3), success({}));
@@ -118,8 +118,8 @@ TEST_F(SerialPort, TotalReadTimeoutGrowsWithTheBytesAskedFor) {
   EXPECT_LT(Clock::now() - start, kGenerous);
 }
 
-// Waits 50 ms.
-TEST_F(SerialPort, TotalReadTimeoutDeliversWhatCame) {
+/// Waits 50 ms.
+TEST_F(SerialPort, TotalReadTimeoutReturnsWhatHasArrived) {
   setReadTimeouts(0, 0, 50);
   EXPECT_TRUE(wire.sendAndArrive({1, 2}));
   const auto start = Clock::now();
@@ -134,7 +134,7 @@ TEST_F(SerialPort, TotalReadTimeoutDoesNotDelayACompleteRead) {
   EXPECT_EQ(readDevice(port.get(), 2), success({1, 2}));
 }
 
-TEST_F(SerialPort, GreatestTotalReadTimeoutIsNoOverflow) {
+TEST_F(SerialPort, GreatestTotalReadTimeoutDoesNotOverflow) {
   setReadTimeouts(0, MAXDWORD, MAXDWORD);
   BackgroundCall<Transfer> read = readInBackground(1000000);
   EXPECT_TRUE(read.waitUntilBlocked());
@@ -142,7 +142,7 @@ TEST_F(SerialPort, GreatestTotalReadTimeoutIsNoOverflow) {
   EXPECT_EQ(read.result(), failure(ERROR_OPERATION_ABORTED));
 }
 
-// Waits 50 ms.
+/// Waits 50 ms.
 TEST_F(SerialPort, IntervalTimeoutEndsAReadAfterThePause) {
   setReadTimeouts(50, 0, 0);
   EXPECT_TRUE(wire.sendAndArrive({1, 2}));
@@ -152,7 +152,7 @@ TEST_F(SerialPort, IntervalTimeoutEndsAReadAfterThePause) {
   EXPECT_LT(Clock::now() - start, kGenerous);
 }
 
-// Waits 1 ms again and again, 20 times.
+/// Waits 1 ms again and again, 20 times.
 TEST_F(SerialPort, IntervalTimeoutDoesNotRunBeforeTheFirstByte) {
   setReadTimeouts(1, 0, 0);
   BackgroundCall<Transfer> read = readInBackground(10);
@@ -163,15 +163,15 @@ TEST_F(SerialPort, IntervalTimeoutDoesNotRunBeforeTheFirstByte) {
   EXPECT_EQ(read.result(), success({1}));
 }
 
-// Waits 50 ms, not the interval.
+/// Waits 50 ms, not the interval.
 TEST_F(SerialPort, TotalReadTimeoutEndsAReadWithinALongInterval) {
   setReadTimeouts(kLong, 0, 50);
   EXPECT_TRUE(wire.sendAndArrive({1}));
   EXPECT_EQ(readDevice(port.get(), 10), success({1}));
 }
 
-// Waits 80 ms.
-TEST_F(SerialPort, TotalWriteTimeoutEndsAWriteWithWhatWentOut) {
+/// Waits 80 ms.
+TEST_F(SerialPort, TotalWriteTimeoutReturnsTheNumberOfWrittenBytes) {
   setTimeouts({0, 0, 0, 0, 80});
   const auto start = Clock::now();
   const Transfer write = writeDevice(port.get(), Bytes(kTooMuch, 0x55));
@@ -191,7 +191,7 @@ TEST_F(SerialPort, WithoutWriteTimeoutsWriteWaits) {
   EXPECT_EQ(write.result(), success(Bytes(kTooMuch, 0x55)));
 }
 
-TEST_F(SerialPort, CloseWakesAReadThatHasSomeBytesAlready) {
+TEST_F(SerialPort, CloseWakesAReadThatAlreadyHasSomeBytes) {
   setReadTimeouts(0, 0, 0);
   EXPECT_TRUE(wire.sendAndArrive({1}));
   BackgroundCall<Transfer> read = readInBackground(2);
@@ -200,7 +200,7 @@ TEST_F(SerialPort, CloseWakesAReadThatHasSomeBytesAlready) {
   EXPECT_EQ(read.result(), failure(ERROR_OPERATION_ABORTED));
 }
 
-TEST_F(SerialPort, HangUpDuringAReadDeliversItsBytesAndFailsTheNext) {
+TEST_F(SerialPort, HangUpDuringAReadReturnsItsBytesAndFailsTheNext) {
   setReadTimeouts(0, 0, 0);
   EXPECT_TRUE(wire.sendAndArrive({1, 2}));
   BackgroundCall<Transfer> read = readInBackground(3);
@@ -228,7 +228,7 @@ TEST_F(SerialPort, HangUpFailsWritesAndSettings) {
   EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
 }
 
-TEST_F(SerialPort, TimeoutsAreNoneAtFirstAndReadBackAsSet) {
+TEST_F(SerialPort, TimeoutsAreZeroAtFirstAndReadBackAsSet) {
   COMMTIMEOUTS timeouts = {1, 1, 1, 1, 1};
   EXPECT_TRUE(GetCommTimeouts(port.get(), &timeouts));
   const COMMTIMEOUTS none = {};
@@ -290,7 +290,7 @@ TEST_F(SerialPort, SettingTheStateKeepsTheLineRaw) {
   EXPECT_EQ(readDevice(port.get(), 3), success({0x03, 0x0d, 0x11}));
 }
 
-// Changes a good state into one that no port on a pseudo terminal can have.
+/// Changes a valid state into one that a pseudo-terminal cannot have.
 struct Spoil {
   const char* name;
   void (*change)(DCB&);
@@ -342,7 +342,7 @@ TEST_F(SerialPort, RefusesMissingRecords) {
   EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
-TEST_F(SerialPort, NewTimeoutsDoNotTouchAReadThatIsGoingOn) {
+TEST_F(SerialPort, NewTimeoutsDoNotAffectARunningRead) {
   setReadTimeouts(0, 0, 0);
   EXPECT_TRUE(wire.sendAndArrive({1}));
   BackgroundCall<Transfer> read = readInBackground(2);

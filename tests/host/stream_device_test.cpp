@@ -21,7 +21,7 @@ using host_test::success;
 using host_test::Transfer;
 using host_test::writeDevice;
 
-// More than a pseudo terminal keeps for an end that does not read.
+/// More than a pseudo-terminal buffers for an end that does not read.
 constexpr std::size_t kTooMuch = 1000000;
 
 class StreamDevice : public testing::Test {
@@ -50,7 +50,7 @@ TEST_F(StreamDevice, ReadWaitsForAByte) {
   EXPECT_EQ(read.result(), success({0x55}));
 }
 
-TEST_F(StreamDevice, ReadDeliversAtMostWhatWasAskedForAndKeepsTheRest) {
+TEST_F(StreamDevice, ReadReturnsAtMostTheRequestedBytesAndKeepsTheRest) {
   EXPECT_TRUE(wire.send({1, 2, 3, 4, 5}));
   EXPECT_EQ(readDevice(device.get(), 1), success({1}));
   EXPECT_EQ(readDevice(device.get(), 1), success({2}));
@@ -69,7 +69,7 @@ TEST_F(StreamDevice, ReadOfNothingReturnsAtOnce) {
   EXPECT_EQ(read, 0u);
 }
 
-TEST_F(StreamDevice, ReadStillGetsWhatCameBeforeTheOpen) {
+TEST_F(StreamDevice, ReadReturnsBytesThatArrivedBeforeTheOpen) {
   EXPECT_TRUE(device.close());
   EXPECT_TRUE(wire.send({0x55, 0x02}));
   const OwnedHandle again(openDevice(u"IPD1:"));
@@ -77,7 +77,7 @@ TEST_F(StreamDevice, ReadStillGetsWhatCameBeforeTheOpen) {
   EXPECT_EQ(readDevice(again.get(), 1), success({0x02}));
 }
 
-TEST_F(StreamDevice, WriteSendsEveryByteAsItIs) {
+TEST_F(StreamDevice, WriteSendsEveryByteUnchanged) {
   Bytes all;
   for (unsigned value = 0; value < 256; ++value)
     all.push_back(static_cast<std::uint8_t>(value));
@@ -91,7 +91,7 @@ TEST_F(StreamDevice, WriteOfNothingReturnsAtOnce) {
   EXPECT_EQ(written, 0u);
 }
 
-TEST_F(StreamDevice, WriteWaitsForAnEndThatDoesNotReadAndThenGoesOn) {
+TEST_F(StreamDevice, WriteWaitsForAnEndThatDoesNotReadAndThenContinues) {
   BackgroundCall<Transfer> write = writeInBackground(kTooMuch);
   EXPECT_TRUE(write.waitUntilBlocked());
   EXPECT_FALSE(write.isDone());
@@ -109,7 +109,7 @@ TEST_F(StreamDevice, WritesOfTwoThreadsDoNotMix) {
   EXPECT_EQ(second.result(), success(Bytes(10, 0xbb)));
 }
 
-TEST_F(StreamDevice, ReadingAndWritingGoOnAtTheSameTime) {
+TEST_F(StreamDevice, ReadsAndWritesAtTheSameTime) {
   BackgroundCall<Transfer> read = readInBackground(1);
   EXPECT_TRUE(read.waitUntilBlocked());
   EXPECT_EQ(writeDevice(device.get(), {0x01}), success({0x01}));
@@ -138,7 +138,7 @@ TEST_F(StreamDevice, CloseWakesEveryRead) {
   EXPECT_EQ(second.result(), failure(ERROR_OPERATION_ABORTED));
 }
 
-TEST_F(StreamDevice, CloseWakesAWriteAndTheOneBehindIt) {
+TEST_F(StreamDevice, CloseWakesAWriteAndTheNextOne) {
   BackgroundCall<Transfer> write = writeInBackground(kTooMuch);
   EXPECT_TRUE(write.waitUntilBlocked());
   BackgroundCall<Transfer> next = writeInBackground(1);
@@ -165,7 +165,7 @@ TEST_F(StreamDevice, CanBeOpenedAgainAsSoonAsItIsClosed) {
   }
 }
 
-TEST_F(StreamDevice, ClosedTwiceOrUsedAfterwardsIsRefused) {
+TEST_F(StreamDevice, RefusesASecondCloseAndLaterUse) {
   const HANDLE handle = device.get();
   EXPECT_TRUE(device.close());
   EXPECT_FALSE(CloseHandle(handle));
@@ -244,7 +244,7 @@ TEST_F(StreamDevice, RefusesMissingPointersAndOverlappedCalls) {
   EXPECT_FALSE(WriteFile(device.get(), &byte, 1, &moved, overlapped));
 }
 
-TEST_F(StreamDevice, OtherSideSeesTheClose) {
+TEST_F(StreamDevice, CloseIsReportedToTheOtherSide) {
   EXPECT_TRUE(wire.isDeviceOpen());
   EXPECT_TRUE(device.close());
   EXPECT_TRUE(wire.waitUntilDeviceCloses());

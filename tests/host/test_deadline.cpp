@@ -1,4 +1,4 @@
-// Linked to a test program, it ends the program when one of its tests hangs.
+// Ends the test program to which it is linked when one of its tests hangs.
 #include <gtest/gtest.h>
 #include <unistd.h>
 

@@ -29,7 +29,7 @@ TEST(CreateThread, RunsTheFunctionWithItsParameter) {
 
 DWORD WINAPI doNothing(LPVOID) { return 0; }
 
-TEST(CreateThread, GivesEachRunningThreadAnIdOfItsOwn) {
+TEST(CreateThread, GivesEachRunningThreadADifferentId) {
   DWORD first = 0;
   DWORD second = 0;
   const HANDLE threads[] = {CreateThread(nullptr, 0, doNothing, nullptr, 0, &first),
@@ -43,7 +43,7 @@ TEST(CreateThread, GivesEachRunningThreadAnIdOfItsOwn) {
   }
 }
 
-// A thread that runs until it is told to end, and says so.
+/// A thread that runs until its end is requested, and records its end.
 struct Errand {
   HANDLE mayEnd = CreateSemaphoreW(nullptr, 0, 1, nullptr);
   HANDLE ending = CreateSemaphoreW(nullptr, 0, 1, nullptr);
@@ -64,7 +64,7 @@ DWORD WINAPI runErrand(LPVOID parameter) {
   return 0;
 }
 
-// Waits 20 ms.
+/// Waits 20 ms.
 TEST(ThreadHandle, IsSignalledWhenTheThreadHasEndedAndStaysSo) {
   Errand errand;
   const HANDLE thread = startThread(runErrand, &errand);
@@ -95,7 +95,7 @@ TEST(ThreadHandle, ReleasesEveryThreadThatWaitsForIt) {
   EXPECT_TRUE(CloseHandle(thread));
 }
 
-TEST(ThreadHandle, ClosedBeforeTheEndLetsTheThreadRunOn) {
+TEST(ThreadHandle, ClosedBeforeTheEndDoesNotEndTheThread) {
   Errand errand;
   const HANDLE thread = startThread(runErrand, &errand);
   EXPECT_TRUE(CloseHandle(thread));
@@ -115,7 +115,7 @@ TEST(ThreadHandle, ClosesOnce) {
   EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 }
 
-TEST(ThreadHandle, IsNoSemaphore) {
+TEST(ThreadHandle, IsNotASemaphore) {
   const HANDLE thread = startThread(doNothing, nullptr);
   SetLastError(ERROR_SUCCESS);
   EXPECT_FALSE(ReleaseSemaphore(thread, 1, nullptr));
@@ -124,7 +124,7 @@ TEST(ThreadHandle, IsNoSemaphore) {
   EXPECT_TRUE(CloseHandle(thread));
 }
 
-// Its destructor takes its time, so that a signal that comes before it is seen.
+/// Its destructor takes some time, so that a signal before its end is noticed.
 struct SlowFarewell {
   std::atomic<bool>* done = nullptr;
 
@@ -141,7 +141,7 @@ DWORD WINAPI leaveFarewell(LPVOID done) {
   return 0;
 }
 
-// Waits 50 ms.
+/// Waits 50 ms.
 TEST(ThreadHandle, IsSignalledAfterTheThreadsOwnObjectsAreGone) {
   std::atomic<bool> done{false};
   const HANDLE thread = startThread(leaveFarewell, &done);
@@ -181,7 +181,7 @@ TEST(LastError, IsTheOneSetLast) {
   EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
-// Sleeps 1 ms, 20 times.
+/// Sleeps 1 ms, 20 times.
 TEST(Sleep, LastsAtLeastAsLongAsAsked) {
   for (int i = 0; i < 20; ++i) {
     const auto start = Clock::now();

@@ -1,4 +1,4 @@
-// Loads the platform again and again, as a program does that loads and unloads the library above
+// Loads the platform again and again, like a program that loads and unloads the library that uses
 // it.
 #include <dirent.h>
 #include <dlfcn.h>
@@ -49,7 +49,7 @@ class LoadedPlatform {
 
 DWORD WINAPI doNothing(LPVOID) { return 0; }
 
-// Makes, uses and closes one object of each kind.
+/// Makes, uses and closes one object of each kind.
 void useEverything(const LoadedPlatform& platform) {
   const auto close = platform.find<decltype(CloseHandle)>("CloseHandle");
   const auto wait = platform.find<decltype(WaitForSingleObject)>("WaitForSingleObject");
@@ -69,7 +69,7 @@ void useEverything(const LoadedPlatform& platform) {
 
 class UnloadedPlatform : public testing::Test {
  protected:
-  // A sanitizer starts a thread of its own with the program's first.
+  // A sanitizer starts a thread with the program's first thread.
   UnloadedPlatform() {
     std::thread([] {}).join();
   }
@@ -91,9 +91,9 @@ TEST_F(UnloadedPlatform, LeavesNoThreadAndNoDescriptor) {
   EXPECT_EQ(descriptors(), descriptorsBefore);
 }
 
-// A module may take the last reference to the platform with it while one of its threads still has
-// instructions of the platform's to run.
-TEST_F(UnloadedPlatform, StaysForThreadsThatAreStillInIt) {
+/// A module may drop the last reference to the platform while one of its threads still runs
+/// instructions of the platform.
+TEST_F(UnloadedPlatform, StaysLoadedForThreadsThatAreStillInIt) {
   const unsigned threadsBefore = threads();
   for (int round = 0; round < 100; ++round) {
     const LoadedPlatform platform;

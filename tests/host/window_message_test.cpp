@@ -46,7 +46,7 @@ TEST_F(MessageSink, ReceivesWhatIsPosted) {
 
 TEST_F(MessageSink, IsNotNeeded) { EXPECT_TRUE(PostMessageW(HWND_BROADCAST, 0x2400, 0, 0)); }
 
-TEST_F(MessageSink, ReceivesNothingOnceItIsTakenAway) {
+TEST_F(MessageSink, ReceivesNothingAfterItsRemoval) {
   std::vector<Message> messages;
   deskSetMessageSink(keepMessage, &messages);
   deskSetMessageSink(nullptr, nullptr);
@@ -54,7 +54,7 @@ TEST_F(MessageSink, ReceivesNothingOnceItIsTakenAway) {
   EXPECT_TRUE(messages.empty());
 }
 
-// A sink that stays in its call until it may return.
+/// A sink whose call does not return before it may.
 struct SlowSink {
   std::atomic<bool> isEntered{false};
   std::atomic<bool> mayReturn{false};
@@ -67,8 +67,8 @@ void waitInSink(void* context, HWND, UINT, WPARAM, LPARAM) {
     Sleep(1);
 }
 
-// Waits 20 ms.
-TEST_F(MessageSink, IsNotTakenAwayDuringItsCall) {
+/// Waits 20 ms.
+TEST_F(MessageSink, IsNotRemovedDuringItsCall) {
   SlowSink slow;
   deskSetMessageSink(waitInSink, &slow);
   BackgroundCall post([] { return PostMessageW(HWND_BROADCAST, 0x2400, 0, 0); });

@@ -1,7 +1,7 @@
-// The library's 35 functions on Linux, carried out by the DLL under Wine: what a program's tests
-// say of them they say of the DLL. The DLL's own calls of the platform come back and are made here.
+// The library's 35 functions on Linux, carried out by the DLL under Wine, so that a program's tests
+// test the DLL. The DLL's calls of the platform are sent back and made here.
 //
-// The environment variable IPODCTL_REMOTE is the command that starts the other side.
+// The environment variable IPODCTL_REMOTE has the command that starts the other side.
 
 #include <arpa/inet.h>
 #include <ipodctl.h>
@@ -61,7 +61,7 @@ int postMessage(Message& call) {
                       static_cast<LPARAM>(lParam));
 }
 
-/// The other side. Made at the first call; it ends with this process.
+/// The other side. It is started at the first call, and ends with this process.
 class Remote {
  public:
   Remote() {
@@ -81,7 +81,7 @@ class Remote {
     return Message::receive(connection.socket);
   }
 
-  /// The copy here of a list's index, by its address there.
+  /// Returns the copy here of a list's index, by its address there.
   int* indexAt(int64_t address) {
     const std::lock_guard lock(mutex);
     return &indexes[address];
@@ -169,7 +169,7 @@ std::string devicesUnderWine() {
   return devices;
 }
 
-/// A result that is a pointer is the address of a list's index.
+/// Returns the copy of a list's index: a result that is a pointer is its address on the other side.
 template <class... Arguments>
 int64_t callRemote(const char* name, bool givesPointer, Arguments... arguments) {
   Message request;

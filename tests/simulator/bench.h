@@ -10,8 +10,8 @@ namespace simulator {
 
 using Payloads = std::vector<std::string>;
 
-/// An accessory at the end of the simulated iPod's cable, in a time of its own. It speaks in
-/// payloads, written in hexadecimal; the framing here is its own, not the simulator's.
+/// An accessory at the end of the simulated iPod's cable, with its own time. It uses payloads,
+/// written in hexadecimal. Its code for frames is separate from that of the simulator.
 class Bench {
  public:
   explicit Bench(Personality personality = {}, MusicLibrary library = smallLibrary(),
@@ -21,20 +21,20 @@ class Bench {
   void send(const std::string& payload);
   /// Sends bytes as they are.
   void sendRaw(const std::string& bytes);
-  /// The payloads that the iPod sent up to now, taken out of their frames.
+  /// Returns the payloads of the frames that the iPod has sent.
   Payloads take();
-  /// Sends, then takes what comes back without time passing.
+  /// Sends a payload, and returns what the iPod sends without time passing.
   Payloads ask(const std::string& payload);
-  /// The writes of the iPod up to now, unparsed.
+  /// Returns the writes of the iPod up to now, as they are.
   Payloads takeRaw();
-  /// Lets time pass, waking the iPod whenever it wants to be woken, and takes what it sent.
+  /// Lets the time pass, advances the iPod at each of its events, and returns what it sent.
   Payloads wait(Time span);
 
   /// Enters the extended mode.
   void enter();
-  /// Counts the category, selects the record, and expects both to work.
+  /// Counts the category and selects the record. Expects both to work.
   void select(uint8_t category, uint32_t index);
-  /// Names of all records of a category, fetched one by one and without their indexes.
+  /// Returns the names of all records of a category, requested one by one.
   std::vector<std::string> list(uint8_t category);
   uint32_t count(uint8_t category);
 
@@ -42,11 +42,11 @@ class Bench {
   SimulatedIpod ipod;
 };
 
-/// A USB frame in short form, or long form where the payload needs it.
+/// Returns a USB frame in short form, or in long form if the payload needs it.
 Bytes usbFrame(ByteView payload);
-/// The payloads of USB frames that follow each other without anything between.
+/// Returns the payloads of USB frames without other bytes between them.
 Payloads usbPayloads(ByteView stream);
-/// A number as four bytes, high byte first: " 00 00 00 07".
+/// Returns a number as four bytes, high byte first: " 00 00 00 07".
 std::string u32(uint32_t value);
 
 }  // namespace simulator

@@ -14,20 +14,20 @@ TEST(SortKey, LeavesOutALeadingArticle) {
   EXPECT_EQ(sortKey("an Hour"), "hour");
 }
 
-TEST(SortKey, KeepsWhatOnlyLooksLikeAnArticle) {
+TEST(SortKey, KeepsWordsThatOnlyBeginLikeAnArticle) {
   EXPECT_EQ(sortKey("Theory"), "theory");
   EXPECT_EQ(sortKey("The"), "the");
   EXPECT_EQ(sortKey("The "), "the ");
   EXPECT_EQ(sortKey("Another"), "another");
 }
 
-TEST(SortKey, LatinLettersWithAccentsSortAsThoseWithout) {
+TEST(SortKey, SortsLatinLettersWithAccentsLikeThoseWithout) {
   EXPECT_EQ(sortKey("\xC3\x89toile"), "etoile");
   EXPECT_EQ(sortKey("\xC3\xA5ngstr\xC3\xB6m"), "angstrom");
   EXPECT_EQ(sortKey("\xC3\xBC"), "u");
 }
 
-TEST(SortKey, OtherBytesSortAsThemselves) {
+TEST(SortKey, KeepsOtherBytes) {
   EXPECT_EQ(sortKey("\xE6\x97\xA5"), "\xE6\x97\xA5");
   EXPECT_EQ(sortKey("\xC3"), "\xC3");
   EXPECT_EQ(sortKey("\xC3\x97"), "\xC3\x97");
@@ -60,7 +60,7 @@ TEST_F(CatalogueTest, MusicIsSortedByArtistAlbumAndTrackNumber) {
   EXPECT_EQ(titles(catalogue.music()), (Names{"Able", "Baker", "Charlie", "The Delta", "Echo"}));
 }
 
-TEST_F(CatalogueTest, OtherKindsAreApart) {
+TEST_F(CatalogueTest, OtherKindsAreSeparate) {
   EXPECT_EQ(titles(catalogue.tracksOfKind(MediaKind::kAudiobook)), Names{"Chapter One"});
   EXPECT_EQ(titles(catalogue.tracksOfKind(MediaKind::kPodcast)), Names{"Episode"});
 }
@@ -80,7 +80,7 @@ TEST_F(CatalogueTest, TracksByGenreThenByDefault) {
             (Names{"Chapter One", "Echo", "Episode", "Charlie", "Able", "Baker", "The Delta"}));
 }
 
-TEST_F(CatalogueTest, TracksByComposerThoseWithoutLast) {
+TEST_F(CatalogueTest, TracksByComposerWithThoseWithoutOneLast) {
   EXPECT_EQ(inOrder(SortOrder::kComposer),
             (Names{"Able", "Baker", "Echo", "Charlie", "The Delta", "Episode", "Chapter One"}));
 }
@@ -100,7 +100,7 @@ TEST_F(CatalogueTest, TracksByReleaseDate) {
             (Names{"Echo", "The Delta", "Chapter One", "Able", "Baker", "Charlie", "Episode"}));
 }
 
-TEST(Catalogue, DiscComesBeforeTrackNumber) {
+TEST(Catalogue, SortsByDiscBeforeTrackNumber) {
   MusicLibrary library;
   const MediaKind music = MediaKind::kMusic;
   library.tracks = {{"d2t1", "A", "B", "", "", music, 2, 1, 0, 1, 44100},
@@ -110,7 +110,7 @@ TEST(Catalogue, DiscComesBeforeTrackNumber) {
   EXPECT_EQ(catalogue.music(), (std::vector<uint32_t>{2, 1, 0}));
 }
 
-TEST(Catalogue, NamesThatSortAlikeStayTwoNames) {
+TEST(Catalogue, NamesWithTheSameSortKeyRemainTwoNames) {
   MusicLibrary library;
   for (const char* artist : {"the bees", "Bees", "The Bees"}) {
     Track track;

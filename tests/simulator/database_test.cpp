@@ -49,7 +49,7 @@ TEST_F(DatabaseTest, ArtistThenAlbumNarrowsTwice) {
   EXPECT_EQ(names(Category::kTrack), Names{"Charlie"});
 }
 
-TEST_F(DatabaseTest, AlbumAloneHasTheTracksOfAllItsArtists) {
+TEST_F(DatabaseTest, AlbumWithoutAnArtistHasTheTracksOfAllItsArtists) {
   select(Category::kAlbum, 1);
   EXPECT_EQ(names(Category::kTrack), (Names{"The Delta", "Echo"}));
 }
@@ -60,14 +60,14 @@ TEST_F(DatabaseTest, GenreNarrowsArtists) {
   EXPECT_EQ(names(Category::kAlbum), (Names{"First", "Hive"}));
 }
 
-TEST_F(DatabaseTest, ChoosingALevelDropsWhatWasChosenBelow) {
+TEST_F(DatabaseTest, SelectingALevelClearsTheLevelsBelow) {
   select(Category::kArtist, 0);
   select(Category::kAlbum, 0);
   select(Category::kGenre, 0);
   EXPECT_EQ(names(Category::kTrack), Names{"Echo"});
 }
 
-TEST_F(DatabaseTest, ChoosingTheSameCategoryAgainReplacesTheChoice) {
+TEST_F(DatabaseTest, SelectingTheSameCategoryAgainReplacesTheSelection) {
   select(Category::kArtist, 0);
   select(Category::kArtist, 2);
   EXPECT_EQ(names(Category::kTrack), Names{"Echo"});
@@ -117,7 +117,7 @@ TEST_F(DatabaseTest, WholeLibraryIsAPlaylistThatNarrowsNothing) {
   EXPECT_EQ(database.size(Category::kTrack), 5u);
 }
 
-TEST_F(DatabaseTest, PlaylistKeepsItsOwnOrderAndAnyKindOfTrack) {
+TEST_F(DatabaseTest, PlaylistKeepsItsOrderAndAnyKindOfTrack) {
   select(Category::kPlaylist, 1);
   EXPECT_EQ(names(Category::kTrack), (Names{"Echo", "Able", "Episode"}));
   EXPECT_EQ(names(Category::kArtist), (Names{"Anna", "Carl"}));
@@ -137,7 +137,7 @@ TEST_F(DatabaseTest, AudiobookLeadsToItsChapters) {
   EXPECT_EQ(names(Category::kTrack), Names{"Episode"});
 }
 
-TEST_F(DatabaseTest, SortOrderRulesTheTracks) {
+TEST_F(DatabaseTest, SortOrderAppliesToTheTracks) {
   select(Category::kPlaylist, 0, SortOrder::kName);
   EXPECT_EQ(names(Category::kTrack), (Names{"Able", "Baker", "Charlie", "The Delta", "Echo"}));
   select(Category::kPlaylist, 0, SortOrder::kGenre);
@@ -146,26 +146,26 @@ TEST_F(DatabaseTest, SortOrderRulesTheTracks) {
   EXPECT_EQ(names(Category::kTrack), (Names{"Echo", "The Delta", "Able", "Baker", "Charlie"}));
 }
 
-TEST_F(DatabaseTest, SortOrderRulesAPlaylistUnlessItAsksForThePlaylistsOwn) {
+TEST_F(DatabaseTest, SortOrderAppliesToAPlaylistUnlessItIsThePlaylistsOrder) {
   select(Category::kPlaylist, 1, SortOrder::kName);
   EXPECT_EQ(names(Category::kTrack), (Names{"Able", "Echo", "Episode"}));
   select(Category::kPlaylist, 1, SortOrder::kPlaylist);
   EXPECT_EQ(names(Category::kTrack), (Names{"Echo", "Able", "Episode"}));
 }
 
-TEST_F(DatabaseTest, SortOrderRulesAlbumsByTheirFirstTrack) {
+TEST_F(DatabaseTest, SortOrderAppliesToAlbumsByTheirFirstTrack) {
   select(Category::kPlaylist, 0, SortOrder::kReleaseDate);
   EXPECT_EQ(names(Category::kAlbum), (Names{"Hive", "First", "Second"}));
   select(Category::kPlaylist, 0, SortOrder::kArtist);
   EXPECT_EQ(names(Category::kAlbum), (Names{"First", "Second", "Hive"}));
 }
 
-TEST_F(DatabaseTest, SortOrderByNameMeansTheNamesOfTheListItself) {
+TEST_F(DatabaseTest, SortOrderByNameUsesTheNamesOfTheList) {
   select(Category::kPlaylist, 0, SortOrder::kName);
   EXPECT_EQ(names(Category::kAlbum), (Names{"First", "Hive", "Second"}));
 }
 
-TEST_F(DatabaseTest, IndexOfASelectionIsThatOfTheListBeforeIt) {
+TEST_F(DatabaseTest, IndexOfASelectionRefersToTheListBeforeIt) {
   select(Category::kPlaylist, 0, SortOrder::kReleaseDate);
   select(Category::kAlbum, 0, SortOrder::kDefault);
   EXPECT_EQ(names(Category::kTrack), (Names{"The Delta", "Echo"}));
@@ -202,7 +202,7 @@ TEST_F(DatabaseTest, SelectedTrackNarrowsNoList) {
   EXPECT_FALSE(database.selectedTrack());
 }
 
-TEST_F(DatabaseTest, ResetForgetsSelectionOrderAndCounts) {
+TEST_F(DatabaseTest, ResetClearsTheSelectionTheOrderAndTheCountedCategories) {
   database.count(Category::kArtist);
   select(Category::kArtist, 0, SortOrder::kReleaseDate);
   EXPECT_TRUE(database.wasCounted(Category::kArtist));
@@ -211,7 +211,7 @@ TEST_F(DatabaseTest, ResetForgetsSelectionOrderAndCounts) {
   EXPECT_EQ(names(Category::kTrack).front(), "Able");
 }
 
-TEST_F(DatabaseTest, OnlyACountCounts) {
+TEST_F(DatabaseTest, OnlyACountMakesACategoryCounted) {
   database.size(Category::kArtist);
   EXPECT_FALSE(database.wasCounted(Category::kArtist));
   EXPECT_EQ(database.count(Category::kArtist), 3u);
@@ -233,7 +233,7 @@ TEST(SortOrderOf, UnknownNumberIsTheDefault) {
   EXPECT_EQ(sortOrderOf(0xFF), SortOrder::kDefault);
 }
 
-TEST(Database, PlaylistEntriesThatAreNoTracksAreLeftOut) {
+TEST(Database, PlaylistEntriesThatAreNotTracksAreLeftOut) {
   MusicLibrary library = smallLibrary();
   library.playlists[1].tracks = {2, 99, 2};
   const Catalogue catalogue(library);

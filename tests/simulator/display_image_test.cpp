@@ -23,7 +23,7 @@ class DisplayImageTest : public testing::Test {
   DisplayImage display{DisplayHabits{{8, 6}, true, seconds(15)}};
 };
 
-TEST_F(DisplayImageTest, PutsRowsTogetherFromTheTop) {
+TEST_F(DisplayImageTest, JoinsRowsFromTheTop) {
   EXPECT_EQ(take("00 00 02 00 02 00 02 00 00 00 04 00 F8 E0 07"), Status::kOk);
   EXPECT_FALSE(display.shown());
   EXPECT_EQ(take("00 01 1F 00 FF FF"), Status::kOk);
@@ -35,14 +35,14 @@ TEST_F(DisplayImageTest, PutsRowsTogetherFromTheTop) {
   EXPECT_EQ(display.shownCount(), 1u);
 }
 
-TEST_F(DisplayImageTest, TakesHighByteFirst) {
+TEST_F(DisplayImageTest, ReadsTheHighByteFirst) {
   take("00 00 03 00 02 00 01 00 00 00 04 F8 00 07 E0");
   ASSERT_TRUE(display.shown());
   EXPECT_EQ(display.shown()->at(0, 0), kRed);
   EXPECT_EQ(display.shown()->at(1, 0), kGreen);
 }
 
-TEST_F(DisplayImageTest, TakesFourGreyPixelsAByte) {
+TEST_F(DisplayImageTest, ReadsFourGreyPixelsPerByte) {
   take("00 00 01 00 05 00 01 00 00 00 02 1B C0");
   ASSERT_TRUE(display.shown());
   EXPECT_EQ(display.shown()->at(0, 0), kWhite);
@@ -52,7 +52,7 @@ TEST_F(DisplayImageTest, TakesFourGreyPixelsAByte) {
   EXPECT_EQ(display.shown()->at(4, 0), kBlack);
 }
 
-TEST_F(DisplayImageTest, DataFollowsAcrossPacketsWhereverTheyBreak) {
+TEST_F(DisplayImageTest, JoinsDataOfPacketsCutAnywhere) {
   take("00 00 02 00 02 00 02 00 00 00 04");
   take("00 01 00");
   take("00 02 F8 E0 07 1F");
@@ -62,14 +62,14 @@ TEST_F(DisplayImageTest, DataFollowsAcrossPacketsWhereverTheyBreak) {
   EXPECT_EQ(display.shown()->at(1, 1), kWhite);
 }
 
-TEST_F(DisplayImageTest, BytesOfARowBehindItsPixelsAreSkipped) {
+TEST_F(DisplayImageTest, BytesOfARowBeyondItsPixelsAreSkipped) {
   take("00 00 02 00 01 00 02 00 00 00 04 00 F8 55 55 E0 07 55 55");
   ASSERT_TRUE(display.shown());
   EXPECT_EQ(display.shown()->at(0, 0), kRed);
   EXPECT_EQ(display.shown()->at(0, 1), kGreen);
 }
 
-TEST_F(DisplayImageTest, PixelsThatARowIsTooShortForAreBlack) {
+TEST_F(DisplayImageTest, PixelsBeyondAShortRowAreBlack) {
   take("00 00 02 00 03 00 01 00 00 00 04 00 F8 E0 07");
   ASSERT_TRUE(display.shown());
   EXPECT_EQ(display.shown()->at(1, 0), kGreen);
@@ -94,14 +94,14 @@ TEST_F(DisplayImageTest, RefusesPacketsOutOfOrder) {
   EXPECT_EQ(take("00 01 00 F8"), Status::kOk);
 }
 
-TEST_F(DisplayImageTest, RefusesMoreDataThanItWasTold) {
+TEST_F(DisplayImageTest, RefusesMoreDataThanStated) {
   take("00 00 02 00 01 00 02 00 00 00 02 00 F8");
   EXPECT_EQ(take("00 01 00 F8 00"), Status::kBadParameter);
   EXPECT_EQ(take("00 01 00 F8"), Status::kBadParameter);
   EXPECT_FALSE(display.shown());
 }
 
-TEST_F(DisplayImageTest, FirstPacketBeginsAnewAtAnyTime) {
+TEST_F(DisplayImageTest, FirstPacketStartsAgainAtAnyTime) {
   take("00 00 02 00 01 00 02 00 00 00 02 00 F8");
   EXPECT_EQ(take("00 00 02 00 01 00 01 00 00 00 02 E0 07"), Status::kOk);
   ASSERT_TRUE(display.shown());
@@ -116,20 +116,20 @@ TEST_F(DisplayImageTest, ImageTooSoonAfterAnotherIsAcknowledgedButNotShown) {
   EXPECT_EQ(display.shown()->at(0, 0), kGreen);
 }
 
-TEST_F(DisplayImageTest, ClearForgetsTheImage) {
+TEST_F(DisplayImageTest, ClearRemovesTheImage) {
   take("00 00 02 00 01 00 01 00 00 00 02 00 F8");
   display.clear();
   EXPECT_FALSE(display.shown());
 }
 
-TEST(DisplayImage, GreyScreenTakesNoColour) {
+TEST(DisplayImage, GreyScreenRefusesColour) {
   DisplayImage grey(DisplayHabits{{8, 6}, false, Time(0)});
   EXPECT_EQ(grey.take(hex("00 00 02 00 01 00 01 00 00 00 02 00 F8"), Time(0)),
             Status::kBadParameter);
   EXPECT_EQ(grey.take(hex("00 00 01 00 01 00 01 00 00 00 01 C0"), Time(0)), Status::kOk);
 }
 
-TEST(DisplayImage, ScreenWithoutImagesTakesNone) {
+TEST(DisplayImage, ScreenWithoutImagesRefusesThem) {
   DisplayImage none(DisplayHabits{{0, 0}, true, Time(0)});
   EXPECT_EQ(none.take(hex("00 00 02 00 01 00 01 00 00 00 02 00 F8"), Time(0)),
             Status::kBadParameter);

@@ -58,11 +58,11 @@ TEST(ExtendedProtocolVersion, IsUnknownToAModelWithoutTheLingo) {
   EXPECT_EQ(bench.ask("04 00 12"), Payloads{"04 00 01 05 00 12"});
 }
 
-TEST_F(ExtendedDatabaseTest, TellsTheVersionOfTheDefaultModel) {
+TEST_F(ExtendedDatabaseTest, ReturnsTheVersionOfTheDefaultModel) {
   EXPECT_EQ(bench.ask("04 00 12"), Payloads{"04 00 13 01 0E"});
 }
 
-TEST_F(ExtendedDatabaseTest, TellsTheName) {
+TEST_F(ExtendedDatabaseTest, ReturnsTheName) {
   EXPECT_EQ(bench.ask("04 00 14"), Payloads{"04 00 15 50 6F 64 00"});
 }
 
@@ -85,7 +85,7 @@ TEST_F(ExtendedDatabaseTest, CountsEveryCategory) {
   EXPECT_EQ(bench.ask("04 00 18 08"), Payloads{"04 00 19 00 00 00 01"});
 }
 
-TEST_F(ExtendedDatabaseTest, UnknownCategoryIsSaidToBe) {
+TEST_F(ExtendedDatabaseTest, UnknownCategoryIsReported) {
   EXPECT_EQ(bench.ask("04 00 18 00"), Payloads{"04 00 01 01 00 18"});
   EXPECT_EQ(bench.ask("04 00 18 09"), Payloads{"04 00 01 01 00 18"});
   EXPECT_EQ(bench.ask("04 00 17 09 00 00 00 00"), Payloads{"04 00 01 01 00 17"});
@@ -116,7 +116,7 @@ TEST_F(ExtendedDatabaseTest, RecordsOutOfRangeAreABadParameter) {
   EXPECT_EQ(bench.ask("04 00 1A 02 00 00 00 03 FF FF FF FF"), refused);
 }
 
-TEST_F(ExtendedDatabaseTest, FirstPlaylistBearsTheIpodsName) {
+TEST_F(ExtendedDatabaseTest, FirstPlaylistHasTheIpodsName) {
   EXPECT_EQ(bench.list(1), (Names{"Pod", "Mix", "Empty"}));
 }
 
@@ -134,7 +134,7 @@ TEST_F(ExtendedDatabaseTest, SelectionNeedsACountOfItsCategoryFirst) {
   EXPECT_EQ(bench.ask("04 00 17 02 00 00 00 00"), Payloads{"04 00 01 00 00 17"});
 }
 
-TEST_F(ExtendedDatabaseTest, ResetForgetsTheCountAndTheSelection) {
+TEST_F(ExtendedDatabaseTest, ResetClearsTheCountAndTheSelection) {
   bench.select(2, 0);
   EXPECT_EQ(bench.ask("04 00 16"), Payloads{"04 00 01 00 00 16"});
   EXPECT_EQ(bench.ask("04 00 17 02 00 00 00 00"), Payloads{"04 00 01 02 00 17"});
@@ -196,7 +196,7 @@ TEST(AllTracks, CanBeSortedByName) {
   EXPECT_EQ(bench.list(5), (Names{"Baker", "Charlie", "The Delta", "Echo", "Zebra"}));
 }
 
-TEST(SelectTrack, CanPlayTheTrackAlone) {
+TEST(SelectTrack, CanPlayOnlyTheTrack) {
   Personality personality;
   personality.trackSelection = TrackSelection::kAlone;
   Bench bench(personality);

@@ -13,7 +13,7 @@ Personality small(bool colour) {
   return personality;
 }
 
-TEST(ExtendedDisplay, TellsItsLimits) {
+TEST(ExtendedDisplay, ReturnsItsLimits) {
   Bench bench(small(true));
   EXPECT_EQ(bench.ask("04 00 33"), Payloads{"04 00 34 00 78 00 41 01"});
   EXPECT_EQ(bench.ask("04 00 39"), Payloads{"04 00 3A 00 78 00 41 02 00 78 00 41 03"});
@@ -42,7 +42,7 @@ TEST(ExtendedDisplay, RefusesAPacketThatIsOutOfOrder) {
   EXPECT_EQ(bench.ask("04 00 32 00"), Payloads{"04 00 01 04 00 32"});
 }
 
-TEST(ExtendedDisplay, TakesRowsThatNeedALongFrame) {
+TEST(ExtendedDisplay, AcceptsRowsThatNeedALongFrame) {
   Bench bench;
   std::string row;
   for (int i = 0; i < 320; ++i)
@@ -53,7 +53,7 @@ TEST(ExtendedDisplay, TakesRowsThatNeedALongFrame) {
   EXPECT_EQ(bench.ipod.display().shown()->at(319, 1), (Colour{255, 0, 0}));
 }
 
-TEST(ExtendedDisplay, ImageGoesWithTheAccessory) {
+TEST(ExtendedDisplay, ImageIsRemovedWhenTheAccessoryDisconnects) {
   Bench bench;
   bench.ask("04 00 32 00 00 02 00 01 00 01 00 00 00 02 00 F8");
   EXPECT_TRUE(bench.ipod.display().shown());

@@ -55,21 +55,21 @@ TEST_F(ExtendedPlaybackTest, PlayedSelectionIsACopy) {
   EXPECT_EQ(bench.ask("04 00 35"), Payloads{"04 00 36 00 00 00 03"});
 }
 
-TEST_F(ExtendedPlaybackTest, TellsTheTextsOfAnyTrackOfThePlayingList) {
+TEST_F(ExtendedPlaybackTest, ReturnsTheTextsOfAnyTrackOfThePlayingList) {
   play(0);
   EXPECT_EQ(bench.ask("04 00 20 00 00 00 02"), Payloads{"04 00 21 43 68 61 72 6C 69 65 00"});
   EXPECT_EQ(bench.ask("04 00 22 00 00 00 02"), Payloads{"04 00 23 41 6E 6E 61 00"});
   EXPECT_EQ(bench.ask("04 00 24 00 00 00 02"), Payloads{"04 00 25 53 65 63 6F 6E 64 00"});
 }
 
-TEST_F(ExtendedPlaybackTest, TextsOfATrackThatIsNotThereAreABadParameter) {
+TEST_F(ExtendedPlaybackTest, TextsOfAMissingTrackAreABadParameter) {
   play(0);
   EXPECT_EQ(bench.ask("04 00 20 00 00 00 05"), Payloads{"04 00 01 04 00 20"});
   EXPECT_EQ(bench.ask("04 00 22 FF FF FF FF"), Payloads{"04 00 01 04 00 22"});
   EXPECT_EQ(bench.ask("04 00 24 00 00 00 05"), Payloads{"04 00 01 04 00 24"});
 }
 
-TEST(TrackTexts, OfATrackThatIsNotThereFailWithSomeModels) {
+TEST(TrackTexts, OfAMissingTrackFailWithSomeModels) {
   Personality personality;
   personality.badTrackIndex = BadTrackIndex::kFailed;
   Bench bench(personality);
@@ -93,14 +93,14 @@ TEST(TrackInfo, OfTheGenreIsRefusedBySomeModels) {
   EXPECT_EQ(bench.ask("04 00 0C 06 00 00 00 00 00 00"), Payloads{"04 00 0D 06 43 6F 6C 65 00"});
 }
 
-TEST_F(ExtendedPlaybackTest, TellsGenreAndComposer) {
+TEST_F(ExtendedPlaybackTest, ReturnsGenreAndComposer) {
   play(0);
   EXPECT_EQ(bench.ask("04 00 0C 05 00 00 00 00 00 00"), Payloads{"04 00 0D 05 52 6F 63 6B 00"});
   EXPECT_EQ(bench.ask("04 00 0C 06 00 00 00 02 00 00"), Payloads{"04 00 0D 06 44 6F 72 6E 00"});
   EXPECT_EQ(bench.ask("04 00 0C 06 00 00 00 03 00 00"), Payloads{"04 00 0D 06 00"});
 }
 
-TEST_F(ExtendedPlaybackTest, TellsCapabilitiesLengthAndChapters) {
+TEST_F(ExtendedPlaybackTest, ReturnsCapabilitiesLengthAndChapters) {
   play(0);
   EXPECT_EQ(bench.ask("04 00 0C 00 00 00 00 00 00 00"),
             Payloads{"04 00 0D 00 00 00 00 20 00 00 27 10 00 00"});
@@ -108,7 +108,7 @@ TEST_F(ExtendedPlaybackTest, TellsCapabilitiesLengthAndChapters) {
             Payloads{"04 00 0D 00 00 00 00 00 00 00 17 70 00 00"});
 }
 
-TEST_F(ExtendedPlaybackTest, TellsTheFirstDayOfTheReleaseYear) {
+TEST_F(ExtendedPlaybackTest, ReturnsTheFirstDayOfTheReleaseYear) {
   play(0);  // 1 January 2001 was a Monday
   EXPECT_EQ(bench.ask("04 00 0C 02 00 00 00 00 00 00"),
             Payloads{"04 00 0D 02 00 00 00 01 01 07 D1 01"});
@@ -117,7 +117,7 @@ TEST_F(ExtendedPlaybackTest, TellsTheFirstDayOfTheReleaseYear) {
             Payloads{"04 00 0D 02 00 00 00 01 01 07 CF 05"});
 }
 
-TEST_F(ExtendedPlaybackTest, TellsThePodcastsName) {
+TEST_F(ExtendedPlaybackTest, ReturnsThePodcastsName) {
   bench.select(8, 0);
   play(0);
   EXPECT_EQ(bench.ask("04 00 0C 01 00 00 00 00 00 00"), Payloads{"04 00 0D 01 44 61 69 6C 79 00"});
@@ -287,7 +287,7 @@ TEST(PlaySelection, CanPendAndThenWaitForTheSound) {
   EXPECT_EQ(bench.wait(milliseconds(1)), Payloads{"04 00 01 00 00 28"});
 }
 
-TEST(PlaySelection, SoundThatIsDueIsForgottenWithTheAccessory) {
+TEST(PlaySelection, SoundThatIsDueIsCancelledWithTheAccessory) {
   Personality personality;
   personality.soundDelay = milliseconds(200);
   Bench bench(personality);
@@ -298,7 +298,7 @@ TEST(PlaySelection, SoundThatIsDueIsForgottenWithTheAccessory) {
   EXPECT_EQ(bench.ipod.player().state(), PlayState::kStopped);
 }
 
-TEST(Answers, CanTakeTimeAndAcknowledgementsMore) {
+TEST(Answers, CanBeDelayedAndAcknowledgementsMore) {
   Personality personality;
   personality.answerDelay = milliseconds(10);
   personality.acknowledgementDelay = milliseconds(30);
@@ -322,7 +322,7 @@ class NotificationTest : public ExtendedPlaybackTest {
   }
 };
 
-TEST_F(ExtendedPlaybackTest, NothingIsNotifiedUnasked) {
+TEST_F(ExtendedPlaybackTest, NothingIsNotifiedWithoutARequest) {
   play(0);
   EXPECT_EQ(bench.wait(seconds(90)), Payloads{});
 }
@@ -368,7 +368,7 @@ TEST_F(NotificationTest, CanBeSwitchedOffAgain) {
   EXPECT_EQ(bench.wait(seconds(12)), Payloads{});
 }
 
-TEST_F(NotificationTest, EndWithTheExtendedMode) {
+TEST_F(NotificationTest, StopWithTheExtendedMode) {
   bench.ask("04 00 28 00 00 00 00");
   bench.ask("00 06");
   bench.ipod.pressPlay(bench.now);
@@ -378,7 +378,7 @@ TEST_F(NotificationTest, EndWithTheExtendedMode) {
   EXPECT_EQ(bench.wait(seconds(2)), Payloads{});
 }
 
-TEST(Notifications, CanBeMadeToComeToWhoDidNotAskForThem) {
+TEST(Notifications, CanBeSentUnsolicited) {
   Bench bench;
   bench.enter();
   bench.ask("04 00 28 00 00 00 00");
@@ -386,7 +386,7 @@ TEST(Notifications, CanBeMadeToComeToWhoDidNotAskForThem) {
   EXPECT_EQ(bench.wait(milliseconds(300)), Payloads{"04 00 27 04 00 00 01 2C"});
 }
 
-TEST(Notifications, JitterDelaysThemByUpToSoMuch) {
+TEST(Notifications, JitterDelaysThemUpToItsLimit) {
   Personality personality;
   personality.notificationJitter = milliseconds(100);
   Bench bench(personality);
@@ -416,7 +416,7 @@ TEST(Notifications, CanWaitForTheAcknowledgementOfTheAudioAttributes) {
   EXPECT_EQ(bench.wait(milliseconds(500)), Payloads{"04 00 27 04 00 00 05 DC"});
 }
 
-TEST(Notifications, DoNotWaitForAnAcknowledgementThatTheLastAccessoryOwed) {
+TEST(Notifications, DoNotWaitForAnAcknowledgementOfThePreviousAccessory) {
   Personality personality;
   personality.audioAckOpensNotifications = true;
   Bench bench(personality);

@@ -13,7 +13,7 @@ const Cause kName{0x00, 0x07};
 class FaultTextTest : public testing::Test {
  protected:
   void add(const std::string& text) { addFault(plan, text); }
-  // The names of the faults that strike the next reply to this request.
+  // Returns the names of the faults of the next reply to this request.
   std::string strike(Cause cause) {
     Outgoing outgoing;
     outgoing.message = {cause.lingo, 0x08, {0x41, 0x00}};
@@ -131,7 +131,7 @@ TEST_F(FaultTextTest, RefusalsSayWhatIsWrong) {
 
 std::string writtenAgain(const std::string& text) { return faultText(parseFault(text)); }
 
-TEST(FaultText, IsWhatAPersonWrote) {
+TEST(FaultText, IsTheTextOfTheUser) {
   for (const char* text :
        {"lost", "lost@04:0018", "lost@04:0018#2", "lost@04:0018#2+", "lost@00:07#1", "lost@0A:04",
         "lost@04:*#2", "lost@*:07", "lost@*:*#1", "late=200@04:001A#3", "noise=3", "noise=3/170",
@@ -141,7 +141,7 @@ TEST(FaultText, IsWhatAPersonWrote) {
   }
 }
 
-TEST(FaultText, IsInItsOwnWayForTheSame) {
+TEST(FaultText, HasOneFormForEquivalentTexts) {
   EXPECT_EQ(writtenAgain("lost@4:18"), "lost@04:0018");
   EXPECT_EQ(writtenAgain("noise=0x10/0xAA"), "noise=16/170");
   EXPECT_EQ(writtenAgain("lost@00:07#1+"), "lost@00:07");
@@ -149,7 +149,7 @@ TEST(FaultText, IsInItsOwnWayForTheSame) {
   EXPECT_EQ(writtenAgain("drift=0xFFFFFFFE"), "drift=-2");
 }
 
-TEST(FaultHelp, NamesEveryKindOnALineOfItsOwn) {
+TEST(FaultHelp, NamesEveryKindOnASeparateLine) {
   const std::string help = faultHelp();
   for (const FaultRow* row = faultRowsBegin(); row != faultRowsEnd(); ++row) {
     EXPECT_NE(help.find("  " + std::string(row->name)), std::string::npos) << row->name;

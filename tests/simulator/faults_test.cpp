@@ -10,7 +10,7 @@
 namespace simulator {
 namespace {
 
-// Every fault as an accessory meets it. "00 07" is answered with 55 06 00 08 50 6F 64 00 CF.
+/// Every fault as an accessory sees it. "00 07" is answered with 55 06 00 08 50 6F 64 00 CF.
 class FaultsTest : public testing::Test {
  protected:
   void fault(const std::string& text) { addFault(bench.ipod.faults(), text); }
@@ -24,12 +24,12 @@ class FaultsTest : public testing::Test {
 
 const char* const kNameFrame = "55 06 00 08 50 6F 64 00 CF";
 
-TEST_F(FaultsTest, NoneStrikesUnlessAdded) {
+TEST_F(FaultsTest, NoneHappensUnlessAdded) {
   EXPECT_EQ(askRaw("00 07"), Payloads{kNameFrame});
   EXPECT_EQ(bench.ipod.faults().injectedInAll(), 0u);
 }
 
-TEST_F(FaultsTest, LateReplyIsOvertaken) {
+TEST_F(FaultsTest, LateReplyIsSentAfterLaterMessages) {
   fault("late=1500@00:07#1");
   EXPECT_EQ(bench.ask("00 07"), Payloads{});
   EXPECT_EQ(bench.ask("00 03"), Payloads{"00 04 00"});
@@ -37,7 +37,7 @@ TEST_F(FaultsTest, LateReplyIsOvertaken) {
   EXPECT_EQ(bench.wait(milliseconds(1)), Payloads{"00 08 50 6F 64 00"});
 }
 
-TEST_F(FaultsTest, LostReplyNeverComesAndIsCounted) {
+TEST_F(FaultsTest, LostReplyIsNotSentButCounted) {
   fault("lost@00:07#2");
   EXPECT_EQ(bench.ask("00 07").size(), 1u);
   EXPECT_EQ(bench.ask("00 07"), Payloads{});
@@ -48,7 +48,7 @@ TEST_F(FaultsTest, LostReplyNeverComesAndIsCounted) {
   EXPECT_EQ(bench.ipod.countSent(Lingo::kGeneral, kReturnIpodName), 2u);
 }
 
-TEST_F(FaultsTest, DoubledReplyComesTwice) {
+TEST_F(FaultsTest, DoubledReplyIsSentTwice) {
   fault("doubled@00:07");
   EXPECT_EQ(askRaw("00 07"), (Payloads{kNameFrame, kNameFrame}));
 }
@@ -88,12 +88,12 @@ TEST_F(FaultsTest, CorruptFrameHasOneBitFlipped) {
   EXPECT_EQ(askRaw("00 07"), Payloads{kNameFrame});
 }
 
-TEST_F(FaultsTest, NoiseComesBeforeTheFrame) {
+TEST_F(FaultsTest, NoisePrecedesTheFrame) {
   fault("noise=3/0xA9@00:07#1");
   EXPECT_EQ(askRaw("00 07"), Payloads{std::string("A9 A9 A9 ") + kNameFrame});
 }
 
-TEST_F(FaultsTest, NoiseOfAnyBytesHoldsNoStartByte) {
+TEST_F(FaultsTest, NoiseOfAnyBytesContainsNoStartByte) {
   fault("noise=2000@00:07#1");
   const Payloads writes = askRaw("00 07");
   ASSERT_EQ(writes.size(), 1u);
@@ -103,12 +103,12 @@ TEST_F(FaultsTest, NoiseOfAnyBytesHoldsNoStartByte) {
   EXPECT_EQ(toHex(ByteView(bytes).from(2000)), kNameFrame);
 }
 
-TEST_F(FaultsTest, SplitFrameComesInTwoWrites) {
+TEST_F(FaultsTest, SplitFrameIsSentInTwoWrites) {
   fault("split=1@00:07#1");
   EXPECT_EQ(askRaw("00 07"), (Payloads{"55", "06 00 08 50 6F 64 00 CF"}));
 }
 
-TEST_F(FaultsTest, NothingGetsBetweenTheWritesOfASplitFrame) {
+TEST_F(FaultsTest, NothingIsSentBetweenTheWritesOfASplitFrame) {
   fault("split=4/50@00:07#1");
   EXPECT_EQ(askRaw("00 07"), Payloads{"55 06 00 08"});
   EXPECT_EQ(askRaw("00 03"), Payloads{});
@@ -119,7 +119,7 @@ TEST_F(FaultsTest, NothingGetsBetweenTheWritesOfASplitFrame) {
   EXPECT_EQ(bench.takeRaw(), (Payloads{"50 6F 64 00 CF", "55 03 00 04 00 F9"}));
 }
 
-TEST_F(FaultsTest, SecondWriteOfASplitFrameIsForgottenWithTheAccessory) {
+TEST_F(FaultsTest, SecondWriteOfASplitFrameIsDroppedWithTheAccessory) {
   fault("split=4/50@00:07#1");
   askRaw("00 07");
   bench.ipod.hangUp(bench.now);
@@ -133,7 +133,7 @@ TEST_F(FaultsTest, SplitBeyondTheFrameSplitsNothing) {
   EXPECT_EQ(askRaw("00 07"), Payloads{kNameFrame});
 }
 
-TEST_F(FaultsTest, FramesGoInOneWriteTogether) {
+TEST_F(FaultsTest, FramesAreSentTogetherInOneWrite) {
   bench.enter();
   fault("together@04:1A");
   EXPECT_EQ(askRaw("04 00 1A 06 00 00 00 00 FF FF FF FF"),
@@ -146,7 +146,7 @@ TEST_F(FaultsTest, LongFormForAShortReply) {
   EXPECT_EQ(askRaw("00 07"), Payloads{"55 00 00 06 00 08 50 6F 64 00 CF"});
 }
 
-TEST_F(FaultsTest, ModelCanUseTheLongFormAlways) {
+TEST_F(FaultsTest, ModelCanAlwaysUseTheLongForm) {
   Personality personality;
   personality.lengthForm = LengthForm::kLong;
   Bench other(personality);
@@ -154,7 +154,7 @@ TEST_F(FaultsTest, ModelCanUseTheLongFormAlways) {
   EXPECT_EQ(other.takeRaw(), Payloads{"55 00 00 03 00 04 00 F9"});
 }
 
-TEST_F(FaultsTest, NotificationsComeBetweenRequestAndAnswer) {
+TEST_F(FaultsTest, NotificationsAreSentBetweenRequestAndAnswer) {
   fault("notifications-before=2@00:07");
   EXPECT_EQ(bench.ask("00 07"),
             (Payloads{"04 00 27 04 00 00 00 00", "04 00 27 04 00 00 00 00", "00 08 50 6F 64 00"}));
@@ -176,7 +176,7 @@ TEST_F(FaultsTest, BrokenAndUnterminatedTexts) {
   EXPECT_EQ(bench.ask("00 07"), Payloads{"00 08 50 6F 64"});
 }
 
-TEST_F(FaultsTest, TextFaultLeavesRepliesWithoutATextAlone) {
+TEST_F(FaultsTest, TextFaultDoesNotAffectRepliesWithoutAText) {
   fault("text-length=5");
   EXPECT_EQ(bench.ask("00 03"), Payloads{"00 04 00"});
   EXPECT_EQ(bench.ipod.faults().injectedInAll(), 0u);
@@ -203,7 +203,7 @@ TEST_F(FaultsTest, ShortListingCanLackEveryRecord) {
   EXPECT_EQ(bench.ask("04 00 1A 02 00 00 00 00 00 00 00 03"), Payloads{});
 }
 
-TEST_F(FaultsTest, LongListingGoesOn) {
+TEST_F(FaultsTest, LongListingHasMoreRecords) {
   bench.enter();
   fault("long-listing=2@04:1A");
   EXPECT_EQ(bench.ask("04 00 1A 06 00 00 00 01 00 00 00 01"),
@@ -230,7 +230,7 @@ TEST_F(FaultsTest, ShuffledListingIsNeverInOrder) {
   }
 }
 
-TEST_F(FaultsTest, NotificationsComeBetweenRecords) {
+TEST_F(FaultsTest, NotificationsAreSentBetweenRecords) {
   bench.enter();
   fault("notifications-between=1@04:1A");
   EXPECT_EQ(bench.ask("04 00 1A 06 00 00 00 00 00 00 00 02"),
@@ -238,7 +238,7 @@ TEST_F(FaultsTest, NotificationsComeBetweenRecords) {
                       "04 00 1B 00 00 00 01 44 6F 72 6E 00"}));
 }
 
-TEST_F(FaultsTest, CountDriftsFurtherWithEveryQuestion) {
+TEST_F(FaultsTest, CountDriftsFurtherWithEachRequest) {
   bench.enter();
   fault("drift=-1@04:18");
   EXPECT_EQ(bench.ask("04 00 18 05"), Payloads{"04 00 19 00 00 00 04"});
@@ -260,7 +260,7 @@ TEST_F(FaultsTest, SleepIsAnnounced) {
   EXPECT_EQ(bench.ask("00 03"), Payloads{});
 }
 
-TEST_F(FaultsTest, MessageOfItsOwnIsNamedByItself) {
+TEST_F(FaultsTest, UnsolicitedMessageIsNamedByItsCommand) {
   fault("lost@00:27#1");
   EXPECT_EQ(bench.ask("00 13 00 00 04 11 00 00 00 00 00 00 00 00"), Payloads{"00 02 00 13"});
   EXPECT_EQ(bench.wait(seconds(5)), Payloads{"00 27 00"});
@@ -314,7 +314,7 @@ TEST_F(FaultsTest, BytesUntilTheCableIsPulledAreCountedForEachAccessory) {
   EXPECT_FALSE(bench.ipod.plugged());
 }
 
-TEST_F(FaultsTest, ClearedPlanDoesNoHarm) {
+TEST_F(FaultsTest, ClearedPlanHasNoEffect) {
   fault("lost");
   fault("unplug-sent=1");
   bench.ipod.faults().clear();
@@ -331,7 +331,7 @@ TEST_F(FaultsTest, ClassAndTextMeanTheSame) {
   EXPECT_EQ(bench.ask("00 07").size(), 1u);
 }
 
-TEST_F(FaultsTest, RandomFaultsStrikeAboutAsOftenAsTold) {
+TEST_F(FaultsTest, RandomFaultsHappenAboutAsOftenAsTheirChance) {
   fault("random=20/lost");
   for (int i = 0; i < 1000; ++i)
     bench.ask("00 03");
@@ -339,7 +339,7 @@ TEST_F(FaultsTest, RandomFaultsStrikeAboutAsOftenAsTold) {
   EXPECT_LT(bench.ipod.faults().injected(FaultKind::kLost), 250u);
 }
 
-// What strikes, as it is told.
+/// The reports of faults.
 class StrikesTest : public FaultsTest {
  protected:
   void SetUp() override { bench.enter(); }
@@ -353,7 +353,7 @@ class StrikesTest : public FaultsTest {
   }
 };
 
-TEST_F(StrikesTest, NameTheOneReply) {
+TEST_F(StrikesTest, NameTheReply) {
   fault("doubled@00:*#3");
   fault("late=5");
   bench.ask("00 07");
@@ -363,7 +363,7 @@ TEST_F(StrikesTest, NameTheOneReply) {
             (Payloads{"late=5@00:07#1", "late=5@00:03#1", "doubled@00:07#2", "late=5@00:07#2"}));
 }
 
-TEST_F(StrikesTest, CountFromTheStartWheneverTheFaultWasAdded) {
+TEST_F(StrikesTest, CountFromTheStartOfThePlan) {
   bench.ask("00 07");
   fault("lost@00:07#1");
   bench.ask("00 07");
@@ -373,7 +373,7 @@ TEST_F(StrikesTest, CountFromTheStartWheneverTheFaultWasAdded) {
   EXPECT_EQ(strikes(), (Payloads{"lost@00:07#2", "lost@00:07#3"}));
 }
 
-TEST_F(StrikesTest, OfMessagesOfItsOwnNameTheMessage) {
+TEST_F(StrikesTest, OfUnsolicitedMessagesNameTheMessage) {
   fault("lost@04:27");
   bench.ask("04 00 26 01");
   bench.ask("04 00 28 00 00 00 00");
@@ -399,14 +399,14 @@ TEST_F(StrikesTest, OfTheCableNameNoReply) {
   EXPECT_EQ(strikes(), Payloads{"unplug-sent=20"});
 }
 
-TEST_F(StrikesTest, AreNotToldWhereThereIsNoTextToSpoil) {
+TEST_F(StrikesTest, AreNotReportedWithoutATextToChange) {
   fault("text-length=3");
   bench.ask("00 03");
   bench.ask("00 07");
   EXPECT_EQ(strikes(), Payloads{"text-length=3@00:07#1"});
 }
 
-// A short session: every byte that the iPod writes, and the faults that struck.
+/// A short session: every byte that the iPod writes, and the faults that happened.
 struct Session {
   Payloads writes;
   Payloads strikes;
@@ -441,12 +441,12 @@ TEST(Determinism, SameSeedGivesTheSameBytes) {
   EXPECT_EQ(session(5, kAtRandom).writes, session(5, kAtRandom).writes);
 }
 
-TEST(Determinism, AnotherSeedGivesOthers) {
+TEST(Determinism, AnotherSeedGivesOtherBytes) {
   EXPECT_NE(session(5, kAtRandom).writes, session(6, kAtRandom).writes);
 }
 
-// Shuffled, too: what the faults draw is drawn apart.
-TEST(Determinism, FaultsThatStruckAtRandomStrikeTheSameAgainWhenTheyAreWritten) {
+/// With shuffle, too: the faults have separate random numbers.
+TEST(Determinism, RandomFaultsCanBeRepeatedByTheirReports) {
   for (uint32_t seed = 1; seed <= 20; ++seed) {
     const Session random = session(seed, kAtRandom);
     const Session written = session(seed, random.strikes);

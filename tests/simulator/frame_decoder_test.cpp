@@ -24,7 +24,7 @@ const FrameKind kSerial = FrameKind::kSerial;
 const Row kRows[] = {
     {"one usb frame", kUsb, "55 02 00 01 FD", {"00 01"}},
     {"one serial frame", kSerial, "FF 55 02 00 01 FD", {"00 01"}},
-    {"data behind the command", kUsb, "55 03 00 0F 04 EA", {"00 0F 04"}},
+    {"data after the command", kUsb, "55 03 00 0F 04 EA", {"00 0F 04"}},
     {"two byte command", kUsb, "55 04 04 00 18 02 DE", {"04 00 18 02"}},
     {"two frames", kUsb, "55 02 00 01 FD 55 02 00 03 FB", {"00 01", "00 03"}},
     {"a sync byte on usb is noise", kUsb, "FF 55 02 00 01 FD", {"00 01"}},
@@ -56,7 +56,7 @@ const Row kRows[] = {
 
 class FrameDecoderRows : public testing::TestWithParam<Row> {
  protected:
-  // The bytes in pieces of this size, the first one shorter when it does not divide.
+  // Decodes the bytes in pieces of `piece` bytes after a first one of `first` bytes.
   Payloads fed(size_t first, size_t piece) {
     FrameDecoder decoder(GetParam().kind);
     const Bytes bytes = hex(GetParam().bytes);
@@ -104,13 +104,13 @@ class FrameDecoderTest : public testing::Test {
   Payloads payloads;
 };
 
-TEST_F(FrameDecoderTest, GapOf25MsInsideAPacketIsBorne) {
+TEST_F(FrameDecoderTest, AcceptsAGapOf25MsInsideAPacket) {
   push(milliseconds(0), "55 02 00");
   push(milliseconds(25), "01 FD");
   EXPECT_EQ(payloads, Payloads{"00 01"});
 }
 
-TEST_F(FrameDecoderTest, LongerGapInsideAPacketMakesItStartAgain) {
+TEST_F(FrameDecoderTest, StartsAgainAfterALongerGapInsideAPacket) {
   push(milliseconds(0), "55 02 00");
   push(milliseconds(26), "55 02 00 03 FB");
   EXPECT_EQ(payloads, Payloads{"00 03"});
@@ -132,14 +132,14 @@ TEST_F(FrameDecoderTest, GapIsMeasuredFromByteToByte) {
   EXPECT_EQ(payloads, Payloads{"00 01"});
 }
 
-TEST_F(FrameDecoderTest, GapBetweenPacketsMeansNothing) {
+TEST_F(FrameDecoderTest, GapBetweenPacketsIsIgnored) {
   push(milliseconds(0), "55 02 00 01 FD");
   push(seconds(5), "55 02 00 01 FD");
   EXPECT_EQ(payloads.size(), 2u);
   EXPECT_EQ(decoder.counters().abandoned, 0u);
 }
 
-TEST_F(FrameDecoderTest, LastLengthByteCountsInALongPacket) {
+TEST_F(FrameDecoderTest, ReadsBothLengthBytesOfALongPacket) {
   std::string bytes = "55 00 01 02 00 20";
   for (int i = 0; i < 0x100; ++i)
     bytes += " 00";
@@ -148,7 +148,7 @@ TEST_F(FrameDecoderTest, LastLengthByteCountsInALongPacket) {
   EXPECT_EQ(hex(payloads[0]).size(), 258u);
 }
 
-TEST_F(FrameDecoderTest, ResetForgetsTheBegunPacket) {
+TEST_F(FrameDecoderTest, ResetDropsTheUnfinishedPacket) {
   push(Time(0), "55 02 00");
   decoder.reset();
   push(Time(0), "01 FD 55 02 00 03 FB");
@@ -158,7 +158,7 @@ TEST_F(FrameDecoderTest, ResetForgetsTheBegunPacket) {
 struct WasteRow {
   const char* what;
   FrameKind kind;
-  std::vector<const char*> pieces;  ///< each at the same moment
+  std::vector<const char*> pieces;  ///< each at the same time
   Payloads reports;
 };
 
@@ -188,10 +188,7 @@ const WasteRow kWasteRows[] = {
      kSerial,
      {"FF 55 02 00 01 FC"},
      {"checksum FF 55 02 00 01 FC"}},
-    {"a sync byte that came before",
-     kSerial,
-     {"FF", "55 02 00 01 FC"},
-     {"checksum FF 55 02 00 01 FC"}},
+    {"a sync byte before it", kSerial, {"FF", "55 02 00 01 FC"}, {"checksum FF 55 02 00 01 FC"}},
     {"sync bytes too many",
      kSerial,
      {"FF FF FF 55 02 00 01 FC"},
@@ -202,7 +199,7 @@ const WasteRow kWasteRows[] = {
 
 class FrameDecoderWaste : public testing::TestWithParam<WasteRow> {};
 
-TEST_P(FrameDecoderWaste, IsReportedInItsOrder) {
+TEST_P(FrameDecoderWaste, IsReportedInTheOrderOfTheBytes) {
   constexpr const char* kNames[] = {"noise ", "checksum ", "unfinished "};
   FrameDecoder decoder(GetParam().kind);
   Payloads reports;
@@ -235,7 +232,7 @@ class UnfinishedPacket : public FrameDecoderTest {
   Payloads reports;
 };
 
-TEST_F(UnfinishedPacket, IsReportedWhenItIsGivenUp) {
+TEST_F(UnfinishedPacket, IsReportedWhenItIsDropped) {
   push(milliseconds(0), "55 04 00");
   push(milliseconds(25), "01");
   EXPECT_EQ(reports, Payloads{});
@@ -244,7 +241,7 @@ TEST_F(UnfinishedPacket, IsReportedWhenItIsGivenUp) {
   EXPECT_EQ(payloads, Payloads{"00 03"});
 }
 
-TEST_F(UnfinishedPacket, IsReportedWhenItIsForgotten) {
+TEST_F(UnfinishedPacket, IsReportedWhenTheDecoderIsReset) {
   push(Time(0), "55 02 00");
   decoder.reset();
   EXPECT_EQ(reports, Payloads{"55 02 00"});
@@ -256,7 +253,7 @@ TEST_F(UnfinishedPacket, IsReportedWhenItIsForgotten) {
   EXPECT_EQ(decoder.counters().abandoned, 0u);
 }
 
-TEST_F(FrameDecoderTest, CountsWhatItSaw) {
+TEST_F(FrameDecoderTest, CountsFramesAndWaste) {
   push(Time(0), "13 55 02 00 01 FD 55 02 00 01 FC 77");
   EXPECT_EQ(decoder.counters().packets, 1u);
   EXPECT_EQ(decoder.counters().badChecksums, 1u);

@@ -24,7 +24,7 @@ TEST(EncodeFrame, ChecksumOfASumThatIsAMultipleOf256IsZero) {
   EXPECT_EQ(encoded(FrameKind::kUsb, "00 FE"), "55 02 00 FE 00");
 }
 
-TEST(EncodeFrame, LongFormForShortDataWhenAskedFor) {
+TEST(EncodeFrame, UsesTheLongFormForShortDataOnRequest) {
   EXPECT_EQ(encoded(FrameKind::kUsb, "00 01", LengthForm::kLong), "55 00 00 02 00 01 FD");
 }
 
@@ -42,7 +42,7 @@ TEST(EncodeFrame, LongFormFrom256BytesOn) {
   EXPECT_EQ(frame.back(), 0xFF);
 }
 
-TEST(EncodeFrame, PayloadIsCutAtWhatTheLengthCanTell) {
+TEST(EncodeFrame, CutsThePayloadAtTheLargestLength) {
   const Bytes frame = encodeFrame(FrameKind::kUsb, Bytes(70000, 0));
   EXPECT_EQ(frame.size(), 65535u + 5);
   EXPECT_EQ(toHex(ByteView(frame).prefix(4)), "55 00 FF FF");

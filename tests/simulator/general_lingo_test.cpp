@@ -14,7 +14,7 @@ Personality answering(UnknownCommand unknown) {
   return personality;
 }
 
-TEST(GeneralLingo, TellsTheMode) {
+TEST(GeneralLingo, ReturnsTheMode) {
   Bench bench;
   EXPECT_EQ(bench.ask("00 03"), Payloads{"00 04 00"});
   bench.enter();
@@ -40,7 +40,7 @@ TEST(GeneralLingo, ModeChangeCanPendFirst) {
   EXPECT_TRUE(bench.ipod.inExtendedMode());
 }
 
-TEST(GeneralLingo, PendingModeChangeIsForgottenWithTheAccessory) {
+TEST(GeneralLingo, PendingModeChangeIsCancelledWithTheAccessory) {
   Personality personality;
   personality.modeChangePending = milliseconds(300);
   Bench bench(personality);
@@ -50,7 +50,7 @@ TEST(GeneralLingo, PendingModeChangeIsForgottenWithTheAccessory) {
   EXPECT_FALSE(bench.ipod.inExtendedMode());
 }
 
-TEST(GeneralLingo, ModeThatIsThereAlreadyDoesNotPend) {
+TEST(GeneralLingo, PresentModeDoesNotPend) {
   Personality personality;
   personality.modeChangePending = milliseconds(300);
   Bench bench(personality);
@@ -78,7 +78,7 @@ TEST(GeneralLingo, ModeChangeInOneWriteStatesThePendingTimeOfTheModel) {
   EXPECT_EQ(bench.ask("00 05"), (Payloads{"00 02 06 05 00 00 03 E8", "00 02 00 05"}));
 }
 
-TEST(GeneralLingo, ModeThatIsThereAlreadyIsAcknowledgedOnce) {
+TEST(GeneralLingo, PresentModeIsAcknowledgedOnce) {
   Personality personality;
   personality.modeChangeTogether = true;
   Bench bench(personality);
@@ -97,7 +97,7 @@ TEST(GeneralLingo, ModeChangePausesWhatPlays) {
   EXPECT_EQ(bench.ipod.player().state(), PlayState::kPaused);
 }
 
-TEST(GeneralLingo, LeavingTheExtendedModeForgetsTheSelection) {
+TEST(GeneralLingo, LeavingTheExtendedModeClearsTheSelection) {
   Bench bench;
   bench.enter();
   bench.select(2, 0);
@@ -121,25 +121,25 @@ TEST(GeneralLingo, IdentifyWithTheExtendedInterfaceEntersItsMode) {
   EXPECT_TRUE(bench.ipod.inExtendedMode());
 }
 
-TEST(GeneralLingo, IdentifyWithALingoBeyondTheMaskIsBorne) {
+TEST(GeneralLingo, IdentifyWithALingoBeyondTheMaskIsIgnored) {
   Bench bench;
   EXPECT_EQ(bench.ask("00 01 FF"), Payloads{});
   EXPECT_EQ(bench.ipod.announcedLingoes(), 0u);
 }
 
-TEST(GeneralLingo, TellsItsNameWithAFinalZero) {
+TEST(GeneralLingo, ReturnsItsNameWithAFinalZero) {
   Bench bench;
   EXPECT_EQ(bench.ask("00 07"), Payloads{"00 08 50 6F 64 00"});
 }
 
-TEST(GeneralLingo, PersonalNameGoesBeforeTheLibrarys) {
+TEST(GeneralLingo, PersonalityNameHasPrecedenceOverTheLibraryName) {
   Personality personality;
   personality.name = "Zoe";
   Bench bench(personality);
   EXPECT_EQ(bench.ask("00 07"), Payloads{"00 08 5A 6F 65 00"});
 }
 
-TEST(GeneralLingo, TellsVersionSerialAndModel) {
+TEST(GeneralLingo, ReturnsVersionSerialAndModel) {
   Personality personality;
   personality.softwareVersion = {2, 0, 4};
   personality.serialNumber = "9Z";
@@ -151,7 +151,7 @@ TEST(GeneralLingo, TellsVersionSerialAndModel) {
   EXPECT_EQ(bench.ask("00 0D"), Payloads{"00 0E 00 0B 00 11 4D 42 31 34 37 00"});
 }
 
-TEST(GeneralLingo, TellsTheVersionOfEachLingo) {
+TEST(GeneralLingo, ReturnsTheVersionOfEachLingo) {
   Personality personality;
   personality.lingoes[0x00] = {1, 6};
   personality.lingoes[0x04] = {1, 12};
@@ -167,7 +167,7 @@ TEST(GeneralLingo, VersionOfAnUnknownLingoIsABadParameter) {
   EXPECT_EQ(bench.ask("00 0F 09"), Payloads{"00 02 04 0F"});
 }
 
-TEST(GeneralLingo, UnknownCommandIsAnsweredAsTheModelDoes) {
+TEST(GeneralLingo, UnknownCommandIsAnsweredAsThePersonalitySays) {
   EXPECT_EQ(Bench(answering(UnknownCommand::kUnknownId)).ask("00 77"), Payloads{"00 02 05 77"});
   EXPECT_EQ(Bench(answering(UnknownCommand::kFailed)).ask("00 77"), Payloads{"00 02 02 77"});
   EXPECT_EQ(Bench(answering(UnknownCommand::kSilence)).ask("00 77"), Payloads{});
@@ -180,7 +180,7 @@ TEST(GeneralLingo, CommandOfTheWrongSizeIsABadParameter) {
   EXPECT_EQ(bench.ask("00 13 00 00 04 11"), Payloads{"00 02 04 13"});
 }
 
-TEST(GeneralLingo, LingoOfItsOwnAccordIsIgnored) {
+TEST(GeneralLingo, UnknownLingoIsIgnored) {
   Bench bench;
   EXPECT_EQ(bench.ask("03 01"), Payloads{});
   EXPECT_EQ(bench.ask("63 01 02"), Payloads{});
@@ -213,7 +213,7 @@ TEST(IdentifyDeviceLingoes, LeavesTheExtendedMode) {
   EXPECT_EQ(bench.ipod.announcedLingoes(), 0x411u);
 }
 
-TEST(IdentifyDeviceLingoes, CanStaySilentForTheFirstAttempts) {
+TEST(IdentifyDeviceLingoes, CanBeIgnoredInTheFirstAttempts) {
   Personality personality;
   personality.silentIdentifications = 2;
   Bench bench(personality);
@@ -223,7 +223,7 @@ TEST(IdentifyDeviceLingoes, CanStaySilentForTheFirstAttempts) {
   EXPECT_EQ(bench.ask(kAnnounce), (Payloads{"00 02 00 13", "00 27 00"}));
 }
 
-TEST(IdentifyDeviceLingoes, IsSilentAgainForTheNextAccessory) {
+TEST(IdentifyDeviceLingoes, IsIgnoredAgainForTheNextAccessory) {
   Personality personality;
   personality.silentIdentifications = 1;
   Bench bench(personality);

@@ -7,13 +7,14 @@
 
 namespace simulator {
 
-/// The bytes of "55 02 00 03 FB"; blanks are skipped, anything else that is no digit fails.
+/// Returns the bytes of a text such as "55 02 00 03 FB". Blanks are skipped; any other character
+/// that is not a digit fails.
 Bytes hex(const std::string& text);
-/// The same way back, with blanks.
+/// Returns bytes as such a text, with blanks.
 std::string toHex(ByteView bytes);
 
-/// What is written between the quotes of a literal, bytes first and text behind, for payloads with
-/// a name: text("00 08", "Pod", "00").
+/// Returns the hexadecimal text of a payload with a name: bytes, the text and bytes after it, as in
+/// withText("00 08", "Pod", "00").
 std::string withText(const std::string& before, const std::string& text,
                      const std::string& after = "00");
 

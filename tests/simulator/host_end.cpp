@@ -11,7 +11,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// False when nothing came in time.
+/// Returns false when nothing arrived in time.
 bool waitForInput(int descriptor, Clock::time_point end) {
   pollfd wait{descriptor, POLLIN, 0};
   const auto left = std::chrono::ceil<milliseconds>(end - Clock::now()).count();

@@ -10,7 +10,7 @@ namespace simulator {
 /// The accessory's end of a pseudo-terminal: opens the slave like a device. Every wait has an end.
 class HostEnd {
  public:
-  /// Closed; or open, when there is a device of this path.
+  /// Makes a closed end. With a path it is open if there is such a device.
   HostEnd() = default;
   explicit HostEnd(const std::string& path);
 
@@ -18,10 +18,10 @@ class HostEnd {
   int descriptor() const { return device.get(); }
   void close() { device = FileDescriptor(); }
   bool write(const std::string& hexBytes);
-  /// Reads exactly so many bytes, in hexadecimal; what came when the time was over or the device
-  /// failed, if they were fewer.
+  /// Reads exactly `size` bytes and returns them in hexadecimal. Returns fewer when the time is
+  /// over or the device fails.
   std::string read(size_t size, Time limit = seconds(5));
-  /// Whether a read fails, or has nothing more to come, within the time.
+  /// Returns whether a read fails or reports the end within the time.
   bool readFails(Time limit = seconds(5));
 
  private:

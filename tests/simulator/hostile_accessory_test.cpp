@@ -7,8 +7,8 @@
 namespace simulator {
 namespace {
 
-/// An accessory that says whatever comes to its mind. The test is that the iPod survives it, which
-/// the sanitizers watch, and that it still answers afterwards.
+/// An accessory that sends random messages. The iPod must survive them, which the sanitizers check,
+/// and must answer afterwards.
 class HostileAccessory : public testing::TestWithParam<std::string> {
  protected:
   Bytes randomBytes(uint32_t most) {
@@ -18,7 +18,7 @@ class HostileAccessory : public testing::TestWithParam<std::string> {
     return bytes;
   }
 
-  // Mostly commands that there are, with data of about the right size and often small numbers.
+  // Returns mostly known commands, with data of about the right size and often small numbers.
   Bytes randomPayload() {
     const uint8_t lingoes[] = {0x00, 0x02, 0x04, 0x04, 0x04, 0x04, 0x0A, 0x03};
     Bytes payload{lingoes[random.below(8)]};

@@ -17,7 +17,7 @@ TEST(Identification, AsksForTheCapabilitiesAfterTheAcknowledgement) {
   EXPECT_EQ(bench.ask(kAnnounce), (Payloads{"00 02 00 13", "00 27 00"}));
 }
 
-TEST(Identification, AsksOnceMoreAfterFiveSecondsAndThenGoesOn) {
+TEST(Identification, AsksAgainAfterFiveSecondsAndThenContinues) {
   Bench bench;
   bench.ask(kAnnounce);
   EXPECT_EQ(bench.wait(milliseconds(4999)), Payloads{});
@@ -48,20 +48,20 @@ TEST(Identification, AsksForWhatTheCapabilitiesOfferInRisingOrder) {
   EXPECT_EQ(bench.ask("00 28 09 01 00"), Payloads{"0A 02"});
 }
 
-TEST(Identification, LaterQuestionWithoutAnAnswerIsGivenUp) {
+TEST(Identification, LaterQuestionWithoutAnAnswerIsSkipped) {
   Bench bench;
   bench.ask(kAnnounce);
   bench.ask("00 28 00 00 00 00 03");
   EXPECT_EQ(bench.wait(seconds(5)), Payloads{"0A 02"});
 }
 
-TEST(Identification, AnswerToAnotherQuestionIsNotWaitedFor) {
+TEST(Identification, DoesNotWaitForTheAnswerToAnotherQuestion) {
   Bench bench;
   bench.ask(kAnnounce);
   EXPECT_EQ(bench.ask("00 28 02 00 00 00 00 00 00 00"), Payloads{});
 }
 
-TEST(Identification, ExtraQuestionsComeAfterThoseOffered) {
+TEST(Identification, ExtraQuestionsFollowTheOfferedOnes) {
   Personality personality;
   personality.extraAccessoryInfo = {3, 1};
   Bench bench(personality);
@@ -71,7 +71,7 @@ TEST(Identification, ExtraQuestionsComeAfterThoseOffered) {
   EXPECT_EQ(bench.ask("00 28 03 04 01 07"), Payloads{"0A 02"});
 }
 
-TEST(Identification, QuestionsCanComeLateWhileItGoesOn) {
+TEST(Identification, QuestionsCanBeLateWhileItContinues) {
   Personality personality;
   personality.accessoryInfoDelay = milliseconds(100);
   Bench bench(personality);
@@ -86,7 +86,7 @@ TEST(Identification, QuestionsCanComeLateWhileItGoesOn) {
   EXPECT_EQ(bench.wait(seconds(60)), Payloads{}) << "audio does not begin again";
 }
 
-TEST(Identification, LateQuestionIsAskedOnceMoreAfterItsPatience) {
+TEST(Identification, LateQuestionIsRepeatedAfterItsPatience) {
   Personality personality;
   personality.accessoryInfoDelay = milliseconds(100);
   Bench bench(personality);
@@ -96,7 +96,7 @@ TEST(Identification, LateQuestionIsAskedOnceMoreAfterItsPatience) {
   EXPECT_EQ(bench.wait(seconds(60)), Payloads{});
 }
 
-TEST(Identification, LateQuestionIsNotAskedWhenTheAccessoryIsGone) {
+TEST(Identification, LateQuestionIsNotAskedAfterTheAccessoryDisconnects) {
   Personality personality;
   personality.accessoryInfoDelay = milliseconds(100);
   Bench bench(personality);
@@ -105,7 +105,7 @@ TEST(Identification, LateQuestionIsNotAskedWhenTheAccessoryIsGone) {
   EXPECT_EQ(bench.wait(seconds(20)), Payloads{});
 }
 
-TEST(Identification, LateQuestionOfAnAnnouncementThatWasRepeatedIsAskedOnce) {
+TEST(Identification, LateQuestionOfARepeatedAnnouncementIsAskedOnce) {
   Personality personality;
   personality.accessoryInfoDelay = milliseconds(100);
   Bench bench(personality);
@@ -122,7 +122,7 @@ TEST(Identification, AccessoryInfoCanBeAcknowledged) {
   EXPECT_EQ(bench.ask(kOffersNothingMore), (Payloads{"00 02 00 28", "0A 02"}));
 }
 
-TEST(Identification, TellsTheAudioAttributesWhenItKnowsTheRates) {
+TEST(Identification, SendsTheAudioAttributesWhenItKnowsTheRates) {
   Bench bench;
   bench.ask(kAnnounce);
   EXPECT_EQ(bench.ask(kOffersNothingMore), Payloads{"0A 02"});
@@ -130,7 +130,7 @@ TEST(Identification, TellsTheAudioAttributesWhenItKnowsTheRates) {
   EXPECT_EQ(bench.ask("0A 00 00 04"), Payloads{});
 }
 
-TEST(Identification, AudioAttributesCanComeLater) {
+TEST(Identification, AudioAttributesCanBeDelayed) {
   Personality personality;
   personality.audioAttributesDelay = milliseconds(700);
   Bench bench(personality);
@@ -148,7 +148,7 @@ TEST(Identification, WithoutTheAudioLingoNothingIsAskedAboutAudio) {
   EXPECT_EQ(bench.wait(seconds(20)), Payloads{});
 }
 
-TEST(Identification, CanEndWithTheModeToldUnasked) {
+TEST(Identification, CanEndWithAnUnsolicitedMode) {
   Personality personality;
   personality.identificationEnd = IdentificationEnd::kRemoteUiMode;
   Bench bench(personality);
@@ -159,7 +159,7 @@ TEST(Identification, CanEndWithTheModeToldUnasked) {
   EXPECT_EQ(bench.ask("00 05"), Payloads{"00 02 00 05"});
 }
 
-TEST(Identification, ModelThatDoesNotAskForRatesTellsTheAttributesAtOnce) {
+TEST(Identification, ModelThatDoesNotAskForRatesSendsTheAttributesAtOnce) {
   Personality personality;
   personality.identificationEnd = IdentificationEnd::kRemoteUiMode;
   personality.asksSampleRates = false;
@@ -168,7 +168,7 @@ TEST(Identification, ModelThatDoesNotAskForRatesTellsTheAttributesAtOnce) {
   EXPECT_EQ(bench.ask(kOffersNothingMore), (Payloads{kAttributes44100, "00 04 01"}));
 }
 
-TEST(Identification, NewAnnouncementBeginsAnew) {
+TEST(Identification, NewAnnouncementStartsItAgain) {
   Bench bench;
   bench.ask(kAnnounce);
   bench.ask(kOffersNothingMore);
@@ -178,7 +178,7 @@ TEST(Identification, NewAnnouncementBeginsAnew) {
   EXPECT_EQ(bench.ask(kRates), Payloads{kAttributes44100});
 }
 
-TEST(Identification, StopsWhenTheAccessoryIsGone) {
+TEST(Identification, StopsWhenTheAccessoryDisconnects) {
   Bench bench;
   bench.ask(kAnnounce);
   bench.ipod.hangUp(bench.now);
@@ -201,16 +201,16 @@ class DigitalAudioTest : public testing::Test {
   Bench bench;
 };
 
-TEST_F(DigitalAudioTest, TrackWithAnotherRateIsTold) {
+TEST_F(DigitalAudioTest, TrackWithAnotherRateIsAnnounced) {
   const Payloads toldAndDone = {"04 00 01 00 00 17", "0A 04 00 00 BB 80 00 00 00 00 00 00 00 00"};
   EXPECT_EQ(bench.ask("04 00 17 05 00 00 00 02"), toldAndDone);
 }
 
-TEST_F(DigitalAudioTest, TrackWithTheSameRateIsNotTold) {
+TEST_F(DigitalAudioTest, TrackWithTheSameRateIsNotAnnounced) {
   EXPECT_EQ(bench.ask("04 00 17 05 00 00 00 01"), Payloads{"04 00 01 00 00 17"});
 }
 
-TEST_F(DigitalAudioTest, RateIsToldWhenATrackEndsToo) {
+TEST_F(DigitalAudioTest, RateIsAlsoAnnouncedWhenATrackEnds) {
   bench.ask("04 00 17 05 00 00 00 01");
   EXPECT_EQ(bench.wait(milliseconds(19999)), Payloads{});
   EXPECT_EQ(bench.wait(milliseconds(1)), Payloads{"0A 04 00 00 BB 80 00 00 00 00 00 00 00 00"});
@@ -218,7 +218,7 @@ TEST_F(DigitalAudioTest, RateIsToldWhenATrackEndsToo) {
   EXPECT_EQ(bench.wait(seconds(5)), Payloads{kAttributes44100});
 }
 
-TEST_F(DigitalAudioTest, PersonCanHaveARateTold) {
+TEST_F(DigitalAudioTest, RateCanBeAnnouncedOnRequest) {
   bench.ipod.announceSampleRate(bench.now, 48000);
   EXPECT_EQ(bench.take(), Payloads{"0A 04 00 00 BB 80 00 00 00 00 00 00 00 00"});
 }
@@ -233,7 +233,7 @@ TEST(DigitalAudio, RateThatTheAccessoryDoesNotPlayIsConverted) {
   EXPECT_EQ(bench.ask("04 00 17 05 00 00 00 02"), Payloads{"04 00 01 00 00 17"});
 }
 
-TEST(DigitalAudio, RatesThatNobodyAskedForAreIgnored) {
+TEST(DigitalAudio, UnsolicitedRatesAreIgnored) {
   Bench bench;
   EXPECT_EQ(bench.ask(kRates), Payloads{});
   EXPECT_EQ(bench.ask("0A 00 00 04"), Payloads{});
@@ -241,7 +241,7 @@ TEST(DigitalAudio, RatesThatNobodyAskedForAreIgnored) {
   EXPECT_EQ(bench.ask("0A 00"), Payloads{});
 }
 
-TEST(DigitalAudio, OddBytesBehindTheRatesAreIgnored) {
+TEST(DigitalAudio, BytesAfterTheLastWholeRateAreIgnored) {
   Bench bench;
   bench.ask(kAnnounce);
   bench.ask(kOffersNothingMore);

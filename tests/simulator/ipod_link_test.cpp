@@ -18,12 +18,12 @@ namespace fs = std::filesystem;
 
 using testing::HasSubstr;
 
-// A number that no terminal has.
+/// The path of a terminal that does not exist.
 const char* const kNoTerminal = "/dev/pts/99999999";
 
 class IpodLinkTest : public testing::Test {
  protected:
-  // What is said when the path cannot be claimed.
+  // Returns the message for a path that cannot be claimed.
   static std::string claimRefused(const fs::path& path) {
     IpodLink other(path);
     try {
@@ -33,7 +33,7 @@ class IpodLinkTest : public testing::Test {
     }
     return "claimed";
   }
-  // What is said when the link cannot be made.
+  // Returns the message for a link that cannot be made.
   std::string linkRefused() const {
     try {
       link.leadTo(port.slavePath());
@@ -43,7 +43,7 @@ class IpodLinkTest : public testing::Test {
     return "made";
   }
   std::string target() const { return fs::read_symlink(path).string(); }
-  // As if the link had been made long ago.
+  // Gives the link an old time, as if it had been made long ago.
   void makeOld() const {
     const timespec year2001[] = {{1000000000, 0}, {1000000000, 0}};
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), year2001, AT_SYMLINK_NOFOLLOW), 0);
@@ -63,7 +63,7 @@ TEST_F(IpodLinkTest, LeadsToTheTerminalUntilItIsRemoved) {
   EXPECT_FALSE(fs::is_symlink(path));
 }
 
-TEST_F(IpodLinkTest, WithoutAPathThereIsNone) {
+TEST_F(IpodLinkTest, DoesNothingWithoutAPath) {
   IpodLink none{fs::path()};
   IpodLink another{fs::path()};
   none.claim();
@@ -79,7 +79,7 @@ TEST_F(IpodLinkTest, ClaimRefusesAnotherOneAndNamesItsHolder) {
                 std::to_string(getpid()) + "; end that one, or use another link");
 }
 
-TEST_F(IpodLinkTest, ClaimIsOneOfTheFolderHoweverItsPathIsWritten) {
+TEST_F(IpodLinkTest, ClaimDependsOnTheFolderAndNotOnTheSpellingOfItsPath) {
   link.claim();
   EXPECT_NE(claimRefused(folder / "." / "ipod"), "claimed");
   fs::create_directory_symlink(folder / ".", folder / "here");
@@ -88,7 +88,7 @@ TEST_F(IpodLinkTest, ClaimIsOneOfTheFolderHoweverItsPathIsWritten) {
   EXPECT_EQ(claimRefused(folder / "there" / "ipod"), "claimed");
 }
 
-TEST_F(IpodLinkTest, ClaimIsOneOfAWholeNameHoweverLong) {
+TEST_F(IpodLinkTest, ClaimDependsOnTheWholeLongName) {
   const std::string name(250, 'x');
   IpodLink longest(folder / (name + "1"));
   longest.claim();
@@ -115,7 +115,7 @@ TEST_F(IpodLinkTest, ManyCanBeRefused) {
     ASSERT_THAT(claimRefused(path), HasSubstr("process " + std::to_string(getpid()))) << i;
 }
 
-TEST_F(IpodLinkTest, FolderMustBeThere) {
+TEST_F(IpodLinkTest, FolderMustExist) {
   EXPECT_EQ(claimRefused(folder / "none" / "ipod"),
             "cannot make the link " + (folder / "none" / "ipod").string() +
                 ": No such file or directory; make its folder, or use another link");
@@ -127,7 +127,7 @@ TEST_F(IpodLinkTest, LinkOfADeadIpodIsReplaced) {
   EXPECT_EQ(target(), port.slavePath());
 }
 
-TEST_F(IpodLinkTest, LinkOfADeadIpodIsReplacedWhoseTerminalIsAnothersByNow) {
+TEST_F(IpodLinkTest, LinkOfADeadIpodIsReplacedWhoseTerminalNowBelongsToAnotherProcess) {
   const PtyPort other;
   fs::create_symlink(other.slavePath(), path);
   makeOld();
@@ -135,13 +135,13 @@ TEST_F(IpodLinkTest, LinkOfADeadIpodIsReplacedWhoseTerminalIsAnothersByNow) {
   EXPECT_EQ(target(), port.slavePath());
 }
 
-TEST_F(IpodLinkTest, LinkOfADeadIpodIsReplacedWhoseTerminalIsOursByNow) {
+TEST_F(IpodLinkTest, LinkOfADeadIpodIsReplacedWhoseTerminalIsNowOurs) {
   fs::create_symlink(port.slavePath(), path);
   EXPECT_EQ(linkRefused(), "made");
   EXPECT_EQ(target(), port.slavePath());
 }
 
-TEST_F(IpodLinkTest, LinkToATerminalThatWasThereBeforeIsKept) {
+TEST_F(IpodLinkTest, LinkToAnOlderTerminalIsKept) {
   const PtyPort other;
   fs::create_symlink(other.slavePath(), path);
   EXPECT_EQ(linkRefused(), "cannot make the link " + path.string() + ": it is there and leads to " +
@@ -179,7 +179,7 @@ TEST_F(IpodLinkTest, OtherFilesOfTheFolderAreKept) {
   EXPECT_TRUE(fs::is_regular_file(beside));
 }
 
-TEST_F(IpodLinkTest, LinkThatLeadsElsewhereByNowIsNotRemoved) {
+TEST_F(IpodLinkTest, LinkThatNowLeadsElsewhereIsNotRemoved) {
   link.leadTo(port.slavePath());
   fs::remove(path);
   fs::create_symlink("/nowhere", path);

@@ -27,7 +27,7 @@ class IpodsimTest : public testing::Test {
     EXPECT_EQ(program->readLine(), "iPod ready on " + link.string()) << program->errors();
     return program;
   }
-  // Exit status and the errors of a command line that is refused.
+  // Returns the errors of a refused command line, and checks the exit status.
   std::string refusal(const std::vector<std::string>& arguments, int status) {
     auto program = run(arguments);
     const std::optional<int> ended = program->waitForEnd();
@@ -39,7 +39,7 @@ class IpodsimTest : public testing::Test {
   const fs::path link = folder / "ipod";
 };
 
-TEST_F(IpodsimTest, IsReadyAnswersAndEndsOnSignals) {
+TEST_F(IpodsimTest, AnswersAndEndsOnSignals) {
   for (int number : {SIGINT, SIGTERM}) {
     auto program = runReady({"--name", "Zoe"});
     HostEnd host(link.string());
@@ -58,7 +58,7 @@ TEST_F(IpodsimTest, SpeaksSerialFrames) {
   EXPECT_EQ(host.read(10), "FF 55 06 00 08 5A 6F 65 00 C4");
 }
 
-TEST_F(IpodsimTest, ModelAndItsSwitchesComeFromTheCommandLine) {
+TEST_F(IpodsimTest, CommandLineSelectsTheModelAndItsSwitches) {
   auto program =
       runReady({"--personality", "nano", "--ext-version", "1.11", "--image-limits", "120x65",
                 "--set", "unknown-command=silence", "--fault", "doubled@00:0F"});
@@ -80,7 +80,7 @@ TEST_F(IpodsimTest, TraceShowsEveryMessage) {
   EXPECT_TRUE(program->readUntil(" -- the accessory closed the link"));
 }
 
-TEST_F(IpodsimTest, TraceShowsBytesThatAreNoMessage) {
+TEST_F(IpodsimTest, TraceShowsBytesThatAreNotAMessage) {
   auto program = runReady({"--trace"});
   HostEnd host(link.string());
   ASSERT_TRUE(host.write("13 A9 55 02 00 03 FC"));
@@ -103,7 +103,7 @@ TEST_F(IpodsimTest, WithoutATraceOnlyDamageIsShown) {
   EXPECT_NE(program->readLine().value_or("").find(" -- the accessory closed"), std::string::npos);
 }
 
-// The line that a fault is told in, without its time: "fault: lost@00:07#1 ... (Name)".
+/// Returns the line that reports a fault, without its time: "fault: lost@00:07#1 ... (Name)".
 std::string strikeOf(Program& program) {
   const std::string line = program.readLine().value_or("");
   const size_t time = line.find(" struck at ");
@@ -112,7 +112,7 @@ std::string strikeOf(Program& program) {
   return line.substr(0, time) + " ..." + line.substr(request + 2);
 }
 
-TEST_F(IpodsimTest, SaysWhichFaultStruckAsItIsGivenAgain) {
+TEST_F(IpodsimTest, ReportsFaultsInTheFormOfTheOption) {
   const char* const ask = "55 02 00 03 FB";
   const char* const twice = "55 03 00 04 00 F9 55 03 00 04 00 F9";
   {
@@ -132,14 +132,14 @@ TEST_F(IpodsimTest, SaysWhichFaultStruckAsItIsGivenAgain) {
   EXPECT_EQ(strikeOf(*program), "fault: doubled@00:03#2 ... (RequestRemoteUIMode)");
 }
 
-TEST_F(IpodsimTest, SaysWhichFaultStruckAtRandom) {
+TEST_F(IpodsimTest, ReportsRandomFaults) {
   auto program = runReady({"--fault", "random=100/lost"});
   HostEnd host(link.string());
   ASSERT_TRUE(host.write("55 02 00 03 FB"));
   EXPECT_EQ(strikeOf(*program), "fault: lost@00:03#1 ... (RequestRemoteUIMode)");
 }
 
-TEST_F(IpodsimTest, QuietOneDoesNotSayThatAFaultStruck) {
+TEST_F(IpodsimTest, QuietDoesNotReportFaults) {
   auto program = runReady({"--quiet", "--interactive", "--fault", "doubled"});
   HostEnd host(link.string());
   ASSERT_TRUE(host.write("13 55 02 00 03 FC 55 02 00 03 FB"));
@@ -174,7 +174,7 @@ TEST_F(IpodsimTest, PlaysAMusicLibraryOfTheUsers) {
   EXPECT_EQ(host.read(10), "55 07 04 00 19 00 00 00 03 D9");
 }
 
-TEST_F(IpodsimTest, PersonUnplugsAndPlugs) {
+TEST_F(IpodsimTest, CommandsUnplugAndPlug) {
   auto program = runReady({"--interactive", "--quiet", "--name", "Zoe"});
   HostEnd host(link.string());
   program->type("unplug");
@@ -188,7 +188,7 @@ TEST_F(IpodsimTest, PersonUnplugsAndPlugs) {
   EXPECT_EQ(again.read(9), "55 06 00 08 5A 6F 65 00 C4");
 }
 
-TEST_F(IpodsimTest, PersonPlaysAndAsks) {
+TEST_F(IpodsimTest, CommandsPlayAndShowTheStatus) {
   auto program = runReady({"--interactive", "--quiet"});
   program->type("status");
   EXPECT_EQ(program->readLine(), "plugged in");
@@ -204,7 +204,7 @@ TEST_F(IpodsimTest, PersonPlaysAndAsks) {
   program->readLine();
 }
 
-TEST_F(IpodsimTest, PersonTellsASampleRateAndLetsThingsGoWrong) {
+TEST_F(IpodsimTest, CommandsAnnounceASampleRateAndAddFaults) {
   auto program = runReady({"--interactive", "--quiet"});
   HostEnd host(link.string());
   ASSERT_TRUE(host.write("55 02 00 03 FB"));
@@ -221,7 +221,7 @@ TEST_F(IpodsimTest, PersonTellsASampleRateAndLetsThingsGoWrong) {
   EXPECT_TRUE(program->readUntil("2 messages received, 4 sent, 1 faults"));
 }
 
-TEST_F(IpodsimTest, CommandsThatAreWrongAreExplained) {
+TEST_F(IpodsimTest, WrongCommandsAreExplained) {
   auto program = runReady({"--interactive", "--quiet"});
   program->type("");
   program->type("dance");
@@ -254,7 +254,7 @@ TEST_F(IpodsimTest, HelpExplainsItself) {
   }
 }
 
-// A terminal of 80 columns breaks longer lines anywhere.
+/// A terminal of 80 columns breaks longer lines inside words.
 TEST_F(IpodsimTest, HelpFitsATerminal) {
   for (const char* option : {"--help", "--help-faults", "--help-personalities"}) {
     auto program = run({option});
@@ -270,14 +270,14 @@ TEST_F(IpodsimTest, PrintsItsVersion) {
   EXPECT_EQ(program->restOfOutput() + program->errors(), "");
 }
 
-TEST_F(IpodsimTest, CountsAPersonsMusicAfterTheFirstLine) {
+TEST_F(IpodsimTest, PrintsTheNumbersOfTheUsersMusicAfterTheFirstLine) {
   const fs::path file = folder / "library.json";
   std::ofstream(file) << R"({"tracks": [{"title": "One", "artist": "Anna"}, {"title": "Two"}]})";
   auto program = runReady({"--library", file.string(), "--tracks", "5"});
   EXPECT_EQ(program->readLine(), "music: 2 tracks, 1 artist, 0 albums, 0 playlists");
 }
 
-TEST_F(IpodsimTest, CountsTheMusicOfAFolderAndWhatItSkipped) {
+TEST_F(IpodsimTest, PrintsTheNumbersOfAFolderAndItsSkippedFiles) {
   const fs::path music = folder / "Music";
   fs::create_directory(music);
   std::ofstream(music / "broken.mp3") << "x";
@@ -293,13 +293,13 @@ TEST_F(IpodsimTest, CountsTheMusicOfAFolderAndWhatItSkipped) {
   EXPECT_EQ(quiet->readLine(), "plugged in") << "no count";
 }
 
-TEST_F(IpodsimTest, BuiltInMusicIsNotCounted) {
+TEST_F(IpodsimTest, PrintsNoNumbersOfTheBuiltInMusic) {
   auto program = runReady({"--interactive"});
   program->type("status");
   EXPECT_EQ(program->readLine(), "plugged in");
 }
 
-TEST_F(IpodsimTest, ScreenThatCannotBeWrittenIsToldAtTheStart) {
+TEST_F(IpodsimTest, ScreenThatCannotBeWrittenIsReportedAtTheStart) {
   const std::string hint = "\nTry ipodsim --screen FILE.png with a file that can be written.\n";
   const std::string none = (folder / "none").string();
   EXPECT_EQ(refusal({"--screen", none + "/screen.png"}, 1),
@@ -340,7 +340,7 @@ TEST_F(IpodsimTest, WrongCommandLinesAreExplained) {
   EXPECT_NE(refusal({"--music", "/tmp", "--library", "x"}, 2).find("excludes"), std::string::npos);
 }
 
-TEST_F(IpodsimTest, WhatCannotRunIsExplained) {
+TEST_F(IpodsimTest, FailuresToStartAreExplained) {
   const std::string none = (folder / "none").string();
   EXPECT_NE(refusal({"--music", none}, 1).find(none), std::string::npos);
   EXPECT_NE(refusal({"--library", none}, 1).find(none), std::string::npos);
@@ -357,7 +357,7 @@ TEST_F(IpodsimTest, WhatCannotRunIsExplained) {
                 "Try ipodsim --link PATH.\n");
 }
 
-TEST_F(IpodsimTest, LinkIsNotTakenFromAnotherThatRuns) {
+TEST_F(IpodsimTest, LinkOfARunningIpodsimIsKept) {
   auto first = runReady({"--name", "Zoe"});
   EXPECT_EQ(refusal({"--link", link.string()}, 1),
             "ipodsim: the link " + link.string() +
@@ -372,7 +372,7 @@ TEST_F(IpodsimTest, LinkIsNotTakenFromAnotherThatRuns) {
   auto second = runReady({});
 }
 
-TEST_F(IpodsimTest, LinkOfOneThatWasKilledIsTakenOver) {
+TEST_F(IpodsimTest, LinkOfAKilledIpodsimIsReplaced) {
   for (int round = 0; round < 3; ++round) {
     auto program = runReady({"--name", "Zoe"});
     HostEnd host(link.string());
@@ -384,7 +384,7 @@ TEST_F(IpodsimTest, LinkOfOneThatWasKilledIsTakenOver) {
   }
 }
 
-TEST_F(IpodsimTest, OneOfManyThatStartAtOnceGetsTheLink) {
+TEST_F(IpodsimTest, OneOfManyConcurrentStartsGetsTheLink) {
   std::vector<std::unique_ptr<Program>> programs;
   for (int i = 0; i < 8; ++i)
     programs.push_back(run({"--quiet", "--link", link.string()}));
@@ -401,7 +401,7 @@ TEST_F(IpodsimTest, OneOfManyThatStartAtOnceGetsTheLink) {
   EXPECT_TRUE(HostEnd(link.string()).isOpen());
 }
 
-TEST_F(IpodsimTest, LinkIsKeptForTheCableThatAPersonPulled) {
+TEST_F(IpodsimTest, LinkIsKeptWhileTheCableIsPulled) {
   auto program = runReady({"--interactive", "--quiet"});
   program->type("unplug");
   EXPECT_EQ(program->readLine(), "unplugged");

@@ -30,10 +30,10 @@ TEST(ResizedLibrary, EmptyLibraryStaysEmpty) {
   EXPECT_TRUE(resizedLibrary(MusicLibrary{}, 10).tracks.empty());
 }
 
-/// Of the processor, in this process: what other programs do meanwhile does not count.
+/// Returns the processor time of this process, which does not depend on other programs.
 double nowMs() { return 1000.0 * static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
-// The limits are far above what a request takes, and far below what anything quadratic would.
+/// The limits are far above the time of a request, and far below that of a quadratic algorithm.
 class LargeLibrary : public testing::Test {
  protected:
   static constexpr double kLimitMs = 1000;

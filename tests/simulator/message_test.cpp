@@ -24,7 +24,7 @@ TEST(ParseMessage, CommandIdOfTheExtendedInterfaceIsTwoBytes) {
   EXPECT_EQ(toHex(message->data), "02");
 }
 
-TEST(ParseMessage, PayloadThatEndsBeforeItsCommandIsNone) {
+TEST(ParseMessage, PayloadThatIsTooShortForItsCommandIsNotAMessage) {
   EXPECT_FALSE(parseMessage(Bytes{}));
   EXPECT_FALSE(parseMessage(hex("00")));
   EXPECT_FALSE(parseMessage(hex("04")));
@@ -38,12 +38,12 @@ TEST(ParseMessage, UnknownLingoIsKept) {
   EXPECT_EQ(message->command, 0x07);
 }
 
-TEST(MessagePayload, WritesTheCommandAsWideAsItsLingoWants) {
+TEST(MessagePayload, WritesTheCommandInTheWidthOfItsLingo) {
   EXPECT_EQ(toHex(messagePayload({0x00, 0x04, {0x01}})), "00 04 01");
   EXPECT_EQ(toHex(messagePayload({0x04, 0x0019, {0, 0, 0, 5}})), "04 00 19 00 00 00 05");
 }
 
-TEST(PayloadReader, TakesHighByteFirst) {
+TEST(PayloadReader, ReadsTheHighByteFirst) {
   const Bytes bytes = hex("01 02 03 04 05 06 07 08");
   PayloadReader reader(bytes);
   EXPECT_EQ(reader.u8(), 0x01);

@@ -22,7 +22,7 @@ std::string refusal(const std::string& setting) {
   return "accepted";
 }
 
-TEST(PersonalitySettings, TakeNumbers) {
+TEST(PersonalitySettings, AcceptNumbers) {
   EXPECT_EQ(with("silent-identifications=2").silentIdentifications, 2u);
   EXPECT_EQ(with("accessory-info-patience=7").accessoryInfoPatience, milliseconds(7));
   EXPECT_EQ(with("audio-attributes-delay=7").audioAttributesDelay, milliseconds(7));
@@ -40,7 +40,7 @@ TEST(PersonalitySettings, TakeNumbers) {
   EXPECT_EQ(with("image-interval=15000").display.imageInterval, seconds(15));
 }
 
-TEST(PersonalitySettings, TakeNoAndYes) {
+TEST(PersonalitySettings, AcceptNoAndYes) {
   EXPECT_FALSE(with("repeats-accessory-info=no").repeatsAccessoryInfo);
   EXPECT_TRUE(with("acknowledges-accessory-info=yes").acknowledgesAccessoryInfo);
   EXPECT_FALSE(with("asks-sample-rates=no").asksSampleRates);
@@ -55,7 +55,7 @@ TEST(PersonalitySettings, TakeNoAndYes) {
   EXPECT_FALSE(with("colour=no").display.colour);
 }
 
-TEST(PersonalitySettings, TakeWords) {
+TEST(PersonalitySettings, AcceptWords) {
   EXPECT_EQ(with("identification-end=mode").identificationEnd, IdentificationEnd::kRemoteUiMode);
   EXPECT_EQ(with("length-form=long").lengthForm, LengthForm::kLong);
   EXPECT_EQ(with("unknown-command=silence").unknownCommand, UnknownCommand::kSilence);

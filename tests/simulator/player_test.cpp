@@ -11,7 +11,7 @@ namespace {
 
 using Tracks = std::vector<uint32_t>;
 
-// Of the small library, in playing order: 10 s, 20 s, 30 s.
+/// Tracks of the small library, in playing order: 10 s, 20 s, 30 s.
 const Tracks kAnna = {2, 4, 1};
 
 class PlayerTest : public testing::Test {
@@ -22,7 +22,7 @@ class PlayerTest : public testing::Test {
       tracks.push_back(player.list().trackAt(i));
     return tracks;
   }
-  // The index that plays; -1 when nothing does.
+  // Returns the index that plays; -1 when nothing plays.
   int index() const {
     return player.currentTrack() ? static_cast<int>(player.list().currentIndex()) : -1;
   }
@@ -46,7 +46,7 @@ TEST_F(PlayerTest, PositionAdvancesWithTime) {
   EXPECT_EQ(player.nextEnd(), seconds(120));
 }
 
-TEST_F(PlayerTest, PauseHoldsThePosition) {
+TEST_F(PlayerTest, PauseKeepsThePosition) {
   player.play(kAnna, 0, seconds(0));
   player.pause(seconds(4));
   EXPECT_EQ(player.state(), PlayState::kPaused);
@@ -90,7 +90,7 @@ TEST_F(PlayerTest, RepeatAllBeginsAgain) {
   EXPECT_EQ(player.position(seconds(31)), seconds(1));
 }
 
-TEST_F(PlayerTest, RepeatOneStaysOnTheTrackUntilAPersonSkips) {
+TEST_F(PlayerTest, RepeatOneRepeatsTheTrackUntilASkip) {
   player.setRepeat(Repeat::kOne);
   player.play(kAnna, 0, seconds(0));
   player.advance(seconds(25));
@@ -136,7 +136,7 @@ TEST_F(PlayerTest, PreviousGoesBackEarlyAndRestartsLater) {
   EXPECT_EQ(player.position(milliseconds(5999)), Time(0));
 }
 
-TEST_F(PlayerTest, PreviousNeverRestartsOnAModelWithoutThatHabit) {
+TEST_F(PlayerTest, PreviousNeverRestartsOnSomeModels) {
   PlayerHabits habits;
   habits.previousRestartsAfter = Time(0);
   Player other(catalogue, habits, random);
@@ -169,7 +169,7 @@ TEST_F(PlayerTest, FastForwardMovesThePositionFaster) {
   EXPECT_EQ(player.position(seconds(3)), seconds(10));
 }
 
-TEST_F(PlayerTest, FastForwardRunsIntoTheNextTrack) {
+TEST_F(PlayerTest, FastForwardContinuesInTheNextTrack) {
   player.play(kAnna, 0, seconds(0));
   player.startSeek(SeekDirection::kForward, seconds(2));
   EXPECT_EQ(player.nextEnd(), seconds(3));
@@ -242,7 +242,7 @@ TEST_F(PlayerTest, ShuffledSelectionPlaysTheChosenTrackFirst) {
   EXPECT_EQ(sorted, (Tracks{0, 1, 2, 3, 4}));
 }
 
-TEST_F(PlayerTest, SameSeedShufflesAlikeAndAnotherDoesNot) {
+TEST_F(PlayerTest, SameSeedShufflesTheSameWayAndAnotherDoesNot) {
   const Tracks all = {0, 1, 2, 3, 4, 5, 6};
   const auto shuffled = [&](uint32_t seed) {
     Random chance(seed);
@@ -270,7 +270,7 @@ TEST_F(PlayerTest, ShuffleTurnedOffRestoresTheOrderAndKeepsTheTrack) {
   EXPECT_TRUE(player.takeChanges().track);
 }
 
-TEST_F(PlayerTest, ShuffleTurnedOnWhilePlayingGoesOnWithTheTrack) {
+TEST_F(PlayerTest, ShuffleTurnedOnWhilePlayingKeepsTheTrack) {
   player.play({0, 1, 2, 3, 4}, 3, seconds(0));
   player.setShuffle(Shuffle::kTracks);
   EXPECT_EQ(player.currentTrack(), 3u);

@@ -33,7 +33,7 @@ class PngFileTest : public testing::Test {
   const fs::path file = folder / "screen.png";
 };
 
-TEST_F(PngFileTest, HoldsThePicture) {
+TEST_F(PngFileTest, ContainsThePicture) {
   writePng(kTwoPixels, file);
   const Picture read = readPng(file);
   EXPECT_EQ(read.width, 2);
@@ -49,7 +49,7 @@ TEST_F(PngFileTest, ReplacesAnOlderFileAndLeavesNoOther) {
   EXPECT_EQ(std::distance(fs::directory_iterator(file.parent_path()), fs::directory_iterator()), 1);
 }
 
-TEST_F(PngFileTest, SaysWhichFileCannotBeWritten) {
+TEST_F(PngFileTest, NamesAFileThatCannotBeWritten) {
   const fs::path nowhere = folder / "none" / "screen.png";
   try {
     writePng(kTwoPixels, nowhere);
@@ -59,7 +59,7 @@ TEST_F(PngFileTest, SaysWhichFileCannotBeWritten) {
   }
 }
 
-TEST_F(PngFileTest, FolderInItsPlaceIsLeft) {
+TEST_F(PngFileTest, DoesNotReplaceAFolder) {
   fs::create_directory(file);
   std::ofstream(file / "inside") << "x";
   EXPECT_THROW(writePng(kTwoPixels, file), std::runtime_error);

@@ -25,7 +25,7 @@ const char* const kEntered = "55 04 00 02 00 05 F5";
 const size_t kModeSize = 6;
 const size_t kEnteredSize = 7;
 
-// CPU time of this process so far.
+/// Returns the CPU time of this process.
 Time cpuTime() {
   rusage usage;
   getrusage(RUSAGE_SELF, &usage);
@@ -35,7 +35,7 @@ Time cpuTime() {
 
 class PtyIpodTest : public testing::Test {
  protected:
-  // Waits without doing anything, and returns the CPU time that was used meanwhile.
+  // Waits, and returns the CPU time that was used meanwhile.
   Time cpuTimeOf(PtyIpod& pty, Time span) {
     const Time before = cpuTime();
     pty.waitUntil([](const SimulatedIpod&) { return false; }, span);
@@ -76,7 +76,7 @@ TEST_F(PtyIpodTest, SlaveIsRaw) {
   EXPECT_EQ(settings.c_iflag & (ICRNL | IXON | ISTRIP), 0u);
 }
 
-TEST_F(PtyIpodTest, EveryByteValuePasses) {
+TEST_F(PtyIpodTest, PassesEveryByteValue) {
   Personality personality;
   std::string name;
   for (int byte = 1; byte < 256; ++byte)
@@ -118,7 +118,7 @@ TEST_F(PtyIpodTest, AccessoryThatClosesIsForgotten) {
             PlayState::kPaused);
 }
 
-TEST_F(PtyIpodTest, BytesWrittenJustBeforeClosingStillCount) {
+TEST_F(PtyIpodTest, HandlesBytesThatWereWrittenJustBeforeClosing) {
   PtyIpod pty(ipod, FrameKind::kUsb);
   pty.start();
   HostEnd host(pty.slavePath());
@@ -132,7 +132,7 @@ TEST_F(PtyIpodTest, BytesWrittenJustBeforeClosingStillCount) {
   EXPECT_TRUE(pty.waitUntil(plain, seconds(5)));
 }
 
-TEST_F(PtyIpodTest, NextAccessoryDoesNotGetWhatTheLastOneLeft) {
+TEST_F(PtyIpodTest, NextAccessoryDoesNotGetUnreadBytes) {
   PtyIpod pty(ipod, FrameKind::kUsb);
   pty.start();
   HostEnd first(pty.slavePath());
@@ -146,7 +146,7 @@ TEST_F(PtyIpodTest, NextAccessoryDoesNotGetWhatTheLastOneLeft) {
   EXPECT_EQ(second.read(kModeSize), kModeOff);
 }
 
-// Takes 3 x 400 ms: rest cannot be measured in less.
+/// Takes 3 x 400 ms; a shorter time would not show whether the thread rests.
 TEST_F(PtyIpodTest, UsesNoTimeWhileNothingHappens) {
   PtyIpod pty(ipod, FrameKind::kUsb);
   pty.start();
@@ -203,7 +203,7 @@ TEST_F(PtyIpodTest, FaultPullsTheCableAfterItsBytes) {
   EXPECT_EQ(again.read(kModeSize), kModeOff);
 }
 
-TEST_F(PtyIpodTest, LinkLeadsToTheSlaveAndGoesAtTheEnd) {
+TEST_F(PtyIpodTest, LinkLeadsToTheSlaveAndIsRemovedAtTheEnd) {
   {
     PtyIpod pty(ipod, FrameKind::kUsb, link);
     pty.start();
@@ -232,7 +232,7 @@ TEST_F(PtyIpodTest, OtherFileIsNotReplaced) {
   EXPECT_TRUE(HostEnd(link.string()).isOpen()) << "the refused one claims nothing";
 }
 
-TEST_F(PtyIpodTest, LinkIsNotTakenFromAnotherIpod) {
+TEST_F(PtyIpodTest, LinkOfARunningIpodIsKept) {
   PtyIpod pty(ipod, FrameKind::kUsb, link);
   pty.start();
   const fs::path slave = fs::read_symlink(link);
@@ -245,7 +245,7 @@ TEST_F(PtyIpodTest, LinkIsNotTakenFromAnotherIpod) {
   EXPECT_TRUE(HostEnd(link.string()).isOpen());
 }
 
-TEST_F(PtyIpodTest, LinkIsKeptForTheCableThatIsPulled) {
+TEST_F(PtyIpodTest, LinkIsReservedWhileTheCableIsPulled) {
   PtyIpod pty(ipod, FrameKind::kUsb, link);
   pty.start();
   pty.unplug();
@@ -258,7 +258,7 @@ TEST_F(PtyIpodTest, LinkIsKeptForTheCableThatIsPulled) {
   EXPECT_EQ(host.read(kModeSize), kModeOff);
 }
 
-TEST_F(PtyIpodTest, LinkOfSomebodyElseIsLeftAtTheEnd) {
+TEST_F(PtyIpodTest, LinkOfAnotherProcessIsNotRemovedAtTheEnd) {
   {
     PtyIpod pty(ipod, FrameKind::kUsb, link);
     pty.start();
@@ -289,7 +289,7 @@ TEST_F(PtyIpodTest, AccessoryThatReadsLateGetsEverything) {
   EXPECT_EQ(usbPayloads(all).size(), 2000u);
 }
 
-TEST_F(PtyIpodTest, PersonCanActWhileTheAccessoryListens) {
+TEST_F(PtyIpodTest, ActionsAreSentWhileTheAccessoryListens) {
   PtyIpod pty(ipod, FrameKind::kUsb);
   pty.start();
   HostEnd host(pty.slavePath());

@@ -8,9 +8,9 @@
 namespace simulator {
 namespace {
 
-// Conversations frame by frame, as on a USB link; on a serial line each frame has FF before it.
+/// Conversations frame by frame, as on a USB link; on a serial line each frame has FF before it.
 struct Turn {
-  std::vector<const char*> host;  // sent one behind the other
+  std::vector<const char*> host;  // sent one after the other
   std::vector<const char*> ipod;  // expected in answer
 };
 using Script = std::vector<Turn>;
@@ -24,7 +24,7 @@ const char* const kAudioAck = "55 04 0A 00 00 04 EE";
 const char* const kEnter = "55 02 00 05 F9";
 const char* const kEntered = "55 04 00 02 00 05 F5";
 
-// Ends when the iPod has told the version of the Digital Audio lingo.
+/// Ends when the iPod has sent the version of the Digital Audio lingo.
 const Script kVersionChain = {
     {{kAnnounce}, {kAnnounced, kAskCapabilities}},
     {{kCapabilities}, {"55 02 0A 02 F2"}},
@@ -36,7 +36,7 @@ const Script kVersionChain = {
     {{"55 04 04 00 18 02 DE"}, {"55 07 04 00 19 00 00 00 03 D9"}},
 };
 
-// Ends when the iPod has acknowledged the mode that it told unasked.
+/// Ends when the iPod has acknowledged the mode that it sent without a request.
 const Script kModeUnasked = {
     {{kAnnounce}, {kAnnounced, kAskCapabilities}},
     {{kCapabilities}, {kAttributes, "55 03 00 04 01 F8"}},
@@ -128,7 +128,7 @@ INSTANTIATE_TEST_SUITE_P(All, ScriptedHost, testing::ValuesIn(kCases),
 
 class SilentAttempts : public testing::TestWithParam<unsigned> {};
 
-// A host waits one second for an answer and pauses for 100 ms before each of its three attempts.
+/// A host waits one second for an answer and pauses for 100 ms before each of its three attempts.
 TEST_P(SilentAttempts, IdentifiesInTheAttemptAfterThem) {
   Personality slow;
   slow.silentIdentifications = GetParam();

@@ -82,7 +82,7 @@ TEST_F(SimpleRemoteTest, ChapterButtonsStepATrack) {
   EXPECT_EQ(index(), 0u);
 }
 
-TEST_F(SimpleRemoteTest, ShuffleAndRepeatButtonsGoRound) {
+TEST_F(SimpleRemoteTest, ShuffleAndRepeatButtonsCycle) {
   press("00 80");
   EXPECT_EQ(player().shuffle(), Shuffle::kTracks);
   press("00 80");
@@ -115,7 +115,7 @@ TEST_F(SimpleRemoteTest, TwoButtonsAtOnceBothAct) {
   EXPECT_EQ(player().state(), PlayState::kPaused);
 }
 
-TEST_F(SimpleRemoteTest, ButtonsOfTheIpodItselfDoNothing) {
+TEST_F(SimpleRemoteTest, ButtonsOfTheIpodsControlsDoNothing) {
   press("06");
   press("00 00 CE");
   press("00 00 00 07");
@@ -145,7 +145,7 @@ TEST_F(SimpleRemoteTest, UnknownCommandHasNoAnswer) {
   EXPECT_EQ(player().state(), PlayState::kPlaying);
 }
 
-TEST_F(SimpleRemoteTest, AccessoryThatIsGoneHoldsNoButton) {
+TEST_F(SimpleRemoteTest, ButtonsAreReleasedWhenTheAccessoryDisconnects) {
   bench.send("02 00 01");
   bench.ipod.hangUp(bench.now);
   EXPECT_EQ(bench.ipod.heldButtons(), 0u);

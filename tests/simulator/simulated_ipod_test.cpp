@@ -11,13 +11,13 @@
 namespace simulator {
 namespace {
 
-TEST(SimulatedIpod, SaysNothingOfItsOwnAccord) {
+TEST(SimulatedIpod, SendsNothingWithoutARequest) {
   Bench bench;
   EXPECT_EQ(bench.wait(seconds(3600)), Payloads{});
   EXPECT_FALSE(bench.ipod.nextWake());
 }
 
-TEST(SimulatedIpod, HearsNothingBeforeItIsPlugged) {
+TEST(SimulatedIpod, IgnoresBytesBeforeItIsPlugged) {
   SimulatedIpod ipod(Personality{}, smallLibrary());
   ipod.receive(Time(0), hex("55 02 00 03 FB"));
   EXPECT_TRUE(ipod.takeOutput(Time(0)).empty());
@@ -33,20 +33,20 @@ TEST(SimulatedIpod, SpeaksSerialFramesOnASerialLine) {
   EXPECT_EQ(toHex(writes[0]), "FF 55 03 00 04 00 F9");
 }
 
-TEST(SimulatedIpod, WritesEachFrameByItself) {
+TEST(SimulatedIpod, WritesEachFrameSeparately) {
   Bench bench;
   bench.sendRaw("55 02 00 03 FB 55 02 00 03 FB");
   EXPECT_EQ(bench.takeRaw(), (Payloads{"55 03 00 04 00 F9", "55 03 00 04 00 F9"}));
 }
 
-TEST(SimulatedIpod, DropsAFrameWithAWrongChecksumInSilence) {
+TEST(SimulatedIpod, DropsAFrameWithAWrongChecksumWithoutAnAnswer) {
   Bench bench;
   bench.sendRaw("55 02 00 03 FC");
   EXPECT_EQ(bench.take(), Payloads{});
   EXPECT_EQ(bench.ipod.frameCounters().badChecksums, 1u);
 }
 
-TEST(SimulatedIpod, GivesUpAPacketThatStops) {
+TEST(SimulatedIpod, DropsAnIncompletePacket) {
   Bench bench;
   bench.sendRaw("55 02 00");
   bench.wait(milliseconds(30));
@@ -70,14 +70,14 @@ TEST(SimulatedIpod, ForgetsTheAccessoryThatHangsUp) {
   EXPECT_EQ(bench.count(5), 5u);
 }
 
-TEST(SimulatedIpod, AnswersThatNobodyTookAreForgottenWithTheAccessory) {
+TEST(SimulatedIpod, UnreadAnswersAreDroppedWithTheAccessory) {
   Bench bench;
   bench.send("00 03");
   bench.ipod.hangUp(bench.now);
   EXPECT_EQ(bench.take(), Payloads{});
 }
 
-TEST(SimulatedIpod, PlaysOnWhenUnpluggedAndPluggedByAPerson) {
+TEST(SimulatedIpod, ContinuesToPlayWhenUnpluggedAndPlugged) {
   Bench bench;
   bench.ipod.unplug(bench.now);
   bench.ipod.pressPlay(bench.now);
@@ -97,7 +97,7 @@ TEST(SimulatedIpod, WakesWhenTheTrackEnds) {
   EXPECT_EQ(bench.ipod.nextWake(), seconds(10));
 }
 
-TEST(SimulatedIpod, RemembersWhatWasSaid) {
+TEST(SimulatedIpod, KeepsAHistoryOfMessages) {
   Bench bench;
   bench.ask("00 03");
   const auto& history = bench.ipod.history();
@@ -129,7 +129,7 @@ TEST(SimulatedIpod, KeepsALimitedHistory) {
   EXPECT_EQ(bench.ipod.countSent(Lingo::kGeneral, 0x04), SimulatedIpod::kHistoryLimit / 2);
 }
 
-TEST(Trace, TellsEachMessageInOneLine) {
+TEST(Trace, ShowsEachMessageInOneLine) {
   Bench bench;
   std::vector<std::string> lines;
   bench.ipod.setTrace([&](const Traffic& traffic) { lines.push_back(describe(traffic)); });
@@ -161,7 +161,7 @@ class WasteTrace : public testing::Test {
   std::vector<std::string> lines;
 };
 
-TEST_F(WasteTrace, TellsBytesThatFormNoFrameInTheirOrder) {
+TEST_F(WasteTrace, ShowsBytesThatFormNoFrameInTheirOrder) {
   bench.sendRaw("13 A9 55 02 00 03 FB 77 FF");
   EXPECT_EQ(take(), (std::vector<std::string>{
                         "     0.000 -- bytes that form no frame: 13 A9",
@@ -170,14 +170,14 @@ TEST_F(WasteTrace, TellsBytesThatFormNoFrameInTheirOrder) {
                     }));
 }
 
-TEST_F(WasteTrace, TellsAFrameWithAWrongChecksum) {
+TEST_F(WasteTrace, ShowsAFrameWithAWrongChecksum) {
   bench.sendRaw("55 03 00 0F 04 EB");
   EXPECT_EQ(take(), std::vector<std::string>{
                         "     0.000 -- a frame with a wrong checksum: 55 03 00 0F 04 EB"});
   EXPECT_EQ(bench.ipod.history().back().kind, Traffic::Kind::kEvent);
 }
 
-TEST_F(WasteTrace, TellsAFrameThatStopsWhenTheNextByteComes) {
+TEST_F(WasteTrace, ShowsAnIncompleteFrameWhenTheNextByteArrives) {
   bench.sendRaw("55 02 00");
   EXPECT_EQ(take(), std::vector<std::string>{});
   bench.wait(milliseconds(30));
@@ -188,7 +188,7 @@ TEST_F(WasteTrace, TellsAFrameThatStopsWhenTheNextByteComes) {
                     }));
 }
 
-TEST_F(WasteTrace, TellsAFrameThatStopsWithItsAccessory) {
+TEST_F(WasteTrace, ShowsAnIncompleteFrameWhenTheAccessoryDisconnects) {
   bench.sendRaw("55 02 00");
   bench.ipod.hangUp(bench.now);
   EXPECT_EQ(take(), (std::vector<std::string>{
@@ -203,7 +203,7 @@ TEST_F(WasteTrace, TellsAFrameThatStopsWithItsAccessory) {
                     }));
 }
 
-TEST_F(WasteTrace, TellsAllBytesOfALargeFrameAndCutsAStorm) {
+TEST_F(WasteTrace, ShowsAllBytesOfALargeFrameAndCutsLongNoise) {
   std::string large = "55 FF 00 77";
   for (int i = 0; i < 253; ++i)
     large += " 01";
@@ -218,7 +218,7 @@ TEST_F(WasteTrace, TellsAllBytesOfALargeFrameAndCutsAStorm) {
                                              " ... (265 bytes)"});
 }
 
-TEST(Trace, TellsStrikesWithTheirRequestIfItIsKnown) {
+TEST(Trace, ShowsFaultsWithTheirRequestIfItIsKnown) {
   Traffic traffic{milliseconds(61005), Traffic::Kind::kFault, {0x00, 0x77, {}}, "lost@00:77#1"};
   EXPECT_EQ(describe(traffic), "fault: lost@00:77#1 struck at 61.005 s");
   traffic.message = {0x04, 0x0027, {}};
@@ -226,14 +226,14 @@ TEST(Trace, TellsStrikesWithTheirRequestIfItIsKnown) {
             "fault: lost@00:77#1 struck at 61.005 s (PlayStatusChangeNotification)");
 }
 
-TEST(Trace, CutsLongDataAndTellsItsLength) {
+TEST(Trace, CutsLongDataAndShowsItsLength) {
   const Traffic traffic{Time(0), Traffic::Kind::kSent, {0x63, 0x07, Bytes(30, 0x11)}, ""};
   EXPECT_EQ(describe(traffic),
             "     0.000 -> 63 07 unknown 11 11 11 11 11 11 11 11 11 11 11 11 11 11 11 11 11 11 11 "
             "11 11 11 11 11 ... (30 bytes)");
 }
 
-TEST(Trace, TellsLostMessagesAndEvents) {
+TEST(Trace, ShowsLostMessagesAndEvents) {
   Traffic traffic{seconds(61), Traffic::Kind::kLost, {0x00, 0x04, {0x01}}, "lost"};
   EXPECT_EQ(describe(traffic), "    61.000 x- 00 04 ReturnRemoteUIMode 01  [lost]");
   traffic.kind = Traffic::Kind::kEvent;
@@ -252,7 +252,7 @@ TEST(Personalities, UnknownPresetIsRefused) {
   EXPECT_THROW(personality("walkman"), std::invalid_argument);
 }
 
-TEST(Personalities, HastyOneAnswersAtOnceAndAsksAndPlaysLate) {
+TEST(Personalities, HastyAnswersAtOnceAndAsksAndPlaysLate) {
   Bench bench(personality("hasty"));
   EXPECT_EQ(bench.ask("00 13 00 00 00 11 00 00 00 00 00 00 00 00"), Payloads{"00 02 00 13"});
   EXPECT_EQ(bench.wait(milliseconds(100)), Payloads{"00 27 00"});
@@ -261,7 +261,7 @@ TEST(Personalities, HastyOneAnswersAtOnceAndAsksAndPlaysLate) {
   EXPECT_EQ(bench.wait(milliseconds(200)), Payloads{"04 00 01 00 00 28"});
 }
 
-TEST(Personalities, StrictOneRefusesWhatItMay) {
+TEST(Personalities, StrictRefusesWhatItMay) {
   const char* const announce = "00 13 00 00 00 11 00 00 00 00 00 00 00 00";
   Bench bench(personality("strict"));
   bench.ask(announce);
@@ -273,7 +273,7 @@ TEST(Personalities, StrictOneRefusesWhatItMay) {
   EXPECT_EQ(bench.ask("04 00 0C 05 00 00 00 00 00 00"), Payloads{"04 00 01 04 00 0C"});
 }
 
-TEST(Personalities, TellTheVersionOfTheirExtendedInterface) {
+TEST(Personalities, ReturnTheVersionOfTheirExtendedInterface) {
   EXPECT_EQ(Bench(personality("classic")).ask("00 0F 04"), Payloads{"00 10 04 01 0E"});
   EXPECT_EQ(Bench(personality("nano")).ask("00 0F 04"), Payloads{"00 10 04 01 0D"});
   EXPECT_EQ(Bench(personality("video")).ask("00 0F 04"), Payloads{"00 10 04 01 0C"});

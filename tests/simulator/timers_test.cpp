@@ -27,7 +27,7 @@ TEST_F(TimersTest, RunsWhatIsDueInOrder) {
   EXPECT_EQ(timers.next(), seconds(3));
 }
 
-TEST_F(TimersTest, SameMomentKeepsTheOrderOfAsking) {
+TEST_F(TimersTest, KeepsTheOrderOfAddingAtTheSameTime) {
   for (char letter : {'a', 'b', 'c'})
     timers.at(seconds(1), say(letter));
   timers.run(seconds(1));

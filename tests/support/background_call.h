@@ -1,6 +1,5 @@
-// A call that may block, on a thread of its own.
-#ifndef TESTS_HOST_BACKGROUND_CALL_H
-#define TESTS_HOST_BACKGROUND_CALL_H
+// A call that may block, on a separate thread.
+#pragma once
 
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -20,7 +19,7 @@
 
 namespace host_test {
 
-// A call that never returns costs the test a failure, not the process: its thread is left behind.
+/// A call that never returns makes the test fail, but not hang: its thread is abandoned.
 template <typename Result>
 class BackgroundCall {
  public:
@@ -38,7 +37,7 @@ class BackgroundCall {
     statusPath = "/proc/self/task/" + std::to_string(id.get()) + "/syscall";
   }
 
-  // Waits until the call sleeps in a poll of the kernel's, as a device call does that has to wait.
+  /// Waits until the call sleeps in poll(), as a device call does when it has to wait.
   bool waitUntilBlocked() const {
     for (const Patience patience; !patience.isOver(); std::this_thread::yield()) {
       std::string number;
@@ -53,7 +52,7 @@ class BackgroundCall {
     return future.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
   }
 
-  // None when the call does not return in time. Once only.
+  /// Returns the result; no value when the call does not return in time. May be called once.
   std::optional<Result> result() {
     if (future.wait_for(kPatience) != std::future_status::ready) return std::nullopt;
     return future.get();
@@ -68,5 +67,3 @@ template <typename Call>
 BackgroundCall(Call) -> BackgroundCall<std::invoke_result_t<Call>>;
 
 }  // namespace host_test
-
-#endif

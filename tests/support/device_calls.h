@@ -1,6 +1,5 @@
-// The platform's device calls as tests use them.
-#ifndef TESTS_HOST_DEVICE_CALLS_H
-#define TESTS_HOST_DEVICE_CALLS_H
+// The platform's device calls for tests.
+#pragma once
 
 #include <windows.h>
 
@@ -13,7 +12,7 @@
 
 namespace host_test {
 
-// Closes its handle.
+/// Closes its handle.
 class OwnedHandle {
  public:
   explicit OwnedHandle(HANDLE owned) : handle(owned) {}
@@ -38,11 +37,11 @@ inline HANDLE openDevice(LPCWSTR name) {
   return CreateFileW(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
 }
 
-// What a read or a write gave.
+/// The result of a read or a write.
 struct Transfer {
   BOOL result;
-  DWORD error;  // of a failure, else 0
-  Bytes bytes;  // what was read; for a write, what went out
+  DWORD error;  ///< of a failure, else 0
+  Bytes bytes;  ///< what was read or written
 
   friend bool operator==(const Transfer& a, const Transfer& b) {
     return a.result == b.result && a.error == b.error && a.bytes == b.bytes;
@@ -77,5 +76,3 @@ inline Transfer writeDevice(HANDLE device, Bytes bytes) {
 }
 
 }  // namespace host_test
-
-#endif

@@ -1,6 +1,5 @@
-// Numbers of the kernel calls in which /proc/self/task/*/syscall shows a thread that waits.
-#ifndef TESTS_HOST_KERNEL_CALLS_H
-#define TESTS_HOST_KERNEL_CALLS_H
+// The numbers of the system calls in which a thread waits, as /proc/self/task/*/syscall shows them.
+#pragma once
 
 #include <sys/syscall.h>
 
@@ -9,7 +8,7 @@
 namespace host_test {
 
 #if defined(TEST_EMULATOR)
-// The kernel sees the emulator's calls, which are those of x86-64.
+/// The kernel sees the system calls of the emulator, which are those of x86-64.
 constexpr std::initializer_list<long> kPollCalls = {7, 271};
 constexpr std::initializer_list<long> kFutexCalls = {202};
 #elif defined(SYS_poll)
@@ -21,5 +20,3 @@ constexpr std::initializer_list<long> kFutexCalls = {SYS_futex};
 #endif
 
 }  // namespace host_test
-
-#endif

@@ -1,20 +1,19 @@
-#ifndef TESTS_HOST_PATIENCE_H
-#define TESTS_HOST_PATIENCE_H
+#pragma once
 
 #include <algorithm>
 #include <chrono>
 
 namespace host_test {
 
-// How long a test waits for what must happen before it fails.
+/// The time that a test waits for an event before it fails.
 constexpr std::chrono::seconds kPatience{10};
 
-// A wait in steps, each with what is left of the patience.
+/// A wait in several steps with one common time limit.
 class Patience {
  public:
   bool isOver() const { return std::chrono::steady_clock::now() >= end; }
 
-  // For poll().
+  /// Returns the rest of the time for poll().
   int left() const {
     const auto left =
         std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
@@ -26,5 +25,3 @@ class Patience {
 };
 
 }  // namespace host_test
-
-#endif

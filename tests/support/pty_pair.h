@@ -1,5 +1,5 @@
-// A pseudo terminal for tests of devices: the test holds the far end of the wire, the code under
-// test opens the near end by a device name.
+// A pseudo-terminal for tests of devices. The test has the far end, and the code under test opens
+// the near end by a device name.
 //
 //   PtyPair wire;
 //   DeviceMapping devices("IPD1:", wire);
@@ -7,8 +7,7 @@
 //   wire.send({0x55, 0x02, 0x00, 0x01, 0xfd});
 //   EXPECT_EQ(wire.receive(2), (Bytes{0xff, 0x55}));
 //   wire.hangUp();
-#ifndef TESTS_HOST_PTY_PAIR_H
-#define TESTS_HOST_PTY_PAIR_H
+#pragma once
 
 #include <fcntl.h>
 #include <poll.h>
@@ -31,14 +30,14 @@
 
 namespace host_test {
 
-// The near end is raw from the start, so nothing is echoed or translated before a device opens it.
+/// The near end is raw from the start, so nothing is echoed or translated before a device opens it.
 class PtyPair {
  public:
   PtyPair() : farEnd(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK)) {
     std::array<char, 128> name = {};
     if (farEnd < 0 || grantpt(farEnd) != 0 || unlockpt(farEnd) != 0 ||
         ptsname_r(farEnd, name.data(), name.size()) != 0) {
-      throw std::runtime_error("no pseudo terminal");
+      throw std::runtime_error("no pseudo-terminal");
     }
     nearEndPath = name.data();
     makeRaw();
@@ -47,13 +46,13 @@ class PtyPair {
   PtyPair& operator=(const PtyPair&) = delete;
   ~PtyPair() { hangUp(); }
 
-  // The near end's terminal.
+  /// Returns the path of the near end.
   const std::string& path() const { return nearEndPath; }
 
-  // The far end, -1 after a hang-up: for a test that must wait for other things beside it.
+  /// Returns the far end, -1 after a hang-up, for a test that also waits for other events.
   int descriptor() const { return farEnd; }
 
-  // Writes to the device; false when it does not take everything in time.
+  /// Writes to the device. Returns false when it does not accept everything in time.
   bool send(const Bytes& bytes) {
     std::size_t sent = 0;
     for (const Patience patience; sent < bytes.size() && waitFor(POLLOUT, patience);) {
@@ -63,8 +62,8 @@ class PtyPair {
     return sent == bytes.size();
   }
 
-  // As send(), and waits until a reader of the near end would get all of it. For a device that is
-  // not reading and has read everything before.
+  /// Does the same as send(), and waits until a reader of the near end would get all bytes. The
+  /// device must not be reading, and must have read everything before.
   bool sendAndArrive(const Bytes& bytes) {
     if (!send(bytes)) return false;
     const int nearEnd = ::open(nearEndPath.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
@@ -76,7 +75,7 @@ class PtyPair {
     return arrived == static_cast<int>(bytes.size());
   }
 
-  // The next `count` bytes that the device writes; fewer when they do not come in time.
+  /// Returns the next `count` bytes that the device writes; fewer when they do not arrive in time.
   Bytes receive(std::size_t count) {
     Bytes bytes(count);
     std::size_t received = 0;
@@ -88,16 +87,16 @@ class PtyPair {
     return bytes;
   }
 
-  // Whether anything holds the near end open.
+  /// Returns whether the near end is open.
   bool isDeviceOpen() const { return (eventsNow() & POLLHUP) == 0; }
 
-  // Waits until nothing holds the near end open; false when that does not come in time.
+  /// Waits until the near end is closed. Returns false when that does not happen in time.
   bool waitUntilDeviceCloses() const {
     pollfd watched = {farEnd, 0, 0};
     return poll(&watched, 1, Patience().left()) > 0 && (watched.revents & POLLHUP) != 0;
   }
 
-  // The near end's settings.
+  /// Returns the settings of the near end.
   termios settings() const {
     termios now = {};
     tcgetattr(farEnd, &now);
@@ -108,8 +107,8 @@ class PtyPair {
     if (tcsetattr(farEnd, TCSANOW, &wanted) != 0) throw std::runtime_error("no such settings");
   }
 
-  // Pulls the plug: bytes that the device has not read yet may be lost. The path is free then for
-  // another program's terminal unless the device is still open.
+  /// Closes the far end. Bytes that the device has not read yet may be lost. Unless the device is
+  /// still open, the terminal of another program may then get the path.
   void hangUp() {
     if (farEnd >= 0) ::close(std::exchange(farEnd, -1));
   }
@@ -119,7 +118,7 @@ class PtyPair {
     termios raw = settings();
     cfmakeraw(&raw);
     changeSettings(raw);
-    // Only an end that was open once reads as closed.
+    // An end is reported as closed only after it was open.
     ::close(::open(nearEndPath.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
   }
 
@@ -129,8 +128,8 @@ class PtyPair {
     return watched.revents;
   }
 
-  // False when the far end is not ready in time. While nothing holds the near end open, it looks
-  // again every millisecond: a poll would return at once.
+  /// Returns false when the far end is not ready in time. While the near end is closed, it checks
+  /// every millisecond, because a poll would return at once.
   bool waitFor(short events, const Patience& patience) const {
     constexpr int kLookAgain = 1;
     while (!patience.isOver()) {
@@ -146,7 +145,7 @@ class PtyPair {
   std::string nearEndPath;
 };
 
-// Sets IPODCTL_DEVICES while it lives. For tests without other threads that open devices.
+/// Sets IPODCTL_DEVICES during its lifetime. For tests without other threads that open devices.
 class DeviceMapping {
  public:
   explicit DeviceMapping(const std::string& entries) : before(value()) {
@@ -176,5 +175,3 @@ class DeviceMapping {
 };
 
 }  // namespace host_test
-
-#endif

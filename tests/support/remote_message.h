@@ -5,14 +5,14 @@
 #include <string>
 #include <type_traits>
 
-/// What a program on Linux and the library under Wine tell each other over a socket. Both run on
-/// the same processor, so numbers go as they are in memory. Include the system's socket functions
-/// first.
+/// The messages between a program on Linux and the library under Wine, over a socket. Both run on
+/// the same processor, so numbers are sent as they are in memory. Include the system's socket
+/// functions first.
 namespace remote {
 
 using Socket = decltype(socket(0, 0, 0));
 
-/// Fields, taken in the order in which they were put.
+/// A list of fields, which are read in the order in which they were written.
 class Message {
  public:
   template <class Number>
@@ -36,7 +36,7 @@ class Message {
   void send(Socket to) const {
     Message size;
     size.put<uint32_t>(static_cast<uint32_t>(bytes.size()));
-    // In one piece: a second one would wait until the other side has acknowledged the first.
+    // In one write: a second one would wait until the other side has acknowledged the first.
     const std::string whole = size.bytes + bytes;
     for (size_t sent = 0; sent < whole.size();) {
       const auto now = ::send(to, whole.data() + sent, static_cast<int>(whole.size() - sent), 0);
@@ -44,7 +44,7 @@ class Message {
       sent += static_cast<size_t>(now);
     }
   }
-  /// Throws at the end of the connection.
+  /// Receives a message. Throws at the end of the connection.
   static Message receive(Socket from) {
     Message size;
     size.bytes = receiveBytes(from, sizeof(uint32_t));
@@ -77,14 +77,14 @@ class Message {
 enum class Kind : uint8_t {
   kNumber,
   kNull,
-  kNumberOut,  ///< a pointer to a number, which goes there and comes back
-  kTextOut,    ///< a buffer of 16-bit units, likewise
+  kNumberOut,  ///< a pointer to a number, which is sent there and back
+  kTextOut,    ///< a buffer of 16-bit units, which is sent there and back
 };
 
 /// A call of the platform that the library makes.
 enum class Upcall : uint8_t { kAudio, kWindowMessage };
 
-/// A connection to a port of this machine.
+/// Returns a connection to a port of this machine.
 inline Socket connectTo(uint16_t port) {
   sockaddr_in address = {};
   address.sin_family = AF_INET;
@@ -96,7 +96,7 @@ inline Socket connectTo(uint16_t port) {
   return connection;
 }
 
-/// A socket that listens at a free port of this machine, and that port.
+/// Returns a socket that listens at a free port of this machine, and sets `port`.
 inline Socket listenAtFreePort(uint16_t& port) {
   sockaddr_in address = {};
   address.sin_family = AF_INET;

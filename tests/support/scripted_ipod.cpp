@@ -195,7 +195,8 @@ void ScriptedIpod::waitForWork() {
 
 int ScriptedIpod::millisecondsToNextReply() {
   if (pending.empty()) return -1;
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(pending.front().due - Clock::now());
+  const auto left =
+      std::chrono::ceil<std::chrono::milliseconds>(pending.front().due - Clock::now());
   return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
 }
 

@@ -4,7 +4,7 @@
 
 namespace simulator {
 
-/// A library small enough to know by heart:
+/// A small library:
 ///
 ///     default order  title      artist    album   genre composer disc track year  ms    Hz
 ///     0              Able       Anna      First   Rock  Cole     1    1     2001  10000 44100

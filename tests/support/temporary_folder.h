@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-/// A folder of its own that goes with its owner.
+/// A temporary folder that is removed with its owner.
 class TemporaryFolder {
  public:
   TemporaryFolder() {

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Errors put into the device's image are seen: damaged_image_test.py IMAGE [LOADER_FOLDER PROGRAM]
 
-scripts/check-image must see those that a reader can see. With the ARM build of the loader and a
+scripts/parts/check-image must see those that a reader can see. With the ARM build of the loader and a
 program that uses the library, a damaged image must not run either.
 """
 
@@ -34,14 +34,14 @@ class DamagedImage(unittest.TestCase):
 
     def check(self):
         with tempfile.TemporaryDirectory() as folder:
-            return subprocess.run([ROOT / "scripts/check-image", self.write(folder)],
+            return subprocess.run([ROOT / "scripts/parts/check-image", self.write(folder)],
                                   capture_output=True, text=True)
 
     def run_program(self):
         with tempfile.TemporaryDirectory() as folder:
             environment = {**os.environ, "ARM_LIBRARY_PATH": LOADER[0], "IPODCTL_DEVICES": "",
                            "IPODCTL_IMAGE": str(self.write(folder))}
-            return subprocess.run([ROOT / "scripts/run-arm", LOADER[1]], env=environment,
+            return subprocess.run([ROOT / "scripts/parts/run-arm", LOADER[1]], env=environment,
                                   capture_output=True, text=True, timeout=60)
 
     def expect_seen(self, text):
@@ -88,7 +88,7 @@ class DamagedImage(unittest.TestCase):
         place = self.first_relocation()
         entry, = struct.unpack_from("<H", self.content, place)
         struct.pack_into("<H", self.content, place, entry - 4)
-        self.expect_not_run("a relocation of what is no address")
+        self.expect_not_run("a relocation of a word that is not an address")
 
     def test_relocations_left_out(self):
         directory = self.pe.OPTIONAL_HEADER.DATA_DIRECTORY[5]
@@ -114,7 +114,7 @@ class DamagedImage(unittest.TestCase):
             content = bytearray(path.read_bytes())
             content[-1] ^= 1
             path.write_bytes(content)
-            result = subprocess.run([ROOT / "scripts/check-image", path], capture_output=True,
+            result = subprocess.run([ROOT / "scripts/parts/check-image", path], capture_output=True,
                                     text=True)
         self.assertNotEqual(result.returncode, 0)
         self.assertIn("the checksum is wrong", result.stderr)

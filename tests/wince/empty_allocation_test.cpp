@@ -1,5 +1,5 @@
-// A heap that gives no block of zero bytes. The C library may return null for malloc(0), and the
-// device's does not say which it does.
+// A heap that returns null for zero bytes. A C library may do so for malloc(0), and the
+// documentation of the device's does not say what it does.
 
 #include <gtest/gtest.h>
 #include <ipodctl.h>
@@ -16,7 +16,7 @@ int refusedBlocks = 0;
 
 }  // namespace
 
-/// Replaces the C library's in the whole process; the image imports it, too.
+/// Replaces malloc of the C library in the whole process; the image imports it, too.
 extern "C" void* malloc(size_t size) {
   if (size != 0) return __libc_malloc(size);
   ++refusedBlocks;

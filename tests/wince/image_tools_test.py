@@ -132,7 +132,7 @@ class LinkedFile(unittest.TestCase):
     def test_that_is_good_becomes_an_image(self):
         image = self.image()
         self.assertEqual(image[:2], b"MZ")
-        # The two words that hold an address; differences and branches need nothing.
+        # The two words that contain an address; differences and branches need no relocation.
         self.assertIn(bytes.fromhex("00100000 0c000000 0430 0000 00300000 0c000000 0030 0000"), image)
 
     def test_with_half_an_address_is_refused(self):
@@ -148,7 +148,7 @@ class LinkedFile(unittest.TestCase):
             self.image(".eabi_attribute 18, 4")
 
     def test_with_an_address_across_words_is_refused(self):
-        with self.assertRaisesRegex(write_image.BadInput, "does not stand in a whole word"):
+        with self.assertRaisesRegex(write_image.BadInput, "is not in a whole word"):
             self.image(".byte 0\n .4byte known\n .align")
 
     def test_without_an_export_is_refused(self):

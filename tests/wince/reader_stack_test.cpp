@@ -1,6 +1,6 @@
-// How much stack the reader thread needs, on the device's processor: its stack is painted before it
-// starts, and what is not paint afterwards was used. Device calls and the console are the desk's
-// here, and need more than the device's own.
+// Measures the stack of the reader thread on the device's processor. The stack is filled with a
+// pattern before the thread starts, and bytes without the pattern afterwards were used. Device
+// calls and the console are those of the Linux host, and need more than those of the device.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -29,7 +29,8 @@ struct Start {
   LPVOID parameter;
 };
 
-// Both have their array at the same place, but for a few words: below the frame of their caller.
+/// Fills the stack. This function and the one that measures have their array at the same place,
+/// except for a few words: below the frame of their caller.
 __attribute__((noinline)) void paintStack() {
   volatile unsigned char area[kPaintedBytes];
   std::fill(std::begin(area), std::end(area), kPaint);
@@ -55,7 +56,7 @@ DWORD WINAPI runMeasured(LPVOID parameter) {
 
 }  // namespace
 
-/// Stands before the platform's.
+/// Replaces the platform's function.
 extern "C" HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES attributes, DWORD stackSize,
                                       LPTHREAD_START_ROUTINE routine, LPVOID parameter, DWORD flags,
                                       LPDWORD threadId) {

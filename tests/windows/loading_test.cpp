@@ -1,4 +1,4 @@
-// A program that loads and unloads ipodctl.dll again and again: nothing of it stays behind.
+// Loads and unloads ipodctl.dll again and again; nothing of it remains.
 
 #include <windows.h>
 
@@ -27,7 +27,7 @@ DWORD runningThreads() {
   return count;
 }
 
-/// A function of the library without arguments, by its undecorated name.
+/// Calls a function of the library without arguments, by its undecorated name.
 int call(HMODULE library, const char* name) {
   const auto address = reinterpret_cast<void (*)()>(GetProcAddress(library, name));
   return address != nullptr ? reinterpret_cast<int(WINAPI*)()>(address)() : -1;
@@ -41,7 +41,7 @@ void loadAndUnload(void (*use)(HMODULE library)) {
   ASSERT_EQ(GetModuleHandleW(kLibrary), nullptr) << "it is still loaded";
 }
 
-/// The first rounds let the system set itself up.
+/// Checks that nothing remains. In the first rounds the system makes its permanent objects.
 void expectNothingRemains(void (*use)(HMODULE library)) {
   loadAndUnload(use);
   const DWORD handles = openHandles();
@@ -52,12 +52,12 @@ void expectNothingRemains(void (*use)(HMODULE library)) {
   EXPECT_EQ(runningThreads(), threads);
 }
 
-TEST(LoadedLibrary, LeavesNothingBehindUnused) {
+TEST(LoadedLibrary, IsUnloadedCompletelyWhenUnused) {
   expectNothingRemains([](HMODULE) {});
 }
 
-// No device of the stream driver's name is there.
-TEST(LoadedLibrary, LeavesNothingBehindAfterARefusedConnection) {
+/// There is no device with the stream driver's name.
+TEST(LoadedLibrary, IsUnloadedCompletelyAfterARefusedConnection) {
   expectNothingRemains([](HMODULE library) {
     EXPECT_EQ(call(library, "IpodConnect"), 0);
     EXPECT_EQ(call(library, "IpodIsConnect"), 0);

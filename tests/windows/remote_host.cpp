@@ -26,12 +26,12 @@ using remote::Message;
 using remote::Socket;
 using remote::Upcall;
 
-/// Makes the library's calls of the platform on the program's side.
+/// Sends the library's calls of the platform to the program's side.
 class Upcalls {
  public:
   explicit Upcalls(Socket toProgram) : connection(toProgram) {}
 
-  /// The port at which this side listens.
+  /// Sends the port at which this side listens.
   void tell(uint16_t port) {
     Message own;
     own.put(port);
@@ -76,8 +76,7 @@ BOOL WINAPI postMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
   return upcalls->call(request);
 }
 
-/// A call's arguments, each in a register or a place on the stack of this size, and what they point
-/// to.
+/// The arguments of a call, each of the size of a register or a stack slot, and what they point to.
 class Arguments {
  public:
   explicit Arguments(Message& request) : count(request.take<uint8_t>()) {
@@ -122,7 +121,7 @@ class Arguments {
   std::array<std::string, kMost> texts;
 };
 
-/// The indexes of lists that the library has handed out.
+/// The indexes of lists that the library has returned.
 class Indexes {
  public:
   void add(const int* index) {
@@ -168,7 +167,7 @@ Message carryOut(HMODULE library, Message& request) {
   return reply;
 }
 
-/// One thread of the program, until it ends.
+/// Serves one thread of the program until it ends.
 void serve(Socket caller, HMODULE library) {
   try {
     for (;;) {
@@ -184,7 +183,7 @@ int run(uint16_t port) {
   const HMODULE library = LoadLibraryW(L"ipodctl.dll");
   if (streamDriverInstall() == 0 ||
       !replaceImport(library, "PostMessageW", reinterpret_cast<ULONG_PTR>(postMessage)))
-    throw std::runtime_error("the library is not there");
+    throw std::runtime_error("the library is not loaded");
   Upcalls toProgram(remote::connectTo(port));
   upcalls = &toProgram;
   isochplaySetSink(playAudio, nullptr);

@@ -1,4 +1,4 @@
-// The controller over a serial port of the system, COM1, at which a script has put a simulated
+// The controller over the system's serial port COM1, to which a script has connected a simulated
 // iPod.
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-// Sessions of a program that is linked to ipodctl.dll. The simulated iPod is on the other side of a
-// serial port, which takes the stream driver's place; a script starts it anew for this program.
+// Sessions of a program that is linked to ipodctl.dll. The simulated iPod is at the other end of a
+// serial port, which replaces the stream driver. A script starts a new one for this program.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,7 +26,7 @@ constexpr size_t kTabSize = 35;
 
 void addCall(void* log, const IsochplayCall* call) { static_cast<EventLog*>(log)->add(call->text); }
 
-/// A connection of its own for each test; what the iPod plays and its modes stay from test to test.
+/// Each test has a separate connection. What the iPod plays and its modes stay from test to test.
 class UsbSession : public testing::Test {
  protected:
   void SetUp() override {
@@ -39,7 +39,7 @@ class UsbSession : public testing::Test {
     isochplaySetSink(nullptr, nullptr);
   }
 
-  /// Leaves the tree in the list of the album's tracks.
+  /// Opens the list of the album's tracks.
   void openTheAlbum() {
     artist = IpodGetFirstItem(0, IPOD_ARTISTS, 0);
     ASSERT_TRUE(goToItem(artist, kVarispeed));
@@ -70,7 +70,7 @@ class UsbSession : public testing::Test {
 
 TEST_F(UsbSession, ConnectsAndStartsTheAudio) {
   EXPECT_EQ(IpodIsConnect(), 1);
-  EXPECT_EQ(IpodConnect(), 0) << "the connection is there already";
+  EXPECT_EQ(IpodConnect(), 0) << "it is already connected";
   EXPECT_EQ(isIpodAudioPresent(1, -2, 3, 4), 1);
   EXPECT_EQ(IpodDisconnect(), 0);
   EXPECT_EQ(IpodIsConnect(), 0);
@@ -103,7 +103,7 @@ TEST_F(UsbSession, PagesThroughTheArtistsInTabs) {
   IpodDisableTabVisualizationActive();
   EXPECT_EQ(IpodIsTabVisualizationActive(), 0);
   IpodGetPrevItem();
-  EXPECT_EQ(itemName(), artists[kTabSize - 1]) << "before the tab's first item comes its last one";
+  EXPECT_EQ(itemName(), artists[kTabSize - 1]) << "the tab's first item follows its last one";
   IpodEnableTabVisualizationActive();
   EXPECT_EQ(IpodIsTabVisualizationActive(), 1);
 }
@@ -142,7 +142,7 @@ TEST_F(UsbSession, PausesSkipsAndStops) {
   IpodCommand(IPOD_PAUSE);
   EXPECT_EQ(valueOf(IpodGetCurrentPlayStatus), IPOD_PAUSED);
   const int position = valueOf(IpodGetCurrentTrackPosition);
-  EXPECT_EQ(valueOf(IpodGetCurrentTrackPosition), position) << "it stands";
+  EXPECT_EQ(valueOf(IpodGetCurrentTrackPosition), position) << "it does not move";
   IpodCommand(IPOD_PLAY);
   EXPECT_EQ(valueOf(IpodGetCurrentPlayStatus), IPOD_PLAYING);
   IpodCommand(IPOD_NEXT_TRACK);
@@ -197,8 +197,8 @@ TEST_F(UsbSession, StepsFromArtistToArtist) {
   EXPECT_EQ(parentUpDownName(), "");
 }
 
-/// The program ends with a connection, as one whose power goes. The system has ended the reader by
-/// the time that it detaches the library, which must not wait for it.
+/// The program ends with a connection, as when it is switched off. The system ends the reader
+/// before it detaches the library, which must not wait for the reader.
 class LastConnection : public testing::Environment {
  public:
   void TearDown() override {

@@ -25,7 +25,7 @@ def import_record(dll, name, ordinal):
 
 
 def member(name, content):
-    """A member of the archive, padded to an even length."""
+    """Returns a member of the archive, padded to an even length."""
     header = f"{name:<16}{0:<12}{'':<6}{'':<6}{0:<8}{len(content):<10}`\n".encode("ascii")
     return header + content + b"\n" * (len(content) % 2)
 
@@ -35,7 +35,7 @@ def symbols_of(name):
 
 
 def first_index(offsets):
-    """The index that every archive has: offsets with the high byte first, in member order."""
+    """Returns the index that every archive has: offsets with the high byte first, in member order."""
     symbols = [symbol for name, _ in offsets for symbol in symbols_of(name)]
     places = [offset for name, offset in offsets for _ in symbols_of(name)]
     return (struct.pack(f">I{len(places)}I", len(places), *places) +
@@ -43,7 +43,7 @@ def first_index(offsets):
 
 
 def second_index(offsets):
-    """The index that is sorted by symbol and refers to members by number."""
+    """Returns the index that is sorted by symbol and refers to members by number."""
     numbered = sorted((symbol, number + 1) for number, (name, _) in enumerate(offsets)
                       for symbol in symbols_of(name))
     return (struct.pack(f"<I{len(offsets)}I", len(offsets), *(offset for _, offset in offsets)) +
@@ -53,7 +53,7 @@ def second_index(offsets):
 
 def library_of(dll, ordinals):
     records = {name: import_record(dll, name, ordinals[name]) for name in sorted(ordinals)}
-    # The sizes of the indexes do not depend on what they say.
+    # The sizes of the indexes do not depend on their content.
     blank = [(name, 0) for name in records]
     place = len(ARCHIVE_SIGNATURE + member("/", first_index(blank)) +
                 member("/", second_index(blank)))

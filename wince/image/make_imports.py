@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes the assembler source of a DLL's import thunks: make_imports.py DLL LIST > SOURCE.S
 
-LIST has a function's name a line; '#' begins a comment. Each function gets a thunk, which jumps to
+LIST has one function name on each line; '#' begins a comment. Each function gets a thunk, which jumps to
 the address in its slot of the import address table. The linker drops the thunks that nobody calls,
 and their slots with them.
 """

@@ -39,7 +39,7 @@ def align(value, alignment):
 
 @dataclass
 class Section:
-    """A section of the image. What the memory has beyond the data is zero."""
+    """A section of the image. The memory beyond the data is zero."""
 
     name: str
     rva: int
@@ -53,7 +53,7 @@ class Section:
 
 
 def export_directory(rva, dll, exports):
-    """The export section's content. `exports` maps a name to its ordinal and its address."""
+    """Returns the content of the export section. `exports` maps a name to its ordinal and its address."""
     ordinals = [ordinal for ordinal, _ in exports.values()]
     base, count = min(ordinals), max(ordinals) - min(ordinals) + 1
     if sorted(ordinals) != list(range(base, base + count)):
@@ -82,7 +82,7 @@ def export_directory(rva, dll, exports):
 
 
 def import_directory(rva, dlls):
-    """What stands behind the import address tables, and what those hold before they are bound.
+    """Makes the import directory that follows the import address tables, and their first content.
 
     `dlls` is a list of (DLL, address of its table, names in the order of the table's slots).
     Returns the directory's bytes and a dictionary from slot address to content.
@@ -105,7 +105,7 @@ def import_directory(rva, dlls):
 
 
 def relocation_directory(rvas):
-    """The base relocations: one block a page, each padded to a multiple of four bytes."""
+    """Returns the base relocations: one block for each page, padded to a multiple of four bytes."""
     blocks, pages = bytearray(), {}
     for rva in sorted(set(rvas)):
         pages.setdefault(rva - rva % PAGE, []).append(rva % PAGE)
@@ -117,7 +117,7 @@ def relocation_directory(rvas):
 
 
 def checksum(image, offset):
-    """The sum of all 16-bit words but the checksum's own, folded, and the file's size."""
+    """Returns the folded sum of all 16-bit words except the checksum, plus the file's size."""
     total = 0
     for position, (word,) in enumerate(struct.iter_unpack("<H", image + b"\0" * (len(image) % 2))):
         if position * 2 not in (offset, offset + 2):
@@ -127,7 +127,7 @@ def checksum(image, offset):
 
 
 def file_of(sections, base, entry, directories):
-    """The whole file. `directories` maps a directory's number to its address and size."""
+    """Returns the whole file. `directories` maps a directory's number to its address and size."""
     headers_size = align(DOS_HEADER_SIZE + 24 + OPTIONAL_HEADER_SIZE +
                          SECTION_HEADER_SIZE * len(sections), FILE_ALIGNMENT)
     section_headers, content, offset = bytearray(), bytearray(), headers_size

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Makes a DLL of the platform out of a linked ELF file: write_image.py ELF DEF DLL
+"""Makes a DLL of the platform from a linked ELF file: write_image.py ELF DEF DLL
 
 The ELF file is linked with ipodctl.ld at the image's preferred address and has kept its relocations.
-DEF names the exports and their ordinals. Says what the image consists of.
+DEF names the exports and their ordinals. Prints the parts of the image.
 """
 
 import pathlib
@@ -18,7 +18,7 @@ from export_lists import ordinals_of
 
 IMPORTED_DLLS = ("coredll", "isochplay")
 
-# Relocations that need nothing when the whole image moves: none, branches, and differences.
+# Relocations that need no change when the whole image moves: none, branches, and differences.
 R_ARM_NONE, R_ARM_PC24, R_ARM_REL32, R_ARM_CALL, R_ARM_JUMP24, R_ARM_V4BX, R_ARM_PREL31 = (
     0, 1, 3, 28, 29, 40, 42)
 RELATIVE = {R_ARM_NONE, R_ARM_PC24, R_ARM_REL32, R_ARM_CALL, R_ARM_JUMP24, R_ARM_V4BX, R_ARM_PREL31}
@@ -27,8 +27,8 @@ RELATIVE = {R_ARM_NONE, R_ARM_PC24, R_ARM_REL32, R_ARM_CALL, R_ARM_JUMP24, R_ARM
 R_ARM_ABS32, R_ARM_TARGET1 = 2, 38
 ABSOLUTE = {R_ARM_ABS32, R_ARM_TARGET1}
 
-# What the code may count on: at most ARMv4T, which has no doubleword loads, 16-bit wide characters
-# and enumerations that are integers. An absent attribute says that the code does not care.
+# What the code may assume: at most ARMv4T, which has no doubleword loads; 16-bit wide characters;
+# enumerations that are integers. An absent attribute means that the code does not depend on it.
 LARGEST_ARCHITECTURE = 2  # v4T
 REQUIRED_ATTRIBUTES = {"TAG_ABI_PCS_WCHAR_T": 2, "TAG_ABI_ENUM_SIZE": 2}
 
@@ -45,7 +45,7 @@ class BadInput(Exception):
 
 
 class LinkedFile:
-    """What the image needs to know of the ELF file."""
+    """The parts of the ELF file that the image needs."""
 
     def __init__(self, stream):
         self.elf = ELFFile(stream)
@@ -60,14 +60,14 @@ class LinkedFile:
         return self.symbols[name] - self.base
 
     def section(self, name):
-        """Address and content."""
+        """Returns the address and the content of a section."""
         found = self.elf.get_section_by_name(name)
         if found is None:
             raise BadInput(f"there is no section {name} in the linked file")
         return found["sh_addr"] - self.base, bytearray(found.data())
 
     def check_attributes(self):
-        """The code is for the device's processor, and calls as its programs do."""
+        """Checks that the code is for the device's processor and has its calling convention."""
         attributes = self._attributes()
         if attributes.get("TAG_CPU_ARCH", 0) > LARGEST_ARCHITECTURE:
             raise BadInput(f"the code needs architecture {attributes['TAG_CPU_ARCH']}")
@@ -81,7 +81,7 @@ class LinkedFile:
                 for whole in part.iter_subsubsections() for attribute in whole.iter_attributes()}
 
     def absolute_words(self):
-        """Addresses of all words that hold an address of the image."""
+        """Returns the addresses of all words that contain an address of the image."""
         words = []
         for relocations in self.elf.iter_sections():
             if isinstance(relocations, RelocationSection) and self._is_loaded(relocations):
@@ -102,12 +102,12 @@ class LinkedFile:
             if kind not in ABSOLUTE:
                 raise BadInput(f"relocation {kind} of {symbol.name} cannot be rebased")
             if relocation["r_offset"] % 4 != 0:
-                raise BadInput(f"the address of {symbol.name} does not stand in a whole word")
+                raise BadInput(f"the address of {symbol.name} is not in a whole word")
             if symbol["st_shndx"] not in ("SHN_ABS", "SHN_UNDEF"):
                 yield relocation["r_offset"] - self.base
 
     def import_table(self, dll):
-        """The address of a DLL's slots and the names of the functions in them."""
+        """Returns the address of a DLL's slots and the names of the functions in them."""
         begin = self.rva(f"{dll}Slots")
         slots = {address - self.base: name[len("__imp_"):]
                  for name, address in self.symbols.items() if name.startswith("__imp_")}
@@ -128,7 +128,7 @@ def loaded_sections(linked):
 
 
 def bind_imports(linked, section):
-    """Appends the import directory to the section of the tables and fills these."""
+    """Appends the import directory to the section of the tables, and fills the tables."""
     dlls = [(f"{dll}.dll", *linked.import_table(dll)) for dll in IMPORTED_DLLS]
     dlls = [dll for dll in dlls if dll[2]]
     tables_size = len(section.data)
@@ -144,7 +144,7 @@ def bind_imports(linked, section):
 
 
 def added_section(sections, name, content_at, flags):
-    """A section behind the others, whose content depends on where it stands."""
+    """Adds a section after the others. Its content depends on its address."""
     rva = max(section.end for section in sections.values())
     data = content_at(rva)
     sections[name] = pe.Section(name, rva, data, len(data), flags)
@@ -152,7 +152,7 @@ def added_section(sections, name, content_at, flags):
 
 
 def image_of(linked, definition, dll):
-    """The image's bytes."""
+    """Returns the bytes of the image."""
     linked.check_attributes()
     sections = loaded_sections(linked)
     directories = bind_imports(linked, sections[".idata"])

@@ -23,7 +23,7 @@ struct Directory {
   uint32_t size;
 };
 
-/// The headers behind the stub, as they stand in the file.
+/// The headers after the stub, as they are in the file.
 struct Headers {
   uint32_t signature;
   uint16_t machine;

@@ -14,7 +14,7 @@ namespace loader {
 
 namespace {
 
-constexpr uint32_t kImportNameOffset = 2;  // behind the hint
+constexpr uint32_t kImportNameOffset = 2;  // after the hint
 constexpr uint32_t kByOrdinal = 0x80000000;
 constexpr uint32_t kPage = 0x1000;
 
@@ -126,7 +126,7 @@ Problem Image::relocatePage(uint32_t page, const uint16_t* entries, uint32_t cou
     if (kind == kRelocationNone) continue;
     auto* const word = at<uint32_t>(page + (entries[i] & 0x0FFFu));
     if (kind != kRelocationHighLow || word == nullptr) return "a bad relocation";
-    if (*word - headers->imageBase >= size) return "a relocation of what is no address";
+    if (*word - headers->imageBase >= size) return "a relocation of a word that is not an address";
     *word += shift;
   }
   return {};

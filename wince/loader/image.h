@@ -6,12 +6,12 @@
 
 namespace loader {
 
-/// What the loader says of an image that it cannot load; empty when it could.
+/// Why the loader cannot load an image; empty when it could.
 using Problem = std::string;
 
 /// A DLL of Windows CE for ARM in the memory of an ARM Linux process: mapped away from its
 /// preferred address, relocated, bound to the functions of this process, its pages protected as its
-/// sections ask. Attached when it is loaded and detached when it goes.
+/// sections require. It is attached when it is loaded and detached when it is destroyed.
 class Image {
  public:
   Image() = default;
@@ -19,10 +19,10 @@ class Image {
   Image(const Image&) = delete;
   Image& operator=(const Image&) = delete;
 
-  /// Loads the file and calls its entry point. Once only.
+  /// Loads the file and calls its entry point. May be called once.
   Problem load(const std::string& path);
 
-  /// An exported function; null when there is none of this name.
+  /// Returns an exported function; null when there is none of this name.
   void* find(const std::string& name) const;
 
  private:

@@ -1,5 +1,5 @@
-// A shared library with the exports of ipodctl that loads the image of ipodctl.dll and hands every
-// call on to it: programs that know the library run on the image without knowing.
+// A shared library with the exports of ipodctl. It loads the image of ipodctl.dll and passes every
+// call to it, so that programs for the library run on the image.
 #include <cstdio>
 #include <cstdlib>
 #include <iterator>
@@ -23,7 +23,8 @@ constexpr ExportName kExports[] = {
   std::abort();
 }
 
-/// The file comes from the environment, so that a damaged one can be tried.
+/// Returns the path of the file. It is taken from the environment, so that a damaged file can be
+/// tried.
 const char* imagePath() {
   const char* const path = std::getenv("IPODCTL_IMAGE");
   return path != nullptr ? path : DEFAULT_IMAGE;
@@ -33,13 +34,13 @@ loader::Image image;
 
 }  // namespace
 
-/// Where the calls go, in the order of the exports.
+/// The functions of the image, in the order of the exports.
 extern "C" __attribute__((visibility("hidden"))) void* imageFunctions[std::size(kExports)];
 void* imageFunctions[std::size(kExports)];
 
 namespace {
 
-/// The image is loaded with this library and goes with it.
+/// Loads the image with this library and unloads it with this library.
 const struct Loading {
   Loading() {
     const loader::Problem problem = image.load(imagePath());

@@ -1,6 +1,6 @@
-// What the compiler calls where ARMv4T has no instruction. Devices with this system have one
-// processor: a thread sees memory in the order in which another wrote it, and only an exchange must
-// not be interrupted.
+// The functions that the compiler calls where ARMv4T has no instruction. Devices with this system
+// have one processor: a thread sees memory in the order in which another wrote it, and only an
+// exchange must be atomic.
 #include <windows.h>
 
 #include <cstdint>

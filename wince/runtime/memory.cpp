@@ -1,4 +1,4 @@
-// The operators new and delete on coredll's heap. The library allocates with std::nothrow only.
+// The operators new and delete on coredll's heap. The library allocates only with std::nothrow.
 #include <cstdlib>
 #include <new>
 
@@ -6,7 +6,7 @@ const std::nothrow_t std::nothrow{};
 
 namespace {
 
-/// malloc(0) may return null, and null means that there is no memory.
+/// Allocates at least one byte: malloc(0) may return null, which means that there is no memory.
 void* allocate(size_t size) { return malloc(size > 0 ? size : 1); }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 using Initialiser = void (*)();
 
-// Set by the linker script: where the initialisers stand.
+/// The linker script sets these to the range of the initialisers.
 extern "C" const Initialiser initialisersBegin[];
 extern "C" const Initialiser initialisersEnd[];
 
@@ -15,7 +15,8 @@ struct Destruction {
   void* object;
 };
 
-/// More than the library has global objects; an object beyond it would not be destroyed.
+/// More than the number of the library's global objects. An object beyond it would not be
+/// destroyed.
 constexpr size_t kCapacity = 32;
 
 Destruction destructions[kCapacity];
@@ -36,12 +37,12 @@ void destroyStaticObjects() {
   }
 }
 
-/// What the compiler calls for each global object that it has built.
+/// The compiler's code calls this for each constructed global object.
 extern "C" int __aeabi_atexit(void* object, void (*destroy)(void*), void*) {
   if (destructionCount == kCapacity) return -1;
   destructions[destructionCount++] = {destroy, object};
   return 0;
 }
 
-/// Names this image in calls of __aeabi_atexit.
+/// Identifies this image in calls of __aeabi_atexit.
 extern "C" void* const __dso_handle = nullptr;

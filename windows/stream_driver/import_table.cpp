@@ -5,7 +5,7 @@
 
 namespace {
 
-/// A loaded module's header and tables, by their places in it.
+/// Returns a part of a loaded module by its offset.
 template <class Type>
 Type* at(HMODULE module, uintptr_t place) {
   return reinterpret_cast<Type*>(reinterpret_cast<uintptr_t>(module) + place);
@@ -18,8 +18,8 @@ const IMAGE_IMPORT_DESCRIPTOR* importsOf(HMODULE module) {
   return at<IMAGE_IMPORT_DESCRIPTOR>(module, table);
 }
 
-/// Where the module keeps the address of a function that it imports from one DLL; null when it does
-/// not.
+/// Returns the slot with the address of a function that the module imports from one DLL; null when
+/// there is none.
 ULONG_PTR* importIn(HMODULE module, const IMAGE_IMPORT_DESCRIPTOR& dll, const char* function) {
   const auto* name = at<IMAGE_THUNK_DATA>(module, dll.OriginalFirstThunk);
   for (auto* slot = at<IMAGE_THUNK_DATA>(module, dll.FirstThunk); name->u1.Ordinal != 0;

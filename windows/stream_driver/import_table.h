@@ -2,6 +2,6 @@
 
 #include <windows.h>
 
-/// Lets a loaded module call what is at another address in place of a function that it imports;
-/// false when it imports none of that name.
+/// Replaces a function that a loaded module imports with the one at another address. Returns false
+/// when the module imports no function of that name.
 bool replaceImport(HMODULE module, const char* name, ULONG_PTR address);

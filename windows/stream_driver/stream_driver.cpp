@@ -8,16 +8,15 @@
 
 namespace {
 
-// A read of the stream driver blocks until there are bytes and then gives those that are there. It
-// ends now and then without any, so that the reader learns of a close.
+/// A read of the stream driver blocks until there are bytes, and then returns those that have
+/// arrived. It ends from time to time without bytes, so that the reader notices a close.
 constexpr DWORD kSilenceMilliseconds = 1;
 constexpr DWORD kLongestReadMilliseconds = 100;
 
 constexpr DWORD kLongestVariable = 1024;
 constexpr wchar_t kVariable[] = L"IPODCTL_DEVICES";
 
-/// Finds "name=port" between the commas of the variable and cuts the port out of it; null when
-/// there is none.
+/// Returns the port of "name=port" between the commas of the variable; null when there is none.
 const wchar_t* portOf(const wchar_t* name, wchar_t* devices) {
   const size_t length = std::wcslen(name);
   for (wchar_t* entry = devices; entry != nullptr;) {
@@ -46,8 +45,8 @@ HANDLE WINAPI openDevice(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATT
   return INVALID_HANDLE_VALUE;
 }
 
-/// A serial port whose other end has gone is silent where the driver's device says so: what has no
-/// settings any more is not there.
+/// Reads, and fails when the port no longer has settings. A serial port whose other end has closed
+/// is only silent, while the driver's device reports it.
 BOOL WINAPI readDevice(HANDLE device, LPVOID buffer, DWORD maximum, LPDWORD received,
                        LPOVERLAPPED overlapped) {
   if (!ReadFile(device, buffer, maximum, received, overlapped)) return FALSE;

@@ -1,11 +1,10 @@
-// What the module under test tells the program that loads it.
-#ifndef TESTS_HOST_ENTRY_EVENTS_H
-#define TESTS_HOST_ENTRY_EVENTS_H
+// The events that the module under test reports to the program that loads it.
+#pragma once
 
-// Defined by the program.
+/// Defined by the program.
 extern "C" void entryEvent(const char* event);
 
-// Tells when it is built and when it is destroyed.
+/// Reports its construction and its destruction.
 struct Telltale {
   explicit Telltale(const char* builtEvent, const char* destroyedEvent)
       : destroyed(destroyedEvent) {
@@ -17,5 +16,3 @@ struct Telltale {
 
   const char* const destroyed;
 };
-
-#endif

@@ -1,4 +1,4 @@
-// A program that is linked to the module: what it prints is the order of the events.
+// A program that is linked to the module. It prints the events in their order.
 #include <cstdio>
 
 #include "entry_events.h"

@@ -5,7 +5,7 @@
 namespace simulator {
 namespace {
 
-/// The low `count` bytes of the number, the highest first.
+/// Returns the low `count` bytes of the number, the highest first.
 std::string bigEndian(uint64_t number, size_t count) {
   std::string bytes;
   for (size_t i = count; i > 0; --i)
@@ -13,7 +13,7 @@ std::string bigEndian(uint64_t number, size_t count) {
   return bytes;
 }
 
-/// A length as Vorbis comments write it: 32 bits, the lowest byte first.
+/// Returns a length in the form of Vorbis comments: 32 bits, the lowest byte first.
 std::string littleEndian(size_t number) {
   const std::string bytes = bigEndian(number, 4);
   return std::string(bytes.rbegin(), bytes.rend());

@@ -25,7 +25,7 @@ Track read(const fs::path& file) {
   return *track;
 }
 
-/// The track of a FLAC file with these comments.
+/// Returns the track of a FLAC file with these comments.
 Track readTagged(std::initializer_list<std::string_view> comments) {
   const TemporaryFolder folder;
   return read(folder.write("tagged.flac", flacFile(44100, 44100, comments)));
@@ -43,7 +43,7 @@ TEST(ReadAudioFile, ReadsMp3) {
   EXPECT_EQ(track.trackNumber, 3U);
   EXPECT_EQ(track.releaseYear, 2003U);
   EXPECT_EQ(track.sampleRate, 32000U);
-  EXPECT_NEAR(track.lengthMs, 4000, 80);  // the encoder fills up whole frames
+  EXPECT_NEAR(track.lengthMs, 4000, 80);  // the encoder adds samples up to a whole frame
 }
 
 TEST(ReadAudioFile, ReadsFlac) {
@@ -87,7 +87,7 @@ TEST(ReadAudioFile, ReadsWavWithoutTags) {
   EXPECT_EQ(track.lengthMs, 2000U);
 }
 
-TEST(ReadAudioFile, ReadsMpeg4AndTakesM4bForAnAudiobook) {
+TEST(ReadAudioFile, ReadsMpeg4AndTreatsM4bAsAnAudiobook) {
   const TemporaryFolder folder;
   const Track song = read(folder.write("song.m4a", mp4File(32000, 48000)));
   EXPECT_EQ(song.kind, MediaKind::kMusic);
@@ -97,7 +97,7 @@ TEST(ReadAudioFile, ReadsMpeg4AndTakesM4bForAnAudiobook) {
   EXPECT_EQ(read(folder.write("BOOK.M4B", mp4File(44100, 44100))).kind, MediaKind::kAudiobook);
 }
 
-TEST(ReadAudioFile, TellsSpokenKindsByTheirGenre) {
+TEST(ReadAudioFile, RecognisesSpokenKindsByTheirGenre) {
   EXPECT_EQ(readTagged({"GENRE=Podcast"}).kind, MediaKind::kPodcast);
   EXPECT_EQ(readTagged({"GENRE=podcasts"}).kind, MediaKind::kPodcast);
   EXPECT_EQ(readTagged({"GENRE=AUDIOBOOK"}).kind, MediaKind::kAudiobook);
@@ -108,7 +108,7 @@ TEST(ReadAudioFile, TellsSpokenKindsByTheirGenre) {
   EXPECT_EQ(read(kTestMusic / "Spoken/The Long Ferry 1.ogg").kind, MediaKind::kAudiobook);
 }
 
-TEST(ReadAudioFile, TakesTheNumberThatATagStartsWith) {
+TEST(ReadAudioFile, ReadsTheNumberAtTheStartOfATag) {
   const Track track =
       readTagged({"TRACKNUMBER=3/12", "DISCNUMBER= 02 of 2", "DATE=2004-05-01T10:00"});
   EXPECT_EQ(track.trackNumber, 3U);
@@ -116,7 +116,7 @@ TEST(ReadAudioFile, TakesTheNumberThatATagStartsWith) {
   EXPECT_EQ(track.releaseYear, 2004U);
 }
 
-TEST(ReadAudioFile, TakesTagsThatAreNoNumbersAsNotKnown) {
+TEST(ReadAudioFile, TreatsTagsThatAreNotNumbersAsUnknown) {
   const Track track = readTagged({"TRACKNUMBER=A1", "DISCNUMBER=-1", "DATE=99999999999"});
   EXPECT_EQ(track.trackNumber, 0U);
   EXPECT_EQ(track.discNumber, 0U);
@@ -129,11 +129,11 @@ TEST(ReadAudioFile, JoinsSeveralArtistsAndDropsPadding) {
   EXPECT_EQ(track.title, "Padded");
 }
 
-TEST(ReadAudioFile, GivesTextsThatNoNulCuts) {
+TEST(ReadAudioFile, ReturnsTextsWithoutNul) {
   EXPECT_EQ(readTagged({"TITLE=before\0after"sv}).title, "before");
 }
 
-TEST(ReadAudioFile, RefusesWhatIsNotTheAudioThatItsNamePromises) {
+TEST(ReadAudioFile, RefusesAFileWhoseContentDoesNotMatchItsExtension) {
   const TemporaryFolder folder;
   EXPECT_FALSE(readAudioFile(kTestMusic / "Damaged/Scratched.flac"));
   for (const char* name : {"a.mp3", "a.flac", "a.ogg", "a.opus", "a.m4a", "a.wav", "a.wma",

@@ -109,13 +109,13 @@ TEST(BuiltInLibrary, ChangesTheSampleRateOnTheFirstArtistsAlbum) {
     EXPECT_THAT(track.lengthMs, AllOf(Ge(20000U), Le(40000U)));
 }
 
-TEST(BuiltInLibrary, ComesBeforeEveryOtherArtistWithItsChangingRates) {
+TEST(BuiltInLibrary, ListsTheArtistWithChangingRatesFirst) {
   for (const std::string& artist : different(builtInLibrary().tracks, &Track::artist)) {
     EXPECT_GE(artist, "Aalto Varispeed");
   }
 }
 
-TEST(BuiltInLibrary, HasAlbumsThatKeepToAnotherRate) {
+TEST(BuiltInLibrary, HasAlbumsAtOtherRates) {
   EXPECT_THAT(ratesOf(albumOf("Kilohertz Nursery", "Lullabies in 48k")), Each(48000));
   EXPECT_THAT(ratesOf(albumOf("Big Lottie Prewitt", "Pawnshop Sunday")), Each(32000));
   const std::vector<uint32_t> rates = ratesOf(builtInLibrary().tracks);
@@ -143,7 +143,7 @@ TEST(BuiltInLibrary, NumbersTheTracksOfEachDiscFromOneWithoutGaps) {
   }
 }
 
-TEST(BuiltInLibrary, SharesATwoDiscAlbumOutEvenly) {
+TEST(BuiltInLibrary, DistributesATwoDiscAlbumEvenly) {
   const std::vector<Track> album = albumOf("Quartetto Belvento", "String Quartets, Book I");
   ASSERT_THAT(album, SizeIs(8));
   EXPECT_EQ(album[3].discNumber, 1U);
@@ -167,7 +167,7 @@ TEST(BuiltInLibrary, NamesTheMovementsOfAWorkAfterTheWork) {
   EXPECT_NE(workOf(4), workOf(0));
 }
 
-TEST(BuiltInLibrary, SeldomGivesATitleTwice) {
+TEST(BuiltInLibrary, SeldomRepeatsATitle) {
   const std::vector<Track> tracks = builtInLibrary().tracks;
   EXPECT_THAT(different(tracks, &Track::title), SizeIs(Ge(tracks.size() - 10)));
 }
@@ -207,7 +207,7 @@ TEST(BuiltInLibrary, HasPlaylistsOfMusicFromEmptyToLong) {
   EXPECT_GT(*sizes.rbegin(), 200U);
 }
 
-TEST(BuiltInLibrary, GathersRateChangesAndShortTracksInPlaylists) {
+TEST(BuiltInLibrary, HasPlaylistsOfRateChangesAndShortTracks) {
   const MusicLibrary library = builtInLibrary();
   ASSERT_EQ(library.playlists[0].name, "Rate Changes");
   EXPECT_THAT(library.playlists[0].tracks, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7));

@@ -29,7 +29,7 @@ std::string withoutFolder(const std::string& text, const TemporaryFolder& folder
   return text.compare(0, start.size(), start) == 0 ? text.substr(start.size()) : text;
 }
 
-/// The error's text from the file's name on.
+/// Returns the error's message from the file's name on.
 std::string errorOf(std::string_view json) {
   const TemporaryFolder folder;
   try {
@@ -69,7 +69,7 @@ TEST(LoadJsonLibrary, ReadsEveryField) {
   EXPECT_THAT(library.playlists[0].tracks, ElementsAre(0, 0));
 }
 
-TEST(LoadJsonLibrary, LeavesWhatIsNotGivenAtItsDefault) {
+TEST(LoadJsonLibrary, UsesDefaultsForMissingKeys) {
   EXPECT_EQ(load("{}").name, "iPod");
   EXPECT_THAT(load("{}").tracks, IsEmpty());
   EXPECT_THAT(load("{}").playlists, IsEmpty());
@@ -90,25 +90,25 @@ TEST(LoadJsonLibrary, ReadsEachKind) {
   EXPECT_EQ(library.tracks[2].kind, MediaKind::kAudiobook);
 }
 
-TEST(LoadJsonLibrary, TakesTheLargestAndSmallestNumbers) {
+TEST(LoadJsonLibrary, AcceptsTheLargestAndSmallestNumbers) {
   const MusicLibrary library =
       load(R"({"tracks": [{"lengthMs": 4294967295, "sampleRate": 1, "year": 0}]})");
   EXPECT_EQ(library.tracks[0].lengthMs, 4294967295U);
   EXPECT_EQ(library.tracks[0].sampleRate, 1U);
 }
 
-TEST(LoadJsonLibrary, TakesPlaylistsThatStandBeforeTheTracks) {
+TEST(LoadJsonLibrary, AcceptsPlaylistsBeforeTheTracks) {
   const MusicLibrary library = load(R"({"playlists": [{"tracks": [1]}], "tracks": [{}, {}]})");
   EXPECT_THAT(library.playlists[0].tracks, ElementsAre(1));
 }
 
-TEST(LoadJsonLibrary, KeepsUtf8AndPassesOverAByteOrderMark) {
+TEST(LoadJsonLibrary, KeepsUtf8AndSkipsAByteOrderMark) {
   const MusicLibrary library =
       load("\xEF\xBB\xBF{\"tracks\": [{\"title\": \"\xE2\x82\xAC \\u00e9 \\ud83e\\uddfa\"}]}");
   EXPECT_EQ(library.tracks[0].title, "\xE2\x82\xAC \xC3\xA9 \xF0\x9F\xA7\xBA");
 }
 
-TEST(LoadJsonLibrary, SaysWhereATypeIsWrong) {
+TEST(LoadJsonLibrary, ReportsThePlaceOfAWrongType) {
   EXPECT_EQ(errorOf("[]"), "library.json: the file: must be an object");
   EXPECT_EQ(errorOf(R"({"name": 3})"), "library.json: name: must be a text");
   EXPECT_EQ(errorOf(R"({"name": null})"), "library.json: name: must be a text");
@@ -171,7 +171,7 @@ TEST(LoadJsonLibrary, RefusesANulInAText) {
             "library.json: tracks[0].title: must not contain the character U+0000");
 }
 
-TEST(LoadJsonLibrary, SaysWhereTheJsonIsBroken) {
+TEST(LoadJsonLibrary, ReportsThePlaceOfBrokenJson) {
   EXPECT_THAT(errorOf(""), StartsWith("library.json: parse error at line 1, column 1: "));
   EXPECT_THAT(errorOf("{\n  \"name\": \"x\",\n}"),
               StartsWith("library.json: parse error at line 3, column 1: "));
@@ -182,7 +182,7 @@ TEST(LoadJsonLibrary, SaysWhereTheJsonIsBroken) {
               StartsWith("library.json: number overflow parsing '1e999'"));
 }
 
-TEST(LoadJsonLibrary, RefusesDeepNestingWithoutFollowingIt) {
+TEST(LoadJsonLibrary, RefusesDeepNestingBeforeParsing) {
   EXPECT_EQ(errorOf(std::string(1000000, '[')), "library.json: is nested deeper than 8 levels");
   EXPECT_EQ(errorOf(R"({"tracks": [{"title": [[[[[[]]]]]]}]})"),
             "library.json: is nested deeper than 8 levels");
@@ -190,14 +190,14 @@ TEST(LoadJsonLibrary, RefusesDeepNestingWithoutFollowingIt) {
             "library.json: tracks[0].title: must be a text");
 }
 
-TEST(LoadJsonLibrary, TakesBracketsInTextsForText) {
+TEST(LoadJsonLibrary, IgnoresBracketsInTexts) {
   const MusicLibrary library =
       load(R"({"tracks": [{"title": "[[[[[[[[[\"[[[[[[[[["}], "name": "]]}}\\"})");
   EXPECT_EQ(library.tracks[0].title, "[[[[[[[[[\"[[[[[[[[[");
   EXPECT_EQ(library.name, "]]}}\\");
 }
 
-TEST(LoadJsonLibrary, TakesAnyNumberOfBracketsSideBySide) {
+TEST(LoadJsonLibrary, AcceptsAnyNumberOfBracketsInOneLevel) {
   std::string tracks = "{}";
   for (int i = 1; i < 1000; ++i)
     tracks += ",{}";
@@ -208,7 +208,7 @@ TEST(LoadJsonLibrary, RefusesAHugeFile) {
   EXPECT_EQ(errorOf(std::string(33554433, ' ')), "library.json: is larger than 33554432 bytes");
 }
 
-TEST(LoadJsonLibrary, SaysWhichFileCannotBeRead) {
+TEST(LoadJsonLibrary, NamesAFileThatCannotBeRead) {
   const TemporaryFolder folder;
   try {
     loadJsonLibrary(folder.path() / "missing.json");
@@ -218,7 +218,7 @@ TEST(LoadJsonLibrary, SaysWhichFileCannotBeRead) {
   }
 }
 
-TEST(ToJson, WritesATrackAndAPlaylistALineWithoutDefaults) {
+TEST(ToJson, WritesOneLinePerTrackAndPlaylistWithoutDefaults) {
   MusicLibrary library;
   library.name = "Robin's \"iPod\"";
   library.tracks.resize(2);
@@ -263,7 +263,7 @@ TEST(ToJson, ReplacesWhatIsNotUtf8) {
   EXPECT_THAT(toJson(library), StartsWith("{\n  \"name\": \"caf\xEF\xBF\xBD\""));
 }
 
-/// The first block of the document that is marked as JSON.
+/// Returns the first block of the document that is marked as JSON.
 std::string documentedExample() {
   std::ifstream stream(MUSIC_LIBRARY_DOCUMENT);
   const std::string text{std::istreambuf_iterator<char>(stream), {}};

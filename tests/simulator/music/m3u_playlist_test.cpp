@@ -12,7 +12,7 @@ using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(ParseM3u, GivesTheLinesThatAreNotCommentsInOrder) {
+TEST(ParseM3u, ReturnsTheLinesThatAreNotCommentsInOrder) {
   const M3uPlaylist playlist = parseM3u(
       "#EXTM3U\n#EXTINF:12,Somebody - Something\nb/two.mp3\n# a remark\n/abs/one.flac\nb/two.mp3");
   EXPECT_THAT(playlist.entries, ElementsAre("b/two.mp3", "/abs/one.flac", "b/two.mp3"));
@@ -23,17 +23,17 @@ TEST(ParseM3u, EndsLinesAtEveryKindOfLineEnd) {
   EXPECT_THAT(parseM3u("a\r\nb\nc\rd\n\n\r\n").entries, ElementsAre("a", "b", "c", "d"));
 }
 
-TEST(ParseM3u, DropsBlanksAroundAnEntryButNotInIt) {
+TEST(ParseM3u, RemovesBlanksAroundAnEntryButNotInIt) {
   EXPECT_THAT(parseM3u("  my song.mp3 \t\n   \n").entries, ElementsAre("my song.mp3"));
 }
 
-TEST(ParseM3u, TakesTheNameFromItsTag) {
+TEST(ParseM3u, ReadsTheNameFromItsTag) {
   EXPECT_EQ(parseM3u("#EXTM3U\r\n#PLAYLIST: Road, late \r\na.mp3\r\n").name, "Road, late");
   EXPECT_EQ(parseM3u("#PLAYLIST:\n").name, "");
   EXPECT_EQ(parseM3u("#PLAYLISTS:x\n").name, "");
 }
 
-TEST(ParseM3u, PassesOverAByteOrderMark) {
+TEST(ParseM3u, SkipsAByteOrderMark) {
   const M3uPlaylist playlist = parseM3u("\xEF\xBB\xBF#PLAYLIST:X\na.mp3\n");
   EXPECT_EQ(playlist.name, "X");
   EXPECT_THAT(playlist.entries, ElementsAre("a.mp3"));

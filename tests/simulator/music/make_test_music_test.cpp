@@ -19,7 +19,7 @@ using testing::HasSubstr;
 
 struct ScriptRun {
   int exitCode;
-  std::string output;  ///< of both kinds
+  std::string output;  ///< of stdout and stderr
 };
 
 std::string contentOf(const fs::path& file) {
@@ -43,14 +43,14 @@ std::map<fs::path, std::string> filesOf(const fs::path& folder) {
   return files;
 }
 
-TEST(MakeTestMusic, ExplainsItself) {
+TEST(MakeTestMusic, PrintsItsHelp) {
   const TemporaryFolder folder;
   const ScriptRun run = runScript(folder, "--help");
   EXPECT_EQ(run.exitCode, 0);
   EXPECT_THAT(run.output, HasSubstr("Usage: make-test-music DIR\n"));
 }
 
-TEST(MakeTestMusic, WantsOneFolder) {
+TEST(MakeTestMusic, NeedsOneFolder) {
   const TemporaryFolder folder;
   for (const char* arguments : {"", "''", "one two", "--quick"}) {
     const ScriptRun run = runScript(folder, arguments);
@@ -59,7 +59,7 @@ TEST(MakeTestMusic, WantsOneFolder) {
   }
 }
 
-TEST(MakeTestMusic, LeavesWhatIsThereAlone) {
+TEST(MakeTestMusic, DoesNotChangeExistingFiles) {
   const TemporaryFolder folder;
   folder.write("full/mine.txt", "mine");
   const ScriptRun full = runScript(folder, "full");
@@ -70,7 +70,7 @@ TEST(MakeTestMusic, LeavesWhatIsThereAlone) {
             "make-test-music: full/mine.txt is not a folder\n");
 }
 
-TEST(MakeTestMusic, MakesTheSameFilesEveryTimeWithoutAWord) {
+TEST(MakeTestMusic, MakesTheSameFilesEveryTimeWithoutOutput) {
   const TemporaryFolder folder;
   const ScriptRun run = runScript(folder, "'new/my music'");
   EXPECT_EQ(run.exitCode, 0);

@@ -23,7 +23,7 @@ using testing::SizeIs;
 
 class MusicFolder : public testing::Test {
  protected:
-  /// A second of untagged audio.
+  /// Writes a file with a second of untagged audio.
   void addSong(const fs::path& name) {
     folder.write(fs::path("Music") / name, flacFile(44100, 44100));
   }
@@ -45,7 +45,7 @@ class MusicFolder : public testing::Test {
       texts.push_back(track.title);
     return texts;
   }
-  /// The only playlist's tracks, by title.
+  /// Returns the titles of the only playlist's tracks.
   std::vector<std::string> playlistTitles() {
     const MusicLibrary library = load();
     EXPECT_THAT(library.playlists, SizeIs(1));
@@ -69,7 +69,7 @@ class MusicFolder : public testing::Test {
   const std::vector<std::string>& warnings = report.warnings;
 };
 
-TEST_F(MusicFolder, GivesTracksInTheOrderOfTheirPaths) {
+TEST_F(MusicFolder, ReturnsTracksInTheOrderOfTheirPaths) {
   addSong("b/two.flac");
   addSong("a.flac");
   addSong("c.FLAC");
@@ -79,7 +79,7 @@ TEST_F(MusicFolder, GivesTracksInTheOrderOfTheirPaths) {
   EXPECT_THAT(warnings, IsEmpty());
 }
 
-TEST_F(MusicFolder, BearsTheFoldersName) {
+TEST_F(MusicFolder, HasTheFoldersName) {
   addSong("a.flac");
   EXPECT_EQ(load().name, "Music");
   EXPECT_EQ(loadMusicFolder(music() / "", report).name, "Music");
@@ -96,13 +96,13 @@ TEST_F(MusicFolder, NamesUntaggedTracksAfterFileAndFolders) {
   EXPECT_EQ(track.composer, "");
 }
 
-TEST_F(MusicFolder, TakesTheTwoNearestFoldersForNames) {
+TEST_F(MusicFolder, UsesTheTwoNearestFoldersForNames) {
   addSong("Collection/Artist/Album/Song.flac");
   EXPECT_EQ(load().tracks.at(0).album, "Album");
   EXPECT_EQ(load().tracks.at(0).artist, "Artist");
 }
 
-TEST_F(MusicFolder, SaysUnknownWhereNoFolderHelps) {
+TEST_F(MusicFolder, UsesUnknownWithoutAFolder) {
   addSong("Album/one.flac");
   addSong("two.flac");
   const MusicLibrary library = loadMusicFolder(music() / "", report);
@@ -124,7 +124,7 @@ TEST_F(MusicFolder, PrefersTagsToNamesTextByText) {
   EXPECT_EQ(library.tracks.at(1).album, "Tagged Album");
 }
 
-TEST_F(MusicFolder, TakesFileNamesThatAreNotUtf8AsLatin1) {
+TEST_F(MusicFolder, TreatsFileNamesThatAreNotUtf8AsLatin1) {
   addSong(
       "Caf\xE9/Fa\xE7"
       "ade.flac");
@@ -157,7 +157,7 @@ TEST_F(MusicFolder, FollowsLinksToFilesAndFolders) {
   EXPECT_THAT(warnings, IsEmpty());
 }
 
-TEST_F(MusicFolder, ReadsWhatLinksReachTwiceOnlyOnce) {
+TEST_F(MusicFolder, ReadsAFileThatLinksReachTwiceOnlyOnce) {
   addSong("a/song.flac");
   addLink("a/again.flac", "song.flac");
   addLink("a/up", "..");
@@ -212,7 +212,7 @@ TEST_F(MusicFolder, MakesAPlaylistOfRelativeAndAbsolutePaths) {
   EXPECT_THAT(warnings, IsEmpty());
 }
 
-TEST_F(MusicFolder, NamesAPlaylistAsItAsks) {
+TEST_F(MusicFolder, NamesAPlaylistByItsTag) {
   addSong("one.flac");
   addFile("road.M3U8", "\xEF\xBB\xBF#EXTM3U\n#PLAYLIST:Late Road\none.flac\n");
   EXPECT_EQ(load().playlists.at(0).name, "Late Road");
@@ -267,7 +267,7 @@ TEST_F(MusicFolder, IsEmptyWithAWarningWhenThereIsNoAudio) {
   EXPECT_THAT(warnings, ElementsAre(music().string() + ": no playable audio found in this folder"));
 }
 
-TEST_F(MusicFolder, KeepsTheWarningsThatTheCallerHad) {
+TEST_F(MusicFolder, KeepsEarlierWarningsOfTheReport) {
   report.warnings = {"earlier"};
   addSong("a.flac");
   addFile("broken.mp3", "x");

@@ -21,7 +21,7 @@ TEST(MusicSummary, CountsEachNameOnce) {
   EXPECT_EQ(summaryOf(library, {}), "music: 3 tracks, 2 artists, 2 albums, 3 playlists");
 }
 
-TEST(MusicSummary, SaysOneWithoutAPlural) {
+TEST(MusicSummary, UsesTheSingularForOne) {
   MusicLibrary library;
   library.tracks = {trackOf("Anna", "First")};
   library.playlists = {{"Mix", {0}}};
@@ -36,7 +36,7 @@ TEST(MusicSummary, LeavesOutNamesThatTheIpodDoesNotList) {
   EXPECT_EQ(summaryOf(library, {}), "music: 3 tracks, 0 artists, 0 albums, 0 playlists");
 }
 
-TEST(MusicSummary, SaysWhyFilesWereSkipped) {
+TEST(MusicSummary, ReportsWhyFilesWereSkipped) {
   EXPECT_EQ(summaryOf({}, {{"is broken", 2}, {"is too large", 3}}),
             "music: 0 tracks, 0 artists, 0 albums, 0 playlists; 5 files skipped: is broken (2), "
             "is too large (3)");

@@ -9,13 +9,13 @@
 
 namespace simulator {
 
-/// A folder of its own for one test, removed with all that is in it.
+/// A temporary folder for one test. It is removed with its content.
 class TemporaryFolder {
  public:
   TemporaryFolder() {
     std::string name = (std::filesystem::temp_directory_path() / "music-test-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    // As a program finds the folder when a link stands in the way to it.
+    // The path without links, as a program resolves it.
     root = std::filesystem::canonical(name);
   }
   ~TemporaryFolder() { std::filesystem::remove_all(root); }
@@ -24,7 +24,7 @@ class TemporaryFolder {
 
   const std::filesystem::path& path() const { return root; }
 
-  /// Writes a file, with the folders that lead to it.
+  /// Writes a file, and makes its folders.
   std::filesystem::path write(const std::filesystem::path& name, std::string_view content) const {
     const std::filesystem::path file = root / name;
     std::filesystem::create_directories(file.parent_path());

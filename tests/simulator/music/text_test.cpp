@@ -10,7 +10,7 @@ namespace {
 
 using namespace std::string_literals;
 
-TEST(IsUtf8, TakesWellFormedSequencesOfEveryLength) {
+TEST(IsUtf8, AcceptsWellFormedSequencesOfEveryLength) {
   EXPECT_TRUE(isUtf8(""));
   EXPECT_TRUE(isUtf8("plain"));
   EXPECT_TRUE(isUtf8("\x7F"));
@@ -46,16 +46,16 @@ INSTANTIATE_TEST_SUITE_P(WrongContinuation, NotUtf8,
                          testing::Values("\xC3\x41", "\xE2\x82\xC0", "\xF0\x9F\x41\xBA",
                                          "\xE2\xFF\x80"));
 
-TEST(ToUtf8, LeavesUtf8AsItIs) {
+TEST(ToUtf8, DoesNotChangeUtf8) {
   EXPECT_EQ(toUtf8("caf\xC3\xA9 \xE2\x82\xAC"), "caf\xC3\xA9 \xE2\x82\xAC");
 }
 
-TEST(ToUtf8, TakesAnythingElseAsLatin1) {
+TEST(ToUtf8, TreatsOtherBytesAsLatin1) {
   EXPECT_EQ(toUtf8("caf\xE9"), "caf\xC3\xA9");
   EXPECT_EQ(toUtf8("\x80\xBF\xC0\xFF"), "\xC2\x80\xC2\xBF\xC3\x80\xC3\xBF");
 }
 
-TEST(Trimmed, DropsPaddingAtBothEndsOnly) {
+TEST(Trimmed, RemovesPaddingOnlyAtBothEnds) {
   EXPECT_EQ(trimmed(" \t\r\n\0two words\0 \n"s), "two words");
   EXPECT_EQ(trimmed("two words"), "two words");
   EXPECT_EQ(trimmed("a"), "a");
@@ -63,7 +63,7 @@ TEST(Trimmed, DropsPaddingAtBothEndsOnly) {
   EXPECT_EQ(trimmed(""), "");
 }
 
-TEST(LowerCase, ChangesTheLettersAToZOnly) {
+TEST(LowerCase, ChangesOnlyTheLettersAToZ) {
   EXPECT_EQ(lowerCase("@AMZ[ amz 3"), "@amz[ amz 3");
   EXPECT_EQ(lowerCase("\xC3\x89T\xC3\x89"), "\xC3\x89t\xC3\x89");
 }

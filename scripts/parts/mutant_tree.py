@@ -4,9 +4,9 @@ import pathlib
 import shutil
 import subprocess
 
-from mutant_file import Trouble
+from .mutant_file import Trouble
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 PLACE = ROOT / "build/mutants"
 TREE = PLACE / "tree"
 

@@ -9,9 +9,9 @@ import time
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-from export_lists import ROOT
+from .export_lists import ROOT
 
-# What GoogleTest says of every test; all else was recorded by the test.
+# The keys that GoogleTest writes for every test; the test recorded all others.
 USUAL_KEYS = {"name", "file", "line", "value_param", "type_param", "status", "result", "timestamp", "time",
               "classname", "failures", "skipped"}
 
@@ -22,7 +22,7 @@ def build(preset):
 
 
 def tests_of(preset, label, names):
-    """The commands of the tests with a label whose names match a regular expression."""
+    """Returns the commands of the tests with a label whose names match a regular expression."""
     listing = subprocess.run(
         ["ctest", "--test-dir", f"build/{preset}", "--show-only=json-v1", "-L", f"^{label}$"], cwd=ROOT,
         check=True, capture_output=True, text=True).stdout
@@ -30,7 +30,7 @@ def tests_of(preset, label, names):
 
 
 def recorded(document):
-    """Name, seconds and recorded numbers of each test in GoogleTest's report."""
+    """Yields the name, seconds and recorded numbers of each test in GoogleTest's report."""
     for suite in document["testsuites"]:
         for test in suite["testsuite"]:
             if test["status"] != "RUN":
@@ -41,7 +41,7 @@ def recorded(document):
 
 
 def run_one(command, environment, limit):
-    """The results of one command; a test that dies or does not end is a failed one."""
+    """Returns the results of one command. A test that crashes or does not end has failed."""
     with tempfile.TemporaryDirectory() as folder:
         report = Path(folder) / "report.json"
         started = time.monotonic()
@@ -62,7 +62,7 @@ def run_one(command, environment, limit):
 
 
 def run_tests(preset, label, environment, names=".", limit=7200, jobs=os.cpu_count()):
-    """Runs the tests of a label with the environment; prints a line for each and yields its results."""
+    """Runs the tests of a label with the environment. Prints a line for each test and yields its results."""
     with ThreadPoolExecutor(jobs) as pool:
         runs = [pool.submit(run_one, command, environment, limit) for command in tests_of(preset, label, names)]
         for run in runs:

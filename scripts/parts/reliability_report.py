@@ -1,13 +1,14 @@
-"""Puts what scripts/endurance counted into the tables of docs/reliability.md."""
+"""Writes the results of scripts/endurance to docs/reliability-tables.md, their totals to reliability.md."""
 
 import json
 import re
 from collections import defaultdict
 
-from ctest_rings import plain
-from export_lists import ROOT, promised_ordinals
+from .ctest_rings import plain
+from .export_lists import ROOT, promised_ordinals
 
 PAGE = ROOT / "docs/reliability.md"
+TABLES = ROOT / "docs/reliability-tables.md"
 BOUND, LONGEST = "bound_ms_", "longest_us_"
 
 
@@ -22,7 +23,7 @@ def grouped(number):
 
 
 def words(name):
-    """"AllScripts/ByteSweep.SpoilsEveryByte/2" as "byte sweep: spoils every byte"."""
+    """Returns "AllScripts/ByteSweep.SpoilsEveryByte/2" as "byte sweep: spoils every byte"."""
     parts = [part for part in name.split("/") if "." in part]
     suite, _, test = (parts[0] if parts else name).partition(".")
     spaced = [re.sub(r"(?<=[a-z0-9])(?=[A-Z])|(?<=[A-Z])(?=[A-Z][a-z])", " ", each) for each in (suite, test)]
@@ -41,7 +42,7 @@ def ran(record):
 
 
 def by_test(records):
-    """Cases, strikes, seconds and failures of the tests that count cases, those of one body together."""
+    """Returns cases, strikes, seconds and failures of the tests that count cases, one row for each body."""
     rows = defaultdict(lambda: [0, 0, 0.0, 0])
     for record in records:
         for test in record["tests"]:
@@ -69,7 +70,7 @@ def sweeps(records):
 
 
 def bounds(records):
-    """The longest call of each export in virtual time, and its bound."""
+    """Returns the longest call of each export on the deterministic platform, and its bound."""
     limits, longest = {}, defaultdict(int)
     for name in ("sweeps", "schedules", "months"):
         for test in records.get(name, {}).get("tests", []):
@@ -83,7 +84,7 @@ def bounds(records):
 
 
 def counted(numbers):
-    """The numbers of one test; what was counted at its start and at its end in one."""
+    """Returns the numbers of one test as text; those of its start and its end are joined."""
     texts = []
     for key, value in numbers.items():
         name, _, when = key.rpartition("_")
@@ -126,7 +127,7 @@ def coverage(records):
     total = record["numbers"]["total"]
     share = [[what, grouped(total[f"{what}_run"]), grouped(total[what]), f"{100 * total[f'{what}_run'] / total[what]:.2f} %"]
              for what in ("lines", "branches")]
-    return "\n".join([ran(record), "", table(["of src/", "taken:", "of:", "share:"], share)])
+    return "\n".join([ran(record), "", table(["of src/", "covered:", "of:", "share:"], share)])
 
 
 # Each needs the records of these steps.
@@ -134,21 +135,63 @@ SECTIONS = {sweeps: ("sweeps", "schedules", "races"), bounds: ("sweeps",), life:
             mutants: ("mutants",), coverage: ("coverage",)}
 
 
+def rows_of(text, name):
+    """Returns the cells of the rows of a section's table, without the bold ones and the head."""
+    section = text.partition(mark_of(name))[2].partition(END)[0]
+    rows = [[cell.strip() for cell in line.strip("|").split("|")]
+            for line in section.splitlines() if line.startswith("|")]
+    return [row for row in rows[2:] if not row[0].startswith("**")]
+
+
+def sum_of(cells, words=""):
+    """Returns the sum of the numbers in the cells; with `words`, of those before the words."""
+    found = (re.search(rf"([\d,]+){words}(?!\w)", cell) for cell in cells)
+    return sum(int(match[1].replace(",", "")) for match in found if match)
+
+
+def totals(tables):
+    """Returns the table of totals, counted in the other tables."""
+    cases, limits, lives, fuzzed, changes, shares = (
+        rows_of(tables, section.__name__) for section in SECTIONS)
+    counts = [row[1] for row in lives]
+    late = sum(float(row[2].replace(",", "")) > sum_of([row[1]]) for row in limits)
+    lines = [
+        ["cases of sweeps, orders and races", grouped(sum_of(row[1] for row in cases)),
+         f"{sum_of(row[4] for row in cases)} failed"],
+        ["exports", len(limits), f"{late} took longer than their bound"],
+        ["connections and loads on the real platform", grouped(sum_of(counts, " cycles")),
+         f"{sum_of(row[3] for row in lives)} left anything open"],
+        ["simulated days of a head unit", grouped(sum_of(counts, " virtual days")),
+         f"{grouped(sum_of(counts, ' calls'))} calls, {grouped(sum_of(counts, ' drives'))} drives"],
+        ["inputs of the fuzzers", grouped(sum_of(row[1] for row in fuzzed)),
+         f"{sum_of(row[4] for row in fuzzed)} findings"],
+        ["mutants", len(changes), f"{sum('**nothing**' not in row for row in changes)} found by a test"],
+        *([f"{what} of `src/`", of, f"{share} covered"] for what, _, of, share in shares)]
+    return table(["what", "tried:", "result"], lines)
+
+
+END = "<!-- end -->"
+
+
+def mark_of(name):
+    return f"<!-- {name}: written by scripts/endurance -->"
+
+
 def fill(text, name, content):
-    """`text` with the section between its two marks."""
-    begin, end = f"<!-- {name}: written by scripts/endurance -->", "<!-- end -->"
-    before, mark, rest = text.partition(begin)
-    if not mark or end not in rest:
-        raise SystemExit(f"{PAGE.name} has no place for {name}")
-    return before + begin + "\n" + content + "\n" + rest[rest.index(end):]
+    """Returns `text` with the section between its two marks."""
+    before, mark, rest = text.partition(mark_of(name))
+    if not mark or END not in rest:
+        raise SystemExit(f"reliability_report: no marks for the section {name}; restore them in docs/")
+    return before + mark + "\n" + content + "\n" + rest[rest.index(END):]
 
 
 def write(folder):
-    """Sections whose steps have never run stay as they are."""
+    """Writes both documents. Sections whose steps have never run stay as they are."""
     records = {path.stem: json.loads(path.read_text()) for path in folder.glob("*.json")}
-    text = PAGE.read_text()
+    text = TABLES.read_text()
     for section, needed in SECTIONS.items():
         if any(name in records for name in needed):
             text = fill(text, section.__name__, section(records))
-    PAGE.write_text(text)
-    print(f"Wrote {PAGE.relative_to(ROOT)}.")
+    TABLES.write_text(text)
+    PAGE.write_text(fill(PAGE.read_text(), "totals", totals(text)))
+    print(f"Wrote {TABLES.relative_to(ROOT)} and {PAGE.relative_to(ROOT)}.")

@@ -3,26 +3,26 @@
 import pathlib
 import re
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
+ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
 def ordinals_of(definition):
-    """Names and ordinals of a module-definition file's text."""
+    """Returns the names and ordinals of a module-definition file's text."""
     return {name: int(ordinal)
             for name, ordinal in re.findall(r"^\s+(\w+) @(\d+)", definition, re.MULTILINE)}
 
 
 def promised_ordinals():
-    """Those of the library."""
+    """Returns the names and ordinals of the library."""
     return ordinals_of((ROOT / "src/api/ipodctl.def").read_text())
 
 
 def names_in(text):
-    """The functions of a list: a name a line, '#' begins a comment."""
+    """Returns the functions of a list: one name on each line, '#' begins a comment."""
     lines = (line.split("#")[0].split() for line in text.splitlines())
     return [words[0] for words in lines if words]
 
 
 def device_functions(file):
-    """What a DLL of the device has, by the name of its list in scripts/."""
-    return set(names_in((ROOT / "scripts" / file).read_text()))
+    """Returns the functions of a DLL of the device, by the name of its list in this folder."""
+    return set(names_in((ROOT / "scripts/parts" / file).read_text()))
