@@ -21,12 +21,13 @@ constexpr int32_t kYieldMicroseconds = 1;
 constexpr WORD kChannels = 2;
 constexpr WORD kBitsPerSample = 16;
 
-/// The Extended Interface version from which on play and pause are commands. Each byte is held
-/// against its own limit: 2.0 does not count.
+/// The first version of the Extended Interface lingo that has the commands play and pause. Major
+/// and minor are compared separately, so 2.0 does not qualify.
 constexpr uint8_t kPlayPauseMajor = 1;
 constexpr uint8_t kPlayPauseMinor = 13;
 
-/// Follows a new sample rate. Runs on the link's reader thread while an export may hold the lock.
+/// Sets the audio library to a new sample rate. Runs on the link's reader thread, also while an
+/// export holds the lock.
 int RestartPlayForResample(int32_t sampleRate) {
   std::printf("Tavrel RestartPlayForResample %d\n", static_cast<int>(sampleRate));
   ipodSampleRate = static_cast<uint32_t>(sampleRate);
@@ -56,8 +57,8 @@ bool startStream(uint32_t sampleRate) {
   return StartIpodAudioPlay(&format) != kAudioStartFailed;
 }
 
-/// Starts the stream at the iPod's sample rate. A rate that the reader passes on meanwhile is newer
-/// than the one that the stream starts with, and is set again.
+/// Starts the stream at the iPod's sample rate. A rate that the reader receives meanwhile is newer
+/// than the one that the stream starts with: it is set again.
 bool startAudio() {
   uint32_t sampleRate = announcedRate();
   ipodSampleRate = sampleRate;

@@ -14,7 +14,7 @@ namespace ipodctl {
 /// answer.
 uint32_t countRecords(Category category);
 
-/// The number of tracks under the present selection.
+/// Returns the number of tracks under the present selection.
 uint32_t countTracks();
 
 /// kNoRecord undoes the selection.
@@ -23,7 +23,7 @@ void selectRecord(Category category, RecordIndex index);
 /// Selects a record; the list below it, of the category `below`, is sorted as its records are.
 void selectRecordSorted(Category category, RecordIndex index, Category below);
 
-/// The name of one record; false when none came.
+/// Reads the name of one record. Returns false when no record is received.
 bool retrieveName(Category category, RecordIndex index, ByteString& name);
 
 }  // namespace ipodctl

@@ -18,7 +18,7 @@ bool sameText(const ByteString& left, const ByteString& right) {
 }
 
 /// A walk over the tracks of the playing list in one direction, track by track, once round at most.
-/// A group is the tracks in a row whose artist (or album) has the same name; no name is a name too.
+/// A group is a run of tracks with the same artist (or album). Tracks without a name form a group.
 class GroupWalk {
  public:
   GroupWalk(Category groupType, RecordIndex startTrack, bool goForward)
@@ -32,8 +32,8 @@ class GroupWalk {
   RecordIndex position() const { return static_cast<RecordIndex>(track); }
   bool cameRound() const { return track == start; }
 
-  /// Goes on to the first track of another group, which is the group from then on; false when there
-  /// is none before the walk has come round, or before an iPod without names has gone.
+  /// Moves to the first track of another group, which becomes the group. Returns false when the
+  /// walk is back at its start, or when the iPod stopped answering in a group without a name.
   bool leaveGroup() {
     while (stepsTaken < count) {
       ++stepsTaken;
@@ -44,7 +44,7 @@ class GroupWalk {
         group = std::move(name);
         return true;
       }
-      // Silence has no name either: without an end here a lost iPod would be asked for every track.
+      // A lost answer looks like an empty name: a lost iPod would be asked for every track.
       if (ipodController.lastWaitTimedOut()) return false;
     }
     return false;
@@ -78,13 +78,13 @@ class GroupWalk {
   uint32_t stepsTaken = 0;
 };
 
-/// In a list of level 1: by the names of the tracks around the playing one.
+/// Steps from a list of level 1: by the names of the tracks around the playing one.
 bool stepAmongTracks(Category type, bool forward) {
   RecordIndex playing = kNoRecord;
   if (!ipodController.GetCurrentTrackIndex(playing)) return false;
   GroupWalk walk(type, playing, forward);
   if (!walk.leaveGroup()) return false;
-  // Backward the walk meets the last track of the group; its first one comes after the next change.
+  // Backward the walk meets the last track of the group; its first one follows the next change.
   if (!forward && (walk.leaveGroup() || walk.cameRound())) walk.stepForward();
   ipodController.PlayCurrentSelection(walk.position());
   return true;
@@ -97,7 +97,7 @@ int64_t neighbourOf(int64_t index, int64_t first, int64_t count, bool forward) {
   return index - 1 < first ? count - first - 1 : index - 1;
 }
 
-/// Below a list: to the next record of that list.
+/// Steps from below level 1: to the next record of the list of level 1.
 bool stepAmongRecords(bool forward) {
   BrowseLevel& list = upDownTree.top();
   const Category type = list.type;

@@ -21,8 +21,8 @@
  *
  * CONVENTIONS
  *
- *  1. Results. Most functions return 0 whatever happened; the others say so. A function that could
- *     not get an answer from the iPod never fails loudly: it leaves its outputs as its text says.
+ *  1. Results. Most functions return 0 in every case; the text of a function says otherwise. The
+ *     text also says what its outputs hold when the iPod does not answer.
  *
  *  2. Null pointers. A null output pointer is never written through. Apart from that the call does
  *     what it always does; only IpodGetTrackInfo does not ask for a text without a buffer.
@@ -32,10 +32,10 @@
  *     at most a second for each request that they make.
  *
  *  4. Threads. Every function may be called from every thread. Those marked "Lock: taken" wait for
- *     one another, so at most one of them speaks to the iPod; a busy iPod can hold the lock for
- *     seconds. Those marked "Lock: none" never wait for it: they read or write values of the
- *     library's own and return. Only isIpodAudioPresent asks the audio library, and only
- *     IpodGetNumberOfPlaylist the iPod, without the lock.
+ *     one another, so at most one of them sends requests to the iPod; a busy iPod can hold the lock
+ *     for seconds. Those marked "Lock: none" never wait for it: they read or write the library's
+ *     values and return. Without the lock, only isIpodAudioPresent calls the audio library, and
+ *     only IpodGetNumberOfPlaylist sends a request to the iPod.
  *
  *  5. Texts. The iPod's text reaches the host as 16-bit units, one unit for each byte of the
  *     library's 8-bit text (Latin-1), so 0x00E9 is an e with an acute accent. A character that
@@ -52,13 +52,13 @@
  *
  *  7. Refresh. IpodSongPlay and the commands that IpodCommand names broadcast the window message
  *     WM_IPOD_NOTIFY with both parameters 0. IpodSongPlay and the commands 3, 4 and 14 do so even
- *     if the iPod did not obey. The message carries no news: ask for what the screen shows. What
- *     the iPod does by itself, such as going on to the next track, is not announced: ask for it
- *     about once a second while it plays.
+ *     if the iPod did not obey. The message does not say what has changed: ask for what the screen
+ * shows. What the iPod does by itself, such as going on to the next track, is not announced: ask
+ * for it about once a second while it plays.
  *
  *  8. Selection. The iPod keeps one selection of its database, and lists, counts and names are what
- *     lies under it. Opening and leaving lists moves it with the host. Functions that move it for a
- *     purpose of their own say so.
+ *     below it. Opening and leaving lists changes it. The text of a function says when the function
+ *     changes it for another purpose.
  *
  *  9. Late answers. A request takes the first message that arrives for its answer. Many iPods
  *     acknowledge a connection twice: pending, and up to a second later done. If the second
@@ -68,10 +68,10 @@
  *     second, then ask again.
  *
  * 10. A lost iPod. After a pulled cable, or a frame with a wrong checksum, every call behaves as if
- *     the iPod did not answer, and IpodIsConnect still returns 1. IpodGetTrackIndex tells: its
- *     result is 0. Call IpodDisconnect, then IpodConnect until it succeeds. After an IpodConnect
- *     that failed because the iPod did not identify itself, the link is still open and the calls
- *     still ask the iPod.
+ *     the iPod did not answer, and IpodIsConnect still returns 1. The result 0 of
+ *     IpodGetTrackIndex shows it. Call IpodDisconnect, then IpodConnect until it succeeds. After an
+ * IpodConnect that failed because the iPod did not identify itself, the link is still open and the
+ * calls still ask the iPod.
  */
 #ifndef IPODCTL_H
 #define IPODCTL_H
@@ -135,11 +135,11 @@ enum IpodPlayStatus { IPOD_STOPPED = 0, IPOD_PLAYING = 1, IPOD_PAUSED = 2 };
  *
  * The logo is "logo_zel.bmp" in the current directory, a 24-bit uncompressed bitmap whose width is
  * a multiple of 4. Without it, or when it is larger than the iPod's screen, the connection is made
- * all the same.
+ * anyway.
  *
  * Result: 1 when a new connection was made; 0 when there is no iPod, when a connection exists
  *         already (it is kept), when the audio stream does not start, or when another call holds
- *         the lock: a connect never waits behind another call.
+ *         the lock: a connect never waits for another call.
  * Time:   a fraction of a second with an iPod, about three seconds with a silent one, and the time
  *         of the logo: one acknowledged packet for each of its rows and for each empty row above it
  *         (half of the rows that it leaves free). From an iPod that falls silent meanwhile each of
@@ -176,14 +176,14 @@ int IPODCTL_CALL isIpodAudioPresent(int first, int second, int third, int fourth
 /*
  * Says whether the iPod is the one that was connected before.
  *
- * sameIpod: 0 clears the up-down snapshot, which speaks of another iPod's lists; any other value
+ * sameIpod: 0 clears the up-down snapshot, which is about another iPod's lists; any other value
  *           does nothing.
  * Lock:     none.
  */
 void IPODCTL_CALL IpodSetSameIpod(int sameIpod);
 
 /*
- * Takes the up-down snapshot: a copy of the whole browse tree as it stands. The host calls it when
+ * Takes the up-down snapshot: a copy of the whole browse tree. The host calls it when
  * playback starts from a list, so that IPOD_NEXT_GROUP, IPOD_PREVIOUS_GROUP and
  * IpodGetParentUpDownName refer to that list while the user browses on.
  *
@@ -303,7 +303,7 @@ int IPODCTL_CALL IpodGetCurrentTrackPosition(int* position);
 
 /*
  * The tree has levels: level 0 means that no list is open, level 1 is the list opened first, each
- * descent adds one, up to level 7. In every list the host stands on one entry.
+ * descent adds one, up to level 7. Every list has one current entry.
  *
  * Tabs. Lists of playlists, artists, albums and genres, and track lists opened with
  * tracksOfSelection, with more than 35 items start in tab mode: their entries are tabs of 35 items.
@@ -330,7 +330,7 @@ int IPODCTL_CALL IpodGetCurrentTrackPosition(int* position);
  *                    choose a tab first. Before the first move in a tabbed list it is the entry
  *                    that the list opened on: "all" in a list with a play-all tab, the first item
  *                    of genres, the second one of playlists. After a move the play-all tab has the
- *                    index -35, which is no record.
+ *                    index -35, which is not a record.
  * type:              what the new list holds, an IpodBrowseType, 1 to 8.
  * tracksOfSelection: with descend, not 0 opens all tracks below the current entry, whatever the
  *                    type, with a play-all entry. Ignored in a new tree.
@@ -435,8 +435,8 @@ int IPODCTL_CALL IpodGetMediaFileCount(int* count);
  * selection.
  *
  * Result: the count, 0 when the iPod does not answer.
- * Lock:   none, although it asks the iPod. Beside another call's request either of the two may take
- *         the other's answer or lose its own: call it while no other call is under way.
+ * Lock:   none, although it asks the iPod. During another call's request either of the two may take
+ *         the other's answer or lose its own: call it while no other call is in progress.
  */
 int IPODCTL_CALL IpodGetNumberOfPlaylist(void);
 
@@ -444,14 +444,14 @@ int IPODCTL_CALL IpodGetNumberOfPlaylist(void);
  * Reads the current entry's name. For a tab it is a label: the first four characters of the tab's
  * first name, " - ", and the first four of its last name. A list of playlists that opens on tab 1
  * is labelled with the last name of tab 0 until the first move. For a play-all entry the name is
- * four units 0xFFFF: the host shows a text of its own.
+ * four units 0xFFFF: the host shows its own text.
  *
  * unused:   not used.
  * first:    receives the name's first maxChars units.
  * second:   receives the next maxChars units of a longer name.
  * maxChars: the size of each buffer in units.
  * Result:   0. Without a current item, or when the iPod does not answer, nothing is written; a tab
- *           whose names do not come is labelled " - ".
+ *           whose names are not received is labelled " - ".
  * Lock:     taken.
  */
 int IPODCTL_CALL IpodGetItemName(int unused, unsigned short* first, unsigned short* second,
@@ -472,7 +472,7 @@ int IPODCTL_CALL IpodGetParentUpDownName(int unused, unsigned short* first, unsi
  * Reads the playing track's texts. Each buffer has maxChars units and may be null.
  *
  * trackIndex: receives the playing track's index in the playing list, -1 when nothing plays.
- * artist, album, title, genre: receive the texts; untouched when the iPod does not tell. The
+ * artist, album, title, genre: receive the texts; untouched when the iPod does not send them. The
  *             genre's first unit is the iPod's information type, 5, and the text follows.
  * fifth:      receives the fixed text "UnKnown".
  * maxChars:   the size of each buffer in units.

@@ -11,12 +11,12 @@
 namespace ipodctl {
 namespace {
 
-/// How much of a tab's first and last name its label shows.
+/// How many characters of a tab's first and last name its label shows.
 constexpr uint32_t kLabelChars = 4;
 constexpr char kLabelJoint[] = " - ";
 constexpr uint32_t kLabelJointLength = sizeof(kLabelJoint) - 1;
 
-/// Appends the beginning of a record's name to a label; nothing when no record came.
+/// Appends the beginning of a record's name to a label; nothing when no record is received.
 uint8_t* addName(uint8_t* end, Category type, RecordIndex index) {
   ByteString name;
   retrieveName(type, index, name);
@@ -34,7 +34,7 @@ void writeTabLabel(const BrowseLevel& list, const TextBuffers& buffers) {
   writeText(label, static_cast<uint32_t>(end - label), buffers);
 }
 
-/// The name of the list's current item, or the mark of its play-all entry.
+/// Writes the name of the list's current item, or the mark of its play-all entry.
 void writeItemName(const BrowseLevel& list, const TextBuffers& buffers) {
   if (list.onPlayAllEntry() && !list.isEmpty()) {
     writePlayAllMark(buffers);

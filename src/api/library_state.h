@@ -25,24 +25,25 @@ extern IpodController ipodController;
 /// 1 while connected.
 extern SharedValue<uint8_t> ipodConnected;
 
-/// 1 when the iPod's Extended Interface lingo has the commands play and pause beside the toggle.
+/// 1 when the iPod's Extended Interface lingo has the commands play and pause in addition to the
+/// toggle.
 extern SharedValue<uint8_t> ipodHasPlayPause;
 
-/// Not 0: IpodCommand gives its time slice away before it sends play. Nothing in the library sets
+/// Not 0: IpodCommand yields its time slice before it sends play. Nothing in the library sets
 /// it.
 extern SharedValue<uint8_t> ipodPlayDelayFlag;
 
 /// The sample rate of the iPod's audio in Hz.
 extern SharedValue<uint32_t> ipodSampleRate;
 
-/// The lock that serialises the exports. It comes into being with the first IpodConnect.
+/// The lock that serialises the exports. The first IpodConnect creates it.
 class LibraryLock {
  public:
   constexpr LibraryLock() = default;
   ~LibraryLock();
 
-  /// Makes the lock if there is none; of two threads that come at once, one makes it. False when
-  /// the system has no semaphore.
+  /// Makes the lock if there is none; of two threads at once, one makes it. Returns false when the
+  /// system has no semaphore.
   bool create();
 
   /// The semaphore, null before the lock was made.
@@ -65,7 +66,7 @@ class LibraryLockHold {
 
   explicit operator bool() const { return semaphore != nullptr; }
 
-  /// Gives the lock back early and returns the result of that, 0.
+  /// Releases the lock early. Returns 0.
   int release();
 
  private:

@@ -1,4 +1,4 @@
-// Shuffle and repeat. The host counts the modes from 1, the iPod from 0.
+// Shuffle and repeat. The host numbers the modes from 1, the iPod from 0.
 
 #include <cstdint>
 #include <cstdio>

@@ -32,11 +32,11 @@ PlayStatus playStatus() {
   return status;
 }
 
-/// Where playback stands in the current selection.
+/// The playing track's place in the current selection.
 struct PlayingTrack {
   RecordIndex index = 0;
   uint32_t count = 0;
-  bool known = false;  ///< the iPod told the index
+  bool known = false;  ///< the iPod answered with the index
 
   bool isFirst() const { return index == 0; }
   bool isNone() const { return index == kNoRecord; }
@@ -52,7 +52,7 @@ PlayingTrack playingTrack() {
 
 enum class IndexChange { kNone, kMoved, kUnknown };
 
-/// What has become of the playing index since it was read.
+/// Compares the playing index with the one that was read.
 IndexChange changeSince(const PlayingTrack& track) {
   RecordIndex index = 0;
   if (!ipodController.GetCurrentTrackIndex(index)) return IndexChange::kUnknown;
@@ -72,8 +72,8 @@ void playNextTrack() {
   ipodController.PlayControl(PlayControlCode::kNextTrack);
 }
 
-/// The iPod may take "previous" for the track before where the library wants this one again: then
-/// it goes forward once.
+/// The iPod may go to the previous track instead of restarting this one: then one step forward
+/// corrects it.
 void restartTrack(const PlayingTrack& track, uint32_t position) {
   ipodController.PlayControl(PlayControlCode::kPreviousTrack);
   if (position >= kRestartFrom && changeSince(track) == IndexChange::kMoved) {
@@ -96,7 +96,8 @@ void playPreviousTrack() {
   }
 }
 
-/// The iPod may take "previous" for a restart where the track before is wanted: then once more.
+/// The iPod may restart this track instead of going to the previous one: then "previous" is sent
+/// again.
 void playTrackBefore() {
   if (!playStatus().active()) {
     selectRecord(Category::kTracks, 0);
@@ -113,7 +114,8 @@ void playTrackBefore() {
     ipodController.PlayControl(PlayControlCode::kPreviousTrack);
 }
 
-/// True when something was done. An iPod that has only the toggle is left alone when it plays.
+/// Returns true when a command was acknowledged. An iPod that has only the toggle gets none while
+/// it plays.
 bool play() {
   if (ipodHasPlayPause) {
     if (ipodPlayDelayFlag) taskSleepMicro(0);
@@ -127,7 +129,7 @@ void pause() {
   if (playStatus().playing()) ipodController.PlayControl(PlayControlCode::kTogglePlayPause);
 }
 
-/// Carries out a command and says whether the host is to refresh.
+/// Carries out a command. Returns true when the host is to refresh.
 bool carryOut(int command) {
   switch (command) {
     case IPOD_TOGGLE_PLAY_PAUSE:
@@ -162,7 +164,7 @@ bool carryOut(int command) {
   }
 }
 
-/// The track that the host means by an item of the current list.
+/// Returns the track that the host means by an item of the current list.
 RecordIndex trackOfItem(RecordIndex item) {
   const BrowseLevel& list = browseTree.current();
   constexpr RecordIndex kCurrentItem = -1;
@@ -173,7 +175,7 @@ RecordIndex trackOfItem(RecordIndex item) {
   return countTracks() > static_cast<uint32_t>(item) ? item : 0;
 }
 
-/// In a list of level 1 nothing is selected yet: the whole library is.
+/// Selects a track of the whole library: in a list of level 1 nothing is selected yet.
 void selectWholeLibrary(RecordIndex track) {
   constexpr RecordIndex kWholeLibrary = 0;
   const Category type = browseTree.current().type;

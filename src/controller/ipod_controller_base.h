@@ -31,8 +31,7 @@ struct RecordEntry {
 
 using RecordList = GrowableArray<RecordEntry>;
 
-/// The message that came in answer to a request of a lingo. No answer: none came, or one of another
-/// lingo.
+/// The message received after a request of a lingo. One of another lingo is not an answer.
 template <class Lingo>
 class Reply {
  public:
@@ -44,7 +43,7 @@ class Reply {
     return answer() != nullptr && (answer()->*decoder)(outputs...);
   }
 
-  /// True when the answer acknowledges a command with status 0.
+  /// Returns true when the answer acknowledges a command with status 0.
   bool acknowledges(uint16_t command) const {
     return answer() != nullptr && answer()->acknowledges(command);
   }
@@ -56,12 +55,12 @@ class Reply {
 };
 
 /// Every request that the library makes of the iPod, one operation each. An operation clears the
-/// replies that nobody took, sends its command and waits at most one second for each reply; it
+/// replies that were not taken, sends its command and waits at most one second for each reply; it
 /// returns true on success and, unless it says otherwise, writes its outputs only then. Every
 /// operation that needs the link fails at once without one, and fails when there is no memory.
 ///
 /// Operations run on the host's threads, one at a time, but for GetDbRecordCount, which may run
-/// beside others; only onIncomingMessage runs on the link's reader thread. Numbers behind "ExtIf"
+/// during others; only onIncomingMessage runs on the link's reader thread. Numbers after "ExtIf"
 /// are commands of the Extended Interface lingo.
 ///
 /// The exports do not use all of this. docs/architecture.md says for whom the rest is, under "What
@@ -74,7 +73,7 @@ class IpodControllerBase {
   virtual ~IpodControllerBase();
 
   /// Opens the link, starts its reader, identifies the accessory and, when asked and loaded, shows
-  /// the logo. The logo does not decide the result.
+  /// the logo. The result does not depend on the logo.
   virtual bool IdentifyIpod(const char* deviceName, bool showLogo);
 
   /// Leaves the Extended Interface mode if identified, and closes the link.
@@ -92,7 +91,7 @@ class IpodControllerBase {
 
   /// ExtIf 0x001A. Appends the records that arrive, waiting once for each one asked for; any other
   /// Extended Interface message costs one of the waits. True when the last record decoded and there
-  /// was memory for all of them. Records that came before a time-out stay in the list.
+  /// was memory for all of them. Records received before a time-out stay in the list.
   virtual bool RetrieveDbRecords(Category category, RecordIndex start, uint32_t count,
                                  RecordList& records);
 
@@ -158,11 +157,11 @@ class IpodControllerBase {
   virtual bool ReleaseButtons();                 ///< Simple Remote 0x00, no button
   virtual bool IdentifyExtendedInterface();      ///< General 0x01; always false, though it is sent
 
-  /// Receives an unasked message on the reader thread. Always 0.
+  /// Receives an unsolicited message on the reader thread. Always 0.
   virtual int onIncomingMessage(std::unique_ptr<LingoMessage> message);
 
   /// The exchange that makes the accessory known and enters the Extended Interface mode, in at most
-  /// three attempts, of which the third one does not count.
+  /// three attempts, of which the third never succeeds.
   virtual bool indentifyIpod();
 
   /// True when the last wait for a message ended without one.
@@ -204,8 +203,8 @@ class IpodControllerBase {
   }
 
   /// The shape of both identifications: up to three attempts, each of which announces the accessory
-  /// and then answers message after message until `identified` is set or none came for a second. An
-  /// identification that needs the third attempt fails.
+  /// and then answers message after message until `identified` is set or none is received for a
+  /// second. An identification that needs the third attempt fails.
   template <class Announce, class Answer>
   bool identifyInAttempts(Announce announce, Answer answer) {
     identified = 0;
@@ -220,8 +219,8 @@ class IpodControllerBase {
     return concludeIdentification(attemptsLeft);
   }
 
-  /// Destroys the received messages that nobody took, so that none is taken for a new reply. False
-  /// without a link.
+  /// Destroys the received messages that were not taken, so that none is mistaken for a new reply.
+  /// Returns false without a link.
   bool clearReplies();
 
   /// Waits one second for a message.
@@ -230,7 +229,7 @@ class IpodControllerBase {
   /// Answers the messages of the General lingo that both identifications answer alike.
   void answerInBothIdentifications(const GeneralMessage& message);
 
-  /// Stops the link's reader for good and destroys the link.
+  /// Stops the link's reader permanently and destroys the link.
   void releaseTransport();
 
   std::unique_ptr<Transport> transport;

@@ -23,7 +23,7 @@ struct Button {
   uint8_t bitmask;
 };
 
-/// Where a button stands in the reported state: eight to a byte, the lowest bit first.
+/// The place of a button in the reported state: eight to a byte, the lowest bit first.
 Button buttonOf(int code) {
   if (code < 1 || code > kLastButton) return {0, kNoButton};
   return {(code - 1) / kButtonsPerByte, static_cast<uint8_t>(1 << (code - 1) % kButtonsPerByte)};

@@ -17,7 +17,7 @@ bool appendRecord(const Message& reply, RecordList& records) {
 
 }  // namespace
 
-/// Unlike a selection's acknowledgement this one must be the first message that comes.
+/// Unlike a selection's acknowledgement this one must be the first message received.
 bool IpodControllerBase::ResetDbSelection() {
   return sendAndAwaitReply(&Message::buildResetDbSelection)
       .acknowledges(Message::kResetDbSelection);

@@ -22,7 +22,7 @@ std::unique_ptr<LingoMessage> IpodControllerBase::nextMessage() {
   return message;
 }
 
-/// Any number of other Extended Interface messages may come before the acknowledgement, among them
+/// Any number of other Extended Interface messages may precede the acknowledgement, among them
 /// acknowledgements with another status: a command that failed ends a second after the last
 /// message. A message of another lingo ends the wait.
 bool IpodControllerBase::awaitAcknowledgement(uint16_t command) {

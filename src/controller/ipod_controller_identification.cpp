@@ -46,7 +46,7 @@ void IpodController::answer(const LingoMessage& message) {
   }
 }
 
-/// Requests the version of the next lingo when the version of one has come: General, Extended
+/// Requests the version of the next lingo when the version of one is received: General, Extended
 /// Interface, Digital Audio. Returns true for the last one.
 bool IpodController::endsVersionChain(const GeneralMessage& message) {
   uint8_t lingo = 0;

@@ -13,7 +13,7 @@ constexpr uint32_t kBitsPerPixel = 24;
 constexpr uint32_t kBitmapPixelSize = 3;  // blue, green, red
 constexpr uint32_t kScreenPixelSize = 2;
 constexpr uint32_t kRowAlignment = 4;
-constexpr uint64_t kLargestFile = 0x7FFFFFFF;  // what a file position of the device can tell
+constexpr uint64_t kLargestFile = 0x7FFFFFFF;  // the largest file position on the device
 
 /// Reads the header's numbers one after the other.
 class FieldReader {
@@ -50,7 +50,7 @@ std::unique_ptr<uint8_t[]> allocate(uint32_t size) {
   return std::unique_ptr<uint8_t[]>(new (std::nothrow) uint8_t[size]());
 }
 
-/// The file's size in bytes, as far as the device can tell; 0 when it cannot.
+/// Returns the file's size in bytes, at most kLargestFile; 0 when it cannot be read.
 uint64_t sizeOf(std::FILE* file) {
   if (std::fseek(file, 0, SEEK_END) != 0) return 0;
   const long size = std::ftell(file);

@@ -8,20 +8,20 @@ namespace ipodctl {
 
 /// The head unit's logo, converted for the iPod's screen: RGB 565 with the low byte first.
 ///
-/// Of a width that is no multiple of 4 the iPod gets the next lower multiple and one pixel more:
-/// the surplus pixels at the right edge are dropped.
+/// If the width is not a multiple of 4, the iPod gets the next lower multiple and one pixel more.
+/// The other pixels at the right edge are dropped.
 class LogoBitmap {
  public:
   /// Reads a 24-bit uncompressed Windows bitmap. Its rows are read without padding, so only widths
-  /// that are a multiple of 4 come out as they were drawn. False when the file is missing, is no
-  /// such bitmap, is cut short or has impossible sizes; then there is no picture.
+  /// that are a multiple of 4 give the picture that was drawn. Returns false when the file is
+  /// missing, is not such a bitmap, is cut short or has impossible sizes; then there is no picture.
   bool read(const char* fileName);
 
   uint32_t width() const { return pixelWidth; }
   uint32_t height() const { return pixelHeight; }
   uint32_t rowBytes() const { return bytesPerRow; }
 
-  /// `rowBytes()` bytes of the row that many rows below the top; null when there is none.
+  /// Returns the `rowBytes()` bytes of a row, null when there is no such row.
   const uint8_t* row(uint32_t fromTop) const;
 
  private:

@@ -41,8 +41,8 @@ class LingoMessage {
   /// more than `capacity`.
   virtual uint32_t getData(uint8_t* dest, uint32_t capacity) const;
 
-  /// Replaces the data by `length` bytes of `src`. An array that is known to be long enough is used
-  /// again; only the length of the last data is remembered of it.
+  /// Replaces the data by `length` bytes of `src`. The array is reused if the last data in
+  /// it were at least as long.
   virtual bool setData(const uint8_t* src, uint16_t length);
 
   /// Writes the frame's body (start byte to last data byte) and returns its size, kept to 16 bits.
@@ -70,7 +70,7 @@ class LingoMessage {
   static bool getUint32(const uint8_t* buffer, uint32_t& out);
   static bool getUint16(const uint8_t* buffer, uint16_t& out);
 
-  /// The number of bytes, 1 to 6, that a lead byte announces; 1 for a byte that is no lead byte.
+  /// The number of bytes, 1 to 6, that a lead byte announces; 1 for a byte that is not a lead byte.
   static int utf8SequenceLength(uint8_t lead);
 
   /// The number of characters of a NUL-terminated text; a cut sequence counts as one.
@@ -90,7 +90,7 @@ class LingoMessage {
 
   /// Converts a NUL-terminated UTF-8 text to 8-bit characters (Latin-1). False when a character did
   /// not fit; `out` is then unchanged if one of them is malformed or beyond 16 bits. A length of 0
-  /// fails; other lengths do not count: the text ends at its NUL.
+  /// fails; other lengths are ignored: the text ends at its NUL.
   static bool utf8ToNarrow(const uint8_t* text, uint32_t length, ByteString& out);
 
  protected:
@@ -128,11 +128,11 @@ class LingoMessage {
     return true;
   }
 
-  /// Converts at most `length` data bytes from `offset`, up to the first NUL among them. What does
-  /// not convert whole is still a text: only a lack of memory fails.
+  /// Converts at most `length` data bytes from `offset`, up to the first NUL among them. A text
+  /// that does not convert whole succeeds: only a lack of memory fails.
   bool decodeText(uint32_t offset, uint32_t length, ByteString& out) const;
 
-  /// Copies `length` data bytes from `offset` as they are; bytes behind the data are zeros.
+  /// Copies `length` data bytes from `offset` as they are; bytes beyond the data are zeros.
   bool copyText(uint32_t offset, uint32_t length, ByteString& out) const;
 
  private:

@@ -1,4 +1,4 @@
-// The text half of LingoMessage: the iPod's UTF-8 becomes the library's 8-bit text.
+// The texts of LingoMessage: the iPod's UTF-8 is converted to the library's 8-bit text.
 
 #include <cstring>
 
@@ -14,7 +14,8 @@ constexpr uint8_t kReplacement = ' ';
 
 bool isContinuation(uint8_t byte) { return (byte & 0xC0) == 0x80; }
 
-/// The bytes of one sequence that are there: the lead byte and the continuation bytes behind it.
+/// Returns the number of bytes present of one sequence: the lead byte and the continuation bytes
+/// after it.
 int presentBytes(const uint8_t* bytes, int length) {
   int count = 1;
   while (count < length && isContinuation(bytes[count]))
@@ -24,7 +25,7 @@ int presentBytes(const uint8_t* bytes, int length) {
 
 int sequenceLengthAt(const uint8_t* text) { return LingoMessage::utf8SequenceLength(*text); }
 
-/// Fills a string of as many characters as the text has; false when one did not fit.
+/// Fills a string of as many characters as the text has. Returns false when one did not fit.
 bool widen(const uint8_t* text, WideString& wide) {
   bool allFitted = true;
   for (uint32_t i = 0; *text != 0; ++i) {
@@ -37,7 +38,7 @@ bool widen(const uint8_t* text, WideString& wide) {
   return allFitted;
 }
 
-/// Fills a string of the same length; false when a character did not fit.
+/// Fills a string of the same length. Returns false when a character did not fit.
 bool narrow(const WideString& wide, ByteString& text) {
   bool allFitted = true;
   for (uint32_t i = 0; i < wide.size(); ++i) {

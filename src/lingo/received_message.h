@@ -11,7 +11,7 @@ namespace ipodctl {
 /// library does not speak, for a payload too short for its command id, and without memory.
 std::unique_ptr<LingoMessage> makeReceivedMessage(const uint8_t* payload, uint16_t length);
 
-/// A second message with the same lingo, command and data; null without memory.
+/// Returns a second message with the same lingo, command and data; null without memory.
 std::unique_ptr<LingoMessage> copyMessage(const LingoMessage& message);
 
 }  // namespace ipodctl

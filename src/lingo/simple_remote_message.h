@@ -19,7 +19,7 @@ class SimpleRemoteMessage final : public LingoMessage {
   uint16_t encode(uint8_t* buffer, uint32_t capacity) const override;
 
   /// The state of up to 32 buttons: `buttonBitmasks` in byte `byteIndex` (0 to 3), nothing pressed
-  /// in the bytes before it, no bytes behind it. Another index gives an empty payload.
+  /// in the bytes before it, no bytes after it. Another index gives an empty payload.
   bool buildContextButtonStatus(int byteIndex, uint8_t buttonBitmasks);
 
   /// A button state of four bytes.
