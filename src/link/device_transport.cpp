@@ -13,7 +13,9 @@ constexpr uint32_t kSenderWaitSeconds = 1;
 
 }  // namespace
 
-DeviceTransport::DeviceTransport() { DeviceTransport::prepare(); }
+DeviceTransport::DeviceTransport(FrameKind frameKind) : kind(frameKind), frames(frameKind) {
+  DeviceTransport::prepare();
+}
 
 DeviceTransport::~DeviceTransport() {
   semMutexDelete(handleGuard);
@@ -37,7 +39,7 @@ bool DeviceTransport::open(const char* name) {
   if (!deviceName.assign(text, static_cast<uint32_t>(std::strlen(text)))) return false;
   HANDLE opened = nullptr;
   if (openDevice(opened, deviceName.text()) != 0) return false;
-  rxCount = 0;  // what a lost link left of a frame is no part of the new stream
+  frames.clear();  // what a lost link left of a frame is no part of the new stream
   deviceHandle = opened;
   return true;
 }
@@ -58,6 +60,41 @@ bool DeviceTransport::close() {
 }
 
 bool DeviceTransport::isOpen() const { return deviceHandle.load() != nullptr; }
+
+int DeviceTransport::readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut) {
+  payloadOut = nullptr;
+  if (capacity < 1 || dest == nullptr) return -1;
+  frames.beginFrame();
+  while (mayRead()) {
+    uint32_t length = 0;
+    switch (frames.next(dest, static_cast<uint32_t>(capacity), length)) {
+      case FrameOutcome::kNeedsMore:
+        if (!readMore()) return -1;
+        break;
+      case FrameOutcome::kFrame:
+        payloadOut = dest;
+        return static_cast<int>(length);
+      case FrameOutcome::kBadChecksum:
+        debugPrint("checksum Error\n");
+        return 0;
+      case FrameOutcome::kTooLarge:
+        return 0;
+    }
+  }
+  return -1;
+}
+
+bool DeviceTransport::mayRead() const { return readDataActive && isOpen(); }
+
+/// Appends what the device delivers to the received bytes. Returns false when the device has
+/// failed; a device that reports more bytes than it was asked for has failed, too.
+bool DeviceTransport::readMore() {
+  const uint32_t room = frames.freeSize();
+  const int received = readDevice(deviceHandle.load(), frames.freeArea(), room);
+  if (received < 0 || static_cast<uint32_t>(received) > room) return false;
+  frames.add(static_cast<uint32_t>(received));
+  return true;
+}
 
 bool DeviceTransport::sendSyncByte() {
   if (semMutexTake(txGuard, 0, kSenderWaitSeconds) != 0) return false;
@@ -80,14 +117,15 @@ bool DeviceTransport::writeData(const uint8_t* bytes, uint32_t count) {
 
 /// Builds the frame in txFrame and returns its size, 0 when the message does not encode.
 uint32_t DeviceTransport::frameMessage(const LingoMessage& message) {
+  const uint32_t syncSize = kind == FrameKind::kWithSyncByte ? kSyncSize : 0;
   txFrame[0] = kSyncByte;
-  uint8_t* body = txFrame + syncSize();
+  uint8_t* body = txFrame + syncSize;
   const uint16_t bodySize = message.encode(body, kBodyCapacity);
   if (bodySize == 0) return 0;
   const uint8_t checksum = computeChecksum(body + kStartSize, bodySize - 1);
   body[bodySize] = checksum;
   debugPrint("\n======>Checksum = 0x%x\n", checksum);
-  return syncSize() + bodySize + kChecksumSize;
+  return syncSize + bodySize + kChecksumSize;
 }
 
 HANDLE openDeviceFile(const char* name) {

@@ -7,14 +7,12 @@ namespace ipodctl {
 /// The link over a serial COM port: 57600 baud, 8N1, frames with the sync byte.
 class SerialTransport final : public DeviceTransport {
  public:
-  SerialTransport() = default;
+  SerialTransport();
   ~SerialTransport() override;
 
  private:
   int openDevice(HANDLE& handleOut, const char* name) override;
   int readDevice(HANDLE device, uint8_t* buffer, uint32_t maximum) override;
-  bool findStart(FrameScan& scan) override;
-  uint32_t syncSize() const override { return kSyncSize; }
   const char* closedText() const override { return "serial closed\n"; }
   const char* writingText() const override { return "WRITING ON DEVICE\n"; }
 };

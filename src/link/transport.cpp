@@ -5,6 +5,7 @@
 #include "base/debug_print.h"
 #include "base/os_primitives.h"
 #include "lingo/received_message.h"
+#include "link/frame_checksum.h"
 #include "link/transport_registry.h"
 
 namespace ipodctl {
@@ -156,15 +157,11 @@ bool Transport::removeHandlers(void* object) {
 }
 
 bool Transport::checkChecksum(const uint8_t* bytes, int count) const {
-  if (count < 1) return false;
-  return computeChecksum(bytes, count - 1) == bytes[count - 1];
+  return endsWithChecksum(bytes, count);
 }
 
 uint8_t Transport::computeChecksum(const uint8_t* bytes, int count) const {
-  uint8_t sum = 0;
-  for (int i = 0; i < count; ++i)
-    sum = static_cast<uint8_t>(sum + bytes[i]);
-  return static_cast<uint8_t>(-sum);
+  return frameChecksum(bytes, count);
 }
 
 }  // namespace ipodctl

@@ -13,9 +13,6 @@
 
 namespace ipodctl {
 
-/// Raw received bytes that a transport holds at most: room for every frame and much noise.
-constexpr uint32_t kReceiveCapacity = 200000;
-
 /// The byte link to the iPod: what the serial and the USB kind share. It turns received frames into
 /// messages on a reader thread, hands those with a registered handler to it, and queues the others
 /// for the host's threads. It never pairs a reply with a command; that is the controller's work.
@@ -120,10 +117,6 @@ class Transport {
 
   /// The payload of the frame just read. Reader thread only.
   uint8_t rxPayload[kPayloadCapacity] = {};
-
-  /// Raw received bytes, `rxCount` of them valid. Reader thread only, and open before there is one.
-  uint8_t rxArea[kReceiveCapacity] = {};
-  uint32_t rxCount = 0;
 
  private:
   static DWORD WINAPI threadEntry(void* transport);

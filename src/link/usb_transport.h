@@ -8,14 +8,12 @@ namespace ipodctl {
 /// pass here.
 class UsbTransport final : public DeviceTransport {
  public:
-  UsbTransport() = default;
+  UsbTransport();
   ~UsbTransport() override;
 
  private:
   int openDevice(HANDLE& handleOut, const char* name) override;
   int readDevice(HANDLE device, uint8_t* buffer, uint32_t maximum) override;
-  bool findStart(FrameScan& scan) override;
-  uint32_t syncSize() const override { return 0; }
   const char* closedText() const override { return "usb closed\n"; }
   const char* writingText() const override { return "WRITING ON DEVICE\nOver USB\n"; }
 };
