@@ -58,16 +58,4 @@ int serialRead(HANDLE handle, uint8_t* buffer, uint32_t maximum);
 /// bytes, 0 included, or -1 when the device fails.
 int usbRead(HANDLE handle, uint8_t* buffer, uint32_t maximum);
 
-/// A semaphore held for as long as this object lives.
-class SemaphoreHold {
- public:
-  explicit SemaphoreHold(HANDLE semaphore) : handle(semaphore) { semMutexTake(handle, 0, 0); }
-  ~SemaphoreHold() { semMutexGive(handle); }
-  SemaphoreHold(const SemaphoreHold&) = delete;
-  SemaphoreHold& operator=(const SemaphoreHold&) = delete;
-
- private:
-  HANDLE handle;
-};
-
 }  // namespace ipodctl

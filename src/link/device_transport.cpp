@@ -17,17 +17,12 @@ DeviceTransport::DeviceTransport(FrameKind frameKind) : kind(frameKind), frames(
   DeviceTransport::prepare();
 }
 
-DeviceTransport::~DeviceTransport() {
-  semMutexDelete(handleGuard);
-  semMutexDelete(txGuard);
-}
-
 bool DeviceTransport::prepare() {
-  return semMutexEnsure(handleGuard) && semMutexEnsure(txGuard) && Transport::prepare();
+  return handleGuard.ensure() && txGuard.ensure() && Transport::prepare();
 }
 
 void DeviceTransport::freeGuards() {
-  semMutexGive(handleGuard);
+  handleGuard.give();
   Transport::freeGuards();
 }
 
@@ -97,16 +92,16 @@ bool DeviceTransport::readMore() {
 }
 
 bool DeviceTransport::sendSyncByte() {
-  if (semMutexTake(txGuard, 0, kSenderWaitSeconds) != 0) return false;
+  if (!txGuard.take(0, kSenderWaitSeconds)) return false;
   const bool sent = writeData(&kSyncByte, kSyncSize);
-  semMutexGive(txGuard);
+  txGuard.give();
   return sent;
 }
 
 bool DeviceTransport::sendMessage(const LingoMessage& message) {
-  if (semMutexTake(txGuard, 0, kSenderWaitSeconds) != 0) return false;
+  if (!txGuard.take(0, kSenderWaitSeconds)) return false;
   const bool sent = writeData(txFrame, frameMessage(message));
-  semMutexGive(txGuard);
+  txGuard.give();
   return sent;
 }
 

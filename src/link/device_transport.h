@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "base/semaphore.h"
 #include "base/text_string.h"
 #include "link/frame_reader.h"
 #include "link/transport.h"
@@ -22,11 +23,11 @@ class DeviceTransport : public Transport {
   bool sendSyncByte() final;
   bool sendMessage(const LingoMessage& message) final;
   bool writeData(const uint8_t* bytes, uint32_t count) final;
-  void freeGuards() final;
+  void freeGuards() final IPODCTL_NOT_CHECKED;
 
  protected:
   explicit DeviceTransport(FrameKind frameKind);
-  ~DeviceTransport() override;
+  ~DeviceTransport() override = default;
 
   bool prepare() final;
 
@@ -41,7 +42,7 @@ class DeviceTransport : public Transport {
   virtual const char* writingText() const = 0;
 
  private:
-  uint32_t frameMessage(const LingoMessage& message);
+  uint32_t frameMessage(const LingoMessage& message) IPODCTL_REQUIRES(txGuard);
 
   bool mayRead() const;
   bool readMore();
@@ -49,9 +50,13 @@ class DeviceTransport : public Transport {
   const FrameKind kind;
   ByteString deviceName;
   std::atomic<HANDLE> deviceHandle{nullptr};  ///< null while closed
-  HANDLE handleGuard = nullptr;               ///< held to close a handle exactly once
-  HANDLE txGuard = nullptr;                   ///< guards txFrame and the order of writes
-  FrameReader frames;                         ///< reader thread only, and open before there is one
+  Semaphore txGuard;                          ///< also held while the frame is written
+  Semaphore handleGuard;                      ///< held to close a handle exactly once
+
+  /// The outgoing frame: sync byte, body, checksum.
+  uint8_t txFrame[kSyncSize + kLargestBody + kChecksumSize] IPODCTL_GUARDED_BY(txGuard) = {};
+
+  FrameReader frames;  ///< reader thread only, and open before there is one
 };
 
 /// Opens a device by its 8-bit name for reading and writing, unshared. INVALID_HANDLE_VALUE when

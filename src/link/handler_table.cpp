@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "base/os_primitives.h"
 #include "lingo/received_message.h"
 
 namespace ipodctl {
@@ -14,11 +13,9 @@ bool operator==(const HandlerRecord& left, const HandlerRecord& right) {
 
 HandlerTable::HandlerTable() { prepare(); }
 
-HandlerTable::~HandlerTable() { semMutexDelete(listGuard); }
+bool HandlerTable::prepare() { return listGuard.ensure(); }
 
-bool HandlerTable::prepare() { return semMutexEnsure(listGuard); }
-
-void HandlerTable::freeGuard() { semMutexGive(listGuard); }
+void HandlerTable::freeGuard() { listGuard.give(); }
 
 bool HandlerTable::add(const HandlerRecord& record) {
   const SemaphoreHold hold(listGuard);

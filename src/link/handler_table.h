@@ -1,11 +1,10 @@
 #pragma once
 
-#include <windows.h>
-
 #include <cstdint>
 #include <memory>
 
 #include "base/growable_array.h"
+#include "base/semaphore.h"
 #include "lingo/lingo_message.h"
 
 namespace ipodctl {
@@ -30,7 +29,6 @@ bool operator==(const HandlerRecord& left, const HandlerRecord& right);
 class HandlerTable {
  public:
   HandlerTable();
-  ~HandlerTable();
   HandlerTable(const HandlerTable&) = delete;
   HandlerTable& operator=(const HandlerTable&) = delete;
 
@@ -38,7 +36,7 @@ class HandlerTable {
   bool prepare();
 
   /// Gives the guard for a thread that never will.
-  void freeGuard();
+  void freeGuard() IPODCTL_NOT_CHECKED;
 
   /// False without memory.
   bool add(const HandlerRecord& record);
@@ -55,12 +53,12 @@ class HandlerTable {
 
  private:
   bool nextFor(const LingoMessage& message, HandlerRecord& found, bool& last);
-  uint32_t findFrom(uint32_t start, const LingoMessage& message) const;
-  void removeAt(uint32_t index);
+  uint32_t findFrom(uint32_t start, const LingoMessage& message) const IPODCTL_REQUIRES(listGuard);
+  void removeAt(uint32_t index) IPODCTL_REQUIRES(listGuard);
 
-  HANDLE listGuard = nullptr;
-  GrowableArray<HandlerRecord> handlerList;  ///< guarded by listGuard
-  uint32_t cursor = 0;                       ///< where dispatch goes on; guarded by listGuard
+  Semaphore listGuard;
+  GrowableArray<HandlerRecord> handlerList IPODCTL_GUARDED_BY(listGuard);
+  uint32_t cursor IPODCTL_GUARDED_BY(listGuard) = 0;  ///< where dispatch goes on
 };
 
 }  // namespace ipodctl

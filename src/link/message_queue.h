@@ -1,12 +1,11 @@
 #pragma once
 
-#include <windows.h>
-
 #include <atomic>
 #include <cstdint>
 #include <memory>
 
 #include "base/growable_array.h"
+#include "base/semaphore.h"
 #include "lingo/lingo_message.h"
 
 namespace ipodctl {
@@ -27,7 +26,7 @@ class MessageQueue {
   bool prepare();
 
   /// Gives the guard for a thread that never will.
-  void freeGuard();
+  void freeGuard() IPODCTL_NOT_CHECKED;
 
   /// Appends a message and, when it is the only one, signals it. Without memory the message is
   /// lost.
@@ -52,12 +51,12 @@ class MessageQueue {
   void clearSignal();
 
  private:
-  void resetSignal();
+  void resetSignal() IPODCTL_REQUIRES(queueMutex);
 
   const std::atomic<uint8_t>& readerActive;
-  HANDLE queueMutex = nullptr;
-  HANDLE messageReady = nullptr;
-  GrowableArray<std::unique_ptr<LingoMessage>> messageQueue;  ///< guarded by queueMutex
+  Semaphore queueMutex;
+  Semaphore messageReady;
+  GrowableArray<std::unique_ptr<LingoMessage>> messageQueue IPODCTL_GUARDED_BY(queueMutex);
 };
 
 }  // namespace ipodctl

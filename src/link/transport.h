@@ -112,9 +112,6 @@ class Transport {
 
   std::atomic<uint8_t> readDataActive{0};
 
-  /// The outgoing frame: sync byte, body, checksum.
-  uint8_t txFrame[kSyncSize + kLargestBody + kChecksumSize] = {};
-
   /// The payload of the frame just read. Reader thread only.
   uint8_t rxPayload[kPayloadCapacity] = {};
 

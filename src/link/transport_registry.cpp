@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "base/os_primitives.h"
 #include "link/transport.h"
 
 namespace ipodctl {
@@ -14,12 +13,10 @@ TransportRegistry& TransportRegistry::instance() {
   return registry;
 }
 
-TransportRegistry::TransportRegistry() { semMutexCreate(registryGuard); }
-
-TransportRegistry::~TransportRegistry() { semMutexDelete(registryGuard); }
+TransportRegistry::TransportRegistry() { registryGuard.ensure(); }
 
 bool TransportRegistry::add(Transport* transport) {
-  if (!semMutexEnsure(registryGuard)) return false;
+  if (!registryGuard.ensure()) return false;
   const SemaphoreHold hold(registryGuard);
   const bool known = std::find(transportRegistry.begin(), transportRegistry.end(), transport) !=
                      transportRegistry.end();
@@ -37,7 +34,7 @@ void TransportRegistry::remove(Transport* transport) {
 }
 
 void TransportRegistry::freeGuards() {
-  semMutexGive(registryGuard);
+  registryGuard.give();
   for (Transport* transport : transportRegistry)
     transport->freeGuards();
 }

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <windows.h>
-
 #include "base/growable_array.h"
+#include "base/semaphore.h"
 
 namespace ipodctl {
 
@@ -19,14 +18,13 @@ class TransportRegistry {
   void closeAll();
 
   /// Gives the guards of all transports and the registry's own for a thread that never will.
-  void freeGuards();
+  void freeGuards() IPODCTL_NOT_CHECKED;
 
  private:
   TransportRegistry();
-  ~TransportRegistry();
 
-  HANDLE registryGuard = nullptr;
-  GrowableArray<Transport*> transportRegistry;  ///< guarded by registryGuard
+  Semaphore registryGuard;
+  GrowableArray<Transport*> transportRegistry IPODCTL_GUARDED_BY(registryGuard);
 };
 
 }  // namespace ipodctl
