@@ -14,16 +14,12 @@ constexpr uint32_t kSenderWaitSeconds = 1;
 }  // namespace
 
 DeviceTransport::DeviceTransport(FrameKind frameKind) : kind(frameKind), frames(frameKind) {
+  readerLocks.add(handleGuard);
   DeviceTransport::prepare();
 }
 
 bool DeviceTransport::prepare() {
   return handleGuard.ensure() && txGuard.ensure() && Transport::prepare();
-}
-
-void DeviceTransport::freeGuards() {
-  handleGuard.give();
-  Transport::freeGuards();
 }
 
 bool DeviceTransport::open(const char* name) {

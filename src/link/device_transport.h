@@ -23,7 +23,6 @@ class DeviceTransport : public Transport {
   bool sendSyncByte() final;
   bool sendMessage(const LingoMessage& message) final;
   bool writeData(const uint8_t* bytes, uint32_t count) final;
-  void freeGuards() final IPODCTL_NOT_CHECKED;
 
  protected:
   explicit DeviceTransport(FrameKind frameKind);

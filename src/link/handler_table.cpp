@@ -15,8 +15,6 @@ HandlerTable::HandlerTable() { prepare(); }
 
 bool HandlerTable::prepare() { return listGuard.ensure(); }
 
-void HandlerTable::freeGuard() { listGuard.give(); }
-
 bool HandlerTable::add(const HandlerRecord& record) {
   const SemaphoreHold hold(listGuard);
   return handlerList.append(record);

@@ -35,8 +35,7 @@ class HandlerTable {
   /// Makes the semaphore if it is missing; false when the system has none left.
   bool prepare();
 
-  /// Gives the guard for a thread that never will.
-  void freeGuard() IPODCTL_NOT_CHECKED;
+  Semaphore& lock() { return listGuard; }
 
   /// False without memory.
   bool add(const HandlerRecord& record);

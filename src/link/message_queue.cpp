@@ -19,8 +19,6 @@ bool MessageQueue::prepare() {
   return true;
 }
 
-void MessageQueue::freeGuard() { queueMutex.give(); }
-
 void MessageQueue::append(std::unique_ptr<LingoMessage> message) {
   const SemaphoreHold hold(queueMutex);
   const bool first = messageQueue.empty();

@@ -25,8 +25,7 @@ class MessageQueue {
   /// Makes the semaphores that are missing; false when the system has none left.
   bool prepare();
 
-  /// Gives the guard for a thread that never will.
-  void freeGuard() IPODCTL_NOT_CHECKED;
+  Semaphore& lock() { return queueMutex; }
 
   /// Appends a message and, when it is the only one, signals it. Without memory the message is
   /// lost.

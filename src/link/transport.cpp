@@ -18,8 +18,12 @@ constexpr uint32_t kReaderPollMilliseconds = 100;
 
 }  // namespace
 
-// Even when it cannot enter itself yet: the registry must outlive it.
-Transport::Transport() { TransportRegistry::instance(); }
+Transport::Transport() {
+  // Creates the registry first, so that it is destroyed after this object even if add() fails.
+  TransportRegistry::instance();
+  readerLocks.add(messages.lock());
+  readerLocks.add(handlers.lock());
+}
 
 Transport::~Transport() { TransportRegistry::instance().remove(this); }
 
@@ -27,23 +31,18 @@ bool Transport::prepare() {
   return messages.prepare() && handlers.prepare() && TransportRegistry::instance().add(this);
 }
 
-void Transport::freeGuards() {
-  messages.freeGuard();
-  handlers.freeGuard();
-}
-
-void Transport::letGoOfEndedReader() {
-  // Joined first: a reader that ends normally clears readerInside before its thread ends.
+void Transport::releaseLocksOfKilledReader() {
+  // Join first: a reader that ends normally clears readerInside before its thread ends.
   if (readerThread != nullptr && threadJoin(readerThread, 0) == 0 && readerInside) {
-    TransportRegistry::instance().freeGuards();
+    TransportRegistry::instance().releaseReaderLocks();
   }
 }
 
 void Transport::shutDown() {
-  letGoOfEndedReader();
+  releaseLocksOfKilledReader();
   close();
-  // Under the loader's lock a thread that has done its last step here cannot end: its own word
-  // counts.
+  // During FreeLibrary the loader lock keeps a finished thread from exiting, so its handle is not
+  // signalled. readerInside says whether it has left our code.
   while (readerInside && threadJoin(readerThread, kReaderPollMilliseconds) != 0) {
   }
   if (!awaitReader()) CloseHandle(readerThread);
@@ -79,7 +78,7 @@ bool Transport::awaitReader() {
   if (threadJoin(readerThread, kReaderEndMilliseconds) != 0) return false;
   CloseHandle(readerThread);
   readerThread = nullptr;
-  readerInside = 0;  // a reader that the system has ended could not say so
+  readerInside = 0;  // a killed reader did not clear it
   return true;
 }
 

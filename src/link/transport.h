@@ -10,6 +10,7 @@
 #include "lingo/lingo_message.h"
 #include "link/handler_table.h"
 #include "link/message_queue.h"
+#include "link/reader_locks.h"
 
 namespace ipodctl {
 
@@ -91,12 +92,10 @@ class Transport {
   /// a second. Not for the reader thread itself.
   bool awaitReader();
 
-  /// Frees what the reader held when the system ended it in the middle of its work, as it ends all
-  /// threads of a process before it detaches the process's libraries. Nothing else runs then.
-  void letGoOfEndedReader();
+  /// Releases the locks that the reader held if it was killed: see ReaderLocks.
+  void releaseLocksOfKilledReader();
 
-  /// Gives the semaphores that guard something for a thread that never will.
-  virtual void freeGuards();
+  void releaseReaderLocks() { readerLocks.release(); }
 
   /// Closes for good: waits for the reader however long it takes and leaves the live transports.
   /// After this only flushMessages and the destructor may be called. Every kind's destructor does
@@ -111,6 +110,7 @@ class Transport {
   virtual bool prepare();
 
   std::atomic<uint8_t> readDataActive{0};
+  ReaderLocks readerLocks;
 
   /// The payload of the frame just read. Reader thread only.
   uint8_t rxPayload[kPayloadCapacity] = {};

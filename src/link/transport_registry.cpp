@@ -33,10 +33,10 @@ void TransportRegistry::remove(Transport* transport) {
   }
 }
 
-void TransportRegistry::freeGuards() {
+void TransportRegistry::releaseReaderLocks() {
   registryGuard.give();
   for (Transport* transport : transportRegistry)
-    transport->freeGuards();
+    transport->releaseReaderLocks();
 }
 
 void TransportRegistry::closeAll() {

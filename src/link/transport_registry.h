@@ -17,8 +17,8 @@ class TransportRegistry {
   void remove(Transport* transport);
   void closeAll();
 
-  /// Gives the guards of all transports and the registry's own for a thread that never will.
-  void freeGuards() IPODCTL_NOT_CHECKED;
+  /// Releases the registry's lock and the reader locks of all transports: see ReaderLocks.
+  void releaseReaderLocks() IPODCTL_NOT_CHECKED;
 
  private:
   TransportRegistry();

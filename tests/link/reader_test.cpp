@@ -355,7 +355,7 @@ TEST_F(Reader, ThatHasEndedBeforeItsStartReturnsIsNotTakenForAKilledOne) {
   ASSERT_TRUE(transport->open("IPD1:"));
   EXPECT_TRUE(transport->startReadData());
   platform.calls.clear();
-  transport->letGoOfEndedReader();
+  transport->releaseLocksOfKilledReader();
   EXPECT_THAT(platform.callsOf("ReleaseSemaphore"), IsEmpty());
 }
 
@@ -513,7 +513,7 @@ TEST_F(Reader, ThatEndsByItselfIsNotTakenForAKilledOne) {
   platform.runThread();
   const size_t releases = platform.callsOf("ReleaseSemaphore").size();
   start();
-  transport->letGoOfEndedReader();
+  transport->releaseLocksOfKilledReader();
   EXPECT_THAT(platform.callsOf("ReleaseSemaphore"), SizeIs(releases));
 }
 
@@ -527,7 +527,7 @@ TEST_F(EndedReader, DoesNotKeepItsTransportFromItsEndWhateverItHeld) {
     ASSERT_TRUE(transport->open("IPD1:") && transport->startReadData());
     platform.arrive(kFrame1 + kFrame2);
     stopped = runToRelease(releases);
-    transport->letGoOfEndedReader();
+    transport->releaseLocksOfKilledReader();
     transport->removeHandlers(this);
     transport->shutDown();
     transport->flushMessages();
