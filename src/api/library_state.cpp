@@ -2,7 +2,7 @@
 
 namespace ipodctl {
 
-// Destroyed in reverse: the lock goes last.
+// Destroyed in reverse order: the lock last.
 Semaphore libraryLock;
 IpodController ipodController(kUsbLink);
 SharedValue<uint8_t> ipodConnected;

@@ -8,8 +8,8 @@
 
 namespace ipodctl {
 
-/// The library's global state. All of it is in static storage; the controller is built when the
-/// library is loaded and destroyed when it is unloaded.
+// The library's global state. All of it is in static storage. The controller is built when the
+// library is loaded and destroyed when it is unloaded.
 
 /// The platform's iPod stream driver.
 constexpr char usbDeviceName[] = "IPD1:";
@@ -23,11 +23,10 @@ extern IpodController ipodController;
 /// 1 while connected.
 extern SharedValue<uint8_t> ipodConnected;
 
-/// 1 when the iPod's Extended Interface lingo has the commands play and pause beside the toggle.
+/// 1 when the iPod's Extended Interface lingo has the commands play and pause besides the toggle.
 extern SharedValue<uint8_t> ipodHasPlayPause;
 
-/// Not 0: IpodCommand gives its time slice away before it sends play. Nothing in the library sets
-/// it.
+/// Not 0: IpodCommand yields its time slice before it sends play. Nothing in the library sets it.
 extern SharedValue<uint8_t> ipodPlayDelayFlag;
 
 /// The sample rate of the iPod's audio in Hz.

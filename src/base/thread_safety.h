@@ -1,7 +1,6 @@
 #pragma once
 
-/// Which semaphore guards what. Clang checks it when it compiles; for other compilers it is a
-/// comment.
+// Says which semaphore guards what. Clang checks it when it compiles. Other compilers ignore it.
 
 #define IPODCTL_CAPABILITY(kind) __attribute__((capability(kind)))
 #define IPODCTL_SCOPED_CAPABILITY __attribute__((scoped_lockable))
@@ -12,10 +11,10 @@
 /// A function that is called only while `semaphore` is held.
 #define IPODCTL_REQUIRES(semaphore) __attribute__((requires_capability(semaphore)))
 
-/// A function that takes the semaphore, takes it if it returns true, or gives it.
+/// A function that takes the semaphore, takes it if it returns true, or releases it.
 #define IPODCTL_ACQUIRE(...) __attribute__((acquire_capability(__VA_ARGS__)))
 #define IPODCTL_TRY_ACQUIRE(...) __attribute__((try_acquire_capability(__VA_ARGS__)))
 #define IPODCTL_RELEASE(...) __attribute__((release_capability(__VA_ARGS__)))
 
-/// A function that is not checked. A comment at its definition says why.
+/// A function that is not checked. Its comment says why.
 #define IPODCTL_NOT_CHECKED __attribute__((no_thread_safety_analysis))

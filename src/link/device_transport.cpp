@@ -8,7 +8,7 @@
 namespace ipodctl {
 namespace {
 
-/// A sender waits as long for the one before it as a command waits for its reply.
+/// A sender waits for the previous one as long as a command waits for its reply.
 constexpr uint32_t kSenderWaitSeconds = 1;
 
 }  // namespace
@@ -24,13 +24,13 @@ bool DeviceTransport::prepare() {
 
 bool DeviceTransport::open(const char* name) {
   close();
-  // The reader first: while it is on its way out it can hold what the preparation waits for.
+  // Await the reader first: while it ends, it can hold a lock that prepare() waits for.
   if (!awaitReader() || !prepare()) return false;
   const char* text = name != nullptr ? name : "";
   if (!deviceName.assign(text, static_cast<uint32_t>(std::strlen(text)))) return false;
   HANDLE opened = nullptr;
   if (openDevice(opened, deviceName.text()) != 0) return false;
-  frames.clear();  // what a lost link left of a frame is no part of the new stream
+  frames.clear();  // part of a frame from a lost link does not belong to the new stream
   deviceHandle = opened;
   return true;
 }
@@ -106,7 +106,7 @@ bool DeviceTransport::writeData(const uint8_t* bytes, uint32_t count) {
   return deviceWrite(deviceHandle.load(), bytes, count) == static_cast<int>(count);
 }
 
-/// Builds the frame in txFrame and returns its size, 0 when the message does not encode.
+/// Builds the frame in txFrame. Returns its size, or 0 when the message does not encode.
 uint32_t DeviceTransport::frameMessage(const LingoMessage& message) {
   const uint32_t syncSize = kind == FrameKind::kWithSyncByte ? kSyncSize : 0;
   txFrame[0] = kSyncByte;

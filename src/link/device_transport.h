@@ -12,8 +12,8 @@
 
 namespace ipodctl {
 
-/// A transport over a device that CreateFileW opens: what the serial and the USB kind do alike. The
-/// kinds say how the device opens and reads, and how a frame begins.
+/// A transport over a device that CreateFileW opens: what the serial and the USB kind share. A kind
+/// defines how its device opens and reads, and how a frame begins.
 class DeviceTransport : public Transport {
  public:
   bool open(const char* deviceName) final;
@@ -30,13 +30,13 @@ class DeviceTransport : public Transport {
 
   bool prepare() final;
 
-  /// 0 and a handle, or -1.
+  /// Returns 0 and sets the handle, or returns -1.
   virtual int openDevice(HANDLE& handleOut, const char* name) = 0;
 
-  /// Bytes read, negative when the device has failed.
+  /// Returns the number of bytes read; negative when the device has failed.
   virtual int readDevice(HANDLE device, uint8_t* buffer, uint32_t maximum) = 0;
 
-  // What the console is told while the debug flag is set.
+  // What is logged while the debug flag is set.
   virtual const char* closedText() const = 0;
   virtual const char* writingText() const = 0;
 
@@ -58,8 +58,8 @@ class DeviceTransport : public Transport {
   FrameReader frames;  ///< reader thread only, and open before there is one
 };
 
-/// Opens a device by its 8-bit name for reading and writing, unshared. INVALID_HANDLE_VALUE when
-/// that fails.
+/// Opens a device by its 8-bit name for reading and writing, unshared. Returns INVALID_HANDLE_VALUE
+/// when that fails.
 HANDLE openDeviceFile(const char* name);
 
 }  // namespace ipodctl

@@ -33,7 +33,7 @@ bool HandlerTable::remove(const HandlerRecord& record) {
 
 void HandlerTable::removeAllOf(const void* object) {
   const SemaphoreHold hold(listGuard);
-  // The index moves on after a removal too, past the record that has slid into the free place.
+  // The index also advances after a removal, and so skips the record that has moved up.
   for (uint32_t i = 0; i < handlerList.size(); ++i) {
     if (handlerList[i].object == object) removeAt(i);
   }
@@ -60,7 +60,8 @@ bool HandlerTable::dispatch(std::unique_ptr<LingoMessage>& message) {
   return handled;
 }
 
-/// Steps to the next handler for the message and says whether it is the last one for now.
+/// Finds the next handler for the message and sets `last` when no other follows now. Returns false
+/// when there is none.
 bool HandlerTable::nextFor(const LingoMessage& message, HandlerRecord& found, bool& last) {
   const SemaphoreHold hold(listGuard);
   const uint32_t index = findFrom(cursor, message);

@@ -58,8 +58,8 @@ void MessageQueue::clearSignal() {
   messageReady.reset();
 }
 
-/// Resets the signal of messages that are gone, consumed or not. The reader's last signal stays: it
-/// is for every waiter.
+/// Resets the signal of messages that are gone, whether it was consumed or not. A stopped reader's
+/// signal stays, because it is for all waiters.
 void MessageQueue::resetSignal() {
   messageReady.reset();
   if (!readerActive) messageReady.signal();

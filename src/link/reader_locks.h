@@ -23,6 +23,7 @@ class ReaderLocks {
  public:
   void add(Semaphore& lock) { locks[count++] = &lock; }
 
+  /// Not checked: another thread has taken the locks.
   void release() IPODCTL_NOT_CHECKED;
 
  private:

@@ -17,8 +17,8 @@ class SerialTransport final : public DeviceTransport {
   const char* writingText() const override { return "WRITING ON DEVICE\n"; }
 };
 
-/// Opens a serial port and sets it up: 8 data bits, no parity, one stop bit, RTS off, reads that
-/// return at once with what has arrived. 0, or -1 with `handleOut` as it was.
+/// Opens a serial port with 8 data bits, no parity, one stop bit, RTS off, and reads that return at
+/// once with what has arrived. Returns 0, or -1 and leaves `handleOut` unchanged.
 int serialOpen(HANDLE& handleOut, const char* name, uint32_t baudRate);
 
 }  // namespace ipodctl

@@ -52,7 +52,7 @@ void Transport::shutDown() {
 
 bool Transport::startReadData() {
   if (readDataActive || !isOpen() || !awaitReader()) return false;
-  // Active first: what still wakes waiters for the reader before then leaves the signal alone.
+  // Set it first: a wake() for the previous reader that comes late then leaves the signal alone.
   readDataActive = 1;
   messages.clearSignal();
   readerInside = 1;
@@ -127,7 +127,7 @@ std::unique_ptr<LingoMessage> Transport::getMessage(uint32_t nanoseconds, uint32
   if (!readDataActive && threadExited) return nullptr;
   if (!messages.awaitSignal(nanoseconds, seconds)) return nullptr;
   if (!readDataActive || threadExited) {
-    messages.wake();  // the other waiters must learn of the stop, too
+    messages.wake();  // the other waiters must notice the stop, too
     return nullptr;
   }
   return messages.takeFirst();

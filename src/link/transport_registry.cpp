@@ -7,8 +7,8 @@
 namespace ipodctl {
 
 TransportRegistry& TransportRegistry::instance() {
-  // Made by the first transport, and so destroyed after the last one that lives as long as the
-  // library.
+  // The first transport creates it. It is therefore destroyed after the last transport of static
+  // storage duration.
   static TransportRegistry registry;
   return registry;
 }

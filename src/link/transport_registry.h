@@ -7,17 +7,18 @@ namespace ipodctl {
 
 class Transport;
 
-/// Every live transport of the process. A reader that fails closes them all.
+/// All live transports of the process. A reader that fails closes them.
 class TransportRegistry {
  public:
   static TransportRegistry& instance();
 
-  /// Enters a transport, once. False without memory or semaphore.
+  /// Adds a transport unless it is in the registry. Returns false without memory or semaphore.
   bool add(Transport* transport);
   void remove(Transport* transport);
   void closeAll();
 
   /// Releases the registry's lock and the reader locks of all transports: see ReaderLocks.
+  /// Not checked: the locks are free or were taken by a thread that is gone.
   void releaseReaderLocks() IPODCTL_NOT_CHECKED;
 
  private:

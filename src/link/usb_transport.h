@@ -4,8 +4,8 @@
 
 namespace ipodctl {
 
-/// The link over the platform's iPod stream driver: frames without the sync byte. Audio does not
-/// pass here.
+/// The link over the platform's iPod stream driver: frames without the sync byte. It carries no
+/// audio.
 class UsbTransport final : public DeviceTransport {
  public:
   UsbTransport();
@@ -18,7 +18,7 @@ class UsbTransport final : public DeviceTransport {
   const char* writingText() const override { return "WRITING ON DEVICE\nOver USB\n"; }
 };
 
-/// Opens the stream driver. 0, or -1 with `handleOut` as it was.
+/// Opens the stream driver. Returns 0, or -1 and leaves `handleOut` unchanged.
 int usbOpen(HANDLE& handleOut, const char* name);
 
 }  // namespace ipodctl
