@@ -1,7 +1,5 @@
 #include "base/semaphore.h"
 
-#include "base/os_primitives.h"
-
 namespace ipodctl {
 
 Semaphore::~Semaphore() {
@@ -22,25 +20,5 @@ void Semaphore::releaseAndClose() {
   semMutexDelete(semaphore);
   semaphore = nullptr;
 }
-
-bool Semaphore::take(uint32_t nanoseconds, uint32_t seconds) {
-  return semMutexTake(semaphore, nanoseconds, seconds) == 0;
-}
-
-bool Semaphore::tryTake() { return semMutexTryLock(semaphore) == 0; }
-
-int Semaphore::give() { return semMutexGive(semaphore); }
-
-bool Semaphore::await(uint32_t nanoseconds, uint32_t seconds) {
-  return semMutexTake(semaphore, nanoseconds, seconds) == 0;
-}
-
-void Semaphore::signal() { semMutexGive(semaphore); }
-
-void Semaphore::reset() { semMutexTryLock(semaphore); }
-
-SemaphoreHold::SemaphoreHold(Semaphore& lock) : held(lock) { semMutexTake(held.handle(), 0, 0); }
-
-SemaphoreHold::~SemaphoreHold() { held.give(); }
 
 }  // namespace ipodctl

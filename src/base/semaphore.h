@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "base/os_primitives.h"
 #include "base/thread_safety.h"
 
 namespace ipodctl {
@@ -66,5 +67,27 @@ class IPODCTL_SCOPED_CAPABILITY SemaphoreHold {
  private:
   Semaphore& held;
 };
+
+inline bool Semaphore::take(uint32_t nanoseconds, uint32_t seconds) {
+  return semMutexTake(semaphore, nanoseconds, seconds) == 0;
+}
+
+inline bool Semaphore::tryTake() { return semMutexTryLock(semaphore) == 0; }
+
+inline int Semaphore::give() { return semMutexGive(semaphore); }
+
+inline bool Semaphore::await(uint32_t nanoseconds, uint32_t seconds) {
+  return semMutexTake(semaphore, nanoseconds, seconds) == 0;
+}
+
+inline void Semaphore::signal() { semMutexGive(semaphore); }
+
+inline void Semaphore::reset() { semMutexTryLock(semaphore); }
+
+inline SemaphoreHold::SemaphoreHold(Semaphore& lock) : held(lock) {
+  semMutexTake(held.handle(), 0, 0);
+}
+
+inline SemaphoreHold::~SemaphoreHold() { held.give(); }
 
 }  // namespace ipodctl

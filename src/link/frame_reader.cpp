@@ -7,6 +7,7 @@
 namespace ipodctl {
 
 FrameOutcome FrameReader::next(uint8_t* dest, uint32_t capacity, uint32_t& length) {
+  if (rxCount == 0) return FrameOutcome::kNeedsMore;
   const bool found = kind == FrameKind::kWithSyncByte ? findSyncAndStartByte() : findStartByte();
   if (!found) {
     rxCount = 0;  // all of it is noise
