@@ -1,71 +1,38 @@
-// The bytes of a link in pieces of any size, through both kinds of transport and the reader thread.
+// The bytes of a link in pieces of any size, through the frame reader of either kind.
 
-#include <desk.h>
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <algorithm>
+#include <cstring>
+#include <memory>
 #include <vector>
 
-#include "lingo/lingo_message.h"
-#include "link/serial_transport.h"
-#include "link/usb_transport.h"
+#include "link/frame_reader.h"
 #include "support/require.h"
-#include "virtual/virtual_world.h"
 
 using namespace ipodctl;
 
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-using virtual_platform::Readiness;
-using virtual_platform::Time;
 
 constexpr uint8_t kSync = 0xFF;
 constexpr uint8_t kStart = 0x55;
+constexpr size_t kArea = 200000;
 
-/// Returns its bytes in pieces. When there are no more, reads wait.
-class PieceDevice final : public virtual_platform::VirtualDevice {
- public:
-  PieceDevice(Bytes stream, std::vector<size_t> sizes)
-      : bytes(std::move(stream)), pieces(std::move(sizes)) {}
-
-  bool canBeOpened() const override { return true; }
-  void opened(Time) override {}
-  void closed(Time) override {}
-  Readiness readReadiness(Time) override {
-    return position < bytes.size() ? Readiness::kReady : Readiness::kWaits;
-  }
-  Readiness writeReadiness(Time) override { return Readiness::kReady; }
-  size_t read(Time, BYTE* buffer, size_t count) override {
-    const size_t piece = piecesTaken < pieces.size() ? pieces[piecesTaken++] : bytes.size();
-    const size_t moved = std::min({piece, count, bytes.size() - position});
-    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(position), moved, buffer);
-    position += moved;
-    return moved;
-  }
-  size_t write(Time, const BYTE*, size_t count) override { return count; }
-  std::optional<Time> nextWake() const override { return std::nullopt; }
-
- private:
-  const Bytes bytes;
-  const std::vector<size_t> pieces;
-  size_t position = 0;
-  size_t piecesTaken = 0;
+/// What a link makes of its bytes: the payload of a good frame, or why there is none.
+struct Event {
+  FrameOutcome outcome;
+  Bytes payload;
 };
 
-/// The messages that a link must receive from a stream.
-struct Reading {
-  std::vector<Bytes> payloads;
-  bool endsAtBadFrame = false;
-};
-
-bool makesMessage(const Bytes& payload) {
-  const uint8_t lingo = payload[0];
-  const bool isKnown = lingo == 0x00 || lingo == 0x02 || lingo == 0x04 || lingo == 0x0A;
-  return isKnown && payload.size() >= (lingo == 0x04 ? 3 : 2);
+bool operator==(const Event& left, const Event& right) {
+  return left.outcome == right.outcome && left.payload == right.payload;
 }
 
-/// Returns the offset of the next start byte; the stream's size when there is none.
+// ---------------------------------------------------------------- the model
+
+/// The place of the next start byte; the stream's size when there is none.
 size_t startIn(const Bytes& stream, size_t from, bool isSerial) {
   for (size_t at = from; at < stream.size(); ++at) {
     if (stream[at] != kStart) continue;
@@ -74,8 +41,7 @@ size_t startIn(const Bytes& stream, size_t from, bool isSerial) {
   return stream.size();
 }
 
-/// Returns whether the checksum test passes. The test assumes a length of one byte, also in the
-/// long form: see takeFrame.
+/// The check assumes a length of one byte, even where it has two more: see takeFrame.
 bool sumsUp(const Bytes& stream, size_t start, size_t length) {
   uint8_t sum = 0;
   for (size_t at = start + 1; at < start + length + 3; ++at)
@@ -83,8 +49,16 @@ bool sumsUp(const Bytes& stream, size_t start, size_t length) {
   return sum == 0;
 }
 
-Reading readingOf(const Bytes& stream, bool isSerial) {
-  Reading reading;
+Event eventOf(const Bytes& stream, size_t start, size_t payload, size_t length, size_t capacity) {
+  if (!sumsUp(stream, start, length)) return {FrameOutcome::kBadChecksum, {}};
+  if (length > capacity) return {FrameOutcome::kTooLarge, {}};
+  const auto begin = stream.begin() + static_cast<std::ptrdiff_t>(payload);
+  return {FrameOutcome::kFrame, Bytes(begin, begin + static_cast<std::ptrdiff_t>(length))};
+}
+
+/// The events of a stream that is not cut, or whose cuts do not matter.
+std::vector<Event> expectedEvents(const Bytes& stream, bool isSerial, size_t capacity) {
+  std::vector<Event> events;
   size_t at = 0;
   while ((at = startIn(stream, at, isSerial)) + 1 < stream.size()) {
     size_t length = stream[at + 1];
@@ -95,87 +69,130 @@ Reading readingOf(const Bytes& stream, bool isSerial) {
       payload = at + 4;
     }
     if (stream.size() < payload + length + 1) break;
-    reading.endsAtBadFrame = length == 0 || !sumsUp(stream, at, length);
-    if (reading.endsAtBadFrame) break;
-    const auto begin = stream.begin() + static_cast<std::ptrdiff_t>(payload);
-    const Bytes content(begin, begin + static_cast<std::ptrdiff_t>(length));
-    if (makesMessage(content)) reading.payloads.push_back(content);
+    events.push_back(eventOf(stream, at, payload, length, capacity));
     at += length + 3;
   }
-  return reading;
+  return events;
 }
 
-Bytes payloadOf(const LingoMessage& message) {
-  Bytes payload{message.getLingo()};
-  const uint16_t command = message.getCommand();
-  if (message.getLingo() == 0x04) payload.push_back(static_cast<uint8_t>(command >> 8));
-  payload.push_back(static_cast<uint8_t>(command));
-  payload.resize(payload.size() + message.getDataLength());
-  const uint32_t length = message.getDataLength();
-  require(message.getData(payload.data() + payload.size() - length, length) == length,
-          "a message returns other data than it has");
-  return payload;
+/// Returns the place after `header` and `payload` in the stream; the stream's end when they are not
+/// in it.
+Bytes::const_iterator placeAfter(Bytes header, const Bytes& payload, Bytes::const_iterator from,
+                                 Bytes::const_iterator end) {
+  header.insert(header.end(), payload.begin(), payload.end());
+  const auto found = std::search(from, end, header.begin(), header.end());
+  return found == end ? end : found + static_cast<std::ptrdiff_t>(payload.size());
 }
 
-template <class Kind>
-std::vector<Bytes> receive(PieceDevice& device, uint64_t seed) {
-  std::vector<Bytes> payloads;
-  virtual_platform::VirtualWorld world(seed);
-  world.addDevice("IPD1:", device);
-  const std::string failure = world.run([&] {
-    Kind transport;
-    require(transport.open("IPD1:") && transport.startReadData(), "the link does not open");
-    while (const auto message = transport.getMessage(0, 1))
-      payloads.push_back(payloadOf(*message));
-    transport.close();
-  });
-  require(failure.empty(), failure);
-  return payloads;
+/// Cuts can lose frames of a serial link, but what it finds is in the stream and in this order.
+void requireInStream(const std::vector<Event>& events, const Bytes& stream) {
+  auto from = stream.begin();
+  for (const Event& event : events) {
+    if (event.outcome != FrameOutcome::kFrame) continue;
+    const auto high = static_cast<uint8_t>(event.payload.size() >> 8);
+    const auto low = static_cast<uint8_t>(event.payload.size());
+    auto next = placeAfter({kSync, kStart, 0x00, high, low}, event.payload, from, stream.end());
+    if (high == 0 && low != 0) {
+      next = std::min(next, placeAfter({kSync, kStart, low}, event.payload, from, stream.end()));
+    }
+    require(next != stream.end(), "a frame that nobody sent");
+    from = next;
+  }
 }
 
-/// Compares the messages. A reader that meets a bad frame stops, and messages not taken by then are
-/// lost.
-void compare(const std::vector<Bytes>& payloads, const Reading& expected) {
-  const bool isStart = payloads.size() <= expected.payloads.size() &&
-                       std::equal(payloads.begin(), payloads.end(), expected.payloads.begin());
-  require(isStart, "other messages than those in the bytes");
-  require(expected.endsAtBadFrame || payloads.size() == expected.payloads.size(),
-          "a message is missing");
+// ---------------------------------------------------------------- the reader
+
+class Link {
+ public:
+  Link(FrameKind kind, size_t largestPayload)
+      : reader(new FrameReader(kind)), dest(largestPayload) {
+    reader->beginFrame();
+  }
+
+  /// Receives a piece, or as much of it as there is room for. Returns the number of bytes received.
+  size_t receive(const uint8_t* bytes, size_t count) {
+    require(reader->freeSize() > 0, "the link is full and reads no more");
+    const size_t moved = std::min<size_t>(count, reader->freeSize());
+    if (moved > 0) std::memcpy(reader->freeArea(), bytes, moved);
+    reader->add(static_cast<uint32_t>(moved));
+    takeEvents();
+    return moved;
+  }
+
+  std::vector<Event> events;
+
+ private:
+  void takeEvents() {
+    for (;;) {
+      uint32_t length = 0;
+      const auto capacity = static_cast<uint32_t>(dest.size());
+      const FrameOutcome outcome = reader->next(dest.data(), capacity, length);
+      if (outcome == FrameOutcome::kNeedsMore) return;
+      require(length <= dest.size(), "a payload is longer than its destination");
+      events.push_back({outcome, Bytes(dest.begin(), dest.begin() + length)});
+      reader->beginFrame();
+    }
+  }
+
+  const std::unique_ptr<FrameReader> reader;
+  Bytes dest;
+};
+
+std::vector<Event> eventsOf(Link& link, const Bytes& stream, const std::vector<size_t>& pieces) {
+  size_t position = 0;
+  size_t piecesTaken = 0;
+  while (position < stream.size()) {
+    const size_t piece = piecesTaken < pieces.size() ? pieces[piecesTaken++] : stream.size();
+    position += link.receive(stream.data() + position, std::min(piece, stream.size() - position));
+  }
+  return link.events;
 }
 
-/// Returns a size: that of a byte, or, from 250 on, about the size of the transport's buffer.
+// ---------------------------------------------------------------- the input
+
+/// A byte, from 250 on about as many as the reader's area holds.
 size_t sizeFrom(FuzzedDataProvider& input) {
   constexpr uint8_t kFirstLarge = 250;
   constexpr size_t kStep = 5;
   const auto choice = input.ConsumeIntegral<uint8_t>();
-  return choice < kFirstLarge ? choice : kReceiveCapacity - 10 + (choice - kFirstLarge) * kStep;
+  return choice < kFirstLarge ? choice : kArea - 10 + (choice - kFirstLarge) * kStep;
 }
 
 std::vector<size_t> piecesFrom(FuzzedDataProvider& input) {
   constexpr uint8_t kMostPieces = 31;
   std::vector<size_t> pieces(input.ConsumeIntegral<uint8_t>() % (kMostPieces + 1));
   for (size_t& size : pieces)
-    size = std::max<size_t>(sizeFrom(input), 1);
+    size = sizeFrom(input);
   return pieces;
+}
+
+/// Mostly as many bytes as the longest payload has, as on the reader thread; sometimes few.
+size_t capacityFrom(uint8_t choice) {
+  constexpr uint8_t kFirstLargest = 64;
+  return choice < kFirstLargest ? choice / 2 + 1 : 65535;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider input(data, size);
-  const auto seed = input.ConsumeIntegral<uint8_t>();
-  const bool isSerial = seed % 2 != 0;
+  const auto choice = input.ConsumeIntegral<uint8_t>();
+  const bool isSerial = choice % 2 != 0;
+  const size_t capacity = capacityFrom(choice);
   const size_t noise = sizeFrom(input);
   const std::vector<size_t> pieces = piecesFrom(input);
   Bytes stream(noise);
   const Bytes said = input.ConsumeRemainingBytes<uint8_t>();
   stream.insert(stream.end(), said.begin(), said.end());
-  PieceDevice device(stream, pieces);
-  const std::vector<Bytes> payloads =
-      isSerial ? receive<SerialTransport>(device, seed) : receive<UsbTransport>(device, seed);
-  // The places where a serial link's bytes are cut affect the frames: a sync byte may lose the next
-  // frame.
-  const bool isPredictable = !isSerial || (pieces.empty() && noise == 0);
-  if (isPredictable) compare(payloads, readingOf(stream, isSerial));
+  Link link(isSerial ? FrameKind::kWithSyncByte : FrameKind::kWithoutSyncByte, capacity);
+  const std::vector<Event> events = eventsOf(link, stream, pieces);
+  // Where a serial link's bytes are cut decides about frames: a sync byte may lose the next one.
+  const bool isWhole = pieces.empty() && stream.size() <= kArea;
+  if (!isSerial || isWhole) {
+    require(events == expectedEvents(stream, isSerial, capacity),
+            "other frames than the bytes say");
+  } else {
+    requireInStream(events, stream);
+  }
   return 0;
 }

@@ -113,13 +113,13 @@ bool connect() {
 using namespace ipodctl;
 
 int IPODCTL_CALL IpodConnect(void) {
-  const bool lockExists = libraryLock.create();
+  const bool lockExists = libraryLock.ensure();
   std::printf("Tavrel version is %s\n", kVersion);
   std::printf("IpodConnect start\n");
-  if (!lockExists || semMutexTryLock(libraryLock.handle()) != 0) return 0;
+  if (!lockExists || !libraryLock.tryTake()) return 0;
   const bool connected = !ipodConnected && connect();
   if (connected) ipodConnected = 1;
-  semMutexGive(libraryLock.handle());
+  libraryLock.give();
   return connected ? 1 : 0;
 }
 

@@ -5,11 +5,11 @@
 
 namespace ipodctl {
 
-/// Not 0: the link, the messages and the controller tell on the console what they do. Starts at 0;
-/// set it from a debugger or a test.
+/// Not 0: the link, the messages and the controller log on the console what they do. Starts at 0.
+/// A debugger or a test sets it.
 extern std::atomic<uint8_t> debugFlag;
 
-/// printf while debugFlag is set, else nothing.
+/// Prints as printf does while debugFlag is set, else does nothing.
 [[gnu::format(printf, 1, 2)]] void debugPrint(const char* format, ...);
 
 }  // namespace ipodctl

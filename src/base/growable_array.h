@@ -7,7 +7,7 @@
 
 namespace ipodctl {
 
-/// A growable array for a platform without exceptions: growing can fail, and append says so.
+/// A growable array for a platform without exceptions. Growth can fail, and append reports it.
 /// T is movable and default-constructible.
 template <class T>
 class GrowableArray {
@@ -23,14 +23,14 @@ class GrowableArray {
   const T* begin() const { return items.get(); }
   const T* end() const { return items.get() + count; }
 
-  /// Adds an item at the end; false, and the array as it was, when there is no memory.
+  /// Appends an item. Returns false, and leaves the array unchanged, when there is no memory.
   [[nodiscard]] bool append(T item) {
     if (count == capacity && !grow()) return false;
     items[count++] = std::move(item);
     return true;
   }
 
-  /// Takes the item at `index` (below size()) out; those behind it move up.
+  /// Removes and returns the item at `index` (below size()). The following ones move up.
   T removeAt(uint32_t index) {
     T removed = std::move(items[index]);
     for (uint32_t i = index + 1; i < count; ++i)
@@ -40,7 +40,7 @@ class GrowableArray {
     return removed;
   }
 
-  /// Destroys all items, the first one first.
+  /// Destroys all items, starting with the first one.
   void clear() {
     for (T& item : *this)
       item = T();

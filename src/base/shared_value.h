@@ -4,8 +4,8 @@
 
 namespace ipodctl {
 
-/// A global value that exports without the library lock read and write while another thread works
-/// on it under the lock. Each access is whole; accesses to several values are not ordered.
+/// A global value that exports read and write without the library lock while another thread works
+/// on it under the lock. Each access is atomic. Accesses to several values are not ordered.
 template <class T>
 class SharedValue {
  public:
@@ -26,7 +26,7 @@ class SharedValue {
   T get() const { return value.load(std::memory_order_relaxed); }
   operator T() const { return get(); }
 
-  /// Where the host may read the value.
+  /// Returns the address where the host may read the value.
   const T* address() const {
     static_assert(sizeof(value) == sizeof(T), "the host reads the value itself");
     return reinterpret_cast<const T*>(&value);

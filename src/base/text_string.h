@@ -7,8 +7,8 @@
 
 namespace ipodctl {
 
-/// An owned string of 8-bit or 16-bit units that may hold zero units. Making it longer can fail,
-/// and says so. One zero unit that size() does not count stands behind the text.
+/// An owned string of 8-bit or 16-bit units, which may contain zero units. A change can fail for
+/// lack of memory and reports it. Always zero-terminated; size() excludes the terminator.
 template <class Unit>
 class TextString {
  public:
@@ -18,10 +18,11 @@ class TextString {
   Unit& operator[](uint32_t index) { return units[index]; }
   const Unit& operator[](uint32_t index) const { return units[index]; }
 
-  /// The text with its terminator; never null.
+  /// Returns the text with its terminator; never null.
   const Unit* text() const { return units ? units.get() : &kTerminator; }
 
-  /// Becomes `newLength` zero units; false, and the string as it was, when there is no memory.
+  /// Replaces the text by `newLength` zero units. Returns false, and leaves the text unchanged,
+  /// when there is no memory.
   [[nodiscard]] bool resize(uint32_t newLength) {
     std::unique_ptr<Unit[]> fresh(new (std::nothrow) Unit[newLength + 1]());
     if (!fresh) return false;
@@ -30,7 +31,8 @@ class TextString {
     return true;
   }
 
-  /// Becomes a copy of `count` units; false, and the string as it was, when there is no memory.
+  /// Replaces the text by a copy of `count` units. Returns false, and leaves the text unchanged,
+  /// when there is no memory.
   [[nodiscard]] bool assign(const Unit* source, uint32_t count) {
     if (!resize(count)) return false;
     if (count > 0) std::memcpy(units.get(), source, count * sizeof(Unit));

@@ -29,7 +29,7 @@ IpodControllerBase::~IpodControllerBase() { releaseTransport(); }
 
 void IpodControllerBase::releaseTransport() {
   if (!transport) return;
-  transport->letGoOfEndedReader();
+  transport->releaseLocksOfKilledReader();
   transport->removeHandlers(this);
   transport->shutDown();
   transport->flushMessages();

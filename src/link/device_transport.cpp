@@ -8,36 +8,29 @@
 namespace ipodctl {
 namespace {
 
-/// A sender waits as long for the one before it as a command waits for its reply.
+/// A sender waits for the previous one as long as a command waits for its reply.
 constexpr uint32_t kSenderWaitSeconds = 1;
 
 }  // namespace
 
-DeviceTransport::DeviceTransport() { DeviceTransport::prepare(); }
-
-DeviceTransport::~DeviceTransport() {
-  semMutexDelete(handleGuard);
-  semMutexDelete(txGuard);
+DeviceTransport::DeviceTransport(FrameKind frameKind) : kind(frameKind), frames(frameKind) {
+  readerLocks.add(handleGuard);
+  DeviceTransport::prepare();
 }
 
 bool DeviceTransport::prepare() {
-  return semMutexEnsure(handleGuard) && semMutexEnsure(txGuard) && Transport::prepare();
-}
-
-void DeviceTransport::freeGuards() {
-  semMutexGive(handleGuard);
-  Transport::freeGuards();
+  return handleGuard.ensure() && txGuard.ensure() && Transport::prepare();
 }
 
 bool DeviceTransport::open(const char* name) {
   close();
-  // The reader first: while it is on its way out it can hold what the preparation waits for.
+  // Await the reader first: while it ends, it can hold a lock that prepare() waits for.
   if (!awaitReader() || !prepare()) return false;
   const char* text = name != nullptr ? name : "";
   if (!deviceName.assign(text, static_cast<uint32_t>(std::strlen(text)))) return false;
   HANDLE opened = nullptr;
   if (openDevice(opened, deviceName.text()) != 0) return false;
-  rxCount = 0;  // what a lost link left of a frame is no part of the new stream
+  frames.clear();  // part of a frame from a lost link does not belong to the new stream
   deviceHandle = opened;
   return true;
 }
@@ -59,17 +52,52 @@ bool DeviceTransport::close() {
 
 bool DeviceTransport::isOpen() const { return deviceHandle.load() != nullptr; }
 
+int DeviceTransport::readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut) {
+  payloadOut = nullptr;
+  if (capacity < 1 || dest == nullptr) return -1;
+  frames.beginFrame();
+  while (mayRead()) {
+    uint32_t length = 0;
+    switch (frames.next(dest, static_cast<uint32_t>(capacity), length)) {
+      case FrameOutcome::kNeedsMore:
+        if (!readMore()) return -1;
+        break;
+      case FrameOutcome::kFrame:
+        payloadOut = dest;
+        return static_cast<int>(length);
+      case FrameOutcome::kBadChecksum:
+        debugPrint("checksum Error\n");
+        return 0;
+      case FrameOutcome::kTooLarge:
+        return 0;
+    }
+  }
+  return -1;
+}
+
+bool DeviceTransport::mayRead() const { return readDataActive && isOpen(); }
+
+/// Appends what the device delivers to the received bytes. Returns false when the device has
+/// failed; a device that reports more bytes than it was asked for has failed, too.
+bool DeviceTransport::readMore() {
+  const uint32_t room = frames.freeSize();
+  const int received = readDevice(deviceHandle.load(), frames.freeArea(), room);
+  if (received < 0 || static_cast<uint32_t>(received) > room) return false;
+  frames.add(static_cast<uint32_t>(received));
+  return true;
+}
+
 bool DeviceTransport::sendSyncByte() {
-  if (semMutexTake(txGuard, 0, kSenderWaitSeconds) != 0) return false;
+  if (!txGuard.take(0, kSenderWaitSeconds)) return false;
   const bool sent = writeData(&kSyncByte, kSyncSize);
-  semMutexGive(txGuard);
+  txGuard.give();
   return sent;
 }
 
 bool DeviceTransport::sendMessage(const LingoMessage& message) {
-  if (semMutexTake(txGuard, 0, kSenderWaitSeconds) != 0) return false;
+  if (!txGuard.take(0, kSenderWaitSeconds)) return false;
   const bool sent = writeData(txFrame, frameMessage(message));
-  semMutexGive(txGuard);
+  txGuard.give();
   return sent;
 }
 
@@ -78,16 +106,17 @@ bool DeviceTransport::writeData(const uint8_t* bytes, uint32_t count) {
   return deviceWrite(deviceHandle.load(), bytes, count) == static_cast<int>(count);
 }
 
-/// Builds the frame in txFrame and returns its size, 0 when the message does not encode.
+/// Builds the frame in txFrame. Returns its size, or 0 when the message does not encode.
 uint32_t DeviceTransport::frameMessage(const LingoMessage& message) {
+  const uint32_t syncSize = kind == FrameKind::kWithSyncByte ? kSyncSize : 0;
   txFrame[0] = kSyncByte;
-  uint8_t* body = txFrame + syncSize();
+  uint8_t* body = txFrame + syncSize;
   const uint16_t bodySize = message.encode(body, kBodyCapacity);
   if (bodySize == 0) return 0;
   const uint8_t checksum = computeChecksum(body + kStartSize, bodySize - 1);
   body[bodySize] = checksum;
   debugPrint("\n======>Checksum = 0x%x\n", checksum);
-  return syncSize() + bodySize + kChecksumSize;
+  return syncSize + bodySize + kChecksumSize;
 }
 
 HANDLE openDeviceFile(const char* name) {

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "base/os_primitives.h"
 #include "lingo/received_message.h"
 
 namespace ipodctl {
@@ -14,11 +13,7 @@ bool operator==(const HandlerRecord& left, const HandlerRecord& right) {
 
 HandlerTable::HandlerTable() { prepare(); }
 
-HandlerTable::~HandlerTable() { semMutexDelete(listGuard); }
-
-bool HandlerTable::prepare() { return semMutexEnsure(listGuard); }
-
-void HandlerTable::freeGuard() { semMutexGive(listGuard); }
+bool HandlerTable::prepare() { return listGuard.ensure(); }
 
 bool HandlerTable::add(const HandlerRecord& record) {
   const SemaphoreHold hold(listGuard);
@@ -38,7 +33,7 @@ bool HandlerTable::remove(const HandlerRecord& record) {
 
 void HandlerTable::removeAllOf(const void* object) {
   const SemaphoreHold hold(listGuard);
-  // The index moves on after a removal too, past the record that has slid into the free place.
+  // The index also advances after a removal, and so skips the record that has moved up.
   for (uint32_t i = 0; i < handlerList.size(); ++i) {
     if (handlerList[i].object == object) removeAt(i);
   }
@@ -65,7 +60,8 @@ bool HandlerTable::dispatch(std::unique_ptr<LingoMessage>& message) {
   return handled;
 }
 
-/// Steps to the next handler for the message and says whether it is the last one for now.
+/// Finds the next handler for the message and sets `last` when no other follows now. Returns false
+/// when there is none.
 bool HandlerTable::nextFor(const LingoMessage& message, HandlerRecord& found, bool& last) {
   const SemaphoreHold hold(listGuard);
   const uint32_t index = findFrom(cursor, message);

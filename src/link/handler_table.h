@@ -1,11 +1,10 @@
 #pragma once
 
-#include <windows.h>
-
 #include <cstdint>
 #include <memory>
 
 #include "base/growable_array.h"
+#include "base/semaphore.h"
 #include "lingo/lingo_message.h"
 
 namespace ipodctl {
@@ -23,44 +22,43 @@ struct HandlerRecord {
 
 bool operator==(const HandlerRecord& left, const HandlerRecord& right);
 
-/// The registered handlers in the order of their registration. Any thread may register and remove
-/// while the reader thread hands messages out; a handler may do so itself. A message that is
-/// on its way to a handler when the registration is removed still reaches it: the object must
-/// outlive the reader thread, or the reader must be stopped first.
+/// The registered handlers in the order of their registration. Any thread, a handler included, may
+/// register and remove handlers while the reader thread dispatches messages. If a registration is
+/// removed while a message is on its way to the handler, the message still reaches it. The object
+/// must therefore outlive the reader thread, or the reader must be stopped first.
 class HandlerTable {
  public:
   HandlerTable();
-  ~HandlerTable();
   HandlerTable(const HandlerTable&) = delete;
   HandlerTable& operator=(const HandlerTable&) = delete;
 
-  /// Makes the semaphore if it is missing; false when the system has none left.
+  /// Creates the semaphore if it is missing. Returns false when the system has none left.
   bool prepare();
 
-  /// Gives the guard for a thread that never will.
-  void freeGuard();
+  Semaphore& lock() { return listGuard; }
 
-  /// False without memory.
+  /// Registers a handler. Returns false without memory.
   bool add(const HandlerRecord& record);
 
-  /// Removes the first equal registration; false when there is none.
+  /// Removes the first equal registration. Returns false when there is none.
   bool remove(const HandlerRecord& record);
 
-  /// Removes the object's registrations, but of two that stand next to each other only the first.
+  /// Removes the object's registrations, but of two adjacent ones only the first.
   void removeAllOf(const void* object);
 
-  /// Reader thread only. Calls every handler registered for the message's lingo and command, each
-  /// with a message of its own, and returns true; leaves the message alone when there is none.
+  /// Reader thread only. Calls all handlers that are registered for the message's lingo and
+  /// command, each with its own copy, and returns true. Without a handler it leaves the message and
+  /// returns false.
   bool dispatch(std::unique_ptr<LingoMessage>& message);
 
  private:
   bool nextFor(const LingoMessage& message, HandlerRecord& found, bool& last);
-  uint32_t findFrom(uint32_t start, const LingoMessage& message) const;
-  void removeAt(uint32_t index);
+  uint32_t findFrom(uint32_t start, const LingoMessage& message) const IPODCTL_REQUIRES(listGuard);
+  void removeAt(uint32_t index) IPODCTL_REQUIRES(listGuard);
 
-  HANDLE listGuard = nullptr;
-  GrowableArray<HandlerRecord> handlerList;  ///< guarded by listGuard
-  uint32_t cursor = 0;                       ///< where dispatch goes on; guarded by listGuard
+  Semaphore listGuard;
+  GrowableArray<HandlerRecord> handlerList IPODCTL_GUARDED_BY(listGuard);
+  uint32_t cursor IPODCTL_GUARDED_BY(listGuard) = 0;  ///< where dispatch continues
 };
 
 }  // namespace ipodctl

@@ -2,37 +2,31 @@
 
 #include <utility>
 
-#include "base/os_primitives.h"
-
 namespace ipodctl {
 
 MessageQueue::MessageQueue(const std::atomic<uint8_t>& active) : readerActive(active) { prepare(); }
 
 MessageQueue::~MessageQueue() {
-  semMutexGive(queueMutex);
-  semMutexDelete(queueMutex);
-  semMutexGive(messageReady);
-  semMutexDelete(messageReady);
+  queueMutex.releaseAndClose();
+  messageReady.releaseAndClose();
 }
 
 bool MessageQueue::prepare() {
-  if (!semMutexEnsure(queueMutex)) return false;
-  if (messageReady != nullptr) return true;
-  if (!semMutexEnsure(messageReady)) return false;
-  semMutexTryLock(messageReady);
+  if (!queueMutex.ensure()) return false;
+  if (messageReady.exists()) return true;
+  if (!messageReady.ensure()) return false;
+  messageReady.reset();
   return true;
 }
-
-void MessageQueue::freeGuard() { semMutexGive(queueMutex); }
 
 void MessageQueue::append(std::unique_ptr<LingoMessage> message) {
   const SemaphoreHold hold(queueMutex);
   const bool first = messageQueue.empty();
-  if (messageQueue.append(std::move(message)) && first) semMutexGive(messageReady);
+  if (messageQueue.append(std::move(message)) && first) messageReady.signal();
 }
 
 bool MessageQueue::awaitSignal(uint32_t nanoseconds, uint32_t seconds) {
-  return semMutexTake(messageReady, nanoseconds, seconds) == 0;
+  return messageReady.await(nanoseconds, seconds);
 }
 
 std::unique_ptr<LingoMessage> MessageQueue::takeFirst() {
@@ -42,7 +36,7 @@ std::unique_ptr<LingoMessage> MessageQueue::takeFirst() {
   if (messageQueue.empty()) {
     resetSignal();
   } else {
-    semMutexGive(messageReady);
+    messageReady.signal();
   }
   return oldest;
 }
@@ -56,19 +50,19 @@ void MessageQueue::flush() {
 
 void MessageQueue::wake() {
   const SemaphoreHold hold(queueMutex);
-  if (!readerActive) semMutexGive(messageReady);
+  if (!readerActive) messageReady.signal();
 }
 
 void MessageQueue::clearSignal() {
   const SemaphoreHold hold(queueMutex);
-  semMutexTryLock(messageReady);
+  messageReady.reset();
 }
 
-/// Resets the signal of messages that are gone, consumed or not. The reader's last signal stays: it
-/// is for every waiter. Call with queueMutex held.
+/// Resets the signal of messages that are gone, whether it was consumed or not. A stopped reader's
+/// signal stays, because it is for all waiters.
 void MessageQueue::resetSignal() {
-  semMutexTryLock(messageReady);
-  if (!readerActive) semMutexGive(messageReady);
+  messageReady.reset();
+  if (!readerActive) messageReady.signal();
 }
 
 }  // namespace ipodctl

@@ -1,20 +1,20 @@
 #pragma once
 
-#include <windows.h>
-
 #include <atomic>
 #include <cstdint>
 #include <memory>
 
 #include "base/growable_array.h"
+#include "base/semaphore.h"
 #include "lingo/lingo_message.h"
 
 namespace ipodctl {
 
-/// The received messages that no handler took, oldest first. The reader thread appends, the host's
-/// threads take. `queueMutex` guards the messages and is held for a few steps only. `messageReady`
-/// is a signal: set while there are messages to take and while the reader is stopped. A waiter
-/// consumes it before it takes a message; another thread may empty and refill the queue in between.
+/// The received messages that no handler took, oldest first. The reader thread appends messages;
+/// the host's threads remove them. `queueMutex` is held for a few steps only. `messageReady` is a
+/// signal. It is set while the queue holds messages and while the reader is stopped. A waiter
+/// consumes the signal before it removes a message. Another thread may empty and refill the queue
+/// in between.
 class MessageQueue {
  public:
   /// `readerActive` is 0 while no reader runs.
@@ -23,28 +23,26 @@ class MessageQueue {
   MessageQueue(const MessageQueue&) = delete;
   MessageQueue& operator=(const MessageQueue&) = delete;
 
-  /// Makes the semaphores that are missing; false when the system has none left.
+  /// Creates the missing semaphores. Returns false when the system has none left.
   bool prepare();
 
-  /// Gives the guard for a thread that never will.
-  void freeGuard();
+  Semaphore& lock() { return queueMutex; }
 
-  /// Appends a message and, when it is the only one, signals it. Without memory the message is
-  /// lost.
+  /// Appends a message, and signals it if it is the only one. Without memory the message is lost.
   void append(std::unique_ptr<LingoMessage> message);
 
-  /// Waits for the signal and consumes it. The time as semMutexTake has it; false when it was over.
+  /// Waits for the signal as long as semMutexTake does, and consumes it. Returns false after the
+  /// time.
   bool awaitSignal(uint32_t nanoseconds, uint32_t seconds);
 
-  /// Removes the oldest message, null when there is none. The signal is then set if others remain
-  /// and reset if none do.
+  /// Removes and returns the oldest message; null when there is none. Then the signal is set if
+  /// other messages remain, and reset if none do.
   std::unique_ptr<LingoMessage> takeFirst();
 
-  /// Destroys all messages, the oldest first, and resets their signal.
+  /// Destroys all messages, starting with the oldest, and resets their signal.
   void flush();
 
-  /// Wakes a waiter if the reader is stopped. A caller may come too late, when the next reader
-  /// runs.
+  /// Wakes a waiter if the reader is stopped. Does nothing if the next reader already runs.
   void wake();
 
   /// Resets the signal. Messages already queued do not signal again until the queue has been
@@ -52,12 +50,12 @@ class MessageQueue {
   void clearSignal();
 
  private:
-  void resetSignal();
+  void resetSignal() IPODCTL_REQUIRES(queueMutex);
 
   const std::atomic<uint8_t>& readerActive;
-  HANDLE queueMutex = nullptr;
-  HANDLE messageReady = nullptr;
-  GrowableArray<std::unique_ptr<LingoMessage>> messageQueue;  ///< guarded by queueMutex
+  Semaphore queueMutex;
+  Semaphore messageReady;
+  GrowableArray<std::unique_ptr<LingoMessage>> messageQueue IPODCTL_GUARDED_BY(queueMutex);
 };
 
 }  // namespace ipodctl

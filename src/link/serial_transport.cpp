@@ -54,6 +54,8 @@ int serialOpen(HANDLE& handleOut, const char* name, uint32_t baudRate) {
   return 0;
 }
 
+SerialTransport::SerialTransport() : DeviceTransport(FrameKind::kWithSyncByte) {}
+
 SerialTransport::~SerialTransport() { shutDown(); }
 
 int SerialTransport::openDevice(HANDLE& handleOut, const char* name) {
@@ -62,26 +64,6 @@ int SerialTransport::openDevice(HANDLE& handleOut, const char* name) {
 
 int SerialTransport::readDevice(HANDLE device, uint8_t* buffer, uint32_t maximum) {
   return serialRead(device, buffer, maximum);
-}
-
-/// Looks for a start byte right behind a sync byte. The byte behind a lone sync byte is looked at
-/// again: it may be a sync byte itself. Behind a sync byte that came last stands what the frames
-/// before have left there: a start byte holds the place until the next byte has come. When there is
-/// none, the index stays where the bytes ended, so that many bytes of the next data are skipped.
-bool SerialTransport::findStart(FrameScan& scan) {
-  while (scan.index < rxCount) {
-    if (!scan.syncSeen && rxArea[scan.index] == kSyncByte) {
-      scan.syncSeen = true;
-      ++scan.index;
-    }
-    if (!scan.syncSeen) {
-      ++scan.index;
-      continue;
-    }
-    if (scan.index < kReceiveCapacity && rxArea[scan.index] == kStartByte) return true;
-    scan.syncSeen = false;
-  }
-  return false;
 }
 
 }  // namespace ipodctl

@@ -5,6 +5,7 @@
 #include "base/debug_print.h"
 #include "base/os_primitives.h"
 #include "lingo/received_message.h"
+#include "link/frame_checksum.h"
 #include "link/transport_registry.h"
 
 namespace ipodctl {
@@ -17,8 +18,12 @@ constexpr uint32_t kReaderPollMilliseconds = 100;
 
 }  // namespace
 
-// Even when it cannot enter itself yet: the registry must outlive it.
-Transport::Transport() { TransportRegistry::instance(); }
+Transport::Transport() {
+  // Creates the registry first, so that it is destroyed after this object even if add() fails.
+  TransportRegistry::instance();
+  readerLocks.add(messages.lock());
+  readerLocks.add(handlers.lock());
+}
 
 Transport::~Transport() { TransportRegistry::instance().remove(this); }
 
@@ -26,23 +31,18 @@ bool Transport::prepare() {
   return messages.prepare() && handlers.prepare() && TransportRegistry::instance().add(this);
 }
 
-void Transport::freeGuards() {
-  messages.freeGuard();
-  handlers.freeGuard();
-}
-
-void Transport::letGoOfEndedReader() {
-  // Joined first: a reader that ends normally clears readerInside before its thread ends.
+void Transport::releaseLocksOfKilledReader() {
+  // Join first: a reader that ends normally clears readerInside before its thread ends.
   if (readerThread != nullptr && threadJoin(readerThread, 0) == 0 && readerInside) {
-    TransportRegistry::instance().freeGuards();
+    TransportRegistry::instance().releaseReaderLocks();
   }
 }
 
 void Transport::shutDown() {
-  letGoOfEndedReader();
+  releaseLocksOfKilledReader();
   close();
-  // Under the loader's lock a thread that has done its last step here cannot end: its own word
-  // counts.
+  // During FreeLibrary the loader lock keeps a finished thread from exiting, so its handle is not
+  // signalled. readerInside says whether it has left our code.
   while (readerInside && threadJoin(readerThread, kReaderPollMilliseconds) != 0) {
   }
   if (!awaitReader()) CloseHandle(readerThread);
@@ -52,7 +52,7 @@ void Transport::shutDown() {
 
 bool Transport::startReadData() {
   if (readDataActive || !isOpen() || !awaitReader()) return false;
-  // Active first: what still wakes waiters for the reader before then leaves the signal alone.
+  // Set it first: a wake() for the previous reader that comes late then leaves the signal alone.
   readDataActive = 1;
   messages.clearSignal();
   readerInside = 1;
@@ -78,7 +78,7 @@ bool Transport::awaitReader() {
   if (threadJoin(readerThread, kReaderEndMilliseconds) != 0) return false;
   CloseHandle(readerThread);
   readerThread = nullptr;
-  readerInside = 0;  // a reader that the system has ended could not say so
+  readerInside = 0;  // a killed reader did not clear it
   return true;
 }
 
@@ -127,7 +127,7 @@ std::unique_ptr<LingoMessage> Transport::getMessage(uint32_t nanoseconds, uint32
   if (!readDataActive && threadExited) return nullptr;
   if (!messages.awaitSignal(nanoseconds, seconds)) return nullptr;
   if (!readDataActive || threadExited) {
-    messages.wake();  // the other waiters must learn of the stop, too
+    messages.wake();  // the other waiters must notice the stop, too
     return nullptr;
   }
   return messages.takeFirst();
@@ -156,15 +156,11 @@ bool Transport::removeHandlers(void* object) {
 }
 
 bool Transport::checkChecksum(const uint8_t* bytes, int count) const {
-  if (count < 1) return false;
-  return computeChecksum(bytes, count - 1) == bytes[count - 1];
+  return endsWithChecksum(bytes, count);
 }
 
 uint8_t Transport::computeChecksum(const uint8_t* bytes, int count) const {
-  uint8_t sum = 0;
-  for (int i = 0; i < count; ++i)
-    sum = static_cast<uint8_t>(sum + bytes[i]);
-  return static_cast<uint8_t>(-sum);
+  return frameChecksum(bytes, count);
 }
 
 }  // namespace ipodctl

@@ -10,20 +10,19 @@
 #include "lingo/lingo_message.h"
 #include "link/handler_table.h"
 #include "link/message_queue.h"
+#include "link/reader_locks.h"
 
 namespace ipodctl {
 
-/// Raw received bytes that a transport holds at most: room for every frame and much noise.
-constexpr uint32_t kReceiveCapacity = 200000;
-
-/// The byte link to the iPod: what the serial and the USB kind share. It turns received frames into
-/// messages on a reader thread, hands those with a registered handler to it, and queues the others
-/// for the host's threads. It never pairs a reply with a command; that is the controller's work.
+/// The byte link to the iPod: what the serial and the USB kind share. Its reader thread turns
+/// received frames into messages. A message with a registered handler goes to the handler; the
+/// others are queued for the host's threads. The link never pairs a reply with a command. The
+/// controller does.
 ///
-/// open, startReadData, stopReadData, close and awaitReader are called by one host thread at a
-/// time; close and stopReadData also by the reader thread and by handlers. Everything else may be
-/// called by several threads at once. One reader thread runs at a time: open and startReadData wait
-/// for the one before to leave.
+/// One host thread at a time calls open, startReadData, stopReadData, close and awaitReader. The
+/// reader thread and handlers call close and stopReadData, too. Several threads at once may call
+/// everything else. One reader thread runs at a time: open and startReadData wait until the
+/// previous one has left.
 class Transport {
  public:
   Transport();
@@ -31,99 +30,91 @@ class Transport {
   Transport(const Transport&) = delete;
   Transport& operator=(const Transport&) = delete;
 
-  /// Closes, remembers the name and opens the device. False when the device does not open.
+  /// Closes, stores the name and opens the device. Returns false when the device does not open.
   virtual bool open(const char* deviceName) = 0;
 
-  /// Closes the device and stops the reader. Always true.
+  /// Closes the device and stops the reader. Always returns true.
   virtual bool close() = 0;
 
-  /// Starts the reader thread. False when it runs already, when the one before has not left within
-  /// a second, when the device is not open, or when the system has no thread.
+  /// Starts the reader thread. Returns false when it already runs, when the previous one has not
+  /// left within a second, when the device is not open, or when the system has no thread.
   virtual bool startReadData();
 
-  /// Closes the device and waits until the reader has ended, at most 300 ms; does nothing when the
-  /// reader was stopped before. Always true.
+  /// Closes the device and waits at most 300 ms until the reader has ended. Does nothing when the
+  /// reader was stopped before. Always returns true.
   virtual bool stopReadData();
 
-  /// Reader thread only. Waits for the next frame and copies its payload to `dest`. Returns the
-  /// payload's length and sets `payloadOut` to `dest`; 0 for a bad frame and -1 when there is
-  /// nothing to read any more, both with a null `payloadOut`. A good long frame without a payload
-  /// is 0, too.
+  /// Reader thread only. Waits for the next frame, copies its payload to `dest` and sets
+  /// `payloadOut` to `dest`. Returns the payload's length, which is 0 for a good long frame without
+  /// a payload. Sets `payloadOut` to null and returns 0 for a bad frame, -1 when nothing can be
+  /// read any more.
   virtual int readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut) = 0;
 
-  /// Takes the oldest queued message, waiting for one as long as semMutexTake does (0, 0: without
-  /// limit). Null after that time, and once the reader has stopped.
+  /// Removes the oldest queued message. Waits for one as long as semMutexTake does (0 and 0: for
+  /// ever). Returns null after that time, and once the reader has stopped.
   virtual std::unique_ptr<LingoMessage> getMessage(uint32_t nanoseconds, uint32_t seconds);
 
   virtual bool isOpen() const = 0;
 
-  /// Writes the single byte FF. True when it went out.
+  /// Writes the single byte FF. Returns true when it was sent.
   virtual bool sendSyncByte() = 0;
 
-  /// Frames a message and writes it. True when every byte went out.
+  /// Frames a message and writes it. Returns true when all bytes were sent.
   virtual bool sendMessage(const LingoMessage& message) = 0;
 
-  /// Destroys every queued message. Always 0.
+  /// Destroys all queued messages. Always returns 0.
   virtual int flushMessages();
 
-  /// From now on the messages of this lingo and command go to the handler, on the reader thread,
-  /// instead of the queue. False for a null object or handler, and without memory.
+  /// Registers a handler. The messages of this lingo and command go to it, on the reader thread,
+  /// instead of the queue. Returns false for a null object or handler, and without memory.
   virtual bool addHandler(void* object, MessageHandler handler, uint16_t command, uint8_t lingo);
 
-  /// Takes the first such registration back. False when there is none.
+  /// Removes the first such registration. Returns false when there is none.
   virtual bool removeHandler(void* object, MessageHandler handler, uint16_t command, uint8_t lingo);
 
-  /// Takes the object's registrations back, but of two adjacent ones only the first. False for
+  /// Removes the object's registrations, but of two adjacent ones only the first. Returns false for
   /// null.
   virtual bool removeHandlers(void* object);
 
-  /// The reader thread's body: reads frames until the device fails, a frame is bad or the reader is
-  /// stopped, then closes every live transport.
+  /// The reader thread's body. Reads frames until the reader is stopped, the device fails or a
+  /// frame is bad. Closes all live transports when readFrame returns no payload.
   virtual void thReadDataLocal();
 
-  /// True when the last of `count` bytes is the checksum of those before it.
+  /// Returns true when the last of `count` bytes is the checksum of those before it.
   virtual bool checkChecksum(const uint8_t* bytes, int count) const;
 
-  /// The byte that makes the sum of all bytes 0; 0 for no bytes.
+  /// Returns the byte that makes the sum of all bytes 0; 0 for no bytes.
   virtual uint8_t computeChecksum(const uint8_t* bytes, int count) const;
 
-  /// Writes bytes as they are. True when all went out.
+  /// Writes bytes unchanged. Returns true when all were sent.
   virtual bool writeData(const uint8_t* bytes, uint32_t count) = 0;
 
-  /// Waits until the reader thread has left and gives its handle back. False when it has not after
-  /// a second. Not for the reader thread itself.
+  /// Waits at most a second until the reader thread has ended, and closes its handle. Returns false
+  /// when it has not ended. The reader thread itself must not call it.
   bool awaitReader();
 
-  /// Frees what the reader held when the system ended it in the middle of its work, as it ends all
-  /// threads of a process before it detaches the process's libraries. Nothing else runs then.
-  void letGoOfEndedReader();
+  /// Releases the locks that the reader held if it was killed: see ReaderLocks.
+  void releaseLocksOfKilledReader();
 
-  /// Gives the semaphores that guard something for a thread that never will.
-  virtual void freeGuards();
+  void releaseReaderLocks() { readerLocks.release(); }
 
-  /// Closes for good: waits for the reader however long it takes and leaves the live transports.
-  /// After this only flushMessages and the destructor may be called. Every kind's destructor does
-  /// it first, while the reader can still call the kind's operations; an owner does it before what
-  /// its handlers use goes.
+  /// Closes permanently: waits for the reader without limit and removes the transport from the live
+  /// ones. After this only flushMessages and the destructor may be called. The destructor of every
+  /// kind calls it first, while the reader can still call the kind's operations. An owner calls it
+  /// before it destroys what its handlers use.
   void shutDown();
 
  protected:
-  /// Makes the semaphores that are missing and enters the transport among the live ones. Called by
-  /// the constructor of every kind, whose operations can be called from then on, and again by open.
-  /// False when the system has no room; the transport does not open then.
+  /// Creates the missing semaphores and adds the transport to the live ones. The constructor of
+  /// every kind calls it; from then on the reader of another transport can close this one. open
+  /// calls it again. Returns false when the system has no room; the transport does not open then.
   virtual bool prepare();
 
   std::atomic<uint8_t> readDataActive{0};
-
-  /// The outgoing frame: sync byte, body, checksum.
-  uint8_t txFrame[kSyncSize + kLargestBody + kChecksumSize] = {};
+  ReaderLocks readerLocks;
 
   /// The payload of the frame just read. Reader thread only.
   uint8_t rxPayload[kPayloadCapacity] = {};
-
-  /// Raw received bytes, `rxCount` of them valid. Reader thread only, and open before there is one.
-  uint8_t rxArea[kReceiveCapacity] = {};
-  uint32_t rxCount = 0;
 
  private:
   static DWORD WINAPI threadEntry(void* transport);

@@ -2,24 +2,21 @@
 
 #include <algorithm>
 
-#include "base/os_primitives.h"
 #include "link/transport.h"
 
 namespace ipodctl {
 
 TransportRegistry& TransportRegistry::instance() {
-  // Made by the first transport, and so destroyed after the last one that lives as long as the
-  // library.
+  // The first transport creates it. It is therefore destroyed after the last transport of static
+  // storage duration.
   static TransportRegistry registry;
   return registry;
 }
 
-TransportRegistry::TransportRegistry() { semMutexCreate(registryGuard); }
-
-TransportRegistry::~TransportRegistry() { semMutexDelete(registryGuard); }
+TransportRegistry::TransportRegistry() { registryGuard.ensure(); }
 
 bool TransportRegistry::add(Transport* transport) {
-  if (!semMutexEnsure(registryGuard)) return false;
+  if (!registryGuard.ensure()) return false;
   const SemaphoreHold hold(registryGuard);
   const bool known = std::find(transportRegistry.begin(), transportRegistry.end(), transport) !=
                      transportRegistry.end();
@@ -36,10 +33,10 @@ void TransportRegistry::remove(Transport* transport) {
   }
 }
 
-void TransportRegistry::freeGuards() {
-  semMutexGive(registryGuard);
+void TransportRegistry::releaseReaderLocks() {
+  registryGuard.give();
   for (Transport* transport : transportRegistry)
-    transport->freeGuards();
+    transport->releaseReaderLocks();
 }
 
 void TransportRegistry::closeAll() {

@@ -1,32 +1,31 @@
 #pragma once
 
-#include <windows.h>
-
 #include "base/growable_array.h"
+#include "base/semaphore.h"
 
 namespace ipodctl {
 
 class Transport;
 
-/// Every live transport of the process. A reader that fails closes them all.
+/// All live transports of the process. A reader that fails closes them.
 class TransportRegistry {
  public:
   static TransportRegistry& instance();
 
-  /// Enters a transport, once. False without memory or semaphore.
+  /// Adds a transport unless it is in the registry. Returns false without memory or semaphore.
   bool add(Transport* transport);
   void remove(Transport* transport);
   void closeAll();
 
-  /// Gives the guards of all transports and the registry's own for a thread that never will.
-  void freeGuards();
+  /// Releases the registry's lock and the reader locks of all transports: see ReaderLocks.
+  /// Not checked: the locks are free or were taken by a thread that is gone.
+  void releaseReaderLocks() IPODCTL_NOT_CHECKED;
 
  private:
   TransportRegistry();
-  ~TransportRegistry();
 
-  HANDLE registryGuard = nullptr;
-  GrowableArray<Transport*> transportRegistry;  ///< guarded by registryGuard
+  Semaphore registryGuard;
+  GrowableArray<Transport*> transportRegistry IPODCTL_GUARDED_BY(registryGuard);
 };
 
 }  // namespace ipodctl

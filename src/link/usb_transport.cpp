@@ -17,6 +17,8 @@ int usbOpen(HANDLE& handleOut, const char* name) {
   return 0;
 }
 
+UsbTransport::UsbTransport() : DeviceTransport(FrameKind::kWithoutSyncByte) {}
+
 UsbTransport::~UsbTransport() { shutDown(); }
 
 int UsbTransport::openDevice(HANDLE& handleOut, const char* name) {
@@ -25,16 +27,6 @@ int UsbTransport::openDevice(HANDLE& handleOut, const char* name) {
 
 int UsbTransport::readDevice(HANDLE device, uint8_t* buffer, uint32_t maximum) {
   return usbRead(device, buffer, maximum);
-}
-
-/// Looks for the start byte alone; what comes before it, a sync byte too, is noise.
-bool UsbTransport::findStart(FrameScan& scan) {
-  while (scan.index < rxCount) {
-    if (rxArea[scan.index] == kStartByte) return true;
-    ++scan.index;
-  }
-  scan.index = 0;
-  return false;
 }
 
 }  // namespace ipodctl

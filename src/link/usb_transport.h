@@ -4,23 +4,21 @@
 
 namespace ipodctl {
 
-/// The link over the platform's iPod stream driver: frames without the sync byte. Audio does not
-/// pass here.
+/// The link over the platform's iPod stream driver: frames without the sync byte. It carries no
+/// audio.
 class UsbTransport final : public DeviceTransport {
  public:
-  UsbTransport() = default;
+  UsbTransport();
   ~UsbTransport() override;
 
  private:
   int openDevice(HANDLE& handleOut, const char* name) override;
   int readDevice(HANDLE device, uint8_t* buffer, uint32_t maximum) override;
-  bool findStart(FrameScan& scan) override;
-  uint32_t syncSize() const override { return 0; }
   const char* closedText() const override { return "usb closed\n"; }
   const char* writingText() const override { return "WRITING ON DEVICE\nOver USB\n"; }
 };
 
-/// Opens the stream driver. 0, or -1 with `handleOut` as it was.
+/// Opens the stream driver. Returns 0, or -1 and leaves `handleOut` unchanged.
 int usbOpen(HANDLE& handleOut, const char* name);
 
 }  // namespace ipodctl

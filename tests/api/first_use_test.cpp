@@ -280,8 +280,8 @@ TEST_F(FirstUseDeathTest, OnTwoThreadsAtOnceMakesOneConnection) {
 void raceForTheLock() {
   ChildsIpod child;
   makeSemaphores(SemaphoreMaking::kInPairs);
-  std::thread first([] { libraryLock.create(); });
-  std::thread second([] { libraryLock.create(); });
+  std::thread first([] { libraryLock.ensure(); });
+  std::thread second([] { libraryLock.ensure(); });
   first.join();
   second.join();
   EXPECT_NE(libraryLock.handle(), nullptr);

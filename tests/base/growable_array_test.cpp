@@ -22,7 +22,7 @@ TEST(GrowableArray, StartsEmpty) {
   EXPECT_EQ(array.begin(), array.end());
 }
 
-TEST(GrowableArray, KeepsTheOrderOfAppendingWhileItGrows) {
+TEST(GrowableArray, KeepsTheOrderWhileItGrows) {
   GrowableArray<int> array;
   fill(array, 1000);
   ASSERT_EQ(array.size(), 1000u);
@@ -30,7 +30,7 @@ TEST(GrowableArray, KeepsTheOrderOfAppendingWhileItGrows) {
     ASSERT_EQ(array[static_cast<uint32_t>(i)], i);
 }
 
-TEST(GrowableArray, ClosesTheGapOfARemovedItem) {
+TEST(GrowableArray, ClosesTheGapAfterRemoveAt) {
   GrowableArray<int> array;
   fill(array, 4);
   EXPECT_EQ(array.removeAt(1), 1);
@@ -42,7 +42,7 @@ TEST(GrowableArray, ClosesTheGapOfARemovedItem) {
   EXPECT_TRUE(array.empty());
 }
 
-TEST(GrowableArray, GrowsAgainAfterItWasCleared) {
+TEST(GrowableArray, GrowsAgainAfterClear) {
   GrowableArray<int> array;
   fill(array, 20);
   array.clear();
@@ -51,7 +51,7 @@ TEST(GrowableArray, GrowsAgainAfterItWasCleared) {
   EXPECT_EQ(itemsOf(array), (std::vector<int>{0, 1, 2}));
 }
 
-/// Writes its number down when it is destroyed.
+/// Appends its number to a list when it is destroyed.
 class Mourned {
  public:
   Mourned(int itsNumber, std::vector<int>& itsList) : number(itsNumber), list(itsList) {}
@@ -62,7 +62,7 @@ class Mourned {
   std::vector<int>& list;
 };
 
-TEST(GrowableArray, DestroysItsItemsFromTheFirstOn) {
+TEST(GrowableArray, ClearDestroysTheFirstItemFirst) {
   std::vector<int> destroyed;
   GrowableArray<std::unique_ptr<Mourned>> array;
   for (int i = 0; i < 20; ++i)
@@ -74,7 +74,7 @@ TEST(GrowableArray, DestroysItsItemsFromTheFirstOn) {
     EXPECT_EQ(destroyed[static_cast<size_t>(i)], i);
 }
 
-TEST(GrowableArray, GivesARemovedItemAway) {
+TEST(GrowableArray, RemoveAtMovesTheItemOut) {
   std::vector<int> destroyed;
   GrowableArray<std::unique_ptr<Mourned>> array;
   ASSERT_TRUE(array.append(std::make_unique<Mourned>(7, destroyed)));

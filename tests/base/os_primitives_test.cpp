@@ -20,7 +20,7 @@ constexpr DWORD kWaitAbandoned = 0x80;
 
 HANDLE fakeHandle(uintptr_t value) { return reinterpret_cast<HANDLE>(value); }
 
-/// What `action` prints while the semaphore trace flag is set and the debug flag is not.
+/// Returns what `action` prints while the semaphore trace flag is set and the debug flag is not.
 template <class Action>
 std::string traced(const Action& action) {
   semTraceFlag = 1;
@@ -40,7 +40,7 @@ class Semaphores : public ScriptedPlatformTest {
   HANDLE semaphore = nullptr;
 };
 
-TEST_F(Semaphores, AreCreatedFreeWithOneCount) {
+TEST_F(Semaphores, AreCreatedFree) {
   HANDLE handle = nullptr;
   EXPECT_EQ(semMutexCreate(handle), 0u);
   EXPECT_THAT(platform.calls, ElementsAre("CreateSemaphoreW(null, 1, 1, null)"));
@@ -48,21 +48,21 @@ TEST_F(Semaphores, AreCreatedFreeWithOneCount) {
   semMutexDelete(handle);
 }
 
-TEST_F(Semaphores, ThatCannotBeCreatedGiveTheSystemsError) {
+TEST_F(Semaphores, ReturnTheSystemsErrorIfTheyCannotBeCreated) {
   platform.semaphoresFail = true;
   platform.lastError = ERROR_NOT_ENOUGH_MEMORY;
   HANDLE handle = nullptr;
   EXPECT_EQ(semMutexCreate(handle), ERROR_NOT_ENOUGH_MEMORY);
 }
 
-TEST_F(Semaphores, ThatCannotBeCreatedAreMissingEvenWithoutAnErrorCode) {
+TEST_F(Semaphores, AreMissingIfTheSystemHasNoneAndReportsNoError) {
   platform.semaphoresFail = true;
   platform.lastError = ERROR_SUCCESS;
   HANDLE handle = nullptr;
   EXPECT_FALSE(semMutexEnsure(handle));
 }
 
-TEST_F(Semaphores, AreCreatedOnceWhenEnsured) {
+TEST_F(Semaphores, AreCreatedOnceByEnsure) {
   HANDLE handle = nullptr;
   EXPECT_TRUE(semMutexEnsure(handle));
   const HANDLE created = handle;
@@ -71,7 +71,7 @@ TEST_F(Semaphores, AreCreatedOnceWhenEnsured) {
   semMutexDelete(handle);
 }
 
-TEST_F(Semaphores, AreClosedWhenDeleted) {
+TEST_F(Semaphores, AreClosedByDelete) {
   HANDLE handle = nullptr;
   semMutexCreate(handle);
   platform.calls.clear();
@@ -79,18 +79,18 @@ TEST_F(Semaphores, AreClosedWhenDeleted) {
   EXPECT_THAT(platform.calls, ElementsAre("CloseHandle(semaphore 2)"));
 }
 
-TEST_F(Semaphores, AreDeletedWithSuccessEvenWhenTheSystemRefuses) {
+TEST_F(Semaphores, ReportSuccessEvenIfTheSystemRefusesToCloseThem) {
   EXPECT_EQ(semMutexDelete(fakeHandle(0x30)), 0);
   EXPECT_EQ(std::exchange(platform.wrongCloses, 0), 1);
 }
 
-TEST_F(Semaphores, TakenAreZeroAndThenNotFree) {
+TEST_F(Semaphores, AreNotFreeOnceTaken) {
   EXPECT_EQ(semMutexTake(semaphore, 0, 1), 0);
   EXPECT_EQ(semMutexTake(semaphore, 0, 1), -1);
   EXPECT_EQ(semMutexTryLock(semaphore), -1);
 }
 
-TEST_F(Semaphores, GivenTwiceRefuseTheSecondAndAreFreeOnce) {
+TEST_F(Semaphores, AreFreeOnceAfterTwoReleases) {
   semMutexTake(semaphore, 0, 0);
   EXPECT_EQ(semMutexGive(semaphore), 0);
   EXPECT_EQ(semMutexGive(semaphore), -1);
@@ -98,17 +98,17 @@ TEST_F(Semaphores, GivenTwiceRefuseTheSecondAndAreFreeOnce) {
   EXPECT_EQ(semMutexTake(semaphore, 0, 1), -1);
 }
 
-TEST_F(Semaphores, AreGivenOneCount) {
+TEST_F(Semaphores, AreReleasedByOneCount) {
   semMutexGive(semaphore);
   EXPECT_THAT(platform.calls, ElementsAre("ReleaseSemaphore(semaphore 1, 1)"));
 }
 
-TEST_F(Semaphores, TriedDoNotWait) {
+TEST_F(Semaphores, DoNotWaitInATryLock) {
   EXPECT_EQ(semMutexTryLock(semaphore), 0);
   EXPECT_THAT(platform.calls, ElementsAre("WaitForSingleObject(semaphore 1, 0)"));
 }
 
-TEST_F(Semaphores, PassOtherWaitResultsOn) {
+TEST_F(Semaphores, ReturnOtherWaitResultsUnchanged) {
   platform.waitResults = {kWaitAbandoned, kWaitAbandoned};
   EXPECT_EQ(semMutexTake(semaphore, 0, 1), 0x80);
   EXPECT_EQ(semMutexTryLock(semaphore), 0x80);
@@ -117,7 +117,7 @@ TEST_F(Semaphores, PassOtherWaitResultsOn) {
   EXPECT_EQ(semMutexTryLock(semaphore), -1);
 }
 
-TEST_F(Semaphores, TellWhatTheyDoWhileTheTraceFlagIsSet) {
+TEST_F(Semaphores, LogWhatTheyDoWhileTheTraceFlagIsSet) {
   const HANDLE handle = fakeHandle(0xAB30);
   platform.waitResults = {WAIT_OBJECT_0, WAIT_TIMEOUT, kWaitAbandoned, WAIT_OBJECT_0, WAIT_TIMEOUT};
   EXPECT_EQ(traced([&] { semMutexTake(handle, 0, 1); }), "semMutexTake HANDLE ab30 ret = 0\n");
@@ -127,7 +127,7 @@ TEST_F(Semaphores, TellWhatTheyDoWhileTheTraceFlagIsSet) {
   EXPECT_EQ(traced([&] { semMutexTryLock(handle); }), "semMutexTryLock HANDLE ab30 ret = 258\n");
 }
 
-TEST_F(Semaphores, TellThatTheyGiveBeforeTheyDoAndAlwaysWithZero) {
+TEST_F(Semaphores, LogTheReleaseBeforeItAndAlwaysAsZero) {
   platform.onRelease = [] { std::printf("released\n"); };
   EXPECT_EQ(traced([] { semMutexGive(fakeHandle(0xAB30)); }),
             "semMutexGive HANDLE ab30 ret = 0\nreleased\n");
@@ -189,14 +189,14 @@ TEST_F(Threads, StartAtOnceWithTheDefaultStack) {
   EXPECT_EQ(said, 42);
 }
 
-TEST_F(Threads, ThatCannotStartGiveTheSystemsError) {
+TEST_F(Threads, ReturnTheSystemsErrorIfTheyCannotStart) {
   platform.threadsFail = true;
   platform.lastError = ERROR_NOT_ENOUGH_MEMORY;
   HANDLE handle = nullptr;
   EXPECT_EQ(threadCreate(handle, sayHello, nullptr), ERROR_NOT_ENOUGH_MEMORY);
 }
 
-TEST_F(Threads, AreWaitedForInMilliseconds) {
+TEST_F(Threads, AreJoinedWithATimeoutInMilliseconds) {
   platform.waitResults = {WAIT_OBJECT_0, WAIT_TIMEOUT, kWaitAbandoned};
   EXPECT_EQ(threadJoin(fakeHandle(0x30), 300), 0);
   EXPECT_EQ(threadJoin(fakeHandle(0x30), 0), -1);
@@ -215,7 +215,7 @@ TEST_F(TaskSleepMicro, SleepsWholeMilliseconds) {
                                           "Sleep(5)", "Sleep(0)", "Sleep(0)"));
 }
 
-/// With a device open.
+/// Has an open device.
 class Devices : public ScriptedPlatformTest {
  protected:
   HANDLE device = platform.createDevice();
@@ -233,35 +233,35 @@ TEST_F(DeviceWrite, WritesAndThenFlushes) {
               ElementsAre("WriteFile(device 1, 5, null)", "FlushFileBuffers(device 1)"));
 }
 
-TEST_F(DeviceWrite, TellsHowManyBytesWentOut) {
+TEST_F(DeviceWrite, ReturnsTheNumberOfBytesWritten) {
   platform.writeLimit = 3;
   EXPECT_EQ(deviceWrite(device, kBytes, 5), 3);
 }
 
-TEST_F(DeviceWrite, ThatFailsWroteNothingAndFlushesAllTheSame) {
+TEST_F(DeviceWrite, ReturnsZeroAndFlushesIfTheWriteFails) {
   platform.writesFail = true;
   EXPECT_EQ(deviceWrite(device, kBytes, 5), 0);
   EXPECT_THAT(platform.calls,
               ElementsAre("WriteFile(device 1, 5, null)", "FlushFileBuffers(device 1)"));
 }
 
-TEST_F(DeviceWrite, ThatFailsWroteNothingWhateverTheDriverCounted) {
+TEST_F(DeviceWrite, ReturnsZeroIfTheWriteFailsWithACount) {
   platform.writesFail = true;
   platform.countOfFailedWrite = 5;
   EXPECT_EQ(deviceWrite(device, kBytes, 5), 0);
 }
 
-TEST_F(DeviceWrite, OnAnInvalidHandleFailsWithoutASystemCall) {
+TEST_F(DeviceWrite, FailsOnAnInvalidHandleWithoutASystemCall) {
   EXPECT_EQ(deviceWrite(INVALID_HANDLE_VALUE, kBytes, 5), -1);
   EXPECT_THAT(platform.calls, IsEmpty());
 }
 
-TEST_F(DeviceWrite, OnANullHandleAsksTheSystem) {
+TEST_F(DeviceWrite, PassesANullHandleToTheSystem) {
   EXPECT_EQ(deviceWrite(nullptr, kBytes, 5), 0);
   EXPECT_THAT(platform.calls, ElementsAre("WriteFile(null, 5, null)", "FlushFileBuffers(null)"));
 }
 
-TEST_F(DeviceWrite, TellsTheBytesSentWhileTheDebugFlagIsSet) {
+TEST_F(DeviceWrite, LogsTheNumberOfBytesWhileTheDebugFlagIsSet) {
   EXPECT_EQ(printedInDebug([&] { deviceWrite(device, kBytes, 5); }),
             "\nWRITE!!!\nbytes inviati 5 \n");
   platform.writesFail = true;
@@ -269,7 +269,7 @@ TEST_F(DeviceWrite, TellsTheBytesSentWhileTheDebugFlagIsSet) {
             "\nWRITE!!!\nbytes inviati 0 \n");
 }
 
-TEST_F(DeviceWrite, TellsAnInvalidHandleWhileTheDebugFlagIsSet) {
+TEST_F(DeviceWrite, LogsAnInvalidHandleWhileTheDebugFlagIsSet) {
   EXPECT_EQ(printedInDebug([] { deviceWrite(INVALID_HANDLE_VALUE, kBytes, 5); }),
             "COM non aperta\n");
 }
@@ -284,20 +284,20 @@ TEST_F(DeviceWrite, IsSilentWithoutTheDebugFlag) {
 
 using SerialRead = Devices;
 
-TEST_F(SerialRead, GivesWhatHasArrived) {
+TEST_F(SerialRead, ReturnsWhatHasArrived) {
   platform.arrive(Bytes{0x01, 0x02});
   EXPECT_EQ(serialRead(device, buffer, 4), 2);
   EXPECT_EQ(Bytes(buffer, buffer + 4), (Bytes{0x01, 0x02, 0xEE, 0xEE}));
   EXPECT_THAT(platform.calls, ElementsAre("ReadFile(device 1, 4, null)"));
 }
 
-TEST_F(SerialRead, GivesNoMoreThanItsMaximum) {
+TEST_F(SerialRead, ReturnsAtMostItsMaximum) {
   platform.arrive(Bytes{0x01, 0x02, 0x03});
   EXPECT_EQ(serialRead(device, buffer, 2), 2);
   EXPECT_EQ(Bytes(buffer, buffer + 4), (Bytes{0x01, 0x02, 0xEE, 0xEE}));
 }
 
-TEST_F(SerialRead, LooksAgainEvery100MillisecondsUntilBytesArrive) {
+TEST_F(SerialRead, PollsEvery100MillisecondsUntilBytesArrive) {
   platform.arrive(Bytes{}, Bytes{}, Bytes{0x01});
   EXPECT_EQ(serialRead(device, buffer, 4), 1);
   EXPECT_THAT(platform.calls, ElementsAre("ReadFile(device 1, 4, null)", "Sleep(100)",
@@ -314,14 +314,14 @@ TEST_F(SerialRead, FailsWhenThePortFails) {
 
 using UsbRead = Devices;
 
-TEST_F(UsbRead, GivesWhatOneReadDelivers) {
+TEST_F(UsbRead, ReturnsTheBytesOfOneRead) {
   platform.arrive(Bytes{0x01, 0x02}, Bytes{0x03});
   EXPECT_EQ(usbRead(device, buffer, 4), 2);
   EXPECT_EQ(Bytes(buffer, buffer + 4), (Bytes{0x01, 0x02, 0xEE, 0xEE}));
   EXPECT_THAT(platform.calls, ElementsAre("ReadFile(device 1, 4, null)"));
 }
 
-TEST_F(UsbRead, GivesZeroWhenNothingWasDelivered) {
+TEST_F(UsbRead, ReturnsZeroAfterAReadOfNoBytes) {
   platform.arrive(Bytes{}, Bytes{0x03});
   EXPECT_EQ(usbRead(device, buffer, 4), 0);
   EXPECT_THAT(platform.calls, ElementsAre("ReadFile(device 1, 4, null)"));

@@ -11,7 +11,7 @@ namespace {
 
 using namespace std::string_literals;
 
-TEST(TextString, StartsAsAnEmptyTerminatedText) {
+TEST(TextString, StartsEmptyAndTerminated) {
   const ByteString text;
   EXPECT_TRUE(text.empty());
   EXPECT_EQ(text.size(), 0u);
@@ -19,7 +19,7 @@ TEST(TextString, StartsAsAnEmptyTerminatedText) {
   EXPECT_EQ(text.text()[0], '\0');
 }
 
-TEST(TextString, CopiesUnitsWithZerosAmongThem) {
+TEST(TextString, CopiesZeroUnits) {
   uint8_t source[] = {'a', 0, 'b'};
   ByteString text;
   ASSERT_TRUE(text.assign(source, 3));
@@ -28,14 +28,14 @@ TEST(TextString, CopiesUnitsWithZerosAmongThem) {
   EXPECT_EQ(text.text()[3], '\0');
 }
 
-TEST(TextString, ResizedHoldsZeros) {
+TEST(TextString, HoldsZerosAfterAResize) {
   ByteString text = byteString("before");
   ASSERT_TRUE(text.resize(3));
   EXPECT_EQ(textOf(text), "\0\0\0"s);
   EXPECT_EQ(text.text()[3], '\0');
 }
 
-TEST(TextString, BecomesEmptyByAssigningNothing) {
+TEST(TextString, IsEmptyAfterAnAssignOfNoUnits) {
   ByteString text = byteString("before");
   ASSERT_TRUE(text.assign(nullptr, 0));
   EXPECT_TRUE(text.empty());

@@ -17,7 +17,7 @@
 
 namespace ipodctl {
 
-/// Calls `condition` until it holds; false when it does not in time.
+/// Calls `condition` until it returns true. Returns false when it does not in time.
 template <class Condition>
 bool eventually(const Condition& condition) {
   for (const host_test::Patience patience; !patience.isOver(); std::this_thread::yield())
@@ -25,7 +25,7 @@ bool eventually(const Condition& condition) {
   return false;
 }
 
-/// The number of this process's threads that sleep in one of these calls of the kernel's.
+/// Returns the number of this process's threads that sleep in one of these system calls.
 inline int threadsIn(std::initializer_list<long> calls) {
   int count = 0;
   for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
@@ -37,10 +37,10 @@ inline int threadsIn(std::initializer_list<long> calls) {
   return count;
 }
 
-/// Whether a reader waits for bytes.
+/// Returns whether a reader waits for bytes.
 inline bool isAReaderBlocked() { return threadsIn(host_test::kPollCalls) > 0; }
 
-/// Runs a call that may hang on a thread of its own; false when it does not return in time.
+/// Runs a call that may hang on its own thread. Returns false when it does not return in time.
 template <class Call>
 bool returnsInTime(Call call) {
   host_test::BackgroundCall background([call]() mutable {
@@ -50,7 +50,7 @@ bool returnsInTime(Call call) {
   return background.result().has_value();
 }
 
-/// A transport with a wire to its device. The test holds the iPod's end.
+/// A transport and a pseudo terminal as its device. The test holds the iPod's end.
 class DeviceLink {
  public:
   explicit DeviceLink(const LinkKind& linkKind)
@@ -58,12 +58,12 @@ class DeviceLink {
 
   bool start() { return transport->open(kind.deviceName) && transport->startReadData(); }
 
-  /// `frame` as it goes over this kind of link.
+  /// Returns `frame` as it is on this kind of link.
   Bytes onWire(const Bytes& frame) const { return kind.sync + frame; }
 
   bool send(const Bytes& frame) { return wire.send(onWire(frame)); }
 
-  /// The command of the next message, -1 when none comes.
+  /// Returns the command of the next message, or -1 when none arrives.
   int takenCommand() {
     const auto message =
         transport->getMessage(0, static_cast<uint32_t>(host_test::kPatience.count()));
@@ -78,7 +78,7 @@ class DeviceLink {
   host_test::DeviceMapping devices;
 };
 
-/// A handler that holds its reader until it is released.
+/// A handler that blocks its reader until it is released.
 class StuckHandler {
  public:
   static void handle(void* object, std::unique_ptr<LingoMessage>) {
@@ -87,7 +87,7 @@ class StuckHandler {
     self.released.get_future().wait_for(host_test::kPatience);
   }
 
-  /// Waits until the reader is in the handler; false when it does not come in time.
+  /// Waits until the reader is in the handler. Returns false when it does not get there in time.
   bool isEntered() {
     return entered.get_future().wait_for(host_test::kPatience) == std::future_status::ready;
   }
@@ -99,7 +99,8 @@ class StuckHandler {
   std::promise<void> released;
 };
 
-/// Checks at its end that no handle was closed twice, none is left, and no thread runs on.
+/// Checks in its destructor that no handle was closed twice, none is left, and no thread still
+/// runs.
 class HandleBalance {
  public:
   HandleBalance() : handles(deskOpenHandles()), refused(refusedCloses()) {}

@@ -17,7 +17,7 @@ using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
 /// Either kind of transport over a pseudo terminal, with its own reader thread. The serial kind
-/// looks for data every 100 ms.
+/// polls every 100 ms.
 class DeviceLinkTest : public testing::TestWithParam<LinkKind> {
  protected:
   Transport& transport() { return *link.transport; }
@@ -57,7 +57,7 @@ TEST_P(DeviceLinkTest, DoesNotOpenAnUnknownDevice) {
   EXPECT_FALSE(transport().startReadData());
 }
 
-TEST_P(DeviceLinkTest, DoesNotOpenADeviceThatIsOpenElsewhere) {
+TEST_P(DeviceLinkTest, DoesNotOpenADeviceThatIsAlreadyOpen) {
   ASSERT_TRUE(transport().open(link.kind.deviceName));
   EXPECT_FALSE(link.kind.create()->open(link.kind.deviceName));
 }
@@ -68,7 +68,7 @@ TEST_P(DeviceLinkTest, StartsItsReaderOnce) {
   EXPECT_EQ(deskRunningThreads(), 1u);
 }
 
-TEST_P(DeviceLinkTest, IsOpenedAgainWhileItsReaderRuns) {
+TEST_P(DeviceLinkTest, OpensAgainWhileItsReaderRuns) {
   ASSERT_TRUE(link.start());
   ASSERT_TRUE(link.start());
   EXPECT_EQ(deskRunningThreads(), 1u);
@@ -117,7 +117,7 @@ TEST_P(DeviceLinkTest, EndsItsReaderWhenTheOtherSideHangsUp) {
   EXPECT_EQ(transport().getMessage(0, 0), nullptr);
 }
 
-TEST_P(DeviceLinkTest, WakesAWaiterThatWaitsWithoutLimitWhenItCloses) {
+TEST_P(DeviceLinkTest, WakesAWaiterWithoutLimitWhenItCloses) {
   ASSERT_TRUE(link.start());
   BackgroundCall waiter([&] { return transport().getMessage(0, 0) == nullptr; });
   EXPECT_TRUE(returnsInTime([&] { transport().close(); }));
@@ -152,7 +152,7 @@ TEST_P(DeviceLinkTest, RunsAgainAfterAFailure) {
 /// Handlers that run on the reader thread and act on the transport.
 class ActingHandler : public DeviceLinkTest {
  protected:
-  /// Lets the reader call `action` with the transport, and waits for its end.
+  /// Lets the reader call `action` with the transport, and waits until it returns.
   void actOnReader(std::function<void(Transport&)> action) {
     act = std::move(action);
     ASSERT_TRUE(transport().addHandler(this, handle, 0x01, 0x00));
@@ -200,25 +200,25 @@ TEST_P(ActingHandler, FlushesTheQueue) {
   EXPECT_EQ(link.takenCommand(), 2);
 }
 
-TEST_P(ActingHandler, IsDestroyedWithTheTransportThatItStopped) {
+TEST_P(ActingHandler, AllowsTheDestructionOfTheTransportThatItStopped) {
   actOnReader([](Transport& own) { own.stopReadData(); });
   EXPECT_TRUE(returnsInTime([&] { link.transport.reset(); }));
 }
 
-TEST_P(DeviceLinkTest, IsDestroyedWhileItsReaderWaits) {
+TEST_P(DeviceLinkTest, CanBeDestroyedWhileItsReaderWaits) {
   ASSERT_TRUE(link.start());
   EXPECT_TRUE(returnsInTime([&] { link.transport.reset(); }));
   EXPECT_EQ(deskRunningThreads(), 0u);
 }
 
-TEST_P(DeviceLinkTest, IsDestroyedWithMessagesQueued) {
+TEST_P(DeviceLinkTest, CanBeDestroyedWithMessagesQueued) {
   ASSERT_TRUE(link.start());
   ASSERT_TRUE(link.send(kFrame1 + link.onWire(kFrame2)));
   EXPECT_EQ(link.takenCommand(), 1);
   EXPECT_TRUE(returnsInTime([&] { link.transport.reset(); }));
 }
 
-TEST_P(DeviceLinkTest, TellsItsLifeWhileTheDebugFlagIsSet) {
+TEST_P(DeviceLinkTest, LogsItsLifeWhileTheDebugFlagIsSet) {
   const std::string text = printedInDebug([&] {
     ASSERT_TRUE(link.start());
     EXPECT_TRUE(eventually([] { return deskRunningThreads() == 1; }));
@@ -237,7 +237,7 @@ TEST_P(DeviceLinkTest, TellsItsLifeWhileTheDebugFlagIsSet) {
 INSTANTIATE_TEST_SUITE_P(Kinds, DeviceLinkTest, testing::ValuesIn(kLinkKinds), rowName<LinkKind>);
 INSTANTIATE_TEST_SUITE_P(Kinds, ActingHandler, testing::ValuesIn(kLinkKinds), rowName<LinkKind>);
 
-TEST(SerialDevice, IsSetTo57600Baud8N1) {
+TEST(SerialDevice, OpensWith57600Baud8N1) {
   DeviceLink link(kSerialKind);
   EXPECT_EQ(printedInDebug([&] { EXPECT_TRUE(link.transport->open("COM1:")); }),
             kSerialKind.openText);
@@ -247,7 +247,7 @@ TEST(SerialDevice, IsSetTo57600Baud8N1) {
 }
 
 /// Waits for a stated time-out: one second.
-TEST(GetMessage, GivesNothingAfterTheTimeAskedFor) {
+TEST(GetMessage, ReturnsNullAfterTheGivenTime) {
   DeviceLink link(kUsbKind);
   ASSERT_TRUE(link.start());
   ASSERT_TRUE(eventually(isAReaderBlocked));
@@ -279,7 +279,7 @@ class StuckReader : public testing::Test {
 };
 
 /// Waits for a stated time-out: 300 ms.
-TEST_F(StuckReader, IsGiven300MillisecondsToStop) {
+TEST_F(StuckReader, DelaysAStopBy300Milliseconds) {
   const auto start = Clock::now();
   EXPECT_TRUE(link.transport->stopReadData());
   EXPECT_GE(Clock::now() - start, milliseconds(300));
@@ -288,14 +288,14 @@ TEST_F(StuckReader, IsGiven300MillisecondsToStop) {
 }
 
 /// Waits for a stated time-out: 300 ms.
-TEST_F(StuckReader, DoesNotKeepAWaiterFromTheStop) {
+TEST_F(StuckReader, DoesNotDelayTheWakeOfAWaiter) {
   BackgroundCall waiter([&] { return link.transport->getMessage(0, 0) == nullptr; });
   EXPECT_TRUE(link.transport->stopReadData());
   EXPECT_EQ(waiter.result(), true);
   release();
 }
 
-TEST_F(StuckReader, DoesNotKeepOthersFromTheHandlers) {
+TEST_F(StuckReader, DoesNotBlockTheHandlerTable) {
   Transport& transport = *link.transport;
   EXPECT_TRUE(returnsInTime([&] {
     EXPECT_TRUE(transport.addHandler(this, StuckHandler::handle, 0x02, 0x00));
@@ -305,7 +305,7 @@ TEST_F(StuckReader, DoesNotKeepOthersFromTheHandlers) {
 }
 
 /// Waits for two stated time-outs: 300 ms to stop the reader and a second for its end.
-TEST_F(StuckReader, KeepsTheTransportFromOpeningAgain) {
+TEST_F(StuckReader, PreventsTheNextOpen) {
   EXPECT_FALSE(link.start());
   EXPECT_EQ(deskRunningThreads(), 1u);
   release();
@@ -315,7 +315,7 @@ TEST_F(StuckReader, KeepsTheTransportFromOpeningAgain) {
 }
 
 /// Waits for two stated time-outs: 300 ms to stop the reader and a second in which others give up.
-TEST_F(StuckReader, IsWaitedForByTheTransportsEndHoweverLongItTakes) {
+TEST_F(StuckReader, IsAwaitedWithoutLimitByTheDestructor) {
   BackgroundCall end([&] {
     link.transport.reset();
     return true;

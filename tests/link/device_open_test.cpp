@@ -15,7 +15,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-/// GENERIC_READ | GENERIC_WRITE and OPEN_EXISTING in the decimals of the records.
+/// GENERIC_READ | GENERIC_WRITE and OPEN_EXISTING as decimal numbers, as the platform records them.
 std::string createFile(const std::string& name) {
   return "CreateFileW(\"" + name + "\", 3221225472, 0, null, 3, 0, null)";
 }
@@ -24,7 +24,7 @@ HANDLE noHandle() { return reinterpret_cast<HANDLE>(uintptr_t{0x77}); }
 
 class SerialOpen : public ScriptedPlatformTest {
  protected:
-  /// Every bit that a port may have set before.
+  /// Returns a state with all bits set.
   static DCB busyState() {
     DCB state;
     std::memset(&state, 0xFF, sizeof(state));
@@ -53,7 +53,7 @@ TEST_F(SerialOpen, Sets57600Baud8N1WithoutRtsControl) {
   EXPECT_EQ(platform.stateSet.fRtsControl, 0u);
 }
 
-TEST_F(SerialOpen, TakesTheBaudRateThatItIsGiven) {
+TEST_F(SerialOpen, SetsTheGivenBaudRate) {
   ASSERT_EQ(serialOpen(handle, "COM1:", 19200), 0);
   EXPECT_EQ(platform.stateSet.BaudRate, 19200u);
 }
@@ -75,7 +75,7 @@ TEST_F(SerialOpen, LeavesOtherSettingsAsTheDriverReportsThem) {
   }
 }
 
-TEST_F(SerialOpen, LetsReadsReturnAtOnceAndWritesTakeTheirTime) {
+TEST_F(SerialOpen, SetsTimeoutsThatLetReadsReturnAtOnce) {
   platform.driverTimeouts = {1, 2, 3, 4, 5};
   ASSERT_EQ(serialOpen(handle, "COM1:", 57600), 0);
   EXPECT_EQ(platform.timeoutsSet.ReadIntervalTimeout, 0xFFFFFFFFu);
@@ -85,7 +85,7 @@ TEST_F(SerialOpen, LetsReadsReturnAtOnceAndWritesTakeTheirTime) {
   EXPECT_EQ(platform.timeoutsSet.WriteTotalTimeoutConstant, 0u);
 }
 
-TEST_F(SerialOpen, TellsTheSettingsThatItReadBackWhileTheDebugFlagIsSet) {
+TEST_F(SerialOpen, LogsTheSettingsReadBackWhileTheDebugFlagIsSet) {
   platform.stateReadBack.BaudRate = 9600;
   platform.stateReadBack.Parity = 2;
   platform.stateReadBack.ByteSize = 7;
@@ -101,20 +101,20 @@ TEST_F(SerialOpen, TellsTheSettingsThatItReadBackWhileTheDebugFlagIsSet) {
             "com rts flow control = 3\n");
 }
 
-TEST_F(SerialOpen, FailsOnAPortThatDoesNotOpenAndLeavesTheHandle) {
+TEST_F(SerialOpen, LeavesTheHandleIfThePortDoesNotOpen) {
   platform.devicesFail = true;
   EXPECT_EQ(serialOpen(handle, "COM1:", 57600), -1);
   EXPECT_EQ(handle, noHandle());
   EXPECT_THAT(platform.calls, ElementsAre(createFile("COM1:")));
 }
 
-TEST_F(SerialOpen, TellsThatThePortDoesNotOpenWhileTheDebugFlagIsSet) {
+TEST_F(SerialOpen, LogsThatThePortDoesNotOpenWhileTheDebugFlagIsSet) {
   platform.devicesFail = true;
   EXPECT_EQ(printedInDebug([&] { serialOpen(handle, "COM9:", 57600); }),
             "OPENING DEVICE COM9:\nERRORE DI APERTURA\n");
 }
 
-TEST_F(SerialOpen, SucceedsWhateverTheSettingsCallsSay) {
+TEST_F(SerialOpen, IgnoresTheResultsOfTheSettingsCalls) {
   platform.commCallsFail = true;
   EXPECT_EQ(serialOpen(handle, "COM1:", 57600), 0);
   EXPECT_EQ(platform.nameOf(handle), "device 1");
@@ -137,13 +137,13 @@ class UsbOpen : public ScriptedPlatformTest {
   HANDLE handle = noHandle();
 };
 
-TEST_F(UsbOpen, OpensTheDeviceAndSetsNothing) {
+TEST_F(UsbOpen, OpensTheDeviceWithoutSettings) {
   EXPECT_EQ(usbOpen(handle, "IPD1:"), 0);
   EXPECT_EQ(platform.nameOf(handle), "device 1");
   EXPECT_THAT(platform.calls, ElementsAre(createFile("IPD1:")));
 }
 
-TEST_F(UsbOpen, FailsOnADeviceThatDoesNotOpen) {
+TEST_F(UsbOpen, LeavesTheHandleIfTheDeviceDoesNotOpen) {
   platform.devicesFail = true;
   EXPECT_EQ(usbOpen(handle, "IPD1:"), -1);
   EXPECT_EQ(handle, noHandle());
@@ -154,7 +154,7 @@ TEST_F(UsbOpen, WidensTheNameByteByByte) {
   EXPECT_EQ(platform.calls[0], createFile("I<255>:"));
 }
 
-TEST_F(UsbOpen, TellsWhetherTheDeviceOpenedWhileTheDebugFlagIsSet) {
+TEST_F(UsbOpen, LogsWhetherTheDeviceOpensWhileTheDebugFlagIsSet) {
   EXPECT_EQ(printedInDebug([&] { usbOpen(handle, "IPD1:"); }),
             "OPENING DEVICE\nUSB aperta correttamente\n");
   platform.devicesFail = true;
@@ -197,7 +197,7 @@ TEST_P(OpenAndClose, OpensTheDeviceOfTheNewNameAfterAnother) {
               ElementsAre(createFile("DEV1:"), createFile("DEV2:")));
 }
 
-TEST_P(OpenAndClose, OpensAnEmptyNameForNone) {
+TEST_P(OpenAndClose, OpensAnEmptyNameForANullOne) {
   EXPECT_TRUE(transport->open(nullptr));
   EXPECT_TRUE(transport->open(""));
   EXPECT_THAT(platform.callsOf("CreateFileW"), ElementsAre(createFile(""), createFile("")));
@@ -239,7 +239,7 @@ TEST_P(OpenAndClose, ClosesTheDeviceOnce) {
   EXPECT_THAT(platform.callsOf("CloseHandle(device"), ElementsAre("CloseHandle(device 1)"));
 }
 
-TEST_P(OpenAndClose, ClosesTheDeviceAtItsEnd) {
+TEST_P(OpenAndClose, ClosesTheDeviceInTheDestructor) {
   {
     const std::unique_ptr<Transport> other = kind().create();
     ASSERT_TRUE(other->open(kind().deviceName));
@@ -247,7 +247,7 @@ TEST_P(OpenAndClose, ClosesTheDeviceAtItsEnd) {
   EXPECT_THAT(platform.callsOf("CloseHandle(device"), ElementsAre("CloseHandle(device 1)"));
 }
 
-TEST_P(OpenAndClose, GivesAllHandlesBackAtItsEnd) {
+TEST_P(OpenAndClose, ClosesAllHandlesInTheDestructor) {
   platform.calls.clear();
   {
     const std::unique_ptr<Transport> other = kind().create();
@@ -257,16 +257,16 @@ TEST_P(OpenAndClose, GivesAllHandlesBackAtItsEnd) {
             platform.callsOf("CreateSemaphoreW").size());
 }
 
-TEST_P(OpenAndClose, TellsItselfWhileTheDebugFlagIsSet) {
+TEST_P(OpenAndClose, LogsWhatItDoesWhileTheDebugFlagIsSet) {
   EXPECT_EQ(printedInDebug([&] { transport->open(kind().deviceName); }), kind().openText);
   EXPECT_EQ(printedInDebug([&] { transport->close(); }), kind().closedText);
 }
 
-TEST_P(OpenAndClose, TellsNothingWhenItWasClosedAlready) {
+TEST_P(OpenAndClose, LogsNothingIfItIsAlreadyClosed) {
   EXPECT_EQ(printedInDebug([&] { transport->close(); }), "");
 }
 
-TEST_P(OpenAndClose, TellsTheCloseOfTheDeviceThatWasOpenBefore) {
+TEST_P(OpenAndClose, LogsTheCloseOfThePreviousDevice) {
   ASSERT_TRUE(transport->open(kind().deviceName));
   EXPECT_EQ(printedInDebug([&] { transport->open(kind().deviceName); }),
             std::string(kind().closedText) + kind().openText);
@@ -313,7 +313,7 @@ TEST_P(WithoutSemaphores, HasNoMessages) {
   EXPECT_TRUE(other->stopReadData());
 }
 
-TEST_P(WithoutSemaphores, OpensOnceTheyAreThereAgain) {
+TEST_P(WithoutSemaphores, OpensOnceTheyAreAvailableAgain) {
   const std::unique_ptr<Transport> other = createWithoutSemaphores();
   EXPECT_FALSE(other->open(kind().deviceName));
   platform.semaphoresFail = false;
@@ -321,7 +321,7 @@ TEST_P(WithoutSemaphores, OpensOnceTheyAreThereAgain) {
   EXPECT_TRUE(other->isOpen());
 }
 
-TEST_P(WithoutSemaphores, GivesBackWhatItGot) {
+TEST_P(WithoutSemaphores, ClosesTheDeviceInTheDestructor) {
   platform.calls.clear();
   {
     const std::unique_ptr<Transport> other = createWithoutSemaphores();
@@ -335,9 +335,10 @@ TEST_P(WithoutSemaphores, GivesBackWhatItGot) {
 class WithoutTwoSemaphores : public ScriptedPlatformTest,
                              public testing::WithParamInterface<LinkKind> {
  protected:
-  static constexpr int kAsked = 12;  ///< more than a transport asks for at its start and to open
+  static constexpr int kAsked =
+      12;  ///< more than a transport creates in its constructor and in open
 
-  /// What a transport does that lacks these two at first, and has them then.
+  /// Runs a transport that cannot create these two semaphores at first.
   void meet(int first, int second) {
     platform.reset();
     platform.semaphoresMissing = {first, second};
@@ -354,7 +355,7 @@ class WithoutTwoSemaphores : public ScriptedPlatformTest,
   }
 };
 
-TEST_P(WithoutTwoSemaphores, WorksOnceTheyAreThere) {
+TEST_P(WithoutTwoSemaphores, WorksOnceTheyAreAvailable) {
   for (int first = 0; first < kAsked; ++first) {
     for (int second = first + 1; second <= kAsked; ++second) {
       SCOPED_TRACE(std::to_string(first) + " and " + std::to_string(second));

@@ -24,7 +24,7 @@ class SendMessage : public ScriptedPlatformTest, public testing::WithParamInterf
 
   const LinkKind& kind() const { return GetParam(); }
 
-  /// The bytes of the one write that sending a message makes.
+  /// Sends a message in one write and returns its bytes.
   Bytes sent(const LingoMessage& message) {
     platform.writes.clear();
     EXPECT_TRUE(transport->sendMessage(message));
@@ -32,7 +32,7 @@ class SendMessage : public ScriptedPlatformTest, public testing::WithParamInterf
     return platform.writes.empty() ? Bytes{} : platform.writes.front();
   }
 
-  /// `frame` as it goes over this kind of link.
+  /// Returns `frame` as it is on this kind of link.
   Bytes onWire(const Bytes& frame) const { return kind().sync + frame; }
 
   const std::unique_ptr<Transport> transport = kind().create();
@@ -62,7 +62,7 @@ TEST_P(SendMessage, FramesATwoByteCommand) {
             onWire({0x55, 0x08, 0x04, 0x00, 0x17, 0x02, 0x00, 0x00, 0x00, 0x07, 0xD4}));
 }
 
-TEST_P(SendMessage, HasTheChecksumZeroWhenTheSumIsAMultipleOf256) {
+TEST_P(SendMessage, SendsTheChecksumZeroIfTheSumIsAMultipleOf256) {
   GeneralMessage message;
   receive(message, 0x00, {0xFD});
   EXPECT_EQ(sent(message), onWire({0x55, 0x03, 0x00, 0x00, 0xFD, 0x00}));
@@ -89,13 +89,13 @@ TEST_P(SendMessage, SendsTheLargestFrameWhole) {
             onWire(Bytes{0x55, 0x00, 0xFF, 0xFB, 0x00, 0x7F} + Bytes(65529, 0x00) + Bytes{0x87}));
 }
 
-TEST_P(SendMessage, WritesNothingOfABodyWhoseSizeIsZeroIn16Bits) {
+TEST_P(SendMessage, WritesNothingIfTheBodySizeIsZeroIn16Bits) {
   GeneralMessage message;
   setData(message, 0x7F, 65530, 0x00);
   EXPECT_EQ(sent(message), Bytes{});
 }
 
-TEST_P(SendMessage, WritesTheLow16BitsOfALargerBodysSize) {
+TEST_P(SendMessage, WritesAsManyBytesAsTheLow16BitsOfALargerSize) {
   GeneralMessage message;
   setData(message, 0x7F, 65531, 0x00);
   EXPECT_EQ(sent(message), onWire({0x55, 0x00}));
@@ -105,7 +105,7 @@ TEST_P(SendMessage, WritesTheLow16BitsOfALargerBodysSize) {
   EXPECT_EQ(sent(wider), onWire({0x55, 0x00, 0x00}));
 }
 
-TEST_P(SendMessage, WritesNothingOfDataThatExceedTheCapacityAndReportsThatWrite) {
+TEST_P(SendMessage, WritesNothingIfTheDataExceedTheCapacity) {
   GeneralMessage message;
   setData(message, 0x7F, 65532, 0x00);
   EXPECT_EQ(sent(message), Bytes{});
@@ -122,7 +122,7 @@ TEST_P(SendMessage, SendsTheSameMessageAgainUnchanged) {
   EXPECT_EQ(sent(message), onWire({0x55, 0x02, 0x00, 0x05, 0xF9}));
 }
 
-TEST_P(SendMessage, FailsWhenNotAllBytesGoOut) {
+TEST_P(SendMessage, FailsWhenNotAllBytesAreWritten) {
   GeneralMessage message;
   message.setCommand(0x05);
   platform.writeLimit = 4;
@@ -143,7 +143,7 @@ TEST_P(SendMessage, FailsOnAClosedDevice) {
   EXPECT_FALSE(transport->sendMessage(message));
 }
 
-TEST_P(SendMessage, GivesUpBehindASenderThatDoesNotEnd) {
+TEST_P(SendMessage, GivesUpAfterASenderThatDoesNotEnd) {
   GeneralMessage message;
   message.setCommand(0x05);
   platform.waitResults = {WAIT_TIMEOUT};
@@ -152,7 +152,7 @@ TEST_P(SendMessage, GivesUpBehindASenderThatDoesNotEnd) {
   EXPECT_TRUE(transport->sendMessage(message));
 }
 
-TEST_P(SendMessage, TellsItselfWhileTheDebugFlagIsSet) {
+TEST_P(SendMessage, LogsTheMessageWhileTheDebugFlagIsSet) {
   ExtendedInterfaceMessage message;
   ASSERT_TRUE(message.buildPlayControl(PlayControlCode::kNextTrack));
   const std::string count = std::to_string(8 + kind().sync.size() - 1);
@@ -162,7 +162,7 @@ TEST_P(SendMessage, TellsItselfWhileTheDebugFlagIsSet) {
                 std::string(kind().writingText) + "\nWRITE!!!\nbytes inviati " + count + " \n");
 }
 
-TEST_P(SendMessage, TellsNoChecksumOfABodyThatWasNotWritten) {
+TEST_P(SendMessage, LogsNoChecksumOfABodyThatIsNotWritten) {
   GeneralMessage message;
   setData(message, 0x7F, 65532, 0x00);
   EXPECT_EQ(printedInDebug([&] { transport->sendMessage(message); }),
@@ -197,7 +197,7 @@ TEST_P(SendSyncByte, WritesASingleFF) {
   EXPECT_THAT(platform.writes, ElementsAre(Bytes{0xFF}));
 }
 
-TEST_P(SendSyncByte, FailsWhenItDoesNotGoOut) {
+TEST_P(SendSyncByte, FailsWhenTheWriteFails) {
   platform.writesFail = true;
   EXPECT_FALSE(transport->sendSyncByte());
 }
@@ -209,31 +209,31 @@ TEST_P(SendSyncByte, FailsOnAClosedDevice) {
 
 using WriteData = SendMessage;
 
-TEST_P(SendSyncByte, GivesUpBehindASenderThatDoesNotEnd) {
+TEST_P(SendSyncByte, GivesUpAfterASenderThatDoesNotEnd) {
   platform.waitResults = {WAIT_TIMEOUT};
   EXPECT_FALSE(transport->sendSyncByte());
   EXPECT_THAT(platform.writes, testing::IsEmpty());
 }
 
-TEST_P(WriteData, WritesTheBytesAsTheyAre) {
+TEST_P(WriteData, WritesTheBytesUnchanged) {
   const uint8_t bytes[] = {0x00, 0xFF, 0x55};
   EXPECT_TRUE(transport->writeData(bytes, 3));
   EXPECT_THAT(platform.writes, ElementsAre(Bytes{0x00, 0xFF, 0x55}));
 }
 
-TEST_P(WriteData, FailsWhenNotAllBytesGoOut) {
+TEST_P(WriteData, FailsWhenNotAllBytesAreWritten) {
   const uint8_t bytes[] = {0x00, 0xFF, 0x55};
   platform.writeLimit = 2;
   EXPECT_FALSE(transport->writeData(bytes, 3));
 }
 
-TEST_P(WriteData, TellsWhatItWritesOn) {
+TEST_P(WriteData, LogsTheKindOfLink) {
   const uint8_t bytes[] = {0x00};
   EXPECT_EQ(printedInDebug([&] { transport->writeData(bytes, 1); }),
             std::string(kind().writingText) + "\nWRITE!!!\nbytes inviati 1 \n");
 }
 
-TEST_P(WriteData, AsksTheSystemOnAClosedDeviceToo) {
+TEST_P(WriteData, PassesANullHandleToTheSystemWhenClosed) {
   const uint8_t bytes[] = {0x00};
   transport->close();
   platform.calls.clear();
@@ -286,7 +286,7 @@ INSTANTIATE_TEST_SUITE_P(Sums, Checksum, testing::ValuesIn(kSums), rowName<Sum>)
 
 using ChecksumOfNothing = Checksum;
 
-TEST_P(ChecksumOfNothing, IsNoneToCheck) {
+TEST_P(ChecksumOfNothing, NeverPassesTheCheck) {
   const uint8_t zero = 0;
   EXPECT_FALSE(transport->checkChecksum(&zero, 0));
   EXPECT_FALSE(transport->checkChecksum(&zero, -1));

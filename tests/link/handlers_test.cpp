@@ -20,7 +20,7 @@ const Bytes kExtendedFrame = {0x55, 0x03, 0x04, 0x01, 0x02, 0xF6};
 
 class Handlers : public ScriptedPlatformTest {
  protected:
-  /// Lets the reader take these bytes, then calls what the test wants to happen, then ends it.
+  /// Lets the reader read these bytes, then calls `afterwards` on it, then ends it.
   void receive(const Bytes& frames, std::function<void()> afterwards = nullptr) {
     ASSERT_TRUE(transport->open("IPD1:"));
     ASSERT_TRUE(transport->startReadData());
@@ -53,7 +53,7 @@ TEST_F(Handlers, AreCalledInsteadOfQueueing) {
   });
 }
 
-TEST_F(Handlers, AreComparedWithTheWholeCommand) {
+TEST_F(Handlers, AreMatchedByAll16BitsOfTheCommand) {
   ASSERT_TRUE(transport->addHandler(&anna, Listener::first, 0x0002, 0x04));
   ASSERT_TRUE(transport->addHandler(&berta, Listener::first, 0x0102, 0x04));
   receive(kExtendedFrame);
@@ -67,7 +67,7 @@ TEST_F(Handlers, AreNotCalledForAnotherLingo) {
   EXPECT_THAT(heard, IsEmpty());
 }
 
-TEST_F(Handlers, OfOneMessageAreAllCalledInTheOrderOfRegistration) {
+TEST_F(Handlers, AreAllCalledInTheOrderOfRegistration) {
   ASSERT_TRUE(transport->addHandler(&berta, Listener::second, 0x02, 0x00));
   ASSERT_TRUE(transport->addHandler(&anna, Listener::first, 0x02, 0x00));
   ASSERT_TRUE(transport->addHandler(&anna, Listener::first, 0x04, 0x0A));
@@ -76,7 +76,7 @@ TEST_F(Handlers, OfOneMessageAreAllCalledInTheOrderOfRegistration) {
   EXPECT_THAT(heard, ElementsAre("berta second 0/2/1", "anna first 0/2/1", "berta first 0/2/1"));
 }
 
-TEST_F(Handlers, AreCalledAsOftenAsTheyAreRegistered) {
+TEST_F(Handlers, AreCalledOncePerRegistration) {
   ASSERT_TRUE(transport->addHandler(&anna, Listener::first, 0x02, 0x00));
   ASSERT_TRUE(transport->addHandler(&anna, Listener::first, 0x02, 0x00));
   receive(kAckFrame);
@@ -91,21 +91,21 @@ TEST_F(Handlers, NeedAnObjectAndAFunction) {
   EXPECT_FALSE(transport->removeHandlers(nullptr));
 }
 
-TEST_F(Handlers, StayRegisteredOverTheReadersEnd) {
+TEST_F(Handlers, StayRegisteredWhenTheReaderEnds) {
   ASSERT_TRUE(transport->addHandler(&anna, Listener::first, 0x02, 0x00));
   receive(kAckFrame);
   receive(kAckFrame);
   EXPECT_THAT(heard, ElementsAre("anna first 0/2/1", "anna first 0/2/1"));
 }
 
-TEST_F(Handlers, BelongToTheirTransport) {
+TEST_F(Handlers, ReceiveOnlyTheMessagesOfTheirTransport) {
   const std::unique_ptr<Transport> other = kUsbKind.create();
   ASSERT_TRUE(other->addHandler(&anna, Listener::first, 0x02, 0x00));
   receive(kAckFrame);
   EXPECT_THAT(heard, IsEmpty());
 }
 
-/// With four registrations that differ from the first in one respect each.
+/// Has four registrations that each differ from the first in one field.
 class RemoveHandler : public Handlers {
  protected:
   RemoveHandler() {
@@ -117,13 +117,13 @@ class RemoveHandler : public Handlers {
   }
 };
 
-TEST_F(RemoveHandler, TakesTheFirstEqualRegistrationBack) {
+TEST_F(RemoveHandler, RemovesTheFirstEqualRegistration) {
   EXPECT_TRUE(transport->removeHandler(&anna, Listener::second, 0x02, 0x00));
   receive(kAckFrame);
   EXPECT_THAT(heard, ElementsAre("anna first 0/2/1", "berta first 0/2/1"));
 }
 
-TEST_F(RemoveHandler, ComparesAllThatARegistrationHas) {
+TEST_F(RemoveHandler, ComparesAllFieldsOfARegistration) {
   EXPECT_TRUE(transport->removeHandler(&anna, Listener::first, 0x02, 0x0A));
   EXPECT_TRUE(transport->removeHandler(&anna, Listener::first, 0x04, 0x00));
   EXPECT_TRUE(transport->removeHandler(&berta, Listener::first, 0x02, 0x00));
@@ -139,14 +139,14 @@ TEST_F(RemoveHandler, FailsWhenNoneIsEqual) {
   EXPECT_FALSE(transport->removeHandler(&anna, Listener::first, 0x02, 0x00));
 }
 
-TEST_F(RemoveHandler, TakesOneOfTwoEqualRegistrationsAtATime) {
+TEST_F(RemoveHandler, RemovesOneOfTwoEqualRegistrations) {
   transport->addHandler(&anna, Listener::first, 0x02, 0x00);
   EXPECT_TRUE(transport->removeHandler(&anna, Listener::first, 0x02, 0x00));
   receive(kAckFrame);
   EXPECT_THAT(heard, ElementsAre("berta first 0/2/1", "anna second 0/2/1", "anna first 0/2/1"));
 }
 
-TEST_F(RemoveHandler, LetsMessagesQueueAgainAfterTheLast) {
+TEST_F(RemoveHandler, LetsMessagesQueueAfterTheLastRemoval) {
   EXPECT_TRUE(transport->removeHandler(&anna, Listener::first, 0x02, 0x00));
   EXPECT_TRUE(transport->removeHandler(&berta, Listener::first, 0x02, 0x00));
   EXPECT_TRUE(transport->removeHandler(&anna, Listener::second, 0x02, 0x00));
@@ -156,13 +156,13 @@ TEST_F(RemoveHandler, LetsMessagesQueueAgainAfterTheLast) {
 
 class RemoveHandlers : public Handlers {
  protected:
-  /// Registers for one message in the order of the names: a for Anna's, b for Berta's.
+  /// Registers handlers of one message in this order: a for Anna, b for Berta.
   void registerInOrder(const std::string& order) {
     for (const char who : order)
       ASSERT_TRUE(transport->addHandler(who == 'a' ? &anna : &berta, Listener::first, 0x02, 0x00));
   }
 
-  /// Who is still called, in the same letters.
+  /// Returns whose handlers are still called, in the same letters.
   std::string stillCalled() {
     receive(kAckFrame);
     std::string order;
@@ -172,7 +172,7 @@ class RemoveHandlers : public Handlers {
   }
 };
 
-TEST_F(RemoveHandlers, OfOneRegistrationTakesItBack) {
+TEST_F(RemoveHandlers, RemovesASingleRegistration) {
   registerInOrder("ba");
   EXPECT_TRUE(transport->removeHandlers(&anna));
   EXPECT_EQ(stillCalled(), "b");
@@ -184,13 +184,13 @@ TEST_F(RemoveHandlers, LeavesTheSecondOfTwoAdjacentRegistrations) {
   EXPECT_EQ(stillCalled(), "ab");
 }
 
-TEST_F(RemoveHandlers, TakesRegistrationsBackThatAreNotAdjacent) {
+TEST_F(RemoveHandlers, RemovesRegistrationsThatAreNotAdjacent) {
   registerInOrder("abab");
   EXPECT_TRUE(transport->removeHandlers(&anna));
   EXPECT_EQ(stillCalled(), "bb");
 }
 
-TEST_F(RemoveHandlers, TakesEverySecondOfManyAdjacentRegistrations) {
+TEST_F(RemoveHandlers, RemovesEverySecondOfManyAdjacentRegistrations) {
   registerInOrder("aaaaa");
   EXPECT_TRUE(transport->removeHandlers(&anna));
   EXPECT_EQ(stillCalled(), "aa");
@@ -202,7 +202,7 @@ TEST_F(RemoveHandlers, SucceedsWithoutAnyRegistration) {
   EXPECT_EQ(stillCalled(), "b");
 }
 
-TEST_F(RemoveHandlers, TakesRegistrationsOfEveryLingoAndCommandBack) {
+TEST_F(RemoveHandlers, RemovesRegistrationsOfAllLingoesAndCommands) {
   ASSERT_TRUE(transport->addHandler(&anna, Listener::first, 0x04, 0x0A));
   ASSERT_TRUE(transport->addHandler(&berta, Listener::first, 0x02, 0x00));
   ASSERT_TRUE(transport->addHandler(&anna, Listener::second, 0x02, 0x00));
@@ -242,12 +242,12 @@ TEST_F(HandlersFromAHandler, RemovingItselfLeavesTheOthersTheirMessage) {
   EXPECT_THAT(heard, ElementsAre("anna first 0/2/1", "berta first 0/2/1"));
 }
 
-TEST_F(HandlersFromAHandler, RemovingTheNextOneLeavesTheOneBehindItsMessage) {
+TEST_F(HandlersFromAHandler, RemovingTheNextOneLeavesTheOneAfterItsMessage) {
   receiveWith([&](Transport& own, Meddler&) { EXPECT_TRUE(own.removeHandlers(&anna)); });
   EXPECT_THAT(heard, ElementsAre("berta first 0/2/1"));
 }
 
-TEST_F(HandlersFromAHandler, RemovingAllOthersEndsTheWalk) {
+TEST_F(HandlersFromAHandler, RemovingAllOthersEndsTheDispatch) {
   receiveWith([&](Transport& own, Meddler&) {
     EXPECT_TRUE(own.removeHandlers(&anna));
     EXPECT_TRUE(own.removeHandlers(&berta));
@@ -255,7 +255,7 @@ TEST_F(HandlersFromAHandler, RemovingAllOthersEndsTheWalk) {
   EXPECT_THAT(heard, IsEmpty());
 }
 
-TEST_F(HandlersFromAHandler, TheLastOneMayChangeThemToo) {
+TEST_F(HandlersFromAHandler, TheLastOneMayRemoveAnother) {
   Meddler meddler{*transport,
                   [&](Transport& own, Meddler&) { EXPECT_TRUE(own.removeHandlers(&anna)); }};
   ASSERT_TRUE(transport->addHandler(&anna, Listener::first, 0x02, 0x00));
@@ -264,7 +264,7 @@ TEST_F(HandlersFromAHandler, TheLastOneMayChangeThemToo) {
   EXPECT_THAT(heard, ElementsAre("anna first 0/2/1"));
 }
 
-TEST_F(HandlersFromAHandler, AddingOneForAnotherMessageLeavesTheWalkAlone) {
+TEST_F(HandlersFromAHandler, AddingOneForAnotherMessageDoesNotDisturbTheDispatch) {
   receiveWith([&](Transport& own, Meddler&) {
     EXPECT_TRUE(own.addHandler(&anna, Listener::second, 0x04, 0x0A));
   });

@@ -10,7 +10,7 @@
 
 namespace ipodctl {
 
-/// What the two kinds of transport differ in.
+/// What differs between the two kinds of transport.
 struct LinkKind : NamedRow {
   std::unique_ptr<Transport> (*create)();
   const char* deviceName;

@@ -26,14 +26,14 @@ class WithoutMemory : public ScriptedPlatformTest, public testing::WithParamInte
     return platform.callsOf("CreateFileW").size() - platform.callsOf("CloseHandle(device").size();
   }
 
-  /// A wait for a message takes its whole second.
+  /// Checks that a wait for a message lasts its whole second.
   void expectNoSignal(Transport& transport) {
     const uint64_t before = platform.waited;
     EXPECT_EQ(transport.getMessage(0, 1), nullptr);
     EXPECT_EQ(platform.waited - before, 1000u);
   }
 
-  /// Lets the reader take these bytes and then do something.
+  /// Lets the reader read these bytes and then call `afterwards`.
   void runReader(Transport& transport, const Bytes& bytes, std::function<void()> afterwards) {
     platform.arrive(bytes);
     platform.arrivals.push_back({{}, true, std::move(afterwards)});
@@ -56,7 +56,7 @@ TEST_P(WithoutMemory, ATransportOpensOrStaysClosed) {
   });
 }
 
-TEST_P(WithoutMemory, ATransportThatWasMadeThenOpensOrStaysClosed) {
+TEST_P(WithoutMemory, ATransportCreatedThenOpensLater) {
   forEachFailure([&](const FailurePoint& point) {
     std::unique_ptr<Transport> transport;
     bool struck = false;
@@ -70,7 +70,7 @@ TEST_P(WithoutMemory, ATransportThatWasMadeThenOpensOrStaysClosed) {
   });
 }
 
-TEST_P(WithoutMemory, ATransportMoreThanTheListHasRoomForOpensOrStaysClosed) {
+TEST_P(WithoutMemory, ATransportThatTheRegistryHasNoRoomForStaysClosed) {
   std::vector<std::unique_ptr<Transport>> transports;
   bool struck = false;
   while (!struck && transports.size() < 100) {
@@ -110,7 +110,7 @@ TEST_P(WithoutMemory, ReadingFramesNeedsNone) {
   EXPECT_EQ(memory.asked(), 0u);
 }
 
-TEST_P(WithoutMemory, AMessageIsLostAndTheReaderGoesOn) {
+TEST_P(WithoutMemory, AMessageIsLostAndTheReaderContinues) {
   forEachFailure([&](const FailurePoint& point) {
     const std::unique_ptr<Transport> transport = kind().create();
     EXPECT_TRUE(transport->open(kind().deviceName));
@@ -206,7 +206,7 @@ TEST_P(WithoutMemory, AHandlerIsRegisteredOrNot) {
   });
 }
 
-TEST_P(WithoutMemory, TheLastHandlerOfAMessageIsCalledAllTheSame) {
+TEST_P(WithoutMemory, TheLastHandlerOfAMessageIsCalledAnyway) {
   const std::unique_ptr<Transport> transport = kind().create();
   std::vector<std::string> heard;
   Listener anna{"anna", heard};

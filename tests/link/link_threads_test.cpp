@@ -8,13 +8,13 @@
 
 namespace ipodctl {
 
-// Threads that meet in one transport, or in several. All over USB devices, which wait for nothing.
+// Several threads in one transport or in two. All use USB devices, whose reads need no polling.
 
 namespace {
 
 using host_test::BackgroundCall;
 
-/// A thread that calls `step` again and again until it is told to end.
+/// A thread that calls `step` repeatedly until end().
 class Repeating {
  public:
   template <class Step>
@@ -31,7 +31,7 @@ class Repeating {
     if (!ended) end();
   }
 
-  /// False when the last step hangs.
+  /// Returns false when the last step hangs.
   bool end() {
     ended = true;
     return call.result().has_value();
@@ -46,7 +46,7 @@ class LinkThreads : public testing::Test {
  protected:
   Transport& transport() { return *link.transport; }
 
-  /// Whether the link works: a frame goes in and its message comes out, behind what is under way.
+  /// Sends a frame and returns whether its message arrives, after those that are already under way.
   bool works() {
     bool came = false;
     return link.send(kFrame3) && eventually([&] {
@@ -179,7 +179,7 @@ TEST_F(LinkThreads, WaitWithoutLimitUntilTheReaderIsStopped) {
   ASSERT_TRUE(eventually([&] { return threadsIn(host_test::kFutexCalls) == before + 3; }));
   EXPECT_TRUE(returnsInTime([&] { transport().close(); }));
   EXPECT_TRUE(eventually([&] { return returned == 3; })) << returned << " of 3 have returned";
-  // Frees those that would wait on, so that the test ends.
+  // Wakes those that still wait, so that the test ends.
   EXPECT_TRUE(eventually([&] { return returned == 3 || (link.start() && !link.send(kFrame1)); }));
   EXPECT_EQ(first.result(), true);
   EXPECT_EQ(second.result(), true);
@@ -215,7 +215,7 @@ TEST_F(LinkThreads, TakeEveryMessageOnce) {
   EXPECT_EQ(transport().getMessage(1000000, 0), nullptr);
 }
 
-TEST_F(LinkThreads, StopAndRestartBesideTakersAndFlushers) {
+TEST_F(LinkThreads, StopAndRestartWhileOthersTakeAndFlush) {
   ASSERT_TRUE(link.start());
   Repeating taker([&] { transport().getMessage(1000000, 0); });
   Repeating otherTaker([&] { transport().getMessage(2000000, 0); });
@@ -230,12 +230,12 @@ TEST_F(LinkThreads, StopAndRestartBesideTakersAndFlushers) {
   EXPECT_TRUE(taker.end());
   EXPECT_TRUE(otherTaker.end());
   EXPECT_TRUE(flusher.end());
-  // What the last stop left in the queue has no signal any more.
+  // Messages that the last stop left in the queue have no signal any more.
   transport().flushMessages();
   EXPECT_TRUE(works());
 }
 
-/// General command 0x20 with 300 bytes of one value, as it is on the wire.
+/// Returns General command 0x20 with 300 bytes of one value, as it is on the wire.
 Bytes longFrame(uint8_t value, uint8_t checksum) {
   return Bytes{0x55, 0x00, 0x01, 0x2E, 0x00, 0x20} + Bytes(300, value) + Bytes{checksum};
 }
@@ -381,10 +381,10 @@ TEST_F(TwoLinks, AreBothClosedByABadChecksumOnOne) {
   EXPECT_FALSE(second->isOpen());
 }
 
-/// A reader that closes all transports holds on to the first one, whose own reader is stuck, and
-/// meanwhile the second one, whose turn comes later, is opened again. Waits for a stated time-out:
+/// A reader that closes all transports waits for the first one, whose own reader is stuck.
+/// Meanwhile the second one, which it closes next, is opened again. Waits for a stated time-out:
 /// 300 ms.
-TEST_F(TwoLinks, KeepTheDeviceThatWasOpenedWhileTheOldReaderWasOnItsWayOut) {
+TEST_F(TwoLinks, KeepADeviceThatIsOpenedWhileTheOldReaderEnds) {
   StuckHandler stuck;
   ASSERT_TRUE(first->addHandler(&stuck, StuckHandler::handle, 0x01, 0x00));
   ASSERT_TRUE(startFirst());
@@ -420,12 +420,12 @@ TEST_F(TwoLinks, FailAtOnce) {
   }
 }
 
-TEST_F(TwoLinks, EndBesideAFailureOfTheOther) {
+TEST_F(TwoLinks, SurviveADestructionDuringAFailureOfTheOther) {
   for (int i = 0; i < 50; ++i) {
     SCOPED_TRACE(i);
-    // A reader that the second's end stops closes the first one, too, perhaps before that has read
-    // its bad frame: then the first one fails in the next round as soon as it starts, and closes
-    // both.
+    // The destructor of the second one stops its reader, which closes the first one, too. The first
+    // one has perhaps not read its bad frame then. It fails as soon as it starts in the next round,
+    // and closes both.
     ASSERT_TRUE(startSecond());
     ASSERT_TRUE(startFirst());
     ASSERT_TRUE(firstWire.send(kBadFrame));
@@ -435,7 +435,7 @@ TEST_F(TwoLinks, EndBesideAFailureOfTheOther) {
   }
 }
 
-TEST_F(TwoLinks, OpenBesideAFailureOfTheOther) {
+TEST_F(TwoLinks, OpenDuringAFailureOfTheOther) {
   for (int i = 0; i < 20; ++i) {
     SCOPED_TRACE(i);
     ASSERT_TRUE(startFirst());

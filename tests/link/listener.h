@@ -9,7 +9,7 @@
 
 namespace ipodctl {
 
-/// An owner of handlers. It writes down in `heard`, with its name, what each of its handlers got.
+/// An owner of handlers. Each handler appends the owner's name and its message to `heard`.
 struct Listener {
   std::string name;
   std::vector<std::string>& heard;

@@ -20,14 +20,14 @@ class MessageQueueTest : public ScriptedPlatformTest {
   MessageQueue queue{readerActive};
 };
 
-TEST_F(MessageQueueTest, HasNoMessageAfterASignalThatOnlyWakes) {
+TEST_F(MessageQueueTest, HasNoMessageAfterAWake) {
   readerActive = 0;
   queue.wake();
   EXPECT_TRUE(queue.awaitSignal(0, 1));
   EXPECT_EQ(queue.takeFirst(), nullptr);
 }
 
-TEST_F(MessageQueueTest, GoesOnAfterItWasFoundEmpty) {
+TEST_F(MessageQueueTest, WorksAfterATakeFromTheEmptyQueue) {
   EXPECT_EQ(queue.takeFirst(), nullptr);
   append(7);
   EXPECT_TRUE(queue.awaitSignal(0, 1));
@@ -36,7 +36,7 @@ TEST_F(MessageQueueTest, GoesOnAfterItWasFoundEmpty) {
   EXPECT_EQ(message->getCommand(), 7);
 }
 
-TEST_F(MessageQueueTest, HasNoSignalAfterAFlushAndAnAppendBetweenAWaitAndItsTake) {
+TEST_F(MessageQueueTest, HasNoSignalAfterAFlushAndAnAppendBetweenWaitAndTake) {
   append(1);
   EXPECT_TRUE(queue.awaitSignal(0, 1));
   queue.flush();
@@ -45,7 +45,7 @@ TEST_F(MessageQueueTest, HasNoSignalAfterAFlushAndAnAppendBetweenAWaitAndItsTake
   EXPECT_FALSE(queue.awaitSignal(0, 1));
 }
 
-TEST_F(MessageQueueTest, HasNoSignalAfterAFlushThatTheTakeOfAnotherThreadHasJustLetIn) {
+TEST_F(MessageQueueTest, HasNoSignalAfterAFlushThatFollowsTheTakeAtOnce) {
   append(1);
   append(2);
   EXPECT_TRUE(queue.awaitSignal(0, 1));
@@ -56,7 +56,7 @@ TEST_F(MessageQueueTest, HasNoSignalAfterAFlushThatTheTakeOfAnotherThreadHasJust
   EXPECT_FALSE(queue.awaitSignal(0, 1));
 }
 
-TEST_F(MessageQueueTest, KeepsTheSignalOfTheStoppedReaderThroughATake) {
+TEST_F(MessageQueueTest, KeepsTheSignalOfAStoppedReaderInATake) {
   append(1);
   EXPECT_TRUE(queue.awaitSignal(0, 1));
   readerActive = 0;
@@ -65,7 +65,7 @@ TEST_F(MessageQueueTest, KeepsTheSignalOfTheStoppedReaderThroughATake) {
   EXPECT_TRUE(queue.awaitSignal(0, 0));
 }
 
-TEST_F(MessageQueueTest, KeepsTheSignalOfTheStoppedReaderThroughAFlush) {
+TEST_F(MessageQueueTest, KeepsTheSignalOfAStoppedReaderInAFlush) {
   append(1);
   readerActive = 0;
   queue.wake();
@@ -73,7 +73,7 @@ TEST_F(MessageQueueTest, KeepsTheSignalOfTheStoppedReaderThroughAFlush) {
   EXPECT_TRUE(queue.awaitSignal(0, 0));
 }
 
-TEST_F(MessageQueueTest, IsNotWokenForAReaderThatRunsAgain) {
+TEST_F(MessageQueueTest, DoesNotWakeForAReaderThatRunsAgain) {
   queue.wake();
   EXPECT_FALSE(queue.awaitSignal(0, 1));
 }

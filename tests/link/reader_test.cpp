@@ -24,13 +24,13 @@ const Bytes kUnknownLingoFrame = {0x55, 0x02, 0x03, 0x00, 0xFB};
 const Bytes kGeneralWithoutCommand = {0x55, 0x01, 0x00, 0xFF};
 const Bytes kExtendedWithHalfACommand = {0x55, 0x02, 0x04, 0x00, 0xFA};
 
-/// The command of the next message, or -1 when there is none.
+/// Returns the command of the next message, or -1 when there is none.
 int takenCommand(Transport& transport) {
   const std::unique_ptr<LingoMessage> message = transport.getMessage(0, 1);
   return message ? message->getCommand() : -1;
 }
 
-/// A USB transport whose reader runs when the test says so, on the test's thread.
+/// A USB transport. The test runs its reader on the test's own thread.
 class Reader : public ScriptedPlatformTest {
  protected:
   Reader() { start(); }
@@ -41,12 +41,12 @@ class Reader : public ScriptedPlatformTest {
     platform.calls.clear();
   }
 
-  /// Something that happens while the reader reads, behind what has arrived.
+  /// Adds an action that runs while the reader reads, after the bytes that have arrived.
   void meanwhile(std::function<void()> action) {
     platform.arrivals.push_back({{}, true, std::move(action)});
   }
 
-  /// The milliseconds that `action` waits in vain.
+  /// Returns the milliseconds that `action` waits in vain.
   template <class Action>
   uint64_t waited(const Action& action) {
     const uint64_t before = platform.waited;
@@ -57,7 +57,7 @@ class Reader : public ScriptedPlatformTest {
   const std::unique_ptr<Transport> transport = kUsbKind.create();
 };
 
-TEST_F(Reader, QueuesMessagesInTheOrderOfTheirArrival) {
+TEST_F(Reader, QueuesMessagesInTheOrderOfArrival) {
   platform.arrive(kFrame1 + kFrame2 + kFrame3);
   std::vector<int> commands;
   meanwhile([&] {
@@ -68,7 +68,7 @@ TEST_F(Reader, QueuesMessagesInTheOrderOfTheirArrival) {
   EXPECT_THAT(commands, ElementsAre(1, 2, 3));
 }
 
-TEST_F(Reader, GivesTheMessageWithItsData) {
+TEST_F(Reader, ReturnsTheMessageWithItsData) {
   platform.arrive(kFrame2);
   meanwhile([&] {
     const std::unique_ptr<LingoMessage> message = transport->getMessage(0, 1);
@@ -79,7 +79,7 @@ TEST_F(Reader, GivesTheMessageWithItsData) {
   platform.runThread();
 }
 
-TEST_F(Reader, LetsGetMessageWaitAsLongAsItIsAskedTo) {
+TEST_F(Reader, LetsGetMessageWaitForTheGivenTime) {
   meanwhile([&] {
     EXPECT_EQ(waited([&] { EXPECT_EQ(transport->getMessage(0, 1), nullptr); }), 1000u);
     EXPECT_EQ(waited([&] { EXPECT_EQ(transport->getMessage(250000000, 2), nullptr); }), 2250u);
@@ -100,7 +100,7 @@ TEST_F(Reader, LetsGetMessageWaitWithoutLimitUntilItIsStopped) {
   EXPECT_TRUE(stopped);
 }
 
-TEST_F(Reader, GivesNoMessageTwice) {
+TEST_F(Reader, ReturnsNoMessageTwice) {
   platform.arrive(kFrame1);
   meanwhile([&] {
     EXPECT_EQ(takenCommand(*transport), 1);
@@ -109,7 +109,7 @@ TEST_F(Reader, GivesNoMessageTwice) {
   platform.runThread();
 }
 
-TEST_F(Reader, SignalsAMessageThatComesAfterTheQueueWasEmptied) {
+TEST_F(Reader, SignalsAMessageThatArrivesAfterTheQueueWasEmptied) {
   platform.arrive(kFrame1);
   platform.arrivals.push_back(
       {kFrame2 + kFrame3, false, [&] { EXPECT_EQ(takenCommand(*transport), 1); }});
@@ -121,28 +121,28 @@ TEST_F(Reader, SignalsAMessageThatComesAfterTheQueueWasEmptied) {
   platform.runThread();
 }
 
-TEST_F(Reader, DropsPayloadsThatMakeNoMessageAndGoesOn) {
+TEST_F(Reader, DropsPayloadsThatMakeNoMessage) {
   platform.arrive(kUnknownLingoFrame + kGeneralWithoutCommand + kExtendedWithHalfACommand +
                   kFrame2);
   meanwhile([&] { EXPECT_EQ(takenCommand(*transport), 2); });
   platform.runThread();
 }
 
-TEST_F(Reader, GivesNoMessageOnceItHasEnded) {
+TEST_F(Reader, ReturnsNoMessageOnceItHasEnded) {
   platform.arrive(kFrame1);
   platform.runThread();
   EXPECT_EQ(transport->getMessage(0, 0), nullptr);
   EXPECT_EQ(waited([&] { EXPECT_EQ(transport->getMessage(0, 1), nullptr); }), 0u);
 }
 
-TEST_F(Reader, EndsWhenTheDeviceFailsAndClosesIt) {
+TEST_F(Reader, ClosesTheDeviceWhenItFails) {
   platform.runThread();
   EXPECT_FALSE(transport->isOpen());
   EXPECT_THAT(platform.callsOf("CloseHandle(device"), SizeIs(1));
 }
 
-// A driver's close can take its time.
-TEST_F(Reader, ThatIsStillClosingKeepsTheTransportFromOpeningAgainForASecondOnly) {
+// The close of a driver can be slow.
+TEST_F(Reader, DelaysTheNextOpenForASecondAtMostWhileItCloses) {
   uint64_t waitedToOpen = 0;
   platform.onClose = [&] {
     waitedToOpen = waited([&] { EXPECT_FALSE(transport->open("IPD1:")); });
@@ -152,7 +152,7 @@ TEST_F(Reader, ThatIsStillClosingKeepsTheTransportFromOpeningAgainForASecondOnly
   EXPECT_TRUE(transport->open("IPD1:"));
 }
 
-TEST_F(Reader, ThatIsStillClosingLetsNobodyWaitForAMessage) {
+TEST_F(Reader, LetsNobodyWaitForAMessageWhileItCloses) {
   uint64_t waitedForAMessage = 1;
   platform.onClose = [&] {
     waitedForAMessage = waited([&] { EXPECT_EQ(transport->getMessage(0, 1), nullptr); });
@@ -161,7 +161,7 @@ TEST_F(Reader, ThatIsStillClosingLetsNobodyWaitForAMessage) {
   EXPECT_EQ(waitedForAMessage, 0u);
 }
 
-TEST_F(Reader, EndsAtABadChecksumAndClosesTheDevice) {
+TEST_F(Reader, ClosesTheDeviceAfterABadChecksum) {
   platform.arrive(kBadFrame + kFrame1);
   platform.runThread();
   EXPECT_FALSE(transport->isOpen());
@@ -169,7 +169,7 @@ TEST_F(Reader, EndsAtABadChecksumAndClosesTheDevice) {
   EXPECT_THAT(platform.readSizes, SizeIs(1));
 }
 
-TEST_F(Reader, ThatFailsClosesEveryLiveTransport) {
+TEST_F(Reader, ClosesAllLiveTransportsWhenItFails) {
   const std::unique_ptr<Transport> serial = kSerialKind.create();
   const std::unique_ptr<Transport> usb = kUsbKind.create();
   kUsbKind.create();
@@ -183,7 +183,7 @@ TEST_F(Reader, ThatFailsClosesEveryLiveTransport) {
   EXPECT_THAT(platform.callsOf("CloseHandle(device"), SizeIs(3));
 }
 
-TEST_F(Reader, TellsWhatItDoesWhileTheDebugFlagIsSet) {
+TEST_F(Reader, LogsWhatItDoesWhileTheDebugFlagIsSet) {
   platform.arrive(kFrame2);
   EXPECT_EQ(printedInDebug([&] { platform.runThread(); }),
             "begin thReadDat >>>>>>>>>>\n"
@@ -197,7 +197,7 @@ TEST_F(Reader, TellsWhatItDoesWhileTheDebugFlagIsSet) {
             "exit from thReadDataLocal\n");
 }
 
-TEST_F(Reader, TellsABadChecksumWhileTheDebugFlagIsSet) {
+TEST_F(Reader, LogsABadChecksumWhileTheDebugFlagIsSet) {
   platform.arrive(kBadFrame);
   EXPECT_EQ(printedInDebug([&] { platform.runThread(); }),
             "begin thReadDat >>>>>>>>>>\n"
@@ -209,7 +209,7 @@ TEST_F(Reader, TellsABadChecksumWhileTheDebugFlagIsSet) {
             "exit from thReadDataLocal\n");
 }
 
-TEST_F(Reader, TellsTheLengthOfAPayloadThatMakesNoMessage) {
+TEST_F(Reader, LogsTheLengthOfAPayloadThatMakesNoMessage) {
   platform.arrive(kUnknownLingoFrame);
   EXPECT_EQ(printedInDebug([&] { platform.runThread(); }),
             "begin thReadDat >>>>>>>>>>\n"
@@ -222,7 +222,7 @@ TEST_F(Reader, TellsTheLengthOfAPayloadThatMakesNoMessage) {
             "exit from thReadDataLocal\n");
 }
 
-TEST_F(Reader, ThatIsStoppedBeforeItsThreadRunsReadsNothing) {
+TEST_F(Reader, ReadsNothingIfItIsStoppedBeforeItsThreadRuns) {
   platform.arrive(kFrame1);
   const std::string text = printedInDebug([&] {
     transport->stopReadData();
@@ -241,7 +241,7 @@ TEST_F(Reader, IsSilentWithoutTheDebugFlag) {
   EXPECT_EQ(printedQuietly([&] { platform.runThread(); }), "");
 }
 
-TEST_F(Reader, WithoutATransportDoesNothing) {
+TEST_F(Reader, DoesNothingWithoutATransport) {
   EXPECT_EQ(printedInDebug([&] { EXPECT_EQ(platform.threadStart(nullptr), 0u); }),
             "begin thReadDat >>>>>>>>>>\n");
 }
@@ -289,7 +289,7 @@ TEST_F(Reader, RunsAgainOnceTheDeviceIsOpenAgain) {
   platform.runThread();
 }
 
-TEST_F(Reader, StartsOverWithoutWhatTheLostLinkLeftOfAFrame) {
+TEST_F(Reader, RestartsWithoutThePartOfAFrameFromTheLostLink) {
   platform.arrive(Bytes{0x55, 0x02, 0x00});
   platform.runThread();
   start();
@@ -298,7 +298,7 @@ TEST_F(Reader, StartsOverWithoutWhatTheLostLinkLeftOfAFrame) {
   platform.runThread();
 }
 
-TEST_F(Reader, StartsOverWithoutTheSignalOfItsEnd) {
+TEST_F(Reader, RestartsWithoutTheSignalOfItsEnd) {
   platform.runThread();
   start();
   meanwhile(
@@ -306,7 +306,7 @@ TEST_F(Reader, StartsOverWithoutTheSignalOfItsEnd) {
   platform.runThread();
 }
 
-TEST_F(Reader, ThatHasNoThreadIsNotRunning) {
+TEST_F(Reader, IsNotRunningIfItHasNoThread) {
   platform.runThread();
   ASSERT_TRUE(transport->open("IPD1:"));
   platform.threadsFail = true;
@@ -318,7 +318,7 @@ TEST_F(Reader, ThatHasNoThreadIsNotRunning) {
   EXPECT_TRUE(transport->startReadData());
 }
 
-TEST_F(Reader, ThatHasNoThreadIsNotRunningEvenIfTheSystemReportsNoError) {
+TEST_F(Reader, IsNotRunningIfItHasNoThreadAndTheSystemReportsNoError) {
   platform.runThread();
   ASSERT_TRUE(transport->open("IPD1:"));
   platform.threadsFail = true;
@@ -326,7 +326,7 @@ TEST_F(Reader, ThatHasNoThreadIsNotRunningEvenIfTheSystemReportsNoError) {
   EXPECT_FALSE(transport->startReadData());
 }
 
-TEST_F(Reader, StartsOverWithoutTheSignalOfAStopThatEndsAfterItsRestart) {
+TEST_F(Reader, RestartsWithoutTheSignalOfAStopThatEndsLater) {
   platform.onClose = [&] {
     platform.runThread();
     start();
@@ -337,29 +337,29 @@ TEST_F(Reader, StartsOverWithoutTheSignalOfAStopThatEndsAfterItsRestart) {
   platform.runThread();
 }
 
-TEST_F(Reader, RunsOnTheDefaultThreadWithItsTransport) {
+TEST_F(Reader, RunsOnAThreadWithTheDefaultStack) {
   platform.runThread();
   ASSERT_TRUE(transport->open("IPD1:"));
   ASSERT_TRUE(transport->startReadData());
   EXPECT_THAT(platform.callsOf("CreateThread"), ElementsAre("CreateThread(null, 0, pointer, 0)"));
 }
 
-TEST_F(Reader, IsWaitedFor300MillisecondsAtMostWhenItIsStopped) {
+TEST_F(Reader, IsAwaitedFor300MillisecondsAtMostByAStop) {
   meanwhile([&] { EXPECT_EQ(waited([&] { EXPECT_TRUE(transport->stopReadData()); }), 300u); });
   platform.runThread();
 }
 
-TEST_F(Reader, ThatHasEndedBeforeItsStartReturnsIsNotTakenForAKilledOne) {
+TEST_F(Reader, IsNotTakenForKilledIfItEndsDuringItsStart) {
   platform.runThread();
   platform.threadsRunAtOnce = true;
   ASSERT_TRUE(transport->open("IPD1:"));
   EXPECT_TRUE(transport->startReadData());
   platform.calls.clear();
-  transport->letGoOfEndedReader();
+  transport->releaseLocksOfKilledReader();
   EXPECT_THAT(platform.callsOf("ReleaseSemaphore"), IsEmpty());
 }
 
-TEST_F(Reader, IsNotWaitedForWhenItDoesNotRun) {
+TEST_F(Reader, IsNotAwaitedIfItDoesNotRun) {
   platform.runThread();
   EXPECT_EQ(waited([&] { EXPECT_TRUE(transport->stopReadData()); }), 0u);
 }
@@ -380,7 +380,7 @@ TEST_F(Reader, IsStoppedByOpeningTheTransportAgain) {
   EXPECT_EQ(transport->getMessage(0, 1), nullptr);
 }
 
-TEST_F(Reader, GivesItsThreadHandlesBack) {
+TEST_F(Reader, ClosesItsThreadHandles) {
   platform.runThread();
   for (int i = 0; i < 3; ++i) {
     EXPECT_TRUE(transport->open("IPD1:"));
@@ -391,20 +391,20 @@ TEST_F(Reader, GivesItsThreadHandlesBack) {
   EXPECT_THAT(platform.callsOf("CloseHandle(thread"), SizeIs(4));
 }
 
-TEST_F(Reader, IsAwaitedASecondAtMost) {
+TEST_F(Reader, IsAwaitedForASecondAtMost) {
   meanwhile([&] { EXPECT_EQ(waited([&] { EXPECT_FALSE(transport->awaitReader()); }), 1000u); });
   platform.runThread();
   EXPECT_TRUE(transport->awaitReader());
 }
 
-TEST_F(Reader, HasLeftWhenItsTransportIsShutDown) {
+TEST_F(Reader, HasEndedAfterShutDown) {
   transport->shutDown();
   EXPECT_FALSE(transport->isOpen());
   EXPECT_THAT(platform.callsOf("CloseHandle(thread"), SizeIs(1));
   EXPECT_EQ(transport->flushMessages(), 0);
 }
 
-TEST_F(Reader, GivesItsSemaphoresBackFree) {
+TEST_F(Reader, ReleasesTheQueuesSemaphoresBeforeItClosesThem) {
   platform.calls.clear();
   kUsbKind.create();
   int givenAndClosed = 0;
@@ -420,7 +420,7 @@ TEST_F(Reader, GivesItsSemaphoresBackFree) {
 
 using FlushMessages = Reader;
 
-TEST_F(FlushMessages, DestroysWhatIsQueuedAndItsSignal) {
+TEST_F(FlushMessages, DestroysQueuedMessagesAndResetsTheirSignal) {
   platform.arrive(kFrame1 + kFrame2);
   meanwhile([&] {
     EXPECT_EQ(transport->flushMessages(), 0);
@@ -429,7 +429,7 @@ TEST_F(FlushMessages, DestroysWhatIsQueuedAndItsSignal) {
   platform.runThread();
 }
 
-TEST_F(FlushMessages, OfAnEmptyQueueTouchesItsLockOnly) {
+TEST_F(FlushMessages, TakesOnlyTheLockOfAnEmptyQueue) {
   meanwhile([&] {
     platform.calls.clear();
     EXPECT_EQ(transport->flushMessages(), 0);
@@ -443,14 +443,14 @@ TEST_F(FlushMessages, OfAnEmptyQueueTouchesItsLockOnly) {
   platform.runThread();
 }
 
-TEST_F(FlushMessages, LetsTheNextMessageBeSignalled) {
+TEST_F(FlushMessages, LetsTheNextMessageSignal) {
   platform.arrive(kFrame1);
   platform.arrivals.push_back({kFrame2, false, [&] { transport->flushMessages(); }});
   meanwhile([&] { EXPECT_EQ(takenCommand(*transport), 2); });
   platform.runThread();
 }
 
-TEST_F(FlushMessages, EndsWhenARestartHasTakenTheSignalOfWhatIsQueued) {
+TEST_F(FlushMessages, ReturnsAfterARestartResetTheSignal) {
   platform.arrive(kFrame1);
   platform.runThread();
   start();
@@ -464,7 +464,7 @@ TEST_F(FlushMessages, EndsWhenARestartHasTakenTheSignalOfWhatIsQueued) {
   platform.runThread();
 }
 
-TEST_F(FlushMessages, MakesMessagesAudibleAgainThatARestartHasSilenced) {
+TEST_F(FlushMessages, RestoresTheSignalThatARestartCleared) {
   platform.arrive(kFrame1);
   platform.runThread();
   start();
@@ -477,15 +477,15 @@ TEST_F(FlushMessages, MakesMessagesAudibleAgainThatARestartHasSilenced) {
   platform.runThread();
 }
 
-TEST_F(FlushMessages, BeforeTheFirstOpenReturns) {
+TEST_F(FlushMessages, ReturnsBeforeTheFirstOpen) {
   EXPECT_EQ(kUsbKind.create()->flushMessages(), 0);
 }
 
-/// The reader in a thread of its own that never comes back from the release of a semaphore, as one
-/// that the system ends there together with the process.
-class EndedReader : public ScriptedPlatformTest {
+/// The reader on its own thread, which never returns from the release of a semaphore. The platform
+/// reports that the thread has ended: the system has killed it there.
+class KilledReader : public ScriptedPlatformTest {
  protected:
-  /// Runs the reader up to its n-th release; false when it has fewer.
+  /// Runs the reader up to its n-th release. Returns false when it has fewer.
   bool runToRelease(int number) {
     const auto stopped = std::make_shared<std::promise<bool>>();
     std::thread([this, number, stopped] {
@@ -507,17 +507,17 @@ class EndedReader : public ScriptedPlatformTest {
   static void handle(void*, std::unique_ptr<LingoMessage>) {}
 };
 
-/// The reader has left its last step, and its thread has not ended.
-TEST_F(Reader, ThatEndsByItselfIsNotTakenForAKilledOne) {
+/// The reader has done its last step, but its thread has not ended.
+TEST_F(Reader, IsNotTakenForKilledAfterItsLastStep) {
   platform.calls.clear();
   platform.runThread();
   const size_t releases = platform.callsOf("ReleaseSemaphore").size();
   start();
-  transport->letGoOfEndedReader();
+  transport->releaseLocksOfKilledReader();
   EXPECT_THAT(platform.callsOf("ReleaseSemaphore"), SizeIs(releases));
 }
 
-TEST_F(EndedReader, DoesNotKeepItsTransportFromItsEndWhateverItHeld) {
+TEST_F(KilledReader, NeverBlocksDestruction) {
   int releases = 0;
   for (bool stopped = true; stopped; ++releases) {
     SCOPED_TRACE(releases);
@@ -527,7 +527,7 @@ TEST_F(EndedReader, DoesNotKeepItsTransportFromItsEndWhateverItHeld) {
     ASSERT_TRUE(transport->open("IPD1:") && transport->startReadData());
     platform.arrive(kFrame1 + kFrame2);
     stopped = runToRelease(releases);
-    transport->letGoOfEndedReader();
+    transport->releaseLocksOfKilledReader();
     transport->removeHandlers(this);
     transport->shutDown();
     transport->flushMessages();

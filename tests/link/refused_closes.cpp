@@ -20,7 +20,7 @@ int refusedCloses() { return refused; }
 
 using namespace ipodctl;
 
-/// Stands in front of the platform's.
+/// Replaces the platform's function and calls it.
 BOOL WINAPI CloseHandle(HANDLE object) {
   static const auto platformsClose =
       reinterpret_cast<CloseFunction>(dlsym(RTLD_NEXT, "CloseHandle"));

@@ -2,8 +2,8 @@
 
 namespace ipodctl {
 
-/// The number of CloseHandle calls so far that the platform has refused because their handle was
-/// not open (any more). Only in programs that link refused_closes.cpp.
+/// Returns the number of CloseHandle calls that the platform has refused so far because the handle
+/// was not open. Only programs that link refused_closes.cpp have it.
 int refusedCloses();
 
 }  // namespace ipodctl

@@ -1,4 +1,4 @@
-// The order of a link's virtual operations is known to other code.
+// Other code depends on the order of a link's virtual operations.
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 namespace ipodctl {
 namespace {
 
-TEST(TransportSlots, AreInTheirOrder) {
+TEST(TransportSlots, KeepTheirOrder) {
   using T = Transport;
   EXPECT_EQ(slotOf(&T::open), 1u);
   EXPECT_EQ(slotOf(&T::close), 2u);

@@ -115,7 +115,7 @@ class Repetition : public testing::TestWithParam<Session> {
  protected:
   // What the first one makes for all.
   Repetition() {
-    libraryLock.create();
+    libraryLock.ensure();
     SerialHost::prepare();
   }
 
