@@ -92,7 +92,7 @@ class ScriptedIpod {
 
   void run();
   bool carryOutOrders();
-  void queue(Clock::time_point due, host_test::Bytes frame);
+  void queue(Clock::time_point due, Bytes frame);
   void sendDueReplies();
   void waitForWork();
   int millisecondsToNextReply();
