@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "api/api_test.h"
+#include "support/exports.h"
 
 using namespace ipodctl;
 
@@ -27,18 +28,11 @@ std::function<void()> repeated(int times, const std::function<void()>& work) {
 
 /// Calls every export that takes no lock and asks the iPod nothing.
 void callLockFreeExports() {
-  const int connected = IpodIsConnect();
-  EXPECT_TRUE(connected == 0 || connected == 1);
-  EXPECT_EQ(isIpodAudioPresent(1, 2, 3, 4), 1);
-  const int playAll = IpodIsPlayAll();
-  EXPECT_TRUE(playAll == 0 || playAll == 1);
-  const int split = IpodIsTabActive();
-  EXPECT_TRUE(split == 0 || split == 1);
-  const int shown = IpodIsTabVisualizationActive();
-  EXPECT_TRUE(shown == 0 || shown == 1);
-  EXPECT_EQ(IpodDisableTabVisualizationActive(), 0);
-  EXPECT_EQ(IpodEnableTabVisualizationActive(), 0);
-  IpodSetSameIpod(1);
+  constexpr unsigned kVariety = 1;  // of IpodSetSameIpod: it is the same iPod
+  for (const exports::Export& each : exports::allExports()) {
+    if (each.lock != exports::Lock::kNone || !each.asksNothing()) continue;
+    EXPECT_TRUE(each.isLegal(each.make(kVariety))) << each.name;
+  }
 }
 
 class ConcurrencyTest : public ConnectedApiTest {

@@ -25,7 +25,7 @@ constexpr int kMostRepetitions = 500;
 /// One thread of a pair: makes its call, or a quick one again and again beside the other.
 class Side {
  public:
-  explicit Side(const ExportCall& what) : call(what) {}
+  explicit Side(const Export& what) : call(what) {}
 
   void run(const Side& other, unsigned variety, StartingLine& line, microseconds pause) {
     line.cross();
@@ -42,7 +42,7 @@ class Side {
 
   bool isUnderWay() const { return begun && !ended; }
 
-  const ExportCall& call;
+  const Export& call;
   Tally made;
   bool met = false;  ///< the other one was under way at a beginning of this one
 
@@ -62,7 +62,7 @@ struct Pair {
   size_t first;
   size_t second;
 
-  size_t number() const { return first * exportCalls().size() + second; }
+  size_t number() const { return first * allExports().size() + second; }
   unsigned variety() const { return static_cast<unsigned>(first * 7 + second * 5); }
   microseconds headStart() const { return microseconds(10 * (number() % 8)); }
   bool isPulled() const { return number() % 4 == 2; }
@@ -74,7 +74,7 @@ struct Pair {
     return !isPulled() && !isInterrupted() && !disturbs(first) && !disturbs(second);
   }
   static bool disturbs(size_t place) {
-    const std::string name = exportCalls()[place].name;
+    const std::string name = allExports()[place].name;
     return name == "IpodDisconnect" || name == "IpodGetNumberOfPlaylist";
   }
   /// Before one of the first answers come what nobody asked for: how far the track has played.
@@ -119,13 +119,13 @@ void expectAnswers(const Tally& tally) {
 void RacedPairs::race(const Pair& pair) {
   alarm(kPairSeconds);
   prepare();
-  Side first(exportCalls()[pair.first]);
-  Side second(exportCalls()[pair.second]);
+  Side first(allExports()[pair.first]);
+  Side second(allExports()[pair.second]);
   if (pair.isInterrupted()) {
     ipod.look([&](SimulatedIpod& device) { device.faults().add(pair.interruption()); });
   }
   run(pair, first, second);
-  const int waits = first.call.waits + second.call.waits;
+  const int waits = first.call.waits.inAll() + second.call.waits.inAll();
   check(first.made, waits);
   check(second.made, waits);
   if (pair.isQuiet()) {
@@ -138,7 +138,7 @@ void RacedPairs::race(const Pair& pair) {
 }
 
 TEST_P(RacedPairs, KeepTheirPromisesAndLeaveAWorkingLibrary) {
-  const auto& calls = exportCalls();
+  const auto& calls = allExports();
   for (size_t first = GetParam(); first < calls.size(); first += kShares) {
     for (size_t second = 0; second < calls.size(); ++second) {
       const Pair pair{first, second};

@@ -34,8 +34,8 @@ std::chrono::seconds wantedTime() {
 
 /// The host's next call. A connect does not wait for the lock: it comes more often, or hardly any
 /// would connect.
-const ExportCall& pick(Random& random) {
-  const auto& calls = exportCalls();
+const Export& pick(Random& random) {
+  const auto& calls = allExports();
   const size_t place = random() % (calls.size() + 4);
   return place < calls.size() ? calls[place] : calls.front();
 }

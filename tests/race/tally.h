@@ -2,9 +2,14 @@
 
 #include <vector>
 
-#include "support/export_calls.h"
+#include "support/exports.h"
 
 namespace race {
+
+using exports::allExports;
+using exports::Duration;
+using exports::Export;
+using exports::MadeCall;
 
 /// What is kept of one thread's calls: they may be too many to be kept all.
 struct Tally {
@@ -16,10 +21,10 @@ struct Tally {
 
   void add(const MadeCall& made) {
     ++calls;
-    if (made.call == &exportCalls().front()) connections += made.outcome.result;
-    if (made.call != nullptr && made.took >= slowest.took) slowest = made;
-    if (!made.outcome.promised) broken.push_back(made);
-    if (!made.outcome.answered) unanswered.push_back(made);
+    if (made.exported == &allExports().front()) connections += made.effect.result;
+    if (made.took >= slowest.took) slowest = made;
+    if (!made.isPromised()) broken.push_back(made);
+    if (made.surelyMissedItsAnswer()) unanswered.push_back(made);
   }
 };
 

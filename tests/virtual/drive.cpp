@@ -10,8 +10,8 @@
 namespace virtual_life {
 namespace {
 
-using race::ExportCall;
-using race::Outcome;
+using exports::Effect;
+using exports::Export;
 using std::chrono::milliseconds;
 using std::chrono::minutes;
 using std::chrono::seconds;
@@ -32,20 +32,14 @@ simulator::Personality anyModel(std::mt19937_64& random) {
   return simulator::personality(names[random() % names.size()]);
 }
 
-const ExportCall& findCall(const std::string& name) {
-  const auto& calls = race::exportCalls();
-  return *std::find_if(calls.begin(), calls.end(),
-                       [&](const ExportCall& each) { return each.name == name; });
-}
-
 // Models that are slow to obey first say that they will, and every command costs two waits. The
 // step to the next group may ask for the name of every track: each comes soon, if only as a
 // refusal, or never when the iPod fell silent.
-Time longestOf(const ExportCall& call, bool mayBeSilent) {
+Time longestOf(const Export& exported, bool mayBeSilent) {
   const Time forAName = mayBeSilent ? seconds(1) : milliseconds(50);
   const Time forAWalk = forAName * static_cast<int>(music().tracks.size());
-  const bool mayWalk = std::string(call.name) == "IpodCommand";
-  return seconds(2 * call.waits) + (mayWalk ? forAWalk : Time(0)) + milliseconds(500);
+  const bool mayWalk = std::string(exported.name) == "IpodCommand";
+  return seconds(2 * exported.waits.inAll()) + (mayWalk ? forAWalk : Time(0)) + milliseconds(500);
 }
 
 }  // namespace
@@ -102,9 +96,7 @@ void Drive::connect() {
 
 void Drive::browse() {
   for (unsigned i = below(40); i > 0; --i) {
-    const auto& calls = race::exportCalls();
-    const ExportCall& any = calls[2 + below(static_cast<unsigned>(calls.size()) - 2)];
-    call(any);
+    touchSomething();
     if (chance(4)) Sleep(below(kSecond));
   }
   IpodGetFirstItem(0, IPOD_ARTISTS, 0);
@@ -124,17 +116,17 @@ void Drive::listen() {
 }
 
 void Drive::askWhatPlays() {
-  if (call("IpodGetCurrentPlayStatus").written != IPOD_PLAYING) return;
+  if (call("IpodGetCurrentPlayStatus").number() != IPOD_PLAYING) return;
   call("IpodGetCurrentTrackPosition");
-  const Outcome index = call("IpodGetTrackIndex");
-  if (index.result == 0 || index.written == track) return;
-  track = index.written;
+  const Effect index = call("IpodGetTrackIndex");
+  if (index.result == 0 || index.number() == track) return;
+  track = index.number();
   call("IpodGetTrackInfo");
 }
 
 void Drive::touchSomething() {
-  const auto& calls = race::exportCalls();
-  call(calls[2 + below(static_cast<unsigned>(calls.size()) - 2)]);
+  const auto& all = exports::allExports();
+  call(all[2 + below(static_cast<unsigned>(all.size()) - 2)]);
 }
 
 void Drive::plugAgain() {
@@ -163,15 +155,15 @@ void Drive::expectASession() {
   if (IpodIsConnect() != 0) complain("still connected at the end");
 }
 
-Outcome Drive::call(const char* name) { return call(findCall(name)); }
+Effect Drive::call(const char* name) { return call(exports::exportCalled(name)); }
 
-Outcome Drive::call(const ExportCall& exported) {
-  const race::MadeCall made =
-      race::makeCall(exported, static_cast<unsigned>(random()), [this] { return world.now(); });
+Effect Drive::call(const Export& exported) {
+  const exports::MadeCall made =
+      exports::makeCall(exported, static_cast<unsigned>(random()), [this] { return world.now(); });
   ++callCount;
   longest = std::max(longest, made.took);
-  if (!made.outcome.promised || made.took > longestOf(exported, pulled)) complain(describe(made));
-  return made.outcome;
+  if (!made.isPromised() || made.took > longestOf(exported, pulled)) complain(describe(made));
+  return made.effect;
 }
 
 void Drive::complain(const std::string& text) {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "device/simulated_ipod.h"
-#include "support/export_calls.h"
+#include "support/exports.h"
 #include "virtual/virtual_ipod.h"
 #include "virtual/virtual_world.h"
 
@@ -47,8 +47,8 @@ class Drive {
   void stopForHours();
   void expectASession();
 
-  race::Outcome call(const char* name);
-  race::Outcome call(const race::ExportCall& exported);
+  exports::Effect call(const char* name);
+  exports::Effect call(const exports::Export& exported);
   void complain(const std::string& text);
   unsigned below(unsigned limit) { return static_cast<unsigned>(random() % limit); }
   bool chance(unsigned oneOf) { return below(oneOf) == 0; }

@@ -4,20 +4,21 @@
 #include <string>
 #include <vector>
 
-#include "virtual/output.h"
+#include "support/exports.h"
 #include "virtual/virtual_world.h"
 
 namespace virtual_session {
 
+using exports::Effect;
+using exports::Number;
+using exports::Output;
+using exports::Text;
 using virtual_platform::Time;
 
 /// A call that a host made.
-struct Call {
-  std::string name;                  ///< an export, with the code of IpodCommand: "IpodCommand(13)"
-  int result = 0;                    ///< for a pointer 1, for null 0
-  std::vector<std::string> written;  ///< as Output::words
-  bool isIntact = true;              ///< as Output::isIntact, of every output
-  int thread = 0;                    ///< which of the host's
+struct Call : Effect {
+  std::string name;  ///< an export, with the code of IpodCommand: "IpodCommand(13)"
+  int thread = 0;    ///< which of the host's
   Time start{0};
   Time took{0};
 };

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "support/export_calls.h"
+#include "support/exports.h"
 #include "support/host_folder.h"
 #include "virtual/story.h"
 #include "virtual/virtual_session.h"
@@ -13,7 +13,7 @@
 namespace virtual_session {
 namespace {
 
-using race::ExportCall;
+using exports::Export;
 
 constexpr unsigned kVarieties = 3;
 constexpr uint64_t kSeed = 1;
@@ -48,8 +48,7 @@ void startSession() {
 enum class Meeting { kOneAfterTheOther, kAtTheLock };
 
 /// The story of an export in a thread of its own.
-Lines ownStory(const ExportCall& exported, unsigned variety, const Before& before,
-               Meeting meeting) {
+Lines ownStory(const Export& exported, unsigned variety, const Before& before, Meeting meeting) {
   VirtualSession session(kSeed);
   EXPECT_EQ(session.run([&] {
     startSession();
@@ -86,7 +85,7 @@ INSTANTIATE_TEST_SUITE_P(All, LateLock, testing::ValuesIn(kBefore),
 
 TEST_P(LateLock, FindsWhatTheHolderHasLeft) {
   int locked = 0;
-  for (const ExportCall& exported : race::exportCalls()) {
+  for (const Export& exported : exports::allExports()) {
     for (unsigned variety = 0; variety < kVarieties; ++variety) {
       const Lines after = ownStory(exported, variety, GetParam(), Meeting::kOneAfterTheOther);
       if (std::find(after.begin(), after.end(), "takes the library's lock") == after.end()) break;

@@ -11,9 +11,9 @@ namespace virtual_session {
 
 /// What is known of a call, whatever the iPod does.
 struct Promise {
-  const char* name;                   ///< as a Call's
+  std::string name;                   ///< as a Call's
   std::chrono::milliseconds longest;  ///< with an iPod that falls silent at any moment
-  bool (*allows)(const Call&);        ///< whether the header has such a result
+  bool (*allows)(const Effect&);      ///< whether it can have such an effect
   bool waitsForOthers = true;         ///< for the calls of other threads that hold the lock
 };
 

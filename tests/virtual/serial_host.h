@@ -13,6 +13,7 @@ namespace virtual_session {
 class Said final : public Output {
  public:
   bool isIntact() const override { return true; }
+  bool isFull() const override { return false; }
   std::string words() const override { return text; }
 
   void say(const ipodctl::ByteString& said) {
@@ -31,15 +32,15 @@ class Said final : public Output {
     for (const auto& [index, name] : names)
       append(*name);
   }
-  template <class Number>
-  void say(Number said) {
+  template <class Value>
+  void say(Value said) {
     text = std::to_string(said);
   }
 
  private:
   void append(const ipodctl::ByteString& said) {
     for (uint32_t i = 0; i < said.size(); ++i)
-      text += wordsOf(static_cast<unsigned char>(said[i]));
+      text += exports::wordsOf(static_cast<unsigned char>(said[i]));
   }
 
   std::string text = kNothing;

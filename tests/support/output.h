@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace virtual_session {
+namespace exports {
 
 /// What a call may write.
 class Output {
@@ -15,6 +15,8 @@ class Output {
 
   /// Whether nothing was written but the beginning of the room.
   virtual bool isIntact() const = 0;
+  /// Whether the whole room was written.
+  virtual bool isFull() const = 0;
   /// What was written, kNothing for nothing.
   virtual std::string words() const = 0;
 
@@ -34,6 +36,7 @@ class Room : public Output {
         std::count_if(units.begin(), units.end(), [](Unit unit) { return unit != untouched(); });
     return static_cast<std::size_t>(others) == written();
   }
+  bool isFull() const override { return written() == room; }
 
  protected:
   /// How many units from the room's start on.
@@ -44,7 +47,7 @@ class Room : public Output {
   const Unit* start() const { return units.data() + kGuard; }
 
  private:
-  static constexpr std::size_t kGuard = 16;
+  static constexpr std::size_t kGuard = 64;
   static constexpr Unit untouched() { return static_cast<Unit>(0xABCDABCDu); }
 
   const std::size_t room;
@@ -70,4 +73,4 @@ class Text final : public Room<unsigned short> {
   std::string words() const override;
 };
 
-}  // namespace virtual_session
+}  // namespace exports
