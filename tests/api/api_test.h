@@ -14,7 +14,10 @@
 #include "support/event_log.h"
 #include "support/payload_text.h"
 #include "support/quick_time.h"
+#include "support/requests.h"
 #include "support/scripted_ipod.h"
+
+using namespace requests;
 
 /// The event of the broadcast that asks the host to refresh its display.
 constexpr char kRefresh[] = "PostMessageW(0xffff, 0x2400, 0, 0)";

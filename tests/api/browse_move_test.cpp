@@ -295,7 +295,7 @@ TEST_F(IpodGetParentItemTest, FromLevelTwoUndoesTheSelectionAndReturnsTheParents
   EXPECT_EQ(level(), above);
   EXPECT_EQ(levelText(browseTree, 2),
             "type=-1 count=3 index=-1 start=-1 end=-1 tab=-1 tabs=-1 shown=0 split=0 playAll=0");
-  EXPECT_THAT(events(), ElementsAre("04 00 17 02 FF FF FF FF", "04 00 18 02"));
+  EXPECT_THAT(events(), ElementsAre(kSelectDbRecord + " 02 FF FF FF FF", kCountArtists));
 }
 
 TEST_F(IpodGetParentItemTest, ReturnsToATabsItemsAsTheyWere) {
@@ -314,8 +314,8 @@ TEST_F(IpodGetParentItemTest, ReturnsToATabsItemsAsTheyWere) {
 
 TEST_F(IpodGetParentItemTest, DoesNotMindRefusals) {
   openAlbumsOfTheSecondArtist(12);
-  ipod.refuse("04 00 17");
-  ipod.refuse("04 00 18");
+  ipod.refuse(kSelectDbRecord);
+  ipod.refuse(kCountRecords);
   const int* const index = IpodGetParentItem();
   ASSERT_NE(index, nullptr);
   EXPECT_EQ(*index, 1);

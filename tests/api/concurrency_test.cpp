@@ -42,11 +42,11 @@ class ConcurrencyTest : public ConnectedApiTest {
     count("05", 300);
     playingIndex(258);
     playState("01", 5000);
-    ipod.answer("00 07", {"00 08" + textBytes("Anna")});
-    ipod.answer("00 0B", {"00 0C" + textBytes("5U82")});
-    ipod.answer("04 00 2C", {"04 00 2D 01"});
-    ipod.answer("04 00 2F", {"04 00 30 02"});
-    ipod.answer("04 00 20 00 00 01 02", {"04 00 21" + textBytes("Waterloo")});
+    ipod.answer(kRequestIpodName, {"00 08" + textBytes("Anna")});
+    ipod.answer(kRequestSerialNumber, {"00 0C" + textBytes("5U82")});
+    ipod.answer(kGetShuffle, {"04 00 2D 01"});
+    ipod.answer(kGetRepeat, {"04 00 30 02"});
+    ipod.answer(kGetTrackTitle + " 00 00 01 02", {"04 00 21" + textBytes("Waterloo")});
   }
 };
 
@@ -94,10 +94,10 @@ TEST_F(ConcurrencyTest, CommandsOfTwoThreadsDoNotMix) {
   runTogether({repeated(kTimes, [] { IpodCommand(IPOD_NEXT_TRACK); }),
                repeated(kTimes, [] { IpodCommand(IPOD_PREVIOUS_TRACK); })});
   const std::vector<std::string> happened = events();
-  const std::vector<std::string> kNext = {"04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 03",
-                                          kRefresh};
-  const std::vector<std::string> kPrevious = {"04 00 1C",    "04 00 1E", "04 00 18 05",
-                                              "04 00 29 04", "04 00 1E", kRefresh};
+  const std::vector<std::string> kNext = {kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                          kNextTrack, kRefresh};
+  const std::vector<std::string> kPrevious = {kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                              kPreviousTrack, kGetCurrentTrackIndex, kRefresh};
   int commands = 0;
   for (auto at = happened.begin(); at != happened.end(); ++commands) {
     const auto refresh = std::find(at, happened.end(), kRefresh);
@@ -196,14 +196,14 @@ TEST_F(ConcurrencyTest, NotificationsBesideRequestsAreFollowed) {
   }
   notifier.join();
   EXPECT_TRUE(log.waitFor("SelectFrequency(48000 Hz)", 20));
-  EXPECT_TRUE(log.waitFor("0A 00 00 04", 20));
+  EXPECT_TRUE(log.waitFor(kAcknowledgeAudioAttributes, 20));
 }
 
 TEST_F(ConcurrencyTest, DisconnectingWaitsForTheRequestThatIsUnderWay) {
-  ipod.hold("00 07");
+  ipod.hold(kRequestIpodName);
   Units name = untouched(4);
   std::thread reader([&] { IpodGetName(name.data(), 4); });
-  ASSERT_TRUE(log.waitFor("00 07"));
+  ASSERT_TRUE(log.waitFor(kRequestIpodName));
   std::thread disconnecter([] { IpodDisconnect(); });
   EXPECT_FALSE(libraryLockIsFree());
   EXPECT_EQ(IpodIsConnect(), 1);

@@ -8,8 +8,9 @@
 #include <functional>
 
 #include "api/api_test.h"
-#include "api/logo_folder.h"
+#include "api/small_logo.h"
 #include "lingo/received_message.h"
+#include "support/host_folder.h"
 
 using namespace ipodctl;
 
@@ -43,7 +44,7 @@ class ConnectionOrder : public ApiTest {
  protected:
   void SetUp() override {
     ApiTest::SetUp();
-    folder.writeLogo();
+    folder.writeLogo(smallLogo());
     ipodController.setResampleCallback(nullptr);
   }
   void TearDown() override {
@@ -60,7 +61,7 @@ class ConnectionOrder : public ApiTest {
     return ipodSampleRate == 32000;
   }
 
-  LogoFolder folder;
+  const session::HostFolder folder;
 };
 
 TEST_F(ConnectionOrder, ReadsTheLogoSetsTheCallbackAndSelectsTheInterface) {

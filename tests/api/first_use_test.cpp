@@ -117,6 +117,11 @@ TEST_F(FirstUseTest, TheNamesAreThoseOfTheDeviceAndTheLogo) {
   EXPECT_STREQ(logoFileName, "logo_zel.bmp");
 }
 
+/// The exports that write a number.
+constexpr int (*kNumberReaders[])(int*) = {
+    IpodSongGetNumElem,       IpodGetTrackIndex,           IpodGetShuffleMode,   IpodGetRepeatMode,
+    IpodGetCurrentPlayStatus, IpodGetCurrentTrackPosition, IpodGetMediaFileCount};
+
 /// The exports that take the lock, all with outputs.
 class WithoutALockTest : public FirstUseTest {
  protected:
@@ -156,13 +161,8 @@ TEST_F(WithoutALockTest, CommandsReturnZero) {
 }
 
 TEST_F(WithoutALockTest, ReadingExportsReturnZeroAndWriteNothing) {
-  EXPECT_EQ(IpodSongGetNumElem(&value), 0);
-  EXPECT_EQ(IpodGetTrackIndex(&value), 0);
-  EXPECT_EQ(IpodGetShuffleMode(&value), 0);
-  EXPECT_EQ(IpodGetRepeatMode(&value), 0);
-  EXPECT_EQ(IpodGetCurrentPlayStatus(&value), 0);
-  EXPECT_EQ(IpodGetCurrentTrackPosition(&value), 0);
-  EXPECT_EQ(IpodGetMediaFileCount(&value), 0);
+  for (const auto read : kNumberReaders)
+    EXPECT_EQ(read(&value), 0);
 }
 
 TEST_F(WithoutALockTest, ModesAreNotSet) {
@@ -196,9 +196,7 @@ TEST_F(WithoutALockTest, TextsAreNotWritten) {
 }
 
 TEST_F(WithoutALockTest, NullPointersAreHarmless) {
-  for (const auto read :
-       {IpodSongGetNumElem, IpodGetTrackIndex, IpodGetShuffleMode, IpodGetRepeatMode,
-        IpodGetCurrentPlayStatus, IpodGetCurrentTrackPosition, IpodGetMediaFileCount})
+  for (const auto read : kNumberReaders)
     EXPECT_EQ(read(nullptr), 0);
   EXPECT_EQ(IpodGetTrackInfo(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, 8), 0);
 }
@@ -230,7 +228,7 @@ TEST_F(FirstUseTest, AskingForTheAudioReachesTheAudioLibrary) {
 /// Before any announcement of the iPod's.
 void connectToAnIpodThatAnnouncesNoRate() {
   ChildsIpod child;
-  child.ipod.answer("00 13", {"00 02 00 13", "0A 02"});
+  child.ipod.answer(kIdentifyDeviceLingoes, {"00 02 00 13", "0A 02"});
   EXPECT_EQ(IpodConnect(), 1);
   EXPECT_TRUE(child.log.waitFor("StartIpodAudioPlay(44100 Hz, 2 channels, 16 bits)"));
   EXPECT_EQ(ipodSampleRate, 44100u);

@@ -34,7 +34,7 @@ TEST_F(IpodGetItemNameTest, OfFiftyBytesFillsThirtyUnitsAndTwenty) {
   read(30);
   EXPECT_EQ(first, holding("abcdefghijklmnopqrstuvwxyzABCD", 30));
   EXPECT_EQ(second, holding("EFGHIJKLMNOPQRSTUVWX", 30));
-  EXPECT_THAT(events(), ElementsAre("04 00 1A 04 00 00 00 00 00 00 00 01"));
+  EXPECT_THAT(events(), ElementsAre(kRetrieveRecords + " 04 00 00 00 00 00 00 00 01"));
 }
 
 TEST_F(IpodGetItemNameTest, IsCutBehindBothBuffers) {
@@ -102,42 +102,42 @@ TEST_F(IpodGetItemNameTest, IgnoresItsFirstArgument) {
 
 TEST_F(IpodGetItemNameTest, WidensEachByteWithoutASign) {
   openTree(IPOD_GENRES, 3);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 43 61 66 C3 A9 C3 BF 00"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 43 61 66 C3 A9 C3 BF 00"});
   read(6);
   EXPECT_EQ(first, (Units{0x43, 0x61, 0x66, 0xE9, 0xFF, 0xEEEE}));
 }
 
 TEST_F(IpodGetItemNameTest, ShowsASpaceForACharacterThatLatin1DoesNotHave) {
   openTree(IPOD_GENRES, 3);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 35 E2 82 AC 00"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 35 E2 82 AC 00"});
   read(4);
   EXPECT_EQ(first, (Units{'5', ' ', 0xEEEE, 0xEEEE}));
 }
 
 TEST_F(IpodGetItemNameTest, IsEmptyForACharacterBeyondSixteenBits) {
   openTree(IPOD_GENRES, 3);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 41 F0 9F 98 80 42 00"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 41 F0 9F 98 80 42 00"});
   read(4);
   EXPECT_EQ(first, untouched(4));
 }
 
 TEST_F(IpodGetItemNameTest, ShowsTheLowSevenBitsOfAStrayByte) {
   openTree(IPOD_GENRES, 3);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 41 80 42 FE BF 00"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 41 80 42 FE BF 00"});
   read(6);
   EXPECT_EQ(first, (Units{0x41, 0x00, 0x42, 0x7E, 0x3F, 0xEEEE}));
 }
 
 TEST_F(IpodGetItemNameTest, IsEmptyForASequenceThatIsCutShort) {
   openTree(IPOD_GENRES, 3);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 41 C3 42 00"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 41 C3 42 00"});
   read(4);
   EXPECT_EQ(first, untouched(4));
 }
 
 TEST_F(IpodGetItemNameTest, WithoutAFinalZeroEndsWithTheMessage) {
   openTree(IPOD_GENRES, 3);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 61 62 63"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 61 62 63"});
   read(6);
   EXPECT_EQ(first, holding("abc", 6));
 }
@@ -150,14 +150,14 @@ TEST_F(IpodGetItemNameTest, IsThatOfTheCurrentItem) {
   IpodGetNextItem();
   read(4);
   EXPECT_EQ(first, holding("two", 4));
-  EXPECT_THAT(events(), ElementsAre("04 00 1A 02 00 00 00 01 00 00 00 01"));
+  EXPECT_THAT(events(), ElementsAre(kRetrieveRecords + " 02 00 00 00 01 00 00 00 01"));
 }
 
 TEST_F(IpodGetItemNameTest, UsesTheTypeAsTheCategory) {
   openTree(IPOD_TYPE_7, 300);
   browseTree.ipodLevelIndex[1] = 258;
   read(4);
-  EXPECT_THAT(events(), ElementsAre("04 00 1A 07 00 00 01 02 00 00 00 01"));
+  EXPECT_THAT(events(), ElementsAre(kRetrieveRecords + " 07 00 00 01 02 00 00 00 01"));
 }
 
 TEST_F(IpodGetItemNameTest, OutsideTheListWritesAndAsksNothing) {
@@ -181,7 +181,7 @@ TEST_F(IpodGetItemNameTest, ThatTheIpodDoesNotTellIsNotWritten) {
   openTree(IPOD_GENRES, 3);
   for (const char* reply :
        {"00 02 05 00", "04 00 1B 00 00 00 00", "04 00 01 04 00 1A", "04 00 1F 00 00 00 00"}) {
-    ipod.answer("04 00 1A", {reply});
+    ipod.answer(kRetrieveRecords, {reply});
     read(4);
     EXPECT_EQ(first, untouched(4)) << reply;
   }
@@ -284,8 +284,8 @@ TEST_P(TabLabelTest, IsMadeOfTheFirstAndTheLastName) {
   read(12);
   EXPECT_EQ(first, holding(GetParam().label, 12));
   EXPECT_EQ(second, untouched(12));
-  EXPECT_THAT(events(), ElementsAre("04 00 1A 04 00 00 00 23 00 00 00 01",
-                                    "04 00 1A 04 00 00 00 45 00 00 00 01"));
+  EXPECT_THAT(events(), ElementsAre(kRetrieveRecords + " 04 00 00 00 23 00 00 00 01",
+                                    kRetrieveRecords + " 04 00 00 00 45 00 00 00 01"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, TabLabelTest,
@@ -304,8 +304,8 @@ TEST_F(IpodGetItemNameTest, OfATabGoesOnInTheSecondBuffer) {
   read(5);
   EXPECT_EQ(first, holding("Ambi ", 5));
   EXPECT_EQ(second, holding("- Cou", 5));
-  EXPECT_THAT(events(), ElementsAre("04 00 1A 04 00 00 00 00 00 00 00 01",
-                                    "04 00 1A 04 00 00 00 22 00 00 00 01"));
+  EXPECT_THAT(events(), ElementsAre(kRetrieveRecords + " 04 00 00 00 00 00 00 00 01",
+                                    kRetrieveRecords + " 04 00 00 00 22 00 00 00 01"));
 }
 
 TEST_F(IpodGetItemNameTest, OfATabOfOneItemShowsItTwice) {
@@ -318,7 +318,7 @@ TEST_F(IpodGetItemNameTest, OfATabOfOneItemShowsItTwice) {
 
 TEST_F(IpodGetItemNameTest, OfATabCutsBytesOfTheConvertedText) {
   openTree(IPOD_GENRES, 36);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 C3 A9 C3 A9 C3 A9 C3 A9 C3 A9 00"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 C3 A9 C3 A9 C3 A9 C3 A9 C3 A9 00"});
   read(12);
   EXPECT_EQ(first, (Units{0xE9, 0xE9, 0xE9, 0xE9, ' ', '-', ' ', 0xE9, 0xE9, 0xE9, 0xE9, 0xEEEE}));
 }

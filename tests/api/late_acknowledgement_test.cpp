@@ -19,10 +19,10 @@ class LateAcknowledgementTest : public ConnectedApiTest {
   /// before the first is answered, and so on.
   void SetUp() override {
     ConnectedApiTest::SetUp();
-    ipod.answerOnce("04 00 1E", {"00 02 00 05", {"04 00 1F 00 00 00 01", kAnswerTime}});
-    ipod.answerOnce("04 00 1E", {{"04 00 1F 00 00 00 02", 2 * kAnswerTime}});
-    ipod.answerOnce("04 00 1E", {{"04 00 1F 00 00 00 03", 2 * kAnswerTime}});
-    ipod.answerOnce("04 00 1E", {{"04 00 1F 00 00 00 04", 2 * kAnswerTime}});
+    ipod.answerOnce(kGetCurrentTrackIndex, {"00 02 00 05", {"04 00 1F 00 00 00 01", kAnswerTime}});
+    ipod.answerOnce(kGetCurrentTrackIndex, {{"04 00 1F 00 00 00 02", 2 * kAnswerTime}});
+    ipod.answerOnce(kGetCurrentTrackIndex, {{"04 00 1F 00 00 00 03", 2 * kAnswerTime}});
+    ipod.answerOnce(kGetCurrentTrackIndex, {{"04 00 1F 00 00 00 04", 2 * kAnswerTime}});
   }
 
   /// The playing index, or -2 when the call failed.

@@ -197,15 +197,15 @@ class WithoutMemoryTest : public ConnectedApiTest {
     record("04", 0, "Rock");
     record("04", 34, "Soul");
     record("06", 0, "Audiobook");
-    ipod.answer("00 07", {"00 08" + textBytes("Anna")});
-    ipod.answer("00 0B", {"00 0C 35 55 38 32"});
-    ipod.answer("04 00 20", {"04 00 21" + textBytes("Waterloo")});
-    ipod.answer("04 00 22 00 00 00 00", {"04 00 23" + textBytes("Abba")});
-    ipod.answer("04 00 22 00 00 00 01", {"04 00 23" + textBytes("Beck")});
-    ipod.answer("04 00 22 00 00 00 02", {"04 00 23" + textBytes("Cher")});
-    ipod.answer("04 00 0C", {"04 00 0D 05" + textBytes("Pop")});
-    ipod.answer("04 00 2C", {"04 00 2D 01"});
-    ipod.answer("04 00 2F", {"04 00 30 02"});
+    ipod.answer(kRequestIpodName, {"00 08" + textBytes("Anna")});
+    ipod.answer(kRequestSerialNumber, {"00 0C 35 55 38 32"});
+    ipod.answer(kGetTrackTitle, {"04 00 21" + textBytes("Waterloo")});
+    ipod.answer(kGetTrackArtist + " 00 00 00 00", {"04 00 23" + textBytes("Abba")});
+    ipod.answer(kGetTrackArtist + " 00 00 00 01", {"04 00 23" + textBytes("Beck")});
+    ipod.answer(kGetTrackArtist + " 00 00 00 02", {"04 00 23" + textBytes("Cher")});
+    ipod.answer(kGetTrackInfo, {"04 00 0D 05" + textBytes("Pop")});
+    ipod.answer(kGetShuffle, {"04 00 2D 01"});
+    ipod.answer(kGetRepeat, {"04 00 30 02"});
   }
 
   /// Waits until the answers that came too late for their requests are with the library, which

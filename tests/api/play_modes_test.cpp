@@ -12,8 +12,8 @@ namespace {
 struct ModeExports : NamedRow {
   int(IPODCTL_CALL* set)(int);
   int(IPODCTL_CALL* get)(int*);
-  const char* setRequest;
-  const char* getRequest;
+  std::string setRequest;
+  std::string getRequest;
   const char* getReply;
   const char* activated[3];
   const char* isActive[3];
@@ -23,8 +23,8 @@ const ModeExports kShuffle = {
     "Shuffle",
     IpodSetShuffleMode,
     IpodGetShuffleMode,
-    "04 00 2E",
-    "04 00 2C",
+    kSetShuffle,
+    kGetShuffle,
     "04 00 2D",
     {"\nShuffle Off\n", "\nShuffle tracks activated\n", "\nShuffle album activated\n"},
     {"\nThe shuffle is off\n", "\nThe shuffle is active in mode Tracks\n",
@@ -35,8 +35,8 @@ const ModeExports kRepeat = {
     "Repeat",
     IpodSetRepeatMode,
     IpodGetRepeatMode,
-    "04 00 31",
-    "04 00 2F",
+    kSetRepeat,
+    kGetRepeat,
     "04 00 30",
     {"\nRepeat Off\n", "\nRepeat tracks activated\n", "\nRepeat album activated\n"},
     {"\nThe Repeat is off\n", "\nThe Repeat is active in mode Tracks\n",
@@ -54,14 +54,14 @@ TEST_P(PlayModeTest, SetSendsTheIpodsModeAndSaysSo) {
   for (int hostMode = 1; hostMode <= 3; ++hostMode) {
     forgetEvents();
     EXPECT_EQ(printed([&] { EXPECT_EQ(mode.set(hostMode), 0); }), mode.activated[hostMode - 1]);
-    EXPECT_THAT(events(), ElementsAre(std::string(mode.setRequest) + kIpodModes[hostMode - 1]));
+    EXPECT_THAT(events(), ElementsAre(mode.setRequest + kIpodModes[hostMode - 1]));
   }
 }
 
 TEST_P(PlayModeTest, SetSaysSoAlsoWhenTheIpodRefuses) {
   ipod.refuse(mode.setRequest);
   EXPECT_EQ(printed([&] { EXPECT_EQ(mode.set(2), 0); }), mode.activated[1]);
-  EXPECT_THAT(events(), ElementsAre(std::string(mode.setRequest) + " 01"));
+  EXPECT_THAT(events(), ElementsAre(mode.setRequest + " 01"));
 }
 
 TEST_P(PlayModeTest, SetWithAnotherValueDoesNothing) {

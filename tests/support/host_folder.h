@@ -20,6 +20,7 @@ class HostFolder {
   void putLogo() const;
   /// Puts a logo file of these bytes there.
   void writeLogo(const std::string& bytes) const;
+  void removeLogo() const;
 
   std::filesystem::path operator/(const std::string& name) const { return folder / name; }
 
@@ -28,7 +29,7 @@ class HostFolder {
   const simulator::TemporaryFolder folder;
 };
 
-/// The head unit's own logo as it lies in its folder.
+/// The head unit's own logo in its own folder.
 std::filesystem::path headUnitLogo();
 
 std::string contentOf(const std::filesystem::path& file);
