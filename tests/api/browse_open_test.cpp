@@ -12,7 +12,7 @@ namespace {
 
 class IpodGetFirstItemTest : public ConnectedApiTest {
  protected:
-  /// Opens and says what the library asked the iPod.
+  /// Opens a list and returns the requests to the iPod.
   std::vector<std::string> open(int descend, int type, int tracksOfSelection) {
     forgetEvents();
     const int* const index = IpodGetFirstItem(descend, type, tracksOfSelection);
@@ -42,7 +42,7 @@ TEST_P(TopListTest, IsCountedAndOpened) {
   EXPECT_EQ(level(1), GetParam().level);
 }
 
-TEST_P(TopListTest, IsTheSameWhateverTracksOfSelectionSays) {
+TEST_P(TopListTest, IgnoresTracksOfSelection) {
   ipod.answer(GetParam().countRequest, {"04 00 19" + word(GetParam().records)});
   EXPECT_THAT(open(0, GetParam().type, 1), ElementsAre(kResetDbSelection, GetParam().countRequest));
   EXPECT_EQ(level(1), GetParam().level);
@@ -93,20 +93,20 @@ INSTANTIATE_TEST_SUITE_P(
         TopList{"MoreArtistsThanASignedCountHolds", 2, 0x80000000, kCountArtists,
                 "type=2 count=-2147483648 index=-1 start=0 end=35 tab=-1 tabs=61356676 shown=1 "
                 "split=1 playAll=1"},
-        // Minus one playlists are more than 35 when compared without a sign.
+        // As an unsigned number, the count -1 is greater than 35.
         TopList{"NoPlaylists", 1, 0, kCountPlaylists,
                 "type=1 count=-1 index=1 start=0 end=35 tab=1 tabs=122713352 shown=1 split=1 "
                 "playAll=0"}),
     rowName<TopList>);
 
-TEST_F(IpodGetFirstItemTest, WithAnUncountedListOpensItEmpty) {
+TEST_F(IpodGetFirstItemTest, OpensAListThatTheIpodDoesNotCountEmpty) {
   ipod.refuse(kCountRecords);
   open(0, IPOD_ARTISTS, 0);
   EXPECT_EQ(level(1),
             "type=2 count=0 index=-1 start=-1 end=0 tab=-1 tabs=0 shown=0 split=0 playAll=1");
 }
 
-TEST_F(IpodGetFirstItemTest, WithUncountedPlaylistsHasMinusOne) {
+TEST_F(IpodGetFirstItemTest, OpensMinusOnePlaylistsIfTheIpodDoesNotCountThem) {
   ipod.refuse(kCountRecords);
   open(0, IPOD_PLAYLISTS, 0);
   EXPECT_EQ(browseTree.ipodLevelCount[1], -1);
@@ -114,14 +114,14 @@ TEST_F(IpodGetFirstItemTest, WithUncountedPlaylistsHasMinusOne) {
   EXPECT_EQ(IpodGetPrevItem(), nullptr);
 }
 
-TEST_F(IpodGetFirstItemTest, DoesNotMindARefusedReset) {
+TEST_F(IpodGetFirstItemTest, SucceedsEvenIfTheIpodRefusesTheReset) {
   ipod.refuse(kResetDbSelection);
   count("02", 3);
   EXPECT_THAT(open(0, IPOD_ARTISTS, 0), ElementsAre(kResetDbSelection, kCountArtists));
   EXPECT_EQ(browseTree.ipodLevelCount[1], 3);
 }
 
-TEST_F(IpodGetFirstItemTest, LeavesLevelZeroWithoutAList) {
+TEST_F(IpodGetFirstItemTest, KeepsLevelZeroWithoutAList) {
   count("02", 3);
   open(0, IPOD_ARTISTS, 0);
   EXPECT_EQ(browseTree.ipodLevelIndex[0], -1);
@@ -142,7 +142,7 @@ TEST_F(IpodGetFirstItemTest, StartsANewTreeFromAnyLevel) {
             "type=3 count=3 index=-1 start=-1 end=3 tab=-1 tabs=0 shown=0 split=0 playAll=1");
 }
 
-TEST_F(IpodGetFirstItemTest, KeepsNothingOfALongerListBefore) {
+TEST_F(IpodGetFirstItemTest, KeepsNothingOfALongerPreviousList) {
   openTree(IPOD_ARTISTS, 71);
   openTree(IPOD_GENRES, 12);
   EXPECT_EQ(levelText(browseTree, 1),
@@ -156,7 +156,7 @@ TEST_F(IpodGetFirstItemTest, KeepsNoTabOfALongerListBefore) {
   EXPECT_EQ(browseTree.ipodLevelTab[1], -1);
 }
 
-TEST_F(IpodGetFirstItemTest, WithATypeThatIsNoneReturnsNullAndChangesNothing) {
+TEST_F(IpodGetFirstItemTest, ReturnsNullAndChangesNothingForAnUnknownType) {
   count("02", 3);
   open(0, IPOD_ARTISTS, 0);
   const std::vector<std::string> tree = treeText(browseTree);
@@ -268,7 +268,7 @@ TEST_F(IpodGetFirstItemTest, BelowATabbedListBeforeTheFirstMoveOpensItsFirstEntr
   EXPECT_EQ(open(1, IPOD_TRACKS, 0)[1], kSelectSortDbRecord + " 01 00 00 00 01 04");
 }
 
-TEST_F(IpodGetFirstItemTest, BelowNoListSelectsNothingPlainly) {
+TEST_F(IpodGetFirstItemTest, SelectsNoRecordBelowLevelZero) {
   count("03", 3);
   EXPECT_THAT(
       open(1, IPOD_ALBUMS, 0),
@@ -278,7 +278,7 @@ TEST_F(IpodGetFirstItemTest, BelowNoListSelectsNothingPlainly) {
             "type=3 count=3 index=-1 start=-1 end=3 tab=-1 tabs=0 shown=0 split=0 playAll=1");
 }
 
-TEST_F(IpodGetFirstItemTest, BelowDoesNotMindRefusals) {
+TEST_F(IpodGetFirstItemTest, DescendsEvenIfTheIpodRefuses) {
   openTree(IPOD_ARTISTS, 3);
   ipod.refuse(kCountRecords);
   ipod.refuse(kSelectSortDbRecord);
@@ -320,7 +320,7 @@ TEST_F(IpodGetFirstItemTest, DescendsToLevelSevenAndNoFurther) {
   EXPECT_EQ(treeText(browseTree), tree);
 }
 
-TEST_F(IpodGetFirstItemTest, AtLevelSevenStillStartsANewTree) {
+TEST_F(IpodGetFirstItemTest, StartsANewTreeAtLevelSeven) {
   openTree(IPOD_GENRES, 9);
   for (int depth = 2; depth <= 7; ++depth)
     open(1, IPOD_GENRES, 0);

@@ -40,7 +40,7 @@ TEST_F(CurItemIsEmptyTest, IsOneWithoutTracksAndUndoesTheSelection) {
                                     kSelectDbRecord + " 02 FF FF FF FF"));
 }
 
-TEST_F(CurItemIsEmptyTest, IsOneWhenTheTracksAreNotCounted) {
+TEST_F(CurItemIsEmptyTest, IsOneIfTheIpodDoesNotCountTheTracks) {
   openTree(IPOD_ARTISTS, 9);
   ipod.refuse(kCountRecords);
   EXPECT_EQ(IpodCurItemIsEmpty(), 1);
@@ -151,7 +151,7 @@ TEST_F(IsPlayAllTest, IsZeroWithoutAList) { EXPECT_EQ(IpodIsPlayAll(), 0); }
 
 using ListTypeTest = BrowseQueryTest;
 
-TEST_F(ListTypeTest, IsThatOfTheCurrentLevel) {
+TEST_F(ListTypeTest, BelongsToTheCurrentLevel) {
   for (int type = 1; type <= 8; ++type) {
     openTree(type, 3);
     EXPECT_EQ(IpodGetType(), type);

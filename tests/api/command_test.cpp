@@ -23,7 +23,7 @@ class IpodCommandTest : public ConnectedApiTest {
     return events();
   }
 
-  /// The playing track as the iPod tells it before the command and after its first play control.
+  /// The iPod reports these playing tracks before the command and after its first play control.
   void playingIndexChanges(std::uint32_t before, std::uint32_t after) {
     ipod.answerOnce(kGetCurrentTrackIndex, {"04 00 1F" + word(before)});
     ipod.answerOnce(kGetCurrentTrackIndex, {"04 00 1F" + word(after)});
@@ -38,7 +38,7 @@ struct PlainCommand : NamedRow {
 class PlainCommandTest : public IpodCommandTest,
                          public testing::WithParamInterface<PlainCommand> {};
 
-TEST_P(PlainCommandTest, GoesToTheIpodAsItIsAndPostsNothing) {
+TEST_P(PlainCommandTest, IsSentUnchangedAndPostsNothing) {
   EXPECT_THAT(command(GetParam().code), ElementsAre(GetParam().request));
 }
 
@@ -84,7 +84,7 @@ TEST_F(NextTrack, OnAnotherTrackSendsNextTrack) {
   }
 }
 
-TEST_F(NextTrack, WhilePausedIsTheSame) {
+TEST_F(NextTrack, BehavesTheSameWhilePaused) {
   playState(kPaused, 1000);
   playingIndex(9);
   count(kTracks, 10);
@@ -131,7 +131,7 @@ TEST_F(NextTrack, WithoutATrackCountSendsNextTrack) {
                                       kNextTrack, kRefresh));
 }
 
-TEST_F(NextTrack, RefusedByTheIpodPostsAllTheSame) {
+TEST_F(NextTrack, PostsTheMessageEvenIfTheIpodRefuses) {
   playState(kStopped, 0);
   ipod.refuse(kPlayControl);
   EXPECT_THAT(command(3), ElementsAre(kGetPlayStatus, kNextTrack, kRefresh));
@@ -199,7 +199,7 @@ TEST_F(PreviousTrack, WithoutATrackCountGoesBackFromALaterTrack) {
                                       kPreviousTrack, kRefresh));
 }
 
-TEST_F(PreviousTrack, WhilePausedIsTheSame) {
+TEST_F(PreviousTrack, BehavesTheSameWhilePaused) {
   playState(kPaused, 2999);
   playingIndex(0);
   count(kTracks, 300);
@@ -236,7 +236,7 @@ TEST_F(PreviousTrack, FarIntoATrackGoesForwardAgainWhenTheIpodLeftTheTrack) {
   }
 }
 
-TEST_F(PreviousTrack, FarIntoATrackIsDoneWhenTheIpodDoesNotAnswerTheSecondTime) {
+TEST_F(PreviousTrack, FarIntoATrackStopsIfTheIpodDoesNotAnswerTheSecondTime) {
   count(kTracks, 10);
   playState(kPlaying, 5000);
   ipod.answerOnce(kGetCurrentTrackIndex, {"04 00 1F 00 00 00 04"});
@@ -245,7 +245,7 @@ TEST_F(PreviousTrack, FarIntoATrackIsDoneWhenTheIpodDoesNotAnswerTheSecondTime) 
                                       kPreviousTrack, kGetCurrentTrackIndex, kRefresh));
 }
 
-TEST_F(PreviousTrack, FarIntoATrackIsDoneWhenTheIpodRestartedTheTrack) {
+TEST_F(PreviousTrack, FarIntoATrackStopsIfTheIpodRestartedTheTrack) {
   count(kTracks, 10);
   playingIndex(4);
   playState(kPlaying, 3001);
@@ -261,7 +261,7 @@ TEST_F(PreviousTrack, FarIntoTheFirstTrackSendsPreviousTrackAndWhenTheIndexChang
                                       kPreviousTrack, kGetCurrentTrackIndex, kNextTrack, kRefresh));
 }
 
-TEST_F(PreviousTrack, RefusedByTheIpodLooksAtTheIndexAllTheSame) {
+TEST_F(PreviousTrack, ReadsTheIndexAgainEvenIfTheIpodRefuses) {
   count(kTracks, 10);
   playingIndex(4);
   playState(kPlaying, 5000);
@@ -278,12 +278,12 @@ TEST_F(PlayWithPlayCommand, SendsPlayAndPosts) {
   EXPECT_THAT(command(10), ElementsAre(kPlay, kRefresh));
 }
 
-TEST_F(PlayWithPlayCommand, SleepsNotAtAllWithoutTheDelayFlag) {
+TEST_F(PlayWithPlayCommand, DoesNotSleepWithoutTheDelayFlag) {
   command(10);
   EXPECT_THAT(log.events(), ElementsAre(kPlay, kRefresh));
 }
 
-TEST_F(PlayWithPlayCommand, GivesItsTimeSliceAwayFirstWithTheDelayFlag) {
+TEST_F(PlayWithPlayCommand, YieldsItsTimeSliceFirstWithTheDelayFlag) {
   ipodPlayDelayFlag = 1;
   command(10);
   EXPECT_THAT(log.events(), ElementsAre("Sleep(0)", kPlay, kRefresh));
@@ -302,7 +302,7 @@ TEST_F(PlayWithPlayCommand, SendsPlayAgainAfterARefusal) {
   EXPECT_THAT(command(10), ElementsAre(kPlay, kRefresh));
 }
 
-TEST_F(PlayWithPlayCommand, RefusedWhilePlayingStopsThere) {
+TEST_F(PlayWithPlayCommand, DoesNotToggleIfTheIpodPlaysAlready) {
   ipod.refuse(kPlay);
   playState(kPlaying, 1000);
   EXPECT_THAT(command(10), ElementsAre(kPlay, kGetPlayStatus));
@@ -364,7 +364,7 @@ TEST_F(PauseWithPauseCommand, TogglesWhenPauseIsRefusedWhilePlaying) {
   EXPECT_THAT(command(11), ElementsAre(kPause, kGetPlayStatus, kTogglePlayPause));
 }
 
-TEST_F(PauseWithPauseCommand, RefusedWhileNotPlayingStopsThere) {
+TEST_F(PauseWithPauseCommand, DoesNotToggleIfTheIpodDoesNotPlay) {
   ipod.refuse(kPause);
   for (const char* state : {kStopped, kPaused, "03"}) {
     playState(state, 1000);

@@ -10,7 +10,7 @@ using namespace ipodctl;
 
 namespace {
 
-/// Runs each work on a thread of its own until all are done.
+/// Runs each work on a separate thread until all are done.
 void runTogether(const std::vector<std::function<void()>>& works) {
   std::vector<std::thread> threads;
   for (const auto& work : works)
@@ -50,7 +50,7 @@ class ConcurrencyTest : public ConnectedApiTest {
   }
 };
 
-TEST_F(ConcurrencyTest, HostThreadsGetEachItsOwnAnswer) {
+TEST_F(ConcurrencyTest, EachHostThreadGetsItsOwnAnswer) {
   constexpr int kTimes = 25;
   runTogether({repeated(kTimes,
                         [] {
@@ -136,7 +136,7 @@ TEST_F(ConcurrencyTest, LockFreeExportsDoNotDisturbTheOthers) {
   testing::internal::GetCapturedStdout();
 }
 
-TEST_F(ConcurrencyTest, ClearingTheSnapshotBesideTheOthersEndsInAClearedSnapshot) {
+TEST_F(ConcurrencyTest, ClearingTheSnapshotDuringOtherCallsLeavesItCleared) {
   openTree(IPOD_ALBUMS, 9);
   ASSERT_NE(IpodGetFirstItem(1, IPOD_TRACKS, 1), nullptr);
   browseTree.ipodLevelIndex[1] = 4;
@@ -152,7 +152,7 @@ TEST_F(ConcurrencyTest, ClearingTheSnapshotBesideTheOthersEndsInAClearedSnapshot
   EXPECT_EQ(levelText(upDownTree, 1), kUnknownLevel);
 }
 
-TEST_F(ConcurrencyTest, GetNumberOfPlaylistBesideOtherRequestsComesBack) {
+TEST_F(ConcurrencyTest, GetNumberOfPlaylistReturnsDuringOtherRequests) {
   openTree(IPOD_PLAYLISTS, 9);
   IpodValidateUpDownTree();
   {
@@ -184,7 +184,7 @@ TEST_F(ConcurrencyTest, ConnectionsAndDisconnectionsOfTwoThreadsLeaveAWorkingLib
   EXPECT_EQ(name, holding("Anna", 4));
 }
 
-TEST_F(ConcurrencyTest, NotificationsBesideRequestsAreFollowed) {
+TEST_F(ConcurrencyTest, NotificationsAreFollowedDuringRequests) {
   std::thread notifier([this] {
     for (int i = 0; i < 20; ++i)
       ipod.send("0A 04 00 00 BB 80 00 00 00 00 00 00 00 00");

@@ -53,7 +53,7 @@ class ConnectionOrder : public ApiTest {
     ApiTest::TearDown();
   }
 
-  /// Whether the library follows a rate that is announced now.
+  /// Returns whether the library follows a rate that is announced now.
   bool followsRates() {
     constexpr uint8_t kRate32000[] = {0x0A, 0x04, 0x00, 0x00, 0x7D, 0x00, 0, 0, 0, 0, 0, 0, 0, 0};
     ipodSampleRate = 0;
@@ -77,7 +77,7 @@ TEST_F(ConnectionOrder, ReadsTheLogoSetsTheCallbackAndSelectsTheInterface) {
   EXPECT_THAT(steps, testing::ElementsAre("logo", "interface, follows rates"));
 }
 
-TEST_F(ConnectionOrder, ForgetsTheIpodBeforeFirst) {
+TEST_F(ConnectionOrder, ForgetsThePreviousIpodFirst) {
   ASSERT_EQ(IpodConnect(), 1);
   openTree(IPOD_ARTISTS, 36);
   IpodDisconnect();

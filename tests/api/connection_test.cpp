@@ -18,7 +18,7 @@ constexpr char kSampleRates[] = "0A 03 00 00 1F 40 00 00 7D 00 00 00 AC 44 00 00
 class IpodConnectTest : public ApiTest {};
 
 TEST_F(IpodConnectTest, PrintsPreparesTheAudioIdentifiesAndStartsTheStreamInThisOrder) {
-  log.tellStdout();
+  log.printToStdout();
   EXPECT_EQ(printed([] { EXPECT_EQ(IpodConnect(), 1); }),
             "Tavrel version is 01.29\n"
             "IpodConnect start\n"
@@ -80,7 +80,7 @@ TEST_F(IpodConnectTest, EndsAtTheRateAnnouncedWhileTheStreamStartsAtAnOlderOne) 
   EXPECT_EQ(ipodSampleRate, 48000u);
 }
 
-TEST_F(IpodConnectTest, DoesNotMindARefusedExtendedInterfaceMode) {
+TEST_F(IpodConnectTest, SucceedsEvenIfTheIpodRefusesTheExtendedInterfaceMode) {
   ipod.refuse(kEnterRemoteUiMode);
   EXPECT_EQ(IpodConnect(), 1);
   EXPECT_EQ(IpodIsConnect(), 1);
@@ -129,9 +129,9 @@ TEST_F(IpodConnectTest, ReturnsAtOnceWhileAnotherExportHoldsTheLock) {
   EXPECT_EQ(IpodIsConnect(), 1);
 }
 
-TEST_F(IpodConnectTest, WithoutADeviceSaysThatThereIsNoIpod) {
+TEST_F(IpodConnectTest, PrintsThatThereIsNoIpodWithoutADevice) {
   const host_test::DeviceMapping nothing("");
-  log.tellStdout();
+  log.printToStdout();
   EXPECT_EQ(printed([] { EXPECT_EQ(IpodConnect(), 0); }),
             "Tavrel version is 01.29\n"
             "IpodConnect start\n"
@@ -142,7 +142,7 @@ TEST_F(IpodConnectTest, WithoutADeviceSaysThatThereIsNoIpod) {
   EXPECT_EQ(IpodIsConnect(), 0);
 }
 
-TEST_F(IpodConnectTest, WithoutADeviceForgetsTheBrowseTreeAllTheSame) {
+TEST_F(IpodConnectTest, ForgetsTheBrowseTreeEvenWithoutADevice) {
   ASSERT_EQ(IpodConnect(), 1);
   openTree(IPOD_ARTISTS, 36);
   IpodDisconnect();
@@ -154,7 +154,7 @@ TEST_F(IpodConnectTest, WithoutADeviceForgetsTheBrowseTreeAllTheSame) {
   EXPECT_EQ(ipodHasPlayPause, 0);
 }
 
-TEST_F(IpodConnectTest, OfASilentIpodFailsAfterThreeAttempts) {
+TEST_F(IpodConnectTest, FailsAfterThreeAttemptsWithASilentIpod) {
   const QuickTimeOuts quickTimeOuts;
   ipod.fallSilent();
   EXPECT_EQ(printed([] { EXPECT_EQ(IpodConnect(), 0); }),
@@ -166,14 +166,14 @@ TEST_F(IpodConnectTest, OfASilentIpodFailsAfterThreeAttempts) {
 }
 
 // Takes three seconds, one for each attempt.
-TEST_F(IpodConnectTest, OfAnIpodThatDemandsAuthenticationFailsAfterThreeAttempts) {
+TEST_F(IpodConnectTest, FailsAfterThreeAttemptsIfTheIpodDemandsAuthentication) {
   ipod.answer(kIdentifyDeviceLingoes, {"00 02 00 13", "00 27 00", "00 14"});
   EXPECT_EQ(IpodConnect(), 0);
   EXPECT_THAT(events(), testing::Contains(kIdentify).Times(3));
 }
 
 // Takes three seconds, one for each attempt.
-TEST_F(IpodConnectTest, OfAnIpodThatDoesNotKnowDigitalAudioFailsAfterThreeAttempts) {
+TEST_F(IpodConnectTest, FailsAfterThreeAttemptsIfTheIpodDoesNotKnowDigitalAudio) {
   ipod.answer(kIdentifyDeviceLingoes, {"00 02 00 13", "00 27 00"});
   EXPECT_EQ(IpodConnect(), 0);
   EXPECT_THAT(events(), testing::Contains(kIdentify).Times(3));
@@ -206,7 +206,7 @@ TEST_F(IpodConnectTest, ClosesTheLinkAgainWhenTheStreamDoesNotStart) {
   EXPECT_EQ(ipodHasPlayPause, 0);
 }
 
-TEST_F(IpodConnectTest, TakesOnlyMinusOneForAStreamThatDoesNotStart) {
+TEST_F(IpodConnectTest, TreatsOnlyMinusOneAsAStreamThatDoesNotStart) {
   for (const int result : {-2, 1}) {
     isochplaySetResult(kStartIpodAudioPlay, result);
     EXPECT_EQ(IpodConnect(), 1) << result;
@@ -214,7 +214,7 @@ TEST_F(IpodConnectTest, TakesOnlyMinusOneForAStreamThatDoesNotStart) {
   }
 }
 
-TEST_F(IpodConnectTest, DoesNotMindWhatTheInterfaceSelectionsReturn) {
+TEST_F(IpodConnectTest, IgnoresWhatTheInterfaceSelectionsReturn) {
   isochplaySetResult(kSelectZeroBandwithInterface, -1);
   isochplaySetResult(kSelectFullBandwithInterface, -1);
   EXPECT_EQ(IpodConnect(), 1);
@@ -231,8 +231,8 @@ TEST_F(IpodConnectTest, CanBeRepeatedWithoutLosingHandles) {
   EXPECT_LE(deskOpenHandles(), handles);
 }
 
-/// The version that the iPod reports of the Extended Interface lingo, and whether it makes the
-/// library use the commands play and pause.
+/// A version of the Extended Interface lingo that the iPod reports, and whether the library then
+/// uses the commands play and pause.
 struct VersionCase : NamedRow {
   const char* reply;
   int hasPlayPause;
@@ -261,7 +261,7 @@ INSTANTIATE_TEST_SUITE_P(
         VersionCase{"Refused", "00 02 05 0F", 0}, VersionCase{"AnotherCommand", "00 04 01", 0}),
     rowName<VersionCase>);
 
-TEST_F(IpodConnectTest, ForgetsPlayAndPauseOfTheIpodBefore) {
+TEST_F(IpodConnectTest, ForgetsPlayAndPauseOfThePreviousIpod) {
   ASSERT_EQ(IpodConnect(), 1);
   ASSERT_EQ(ipodHasPlayPause, 1);
   IpodDisconnect();
@@ -292,7 +292,7 @@ TEST_F(LogoTest, IsReadFromTheCurrentDirectoryAndShownDuringTheConnection) {
                   kRequestExtendedInterfaceVersion));
 }
 
-TEST_F(LogoTest, IsReadAnewForEachConnection) {
+TEST_F(LogoTest, IsReadAgainForEachConnection) {
   ipod.answer(kGetColorDisplayImageLimits, {"04 00 3A 00 08 00 03 02"});
   EXPECT_EQ(IpodConnect(), 1);
   EXPECT_THAT(events(), testing::Not(testing::Contains(kGetColorDisplayImageLimits)));
@@ -308,7 +308,7 @@ TEST_F(LogoTest, IsReadAnewForEachConnection) {
   EXPECT_THAT(events(), testing::Not(testing::Contains(kGetColorDisplayImageLimits)));
 }
 
-TEST_F(LogoTest, ThatTheIpodRefusesDoesNotSpoilTheConnection) {
+TEST_F(LogoTest, DoesNotPreventTheConnectionIfTheIpodRefusesIt) {
   folder.writeLogo(smallLogo());
   ipod.answer(kGetColorDisplayImageLimits, {"04 00 3A 00 08 00 03 02"});
   ipod.refuse(kSetDisplayImage);
@@ -318,7 +318,7 @@ TEST_F(LogoTest, ThatTheIpodRefusesDoesNotSpoilTheConnection) {
 class IpodDisconnectTest : public ConnectedApiTest {};
 
 TEST_F(IpodDisconnectTest, StopsTheStreamLeavesTheModeAndCloses) {
-  log.tellStdout();
+  log.printToStdout();
   const std::string console = printed([] { EXPECT_EQ(IpodDisconnect(), 0); });
   EXPECT_EQ(console.find("IpodDisconnect start\n[StopIpodAudioPlay()]\n"), 0u);
   EXPECT_EQ(console.substr(console.size() - 19), "IpodDisconnect end\n");
@@ -359,7 +359,7 @@ TEST_F(IpodDisconnectTest, EndsTheReaderThread) {
 
 class LostIpodTest : public ConnectedApiTest {
  protected:
-  /// Waits until the library has seen that its iPod does not speak any more.
+  /// Waits until the library has noticed that its iPod is gone.
   static void waitUntilTheReaderEnds() {
     for (const host_test::Patience patience; deskRunningThreads() > 0 && !patience.isOver();)
       std::this_thread::yield();
@@ -397,7 +397,7 @@ TEST_F(LostIpodTest, CanBeReplacedByAnother) {
   IpodDisconnect();
 }
 
-TEST_F(LostIpodTest, AfterACorruptFrameIsFoundAgain) {
+TEST_F(LostIpodTest, ConnectsAgainAfterACorruptFrame) {
   ipod.sendCorrupt("0A 02");
   waitUntilTheReaderEnds();
   int index = 77;
@@ -412,7 +412,7 @@ TEST_F(LostIpodTest, AfterACorruptFrameIsFoundAgain) {
 
 class SampleRateTest : public ConnectedApiTest {};
 
-TEST_F(SampleRateTest, OfANotificationReachesTheAudioStream) {
+TEST_F(SampleRateTest, ReachesTheAudioStreamFromANotification) {
   const std::string console = printed([this] {
     ipod.send("0A 04 00 00 BB 80 00 00 00 00 00 00 00 00");
     ASSERT_TRUE(log.waitFor("SelectFrequency"));
@@ -466,7 +466,7 @@ TEST_F(SampleRateTest, StaysForTheNextConnection) {
 
 class AudioPresentTest : public ApiTest {};
 
-TEST_F(AudioPresentTest, HandsFourWordsOnAndReturnsTheResult) {
+TEST_F(AudioPresentTest, PassesFourWordsOnAndReturnsTheResult) {
   for (const int result : {-7, 0, 1, 12345678}) {
     isochplaySetResult(kIpodAudioPresent, result);
     EXPECT_EQ(isIpodAudioPresent(1, -2, 3, 0x7FFFFFFF), result);

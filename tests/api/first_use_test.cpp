@@ -1,5 +1,5 @@
 // The library as it is before the first connection of its process. No test connects in this
-// process: what needs a connection runs in a child of its own.
+// process: what needs a connection runs in a separate child process.
 
 #include <desk.h>
 #include <dlfcn.h>
@@ -24,7 +24,7 @@ namespace {
 
 // ---------------------------------------------------------------- semaphores
 
-/// What CreateSemaphoreW does for the library in this program.
+/// How CreateSemaphoreW behaves for the library in this program.
 enum class SemaphoreMaking { kAsUsual, kRefused, kInPairs };
 
 std::mutex makingMutex;
@@ -32,10 +32,10 @@ std::condition_variable makerCame;
 SemaphoreMaking making = SemaphoreMaking::kAsUsual;
 int makers = 0;
 
-// Without a constructor: the library makes its first semaphores before main.
+// It has no constructor, because the library creates its first semaphores before main.
 HANDLE pair[2] = {};
 
-/// Of two threads, the first goes on when the second has come; alone it goes on after a while.
+/// The first of two threads continues when the second has arrived, or after 200 ms without one.
 void meetTheOtherMaker(std::unique_lock<std::mutex>& lock) {
   constexpr std::chrono::milliseconds kForTheOther{200};
   ++makers;
@@ -68,8 +68,7 @@ void makeSemaphores(SemaphoreMaking how) {
 
 bool isOpen(HANDLE semaphore) { return WaitForSingleObject(semaphore, 0) != WAIT_FAILED; }
 
-/// Does this in a process that has not used the library yet, and ends it with the result of the
-/// checks.
+/// Runs the checks in a process that has not used the library yet, and ends it with their result.
 [[noreturn]] void asChild(void (*checks)()) {
   checks();
   std::exit(testing::Test::HasFailure() ? 1 : 0);
@@ -89,7 +88,7 @@ struct ChildsIpod {
 
 class FirstUseTest : public testing::Test {
  protected:
-  // The children start afresh instead of being forked from a process with threads.
+  // Each child is a fresh process: a fork of a process with threads would be unreliable.
   void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
@@ -130,7 +129,7 @@ class WithoutALockTest : public FirstUseTest {
     testing::internal::CaptureStdout();
   }
 
-  // Nothing is printed, sent, posted or told to the audio library.
+  // The library has printed, sent and posted nothing and has not called the audio library.
   void TearDown() override {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     ipod.settle();
@@ -209,7 +208,7 @@ TEST_F(WithoutALockTest, LockFreeQueriesAnswerFromTheState) {
   EXPECT_EQ(IpodGetNumberOfPlaylist(), 0);
 }
 
-TEST_F(FirstUseTest, EnablingTheTabVisualizationSpeaksOfLevelZero) {
+TEST_F(FirstUseTest, EnablingTheTabVisualizationPrintsLevelZero) {
   EXPECT_EQ(printed([] { EXPECT_EQ(IpodEnableTabVisualizationActive(), 0); }),
             "\nEnter IpodEnableTabVisualizationActive******\n"
             "\n ****IpodEnableTab[0] = 0******\n");
@@ -225,7 +224,7 @@ TEST_F(FirstUseTest, AskingForTheAudioReachesTheAudioLibrary) {
 
 // ---------------------------------------------------------------- the first connection
 
-/// Before any announcement of the iPod's.
+/// The iPod announces no rate.
 void connectToAnIpodThatAnnouncesNoRate() {
   ChildsIpod child;
   child.ipod.answer(kIdentifyDeviceLingoes, {"00 02 00 13", "0A 02"});
@@ -252,7 +251,7 @@ void connectWithoutSemaphores() {
   IpodDisconnect();
 }
 
-TEST_F(FirstUseDeathTest, WithoutASemaphoreConnectsNotNowButLater) {
+TEST_F(FirstUseDeathTest, ConnectingFailsWithoutASemaphoreAndSucceedsLater) {
   expectOfAFreshProcess(connectWithoutSemaphores);
 }
 
@@ -271,7 +270,7 @@ void connectOnTwoThreads() {
   IpodDisconnect();
 }
 
-TEST_F(FirstUseDeathTest, OnTwoThreadsAtOnceMakesOneConnection) {
+TEST_F(FirstUseDeathTest, TwoThreadsAtOnceMakeOneConnection) {
   expectOfAFreshProcess(connectOnTwoThreads);
 }
 
@@ -287,7 +286,7 @@ void raceForTheLock() {
   EXPECT_TRUE(isOpen(libraryLock.handle()));
 }
 
-TEST_F(FirstUseDeathTest, OnTwoThreadsAtOnceMakesOneLock) { expectOfAFreshProcess(raceForTheLock); }
+TEST_F(FirstUseDeathTest, TwoThreadsAtOnceCreateOneLock) { expectOfAFreshProcess(raceForTheLock); }
 
 void connectTwice() {
   ChildsIpod child;
@@ -301,6 +300,6 @@ void connectTwice() {
   IpodDisconnect();
 }
 
-TEST_F(FirstUseDeathTest, MakesTheLockForGood) { expectOfAFreshProcess(connectTwice); }
+TEST_F(FirstUseDeathTest, TheLockIsPermanent) { expectOfAFreshProcess(connectTwice); }
 
 }  // namespace

@@ -58,7 +58,7 @@ class AmongTracksTest : public GroupStepTest {
   }
 };
 
-TEST_F(AmongTracksTest, ReadsTheIndexTheOwnNameAndTheTrackCountInThisOrder) {
+TEST_F(AmongTracksTest, ReadsTheIndexItsNameAndTheTrackCountInThisOrder) {
   listArtists({"Abba", "Beck"});
   playingIndex(0);
   EXPECT_THAT(step(kNextGroup), ElementsAre(kGetCurrentTrackIndex, kGetTrackArtist + " 00 00 00 00",
@@ -93,7 +93,7 @@ TEST_F(AmongTracksTest, NextWrapsFromTheLastTrackToTheFirst) {
                           kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(AmongTracksTest, PreviousPlaysTheFirstTrackOfTheArtistBefore) {
+TEST_F(AmongTracksTest, PreviousPlaysTheFirstTrackOfThePreviousArtist) {
   listArtists({"Abba", "Beck", "Beck", "Cher"});
   playingIndex(3);
   EXPECT_THAT(walk(kPreviousGroup),
@@ -103,7 +103,7 @@ TEST_F(AmongTracksTest, PreviousPlaysTheFirstTrackOfTheArtistBefore) {
                           kRefresh));
 }
 
-TEST_F(AmongTracksTest, PreviousPlaysTheFirstTrackOfTheAlbumBefore) {
+TEST_F(AmongTracksTest, PreviousPlaysTheFirstTrackOfThePreviousAlbum) {
   listAlbums({"Ants", "Bees", "Bees", "Cats"});
   playingIndex(3);
   EXPECT_THAT(walk(kPreviousGroup),
@@ -113,7 +113,7 @@ TEST_F(AmongTracksTest, PreviousPlaysTheFirstTrackOfTheAlbumBefore) {
                           kRefresh));
 }
 
-TEST_F(AmongTracksTest, PreviousLeavesTheOwnGroupFirst) {
+TEST_F(AmongTracksTest, PreviousLeavesThePlayingGroupFirst) {
   listArtists({"Abba", "Beck", "Cher", "Cher"});
   playingIndex(3);
   EXPECT_THAT(walk(kPreviousGroup),
@@ -161,7 +161,7 @@ TEST_F(AmongTracksTest, PreviousEndsAfterARoundWhenTheListHasBecomeShorterThanTh
                           kRefresh));
 }
 
-TEST_F(AmongTracksTest, AGroupOfTracksWithoutANameIsAGroup) {
+TEST_F(AmongTracksTest, TracksWithoutANameFormAGroup) {
   listArtists({"Abba", "", "", "Cher"});
   ipod.answer(kGetTrackArtist + " 00 00 00 01", {"04 00 23 00 00"});
   ipod.answer(kGetTrackArtist + " 00 00 00 02", {"04 00 23 00 00"});
@@ -181,7 +181,7 @@ TEST_F(AmongTracksTest, ATrackWithoutANameIsInAnotherGroupThanOneWithAName) {
                                             kPlayCurrentSelection + " 00 00 00 01", kRefresh));
 }
 
-TEST_F(AmongTracksTest, ANameThatTheIpodDoesNotTellIsEmpty) {
+TEST_F(AmongTracksTest, ANameThatTheIpodRefusesIsEmpty) {
   listArtists({"Abba", "Beck", "Beck", "Abba"});
   ipod.refuse(kGetTrackArtist + " 00 00 00 01");
   ipod.refuse(kGetTrackArtist + " 00 00 00 02");
@@ -192,7 +192,7 @@ TEST_F(AmongTracksTest, ANameThatTheIpodDoesNotTellIsEmpty) {
                           kPlayCurrentSelection + " 00 00 00 03", kRefresh));
 }
 
-/// Costs the wait for a reply.
+/// Waits for a reply that does not arrive.
 TEST_F(AmongTracksTest, ANameThatDoesNotArriveIsAnotherGroupThanOneWithAName) {
   const QuickTimeOuts quickTimeOuts;
   listArtists({"Abba", "Abba", "Abba"});
@@ -203,7 +203,7 @@ TEST_F(AmongTracksTest, ANameThatDoesNotArriveIsAnotherGroupThanOneWithAName) {
                                             kPlayCurrentSelection + " 00 00 00 01", kRefresh));
 }
 
-/// Costs the wait for a reply.
+/// Waits for a reply that does not arrive.
 TEST_F(AmongTracksTest, ANameThatDoesNotArriveEndsTheStepInAGroupWithoutNames) {
   const QuickTimeOuts quickTimeOuts;
   listArtists({"Abba", "", "", "", "Cher"});
@@ -292,7 +292,7 @@ INSTANTIATE_TEST_SUITE_P(
                     OddCount{"IndexIsTheLargest", "04 00 19 00 00 00 03", 0x7FFFFFFF}),
     rowName<OddCount>);
 
-TEST_F(AmongTracksTest, FromAnIndexBehindTheLastTrackLooksAtEveryTrack) {
+TEST_F(AmongTracksTest, FromAnIndexBeyondTheLastTrackReadsEveryTrack) {
   listArtists({"Abba", "Abba", "Beck"});
   ipod.answer(kGetTrackArtist + " 00 00 00 09", {"04 00 23 41 62 62 61 00"});
   playingIndex(9);
@@ -311,7 +311,7 @@ TEST_F(AmongTracksTest, WithNothingPlayingStepsForwardToTheFirstTrack) {
                                             kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(AmongTracksTest, PostsAlsoWhenTheIpodRefusesToPlay) {
+TEST_F(AmongTracksTest, PostsTheMessageEvenIfTheIpodRefusesToPlay) {
   listArtists({"Abba", "Beck"});
   playingIndex(0);
   ipod.refuse(kPlayCurrentSelection);
@@ -420,7 +420,7 @@ TEST_F(BelowARecordTest, FromThePlayAllEntryDoesNothing) {
   EXPECT_EQ(upDownTree.ipodLevelIndex[1], -1);
 }
 
-TEST_F(BelowARecordTest, FromThePlayAllTabReachedByMovingPlaysAllTheSame) {
+TEST_F(BelowARecordTest, FromThePlayAllTabReachedByMovingPlaysAnyway) {
   openBelow(IPOD_ALBUMS, 40, -35);
   EXPECT_THAT(
       step(kNextGroup),
@@ -433,14 +433,14 @@ TEST_F(BelowARecordTest, FromThePlayAllTabReachedByMovingPlaysAllTheSame) {
                   kCountTracks, kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(BelowARecordTest, StepsOnFromWhereTheLastStepCame) {
+TEST_F(BelowARecordTest, StepsFromTheRecordOfTheLastStep) {
   openBelow(IPOD_ALBUMS, 4, 0);
   EXPECT_THAT(step(kNextGroup), testing::Contains(kSelectSortDbRecord + " 03 00 00 00 01 03"));
   EXPECT_THAT(step(kNextGroup), testing::Contains(kSelectSortDbRecord + " 03 00 00 00 02 03"));
   EXPECT_THAT(step(kPreviousGroup), testing::Contains(kSelectSortDbRecord + " 03 00 00 00 01 03"));
 }
 
-TEST_F(BelowARecordTest, DoesNotMindRefusals) {
+TEST_F(BelowARecordTest, StepsEvenIfTheIpodRefuses) {
   openBelow(IPOD_ALBUMS, 4, 1);
   for (const std::string& request :
        {kResetDbSelection, kSelectSortDbRecord, kCountTracks, kPlayCurrentSelection})
@@ -466,7 +466,7 @@ TEST_F(BelowARecordTest, OnThePlayAllTabStepsFromTheTabsFirstIndex) {
   EXPECT_EQ(upDownTree.ipodLevelIndex[1], -34);
 }
 
-/// A step from a record of which the iPod does not count how many there are.
+/// A step from a record of a type that the iPod does not count.
 struct UncountedStep : NamedRow {
   int type;
   int from;
@@ -479,7 +479,7 @@ struct UncountedStep : NamedRow {
 class UncountedStepTest : public BelowARecordTest,
                           public testing::WithParamInterface<UncountedStep> {};
 
-TEST_P(UncountedStepTest, GoesByNoRecordsAtAll) {
+TEST_P(UncountedStepTest, StepsAsIfThereWereNoRecords) {
   const UncountedStep& row = GetParam();
   openBelow(row.type, 5, row.from);
   ipod.refuse(row.countRequest);

@@ -29,7 +29,7 @@ class IpodGetItemNameTest : public ConnectedApiTest {
   Units second;
 };
 
-TEST_F(IpodGetItemNameTest, OfFiftyBytesFillsThirtyUnitsAndTwenty) {
+TEST_F(IpodGetItemNameTest, SplitsFiftyBytesIntoThirtyUnitsAndTwenty) {
   openNamed("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWX");
   read(30);
   EXPECT_EQ(first, holding("abcdefghijklmnopqrstuvwxyzABCD", 30));
@@ -37,28 +37,28 @@ TEST_F(IpodGetItemNameTest, OfFiftyBytesFillsThirtyUnitsAndTwenty) {
   EXPECT_THAT(events(), ElementsAre(kRetrieveRecords + " 04 00 00 00 00 00 00 00 01"));
 }
 
-TEST_F(IpodGetItemNameTest, IsCutBehindBothBuffers) {
+TEST_F(IpodGetItemNameTest, IsCutAfterBothBuffers) {
   openNamed("abcdefghij");
   read(3);
   EXPECT_EQ(first, holding("abc", 3));
   EXPECT_EQ(second, holding("def", 3));
 }
 
-TEST_F(IpodGetItemNameTest, ThatFitsLeavesTheRestUntouched) {
+TEST_F(IpodGetItemNameTest, LeavesTheRestUntouchedIfTheNameFits) {
   openNamed("abc");
   read(5);
   EXPECT_EQ(first, holding("abc", 5));
   EXPECT_EQ(second, untouched(5));
 }
 
-TEST_F(IpodGetItemNameTest, ThatFitsExactlyLeavesTheSecondBufferUntouched) {
+TEST_F(IpodGetItemNameTest, LeavesTheSecondBufferUntouchedIfTheNameFitsExactly) {
   openNamed("abc");
   read(3);
   EXPECT_EQ(first, holding("abc", 3));
   EXPECT_EQ(second, untouched(3));
 }
 
-TEST_F(IpodGetItemNameTest, OneUnitLongerBeginsTheSecondBuffer) {
+TEST_F(IpodGetItemNameTest, BeginsTheSecondBufferIfTheNameIsOneUnitLonger) {
   openNamed("abcd");
   read(3);
   EXPECT_EQ(first, holding("abc", 3));
@@ -142,7 +142,7 @@ TEST_F(IpodGetItemNameTest, WithoutAFinalZeroEndsWithTheMessage) {
   EXPECT_EQ(first, holding("abc", 6));
 }
 
-TEST_F(IpodGetItemNameTest, IsThatOfTheCurrentItem) {
+TEST_F(IpodGetItemNameTest, ReadsTheNameOfTheCurrentItem) {
   openTree(IPOD_ARTISTS, 3);
   record("02", 0, "one");
   record("02", 1, "two");
@@ -177,7 +177,7 @@ TEST_F(IpodGetItemNameTest, WithoutAListWritesAndAsksNothing) {
   EXPECT_THAT(events(), IsEmpty());
 }
 
-TEST_F(IpodGetItemNameTest, ThatTheIpodDoesNotTellIsNotWritten) {
+TEST_F(IpodGetItemNameTest, WritesNothingIfTheIpodDoesNotSendTheName) {
   openTree(IPOD_GENRES, 3);
   for (const char* reply :
        {"00 02 05 00", "04 00 1B 00 00 00 00", "04 00 01 04 00 1A", "04 00 1F 00 00 00 00"}) {
@@ -189,7 +189,7 @@ TEST_F(IpodGetItemNameTest, ThatTheIpodDoesNotTellIsNotWritten) {
 
 // ---------------------------------------------------------------- the play-all mark
 
-/// The sizes of the two buffers and how many units of the mark they get.
+/// The sizes of the two buffers and how many units of the mark each receives.
 struct MarkCase : NamedRow {
   int maxChars;
   std::size_t inFirst;
@@ -213,17 +213,17 @@ class PlayAllMarkTest : public IpodGetItemNameTest, public testing::WithParamInt
   }
 };
 
-TEST_P(PlayAllMarkTest, StandsForThePlayAllEntry) {
+TEST_P(PlayAllMarkTest, IsTheNameOfThePlayAllEntry) {
   openTree(IPOD_ARTISTS, 3);
   expectTheMark();
 }
 
-TEST_P(PlayAllMarkTest, StandsForThePlayAllTab) {
+TEST_P(PlayAllMarkTest, IsTheNameOfThePlayAllTab) {
   openTree(IPOD_ARTISTS, 36);
   expectTheMark();
 }
 
-TEST_P(PlayAllMarkTest, StandsForThePlayAllTabReachedByMoving) {
+TEST_P(PlayAllMarkTest, IsTheNameOfThePlayAllTabReachedByMoving) {
   openTree(IPOD_ALBUMS, 36);
   IpodGetPrevItem();
   IpodGetNextItem();
@@ -246,7 +246,7 @@ TEST_F(IpodGetItemNameTest, PlayAllMarkNeedsNoBuffers) {
   EXPECT_EQ(second, (Units{0xFFFF, 0xEEEE, 0xEEEE}));
 }
 
-TEST_F(IpodGetItemNameTest, OfThePlayAllEntryOfAnEmptyListIsNothing) {
+TEST_F(IpodGetItemNameTest, WritesNothingForThePlayAllEntryOfAnEmptyList) {
   openTree(IPOD_ARTISTS, 0);
   read(4);
   EXPECT_EQ(first, untouched(4));
@@ -267,7 +267,7 @@ TEST_F(IpodGetItemNameTest, AmongTheItemsOfThePlayAllTabIsTheMarkAtMinusOneOnly)
 
 // ---------------------------------------------------------------- a tab's label
 
-/// The first and the last name of a tab, "" for one that the iPod does not tell, and the label.
+/// The first and the last name of a tab, "" for one that the iPod does not send, and the label.
 struct LabelCase : NamedRow {
   const char* firstName;
   const char* lastName;
@@ -297,7 +297,7 @@ INSTANTIATE_TEST_SUITE_P(Names, TabLabelTest,
                                          LabelCase{"None", "", "", " - "}),
                          rowName<LabelCase>);
 
-TEST_F(IpodGetItemNameTest, OfATabGoesOnInTheSecondBuffer) {
+TEST_F(IpodGetItemNameTest, ContinuesATabsLabelInTheSecondBuffer) {
   openTree(IPOD_GENRES, 36);
   record("04", 0, "Ambient");
   record("04", 34, "Country");
@@ -323,7 +323,7 @@ TEST_F(IpodGetItemNameTest, OfATabCutsBytesOfTheConvertedText) {
   EXPECT_EQ(first, (Units{0xE9, 0xE9, 0xE9, 0xE9, ' ', '-', ' ', 0xE9, 0xE9, 0xE9, 0xE9, 0xEEEE}));
 }
 
-TEST_F(IpodGetItemNameTest, OfATabThatWasChosenIsThatOfTheItem) {
+TEST_F(IpodGetItemNameTest, ReadsTheNameOfTheItemInAChosenTab) {
   openTree(IPOD_GENRES, 36);
   IpodGetNextItem();
   IpodDisableTabVisualizationActive();

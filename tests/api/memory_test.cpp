@@ -1,5 +1,5 @@
-// The exports while allocations fail: each failure of each allocation that an export makes, one at
-// a time and with all that follow it.
+// The exports while allocations fail: each allocation of an export fails, first alone, then with
+// all that follow it.
 
 #include <functional>
 
@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kRoom = 12;
 
-/// An export, what may come of it without memory, and what comes of it with memory.
+/// An export, what it may do without memory, and what it does with memory.
 struct MemoryCase : NamedRow {
   std::function<void()> prepare;
   std::function<bool()> call;  ///< true when the result is one that the export can have
@@ -208,8 +208,8 @@ class WithoutMemoryTest : public ConnectedApiTest {
     ipod.answer(kGetRepeat, {"04 00 30 02"});
   }
 
-  /// Waits until the answers that came too late for their requests are with the library, which
-  /// clears them away before its next one: the notification behind them arrives last.
+  /// Waits until the library has received the answers that were too late for their requests. It
+  /// discards them before its next request. The notification after them arrives last.
   void letLateAnswersArrive() {
     forgetEvents();
     ipod.send("0A 04 00 00 AC 44 00 00 00 00 00 00 00 00");

@@ -50,7 +50,7 @@ class PlayModeTest : public ConnectedApiTest, public testing::WithParamInterface
   const ModeExports& mode = GetParam();
 };
 
-TEST_P(PlayModeTest, SetSendsTheIpodsModeAndSaysSo) {
+TEST_P(PlayModeTest, SetSendsTheIpodsModeAndPrintsIt) {
   for (int hostMode = 1; hostMode <= 3; ++hostMode) {
     forgetEvents();
     EXPECT_EQ(printed([&] { EXPECT_EQ(mode.set(hostMode), 0); }), mode.activated[hostMode - 1]);
@@ -58,7 +58,7 @@ TEST_P(PlayModeTest, SetSendsTheIpodsModeAndSaysSo) {
   }
 }
 
-TEST_P(PlayModeTest, SetSaysSoAlsoWhenTheIpodRefuses) {
+TEST_P(PlayModeTest, SetPrintsTheModeEvenIfTheIpodRefuses) {
   ipod.refuse(mode.setRequest);
   EXPECT_EQ(printed([&] { EXPECT_EQ(mode.set(2), 0); }), mode.activated[1]);
   EXPECT_THAT(events(), ElementsAre(mode.setRequest + " 01"));
@@ -71,7 +71,7 @@ TEST_P(PlayModeTest, SetWithAnotherValueDoesNothing) {
   }
 }
 
-TEST_P(PlayModeTest, GetWritesTheHostsModeAndSaysIt) {
+TEST_P(PlayModeTest, GetWritesTheHostsModeAndPrintsIt) {
   for (int hostMode = 1; hostMode <= 3; ++hostMode) {
     ipod.answer(mode.getRequest, {std::string(mode.getReply) + kIpodModes[hostMode - 1]});
     forgetEvents();
@@ -107,7 +107,7 @@ TEST_P(PlayModeTest, GetLeavesTheOutputUntouchedWithoutAnAnswer) {
   }
 }
 
-TEST_P(PlayModeTest, GetWithoutAnOutputSaysTheModeAllTheSame) {
+TEST_P(PlayModeTest, GetPrintsTheModeEvenWithoutAnOutput) {
   ipod.answer(mode.getRequest, {std::string(mode.getReply) + " 01"});
   EXPECT_EQ(printed([&] { EXPECT_EQ(mode.get(nullptr), 0); }), mode.isActive[1]);
 }

@@ -62,13 +62,13 @@ TEST_F(IpodSongPlayTest, MinusOneInAnEmptyListPlaysTheFirstTrack) {
   EXPECT_THAT(play(-1), ElementsAre(kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, MinusOneWithTheIndexBehindTheListPlaysTheFirstTrack) {
+TEST_F(IpodSongPlayTest, MinusOneWithTheIndexBeyondTheListPlaysTheFirstTrack) {
   openTracks(30);
   browseTree.ipodLevelIndex[2] = 30;
   EXPECT_THAT(play(-1), ElementsAre(kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, AnItemBehindTheListIsPlayedWhenTheSelectionHasIt) {
+TEST_F(IpodSongPlayTest, AnItemBeyondTheListIsPlayedIfTheSelectionHasIt) {
   openTracks(30);
   count(kTracks, 32);
   EXPECT_THAT(play(30),
@@ -83,7 +83,7 @@ TEST_F(IpodSongPlayTest, AnItemOfTheListIsPlayedEvenIfTheSelectionHasFewerTracks
   EXPECT_THAT(play(29), ElementsAre(kPlayCurrentSelection + " 00 00 00 1D", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, AnItemBehindTheSelectionPlaysTheFirstTrack) {
+TEST_F(IpodSongPlayTest, AnItemBeyondTheSelectionPlaysTheFirstTrack) {
   openTracks(30);
   EXPECT_THAT(play(30),
               ElementsAre(kCountTracks, kPlayCurrentSelection + " 00 00 00 00", kRefresh));
@@ -91,7 +91,7 @@ TEST_F(IpodSongPlayTest, AnItemBehindTheSelectionPlaysTheFirstTrack) {
               ElementsAre(kCountTracks, kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, AnItemBehindAnUncountedSelectionPlaysTheFirstTrack) {
+TEST_F(IpodSongPlayTest, AnItemBeyondAnUncountedSelectionPlaysTheFirstTrack) {
   openTracks(30);
   ipod.refuse(kCountRecords);
   EXPECT_THAT(play(30),
@@ -101,7 +101,7 @@ TEST_F(IpodSongPlayTest, AnItemBehindAnUncountedSelectionPlaysTheFirstTrack) {
               ElementsAre(kCountTracks, kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, PostsAlsoWhenTheIpodRefuses) {
+TEST_F(IpodSongPlayTest, PostsTheMessageEvenIfTheIpodRefuses) {
   openTracks(30);
   ipod.refuse(kPlayCurrentSelection);
   EXPECT_THAT(play(3), ElementsAre(kPlayCurrentSelection + " 00 00 00 03", kRefresh));
@@ -165,7 +165,7 @@ TEST_F(IpodSongPlayTest, AtTheFirstLevelOnThePlayAllEntryPlaysFromTheFirstTrack)
                                     kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, AtTheFirstLevelCountsTheTracksFirstForAnItemBehindTheList) {
+TEST_F(IpodSongPlayTest, AtTheFirstLevelCountsTheTracksFirstForAnItemBeyondTheList) {
   openTree(IPOD_ARTISTS, 20);
   count(kTracks, 500);
   EXPECT_THAT(play(300),
@@ -174,7 +174,7 @@ TEST_F(IpodSongPlayTest, AtTheFirstLevelCountsTheTracksFirstForAnItemBehindTheLi
                           kPlayCurrentSelection + " 00 00 01 2C", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, AtTheFirstLevelDoesNotMindRefusals) {
+TEST_F(IpodSongPlayTest, AtTheFirstLevelPlaysEvenIfTheIpodRefuses) {
   openTree(IPOD_ARTISTS, 20);
   for (const std::string& request :
        {kCountRecords, kSelectDbRecord, kSelectSortDbRecord, kPlayCurrentSelection})
@@ -228,7 +228,7 @@ TEST_F(PlayInformationTest, GetTrackIndexWithoutAnAnswerIsZeroAndWritesNothing) 
   }
 }
 
-TEST_F(PlayInformationTest, GetCurrentPlayStatusTellsPlayingAndPausedApart) {
+TEST_F(PlayInformationTest, GetCurrentPlayStatusDistinguishesPlayingAndPaused) {
   const std::pair<const char*, int> kStates[] = {
       {"01", 1}, {"02", 2}, {"00", 0}, {"03", 0}, {"FF", 0}};
   for (const auto& [state, expected] : kStates) {

@@ -9,8 +9,8 @@ namespace {
 
 class SnapshotTest : public ConnectedApiTest {
  protected:
-  /// Opens genres, then albums level by level with an index of its own for each, and takes the
-  /// snapshot at the last one.
+  /// Opens genres, then albums level by level, each with another index, and takes the snapshot at
+  /// the last level.
   void takeSnapshotAtLevel(int level) {
     openTree(IPOD_GENRES, 40);
     browseTree.ipodLevelIndex[1] = 11;
@@ -202,7 +202,7 @@ TEST_F(ParentNameTest, AtLevelThreeRestoresTheSelectionInTheListsSortOrder) {
                                     kSelectSortDbRecord + " 03 00 00 00 0C 03"));
 }
 
-TEST_F(ParentNameTest, BelowLevelThreeRestoresTheSelectionPlainly) {
+TEST_F(ParentNameTest, BelowLevelThreeRestoresTheSelectionWithoutASortOrder) {
   for (int level = 4; level <= 7; ++level) {
     takeSnapshotAtLevel(level);
     const std::uint32_t parent = 10u + static_cast<std::uint32_t>(level) - 1;
@@ -229,7 +229,7 @@ TEST_F(ParentNameTest, OfThePlayAllEntryIsThePlayAllMark) {
                                     kSelectDbRecord + " 02 FF FF FF FF"));
 }
 
-TEST_F(ParentNameTest, OfAnEntryThatIsNoItemWritesNothing) {
+TEST_F(ParentNameTest, OfAnEntryThatIsNotAnItemWritesNothing) {
   takeSnapshotAtLevel(2);
   for (const int index : {-1, 40, 1000, -35}) {
     upDownTree.ipodLevelIndex[1] = index;
@@ -249,7 +249,7 @@ TEST_F(ParentNameTest, OfAnEntryInAnEmptyListWritesNothing) {
   EXPECT_EQ(first, untouched(8));
 }
 
-TEST_F(ParentNameTest, ThatTheIpodDoesNotTellIsNotWrittenAndTheSelectionRestored) {
+TEST_F(ParentNameTest, WritesNothingAndRestoresTheSelectionIfTheIpodDoesNotSendTheName) {
   takeSnapshotAtLevel(2);
   EXPECT_EQ(IpodGetParentUpDownName(0, first.data(), second.data(), 8), 0);
   EXPECT_EQ(first, untouched(8));

@@ -114,7 +114,7 @@ TEST_F(IpodGetTrackInfoTest, WithNothingPlayingAsksForTrackMinusOne) {
                           kGetTrackInfo + " 05 FF FF FF FF 00 00"));
 }
 
-TEST_F(IpodGetTrackInfoTest, LeavesTheBufferOfATextThatIsNotToldUntouched) {
+TEST_F(IpodGetTrackInfoTest, LeavesTheBufferOfAMissingTextUntouched) {
   for (const std::string& request :
        {kGetTrackTitle + " 00 00 01 02", kGetTrackArtist + " 00 00 01 02",
         kGetTrackAlbum + " 00 00 01 02", kGetTrackInfo + " 05 00 00 01 02 00 00"})
@@ -126,7 +126,7 @@ TEST_F(IpodGetTrackInfoTest, LeavesTheBufferOfATextThatIsNotToldUntouched) {
   EXPECT_EQ(fifth, holding("UnKnown", 12));
 }
 
-TEST_F(IpodGetTrackInfoTest, GoesOnAfterATextThatIsNotTold) {
+TEST_F(IpodGetTrackInfoTest, ContinuesAfterAMissingText) {
   ipod.refuse(kGetTrackArtist + " 00 00 01 02");
   EXPECT_EQ(read(12), 0);
   EXPECT_EQ(artist, untouched(12));
@@ -167,13 +167,13 @@ TEST_F(IpodGetTrackInfoTest, WritesUnKnownWhateverTrackPlays) {
   EXPECT_EQ(fifth, holding("UnKnown", 12));
 }
 
-TEST_F(IpodGetTrackInfoTest, LeavesTheGenresLastByteOut) {
+TEST_F(IpodGetTrackInfoTest, OmitsTheLastByteOfTheGenre) {
   ipod.answer(kGetTrackInfo + " 05 00 00 01 02 00 00", {"04 00 0D 05 52 6F 63 6B"});
   EXPECT_EQ(printed([this] { read(12); }), "Gnere is \x05Roc\n");
   EXPECT_EQ(genre, holding("\x05Roc", 12));
 }
 
-TEST_F(IpodGetTrackInfoTest, TakesAGenreThatDoesNotConvertAsEmpty) {
+TEST_F(IpodGetTrackInfoTest, TreatsAGenreThatDoesNotConvertAsEmpty) {
   ipod.answer(kGetTrackInfo + " 05 00 00 01 02 00 00", {"04 00 0D 05 F0 9F 98 80 00"});
   EXPECT_EQ(printed([this] { EXPECT_EQ(read(12), 0); }), "Gnere is \n");
   EXPECT_EQ(genre, untouched(12));
@@ -197,7 +197,7 @@ class IpodGetNameTest : public ConnectedApiTest {
   }
 };
 
-TEST_F(IpodGetNameTest, ReadsTheNameAndSaysThatItDoes) {
+TEST_F(IpodGetNameTest, ReadsTheNameAndPrintsThatItDoes) {
   Units name = untouched(16);
   EXPECT_EQ(printed([&] { EXPECT_EQ(IpodGetName(name.data(), 16), 0); }),
             "IpodGetName start\nIpodGetName end\n");
@@ -224,7 +224,7 @@ TEST_F(IpodGetNameTest, NeedsNoBuffer) {
   EXPECT_THAT(events(), ElementsAre(kRequestIpodName));
 }
 
-TEST_F(IpodGetNameTest, ThatIsNotToldIsNotWritten) {
+TEST_F(IpodGetNameTest, WritesNothingIfTheIpodDoesNotSendTheName) {
   Units name = untouched(16);
   for (const char* reply : {"00 02 05 07", "00 08", "04 00 15 41 00"}) {
     ipod.answer(kRequestIpodName, {reply});
@@ -266,7 +266,7 @@ TEST_F(IpodGetSerialNumberTest, IsCutAtMaxChars) {
   EXPECT_EQ(serial, holding("5U", 2));
 }
 
-TEST_F(IpodGetSerialNumberTest, OfOneUnitIsPrintedWithoutReadingOn) {
+TEST_F(IpodGetSerialNumberTest, OfOneUnitIsPrintedWithoutReadingFurther) {
   const auto serial = std::make_unique<unsigned short[]>(1);
   EXPECT_EQ(printed([&] { IpodGetSerialNumber(serial.get(), 1); }),
             "IpodGetSerialNumber start\nIpodGetSerialNumber is 5\nIpodGetSerialNumber end\n");
@@ -281,7 +281,7 @@ TEST_F(IpodGetSerialNumberTest, IsNotConverted) {
   EXPECT_EQ(serial, (Units{0xC3, 0xA9, 0x00, 0x41, 0xEEEE}));
 }
 
-TEST_F(IpodGetSerialNumberTest, ThatIsNotToldIsNeitherWrittenNorPrinted) {
+TEST_F(IpodGetSerialNumberTest, WritesAndPrintsNothingIfTheIpodDoesNotSendTheNumber) {
   Units serial = untouched(16);
   for (const char* reply : {"00 02 05 0B", "00 0C", "00 08 41 00"}) {
     ipod.answer(kRequestSerialNumber, {reply});

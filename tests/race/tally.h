@@ -11,13 +11,13 @@ using exports::Duration;
 using exports::Export;
 using exports::MadeCall;
 
-/// What is kept of one thread's calls: they may be too many to be kept all.
+/// A summary of one thread's calls, which may be too many to keep.
 struct Tally {
   int calls = 0;
   int connections = 0;
   MadeCall slowest;
-  std::vector<MadeCall> broken;      ///< those that returned what they do not promise
-  std::vector<MadeCall> unanswered;  ///< those that surely missed their answers
+  std::vector<MadeCall> broken;      ///< with an effect that is not promised
+  std::vector<MadeCall> unanswered;  ///< those that surely missed their answer
 
   void add(const MadeCall& made) {
     ++calls;

@@ -1,5 +1,5 @@
-// What a careless host hands to the exports, in every state of the connection: nothing crashes,
-// nothing is written where nothing is to be written, and every call comes back.
+// Careless arguments to the exports, in every state of the connection: nothing crashes, nothing is
+// written where nothing may be written, and every call returns.
 
 #include <desk.h>
 #include <gmock/gmock.h>
@@ -41,7 +41,7 @@ class BadInput : public testing::TestWithParam<State> {
     }
   }
 
-  // Until the iPod has taken the last message.
+  // Waits until the iPod has read the last message.
   void disconnect() {
     exports.IpodDisconnect();
     ASSERT_TRUE(ipod.waitUntil(
@@ -51,7 +51,7 @@ class BadInput : public testing::TestWithParam<State> {
   bool answers() const { return GetParam() == State::kConnected; }
   bool isUsed() const { return GetParam() != State::kBeforeTheFirstConnection; }
 
-  // No request of these is refused or lost, which would cost a second.
+  // None of these requests is refused or lost, which would take a second.
   static constexpr milliseconds kBound{900};
 
   template <class Call>
@@ -232,7 +232,7 @@ TEST_P(BadInput, TheTreeEndsAtTheSeventhLevelAndAtLevelZero) {
 }
 
 // The exports that neither take nor write anything.
-TEST_P(BadInput, CallsWithoutArgumentsComeBack) {
+TEST_P(BadInput, CallsWithoutArgumentsReturn) {
   const int used = isUsed() ? 1 : 0;
   inTime("IpodIsConnect", [&] {
     const bool open = GetParam() == State::kConnected || GetParam() == State::kVanished;

@@ -1,4 +1,4 @@
-// A call that may block, on a thread of its own.
+// A call that may block, on a separate thread.
 #ifndef TESTS_HOST_BACKGROUND_CALL_H
 #define TESTS_HOST_BACKGROUND_CALL_H
 
@@ -20,7 +20,7 @@
 
 namespace host_test {
 
-// A call that never returns costs the test a failure, not the process: its thread is left behind.
+// A call that never returns fails the test but does not stop the process: its thread is abandoned.
 template <typename Result>
 class BackgroundCall {
  public:
@@ -38,7 +38,7 @@ class BackgroundCall {
     statusPath = "/proc/self/task/" + std::to_string(id.get()) + "/syscall";
   }
 
-  // Waits until the call sleeps in a poll of the kernel's, as a device call does that has to wait.
+  // Waits until the call sleeps in the kernel's poll, as a device call does that has to wait.
   bool waitUntilBlocked() const {
     for (const Patience patience; !patience.isOver(); std::this_thread::yield()) {
       std::string number;
@@ -53,7 +53,7 @@ class BackgroundCall {
     return future.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
   }
 
-  // None when the call does not return in time. Once only.
+  // Returns nothing if the call does not return in time. Call it once.
   std::optional<Result> result() {
     if (future.wait_for(kPatience) != std::future_status::ready) return std::nullopt;
     return future.get();

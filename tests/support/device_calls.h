@@ -38,11 +38,11 @@ inline HANDLE openDevice(LPCWSTR name) {
   return CreateFileW(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
 }
 
-// What a read or a write gave.
+// The result of a read or a write.
 struct Transfer {
   BOOL result;
   DWORD error;  // of a failure, else 0
-  Bytes bytes;  // what was read; for a write, what went out
+  Bytes bytes;  // what was read or written
 
   friend bool operator==(const Transfer& a, const Transfer& b) {
     return a.result == b.result && a.error == b.error && a.bytes == b.bytes;

@@ -59,17 +59,17 @@ struct Export {
   bool (*isLegal)(const Effect&);  ///< whether the header has such a result, for any iPod
   Known known;
   Effect (*make)(unsigned variety);  ///< calls it; the arguments vary
-  /// Whether it surely got its answer; null if its effect does not show that.
+  /// Returns whether it got its answer; null if its effect does not show that.
   bool (*isAnswered)(const Effect&) = nullptr;
 
   bool asksNothing() const { return waits.inAll() == 0; }
 };
 
-/// In the order of their ordinals.
+/// Returns all functions in the order of their ordinals.
 const std::vector<Export>& allExports();
 const Export& exportCalled(const std::string& name);
 
-/// Of an IpodCommand. Steps to another group ask for the name of each of so many tracks.
+/// Returns the waits of an IpodCommand. A step to another group asks for the names of all `tracks`.
 Waits waitsOfCommand(int code, int tracks);
 
 struct MadeCall {
@@ -77,7 +77,7 @@ struct MadeCall {
   Effect effect;
   Duration took{0};
 
-  /// Whether the effect is legal, and known of an iPod with the built-in library.
+  /// Returns whether the effect is legal, and known of an iPod with the built-in library.
   bool isPromised() const;
   bool surelyMissedItsAnswer() const {
     return exported->isAnswered != nullptr && !exported->isAnswered(effect);

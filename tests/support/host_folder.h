@@ -7,8 +7,7 @@
 
 namespace session {
 
-/// The folder in which the host program runs: the current directory while this lives, empty at
-/// first.
+/// The folder of a host program: the current directory while this object lives, empty at first.
 class HostFolder {
  public:
   HostFolder();
@@ -16,9 +15,9 @@ class HostFolder {
   HostFolder(const HostFolder&) = delete;
   HostFolder& operator=(const HostFolder&) = delete;
 
-  /// Puts the head unit's own logo there.
+  /// Copies the head unit's own logo there.
   void putLogo() const;
-  /// Puts a logo file of these bytes there.
+  /// Writes a logo file of these bytes there.
   void writeLogo(const std::string& bytes) const;
   void removeLogo() const;
 
@@ -29,7 +28,7 @@ class HostFolder {
   const simulator::TemporaryFolder folder;
 };
 
-/// The head unit's own logo in its own folder.
+/// Returns the path of the head unit's own logo.
 std::filesystem::path headUnitLogo();
 
 std::string contentOf(const std::filesystem::path& file);

@@ -15,7 +15,7 @@ class LoadedLibrary {
   LoadedLibrary(const LoadedLibrary&) = delete;
   LoadedLibrary& operator=(const LoadedLibrary&) = delete;
 
-  /// Whether it is loaded by anybody.
+  /// Returns whether this process has it loaded.
   static bool isLoaded();
 
  private:

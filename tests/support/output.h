@@ -8,22 +8,22 @@
 
 namespace exports {
 
-/// What a call may write.
+/// An output of a call.
 class Output {
  public:
   virtual ~Output() = default;
 
-  /// Whether nothing was written but the beginning of the room.
+  /// Returns whether nothing was written except the beginning of the buffer, without a hole.
   virtual bool isIntact() const = 0;
-  /// Whether the whole room was written.
+  /// Returns whether the whole buffer was written.
   virtual bool isFull() const = 0;
-  /// What was written, kNothing for nothing.
+  /// Returns what was written, kNothing for nothing.
   virtual std::string words() const = 0;
 
   static constexpr const char* kNothing = "-";
 };
 
-/// Room for so many units, between guards.
+/// A buffer of `size` units between guards.
 template <class Unit>
 class Room : public Output {
  public:
@@ -39,7 +39,7 @@ class Room : public Output {
   bool isFull() const override { return written() == room; }
 
  protected:
-  /// How many units from the room's start on.
+  /// Returns how many units were written from the start of the buffer.
   std::size_t written() const {
     const auto* const start = units.data() + kGuard;
     return static_cast<std::size_t>(std::find(start, start + room, untouched()) - start);

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <stdexcept>
 
-/// What runs the programs of another processor, its words between bars.
+/// The emulator's command for programs of another processor, its words separated by bars.
 #ifndef TEST_EMULATOR
 #define TEST_EMULATOR ""
 #endif
@@ -35,7 +35,7 @@ int leftMs(Clock::time_point end) {
   return left > 0 ? static_cast<int>(left) : 0;
 }
 
-// All that has been written, without a wait for more.
+// Returns all output so far, without a wait for more.
 std::string readAll(const FileDescriptor& from) {
   std::string all;
   char some[4096];
@@ -126,7 +126,7 @@ void Program::signal(int number) {
   if (child > 0) kill(child, number);
 }
 
-// The end of the output is the sign: then the wait for the process itself is short.
+// Waits first for the end of the output: then the wait for the process itself is short.
 std::optional<int> Program::waitForEnd(Time limit) {
   const auto end = Clock::now() + limit;
   while (readLine(milliseconds(leftMs(end)))) {

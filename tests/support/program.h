@@ -11,7 +11,8 @@
 
 namespace simulator {
 
-/// A program that runs beside the test. Every wait has an end; at the end of its life it is killed.
+/// A program that runs at the same time as the test. Every wait has an end. The destructor kills
+/// it.
 class Program {
  public:
   Program(const std::string& file, const std::vector<std::string>& arguments);
@@ -19,19 +20,19 @@ class Program {
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
 
-  /// Its next line of output, without the line end; nothing when none comes in time.
+  /// Returns its next line of output without the line end, or nothing if none arrives in time.
   std::optional<std::string> readLine(Time limit = seconds(20));
-  /// Reads lines until one contains the text; false when none comes in time.
+  /// Reads lines until one contains the text. Returns false if none arrives in time.
   bool readUntil(const std::string& text, Time limit = seconds(20));
   void type(const std::string& line);
   void endInput() { input = FileDescriptor(); }
   void signal(int number);
   pid_t process() const { return child; }
-  /// Its exit status; nothing when it does not end in time, or is ended by a signal.
+  /// Returns its exit status, or nothing if it does not end in time or a signal ends it.
   std::optional<int> waitForEnd(Time limit = seconds(20));
-  /// Everything that it has written and that no readLine() took, once it has ended.
+  /// Returns all output that readLine() has not returned. Call it when the program has ended.
   std::string restOfOutput();
-  /// What it has written as errors and nobody took.
+  /// Returns what it has written to stderr since the last call.
   std::string errors();
 
  private:

@@ -50,10 +50,10 @@ class PtyPair {
   // The near end's terminal.
   const std::string& path() const { return nearEndPath; }
 
-  // The far end, -1 after a hang-up: for a test that must wait for other things beside it.
+  // The far end, -1 after a hang-up: for a test that also waits for other things.
   int descriptor() const { return farEnd; }
 
-  // Writes to the device; false when it does not take everything in time.
+  // Writes to the device. Returns false if it does not accept everything in time.
   bool send(const Bytes& bytes) {
     std::size_t sent = 0;
     for (const Patience patience; sent < bytes.size() && waitFor(POLLOUT, patience);) {
@@ -76,7 +76,7 @@ class PtyPair {
     return arrived == static_cast<int>(bytes.size());
   }
 
-  // The next `count` bytes that the device writes; fewer when they do not come in time.
+  // Returns the next `count` bytes that the device writes, or fewer if they do not arrive in time.
   Bytes receive(std::size_t count) {
     Bytes bytes(count);
     std::size_t received = 0;
@@ -88,10 +88,10 @@ class PtyPair {
     return bytes;
   }
 
-  // Whether anything holds the near end open.
+  // Returns whether anything holds the near end open.
   bool isDeviceOpen() const { return (eventsNow() & POLLHUP) == 0; }
 
-  // Waits until nothing holds the near end open; false when that does not come in time.
+  // Waits until nothing holds the near end open. Returns false if that does not happen in time.
   bool waitUntilDeviceCloses() const {
     pollfd watched = {farEnd, 0, 0};
     return poll(&watched, 1, Patience().left()) > 0 && (watched.revents & POLLHUP) != 0;

@@ -5,7 +5,7 @@
 #include <string>
 #include <type_traits>
 
-/// What a program on Linux and the library under Wine tell each other over a socket. Both run on
+/// Messages between a program on Linux and the library under Wine over a socket. Both run on
 /// the same processor, so numbers go as they are in memory. Include the system's socket functions
 /// first.
 namespace remote {

@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-/// A folder of its own that goes with its owner.
+/// A new folder that the destructor removes with its content.
 class TemporaryFolder {
  public:
   TemporaryFolder() {

@@ -32,9 +32,9 @@ simulator::Personality anyModel(std::mt19937_64& random) {
   return simulator::personality(names[random() % names.size()]);
 }
 
-// Models that are slow to obey first say that they will, and every command costs two waits. The
-// step to the next group may ask for the name of every track: each comes soon, if only as a
-// refusal, or never when the iPod fell silent.
+// Models that are slow to obey first acknowledge that the command is pending, and every command
+// costs two waits. The step to the next group may ask for the name of every track: each arrives
+// soon, if only as a refusal, or never if the iPod fell silent.
 Time longestOf(const Export& exported, bool mayBeSilent) {
   const Time forAName = mayBeSilent ? seconds(1) : milliseconds(50);
   const Time forAWalk = forAName * static_cast<int>(music().tracks.size());
@@ -71,8 +71,8 @@ void Drive::live() {
   expectASession();
 }
 
-// The driver's hand is a thread of its own: it pulls in the middle of a call, too. Half of the
-// pulls come while the head unit connects and its user browses.
+// The person driving is a separate thread, which also pulls in the middle of a call. Half of the
+// pulls happen while the head unit connects and its user browses.
 void Drive::threatenCable() {
   ++threats;
   const DWORD delay = chance(2) ? below(3 * kSecond) : below(30 * 60 * kSecond);
@@ -85,7 +85,7 @@ void Drive::threatenCable() {
   });
 }
 
-// An empty answer of an iPod that was just connected is worth another try; so is the connection.
+// A connection can need another try, and so can a question to an iPod that was just connected.
 void Drive::connect() {
   constexpr int kTries = 3;
   for (int i = 0; i < kTries && call("IpodConnect").result == 0; ++i)
@@ -104,7 +104,7 @@ void Drive::browse() {
   call("IpodSongPlay");
 }
 
-// Now and then a long one.
+// One drive in twenty is long.
 void Drive::listen() {
   const unsigned length = chance(20) ? 4 * 60 * 60 : 60 * below(60);
   for (unsigned second = 0; second < length && fault.empty(); ++second) {
@@ -141,7 +141,7 @@ void Drive::stopForHours() {
   askWhatPlays();
 }
 
-// The first list of an iPod that still acknowledges the connection is worth another try.
+// The first list can need another try if the iPod is still acknowledging the connection.
 void Drive::expectASession() {
   cable.plug(world.now());
   if (call("IpodConnect").result != 1) complain("no connection at the end");

@@ -1,4 +1,5 @@
-// How long each export may take in virtual time, worked out from the answers that it waits for.
+// How long each export may take on the deterministic platform, computed from the answers that it
+// waits for.
 #include <ipodctl.h>
 
 #include "virtual/promises.h"

@@ -31,10 +31,10 @@ std::vector<std::string> resultsOf(const Calls& calls);
 /// "IpodCommand"
 std::string exportOf(const std::string& callName);
 
-/// How many units of an entry's name each of the two buffers takes.
+/// The size of each of the two buffers for an entry's name, in units.
 constexpr int kNameChars = 4;
 
-/// A thread of a host program, which writes down what its calls do.
+/// A thread of a host program. It records the effects of its calls.
 class Host {
  public:
   explicit Host(const virtual_platform::VirtualWorld& itsWorld, int itsThread = 0)
@@ -48,7 +48,7 @@ class Host {
   void command(int code);
   void play(int track);
   void number(const char* name, int (*exported)(int*));
-  /// Reads the position, which is written down as "300 or more": it differs with the time that the
+  /// Reads the position, which is recorded as "300 or more": it depends on the time that the
   /// answers took.
   void position(int atLeast);
   void open(int descend, int type, int tracksOfSelection = 0);

@@ -1,4 +1,4 @@
-// An export that has to wait for the lock goes by what it finds then, not by what was before.
+// An export that has to wait for the lock uses the state that it finds then, not the earlier one.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <ipodctl.h>
@@ -47,7 +47,7 @@ void startSession() {
 
 enum class Meeting { kOneAfterTheOther, kAtTheLock };
 
-/// The story of an export in a thread of its own.
+/// Returns the story of an export on a separate thread.
 Lines ownStory(const Export& exported, unsigned variety, const Before& before, Meeting meeting) {
   VirtualSession session(kSeed);
   EXPECT_EQ(session.run([&] {
@@ -83,7 +83,7 @@ class LateLock : public testing::TestWithParam<Before> {
 INSTANTIATE_TEST_SUITE_P(All, LateLock, testing::ValuesIn(kBefore),
                          [](const auto& each) { return std::string(each.param.name); });
 
-TEST_P(LateLock, FindsWhatTheHolderHasLeft) {
+TEST_P(LateLock, ActsOnTheStateThatTheHolderLeft) {
   int locked = 0;
   for (const Export& exported : exports::allExports()) {
     for (unsigned variety = 0; variety < kVarieties; ++variety) {

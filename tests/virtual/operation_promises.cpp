@@ -34,7 +34,7 @@ const Promises& operationPromises() {
                             {"RequestLingoProtocolVersion", requests(1), writesOnSuccess},
                             {"ResetDbSelection", requests(1), returnsYesOrNo},
                             {"GetDbRecordCount", requests(1), writesOnSuccess},
-                            // Records that came before a time-out stay.
+                            // Records that arrived before a time-out stay.
                             {"RetrieveDbRecords", requests(kRecordsAtOnce), returnsYesOrNo},
                             {"SelectDbRecord", requests(0, 1), returnsYesOrNo},
                             {"SelectSortDbRecord", requests(0, 1), returnsYesOrNo},

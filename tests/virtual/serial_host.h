@@ -9,7 +9,7 @@
 
 namespace virtual_session {
 
-/// What an operation put into its references.
+/// What an operation wrote to its references.
 class Said final : public Output {
  public:
   bool isIntact() const override { return true; }
@@ -23,7 +23,7 @@ class Said final : public Output {
   void say(const ipodctl::ImageLimits& said) {
     text = std::to_string(said.width) + "x" + std::to_string(said.height);
   }
-  /// In the order of their indexes: one that is late comes last.
+  /// In the order of their indexes: a late one arrives last.
   void say(const ipodctl::RecordList& said) {
     std::map<uint32_t, const ipodctl::ByteString*> names;
     for (const ipodctl::RecordEntry& entry : said)
@@ -46,7 +46,7 @@ class Said final : public Output {
   std::string text = kNothing;
 };
 
-/// A host of the controller, which lives as long as the program, and so does its link.
+/// A host of the controller. The controller and its link live as long as the program.
 class SerialHost {
  public:
   explicit SerialHost(Host& caller) : host(caller) {}

@@ -31,7 +31,7 @@ void again(void (*work)(Host&), Host& host) {
     work(host);
 }
 
-/// What each thread did, whatever the others did.
+/// The results of each thread, whatever the others did.
 std::vector<std::string> roundsOf(const std::vector<std::string>& results) {
   std::vector<std::string> all;
   for (int round = 0; round < kRounds; ++round)
@@ -54,7 +54,7 @@ std::uint64_t seeds() {
 
 class ThreadSweep : public Sweep, public testing::WithParamInterface<int> {
  protected:
-  /// Beside the session of a script, so many threads that do the same.
+  /// Runs so many threads that do the same, during the session of a script.
   Case besides(const Script& script, std::uint64_t seed) const {
     const int others = GetParam() - 1;
     return {script, std::to_string(GetParam()) + "-threads", seed,
@@ -68,7 +68,7 @@ class ThreadSweep : public Sweep, public testing::WithParamInterface<int> {
 
 INSTANTIATE_TEST_SUITE_P(All, ThreadSweep, testing::Values(2, 3));
 
-// They connect and disconnect under each other's feet.
+// They connect and disconnect during each other's calls.
 TEST_P(ThreadSweep, KeepsItsPromisesToThreadsThatDoEverythingAtOnce) {
   for (std::uint64_t seed = 1; seed <= seeds(); ++seed) {
     tryCase(besides(shortScript(), seed));
