@@ -52,7 +52,7 @@ void Transport::shutDown() {
 
 bool Transport::startReadData() {
   if (readDataActive || !isOpen() || !awaitReader()) return false;
-  // Set it first: a wake() for the previous reader that comes late then leaves the signal alone.
+  // Set it first: a late wake() for the previous reader then leaves the signal alone.
   readDataActive = 1;
   messages.clearSignal();
   readerInside = 1;

@@ -73,19 +73,19 @@ void ApiTest::forgetEvents() {
 }
 
 void ApiTest::count(const std::string& category, std::uint32_t records) {
-  ipod.answer("04 00 18 " + category, {"04 00 19" + word(records)});
+  ipod.answer(kCountRecords + " " + category, {"04 00 19" + word(records)});
 }
 
 void ApiTest::playState(const std::string& state, std::uint32_t position) {
-  ipod.answer("04 00 1C", {"04 00 1D 00 03 0D 40" + word(position) + ' ' + state});
+  ipod.answer(kGetPlayStatus, {"04 00 1D 00 03 0D 40" + word(position) + ' ' + state});
 }
 
 void ApiTest::playingIndex(std::uint32_t index) {
-  ipod.answer("04 00 1E", {"04 00 1F" + word(index)});
+  ipod.answer(kGetCurrentTrackIndex, {"04 00 1F" + word(index)});
 }
 
 void ApiTest::record(const std::string& category, std::uint32_t index, const std::string& name) {
-  ipod.answer("04 00 1A " + category + word(index) + " 00 00 00 01",
+  ipod.answer(kRetrieveRecords + " " + category + word(index) + " 00 00 00 01",
               {"04 00 1B" + word(index) + textBytes(name)});
 }
 

@@ -14,12 +14,15 @@
 #include "support/event_log.h"
 #include "support/payload_text.h"
 #include "support/quick_time.h"
+#include "support/requests.h"
 #include "support/scripted_ipod.h"
+
+using namespace requests;
 
 /// The event of the broadcast that asks the host to refresh its display.
 constexpr char kRefresh[] = "PostMessageW(0xffff, 0x2400, 0, 0)";
 
-/// Four bytes of a payload, as a script answers them.
+/// Four bytes of a payload, highest first: " 00 00 01 02".
 std::string word(std::uint32_t value);
 
 /// One level of a tree: "type=2 count=36 index=-1 start=0 end=35 tab=-1 tabs=2 shown=1 split=1
@@ -33,18 +36,18 @@ constexpr char kUnknownLevel[] =
 /// A tree's level and all its levels.
 std::vector<std::string> treeText(const ipodctl::BrowseTree& tree);
 
-/// A host's text buffer. Tests give it just the size that they tell the library, so that a write
-/// behind it is seen.
+/// A host's text buffer. It has just the size that the test passes to the library, so that the
+/// sanitizer sees a write beyond it.
 using Units = std::vector<unsigned short>;
 
 constexpr unsigned short kUntouchedUnit = 0xEEEE;
 
 Units untouched(std::size_t size);
 
-/// A buffer of `size` units that begins with a text, one unit a byte, and is untouched behind it.
+/// A buffer of `size` units that begins with a text, one unit a byte, and is untouched after it.
 Units holding(const std::string& text, std::size_t size);
 
-/// What `action` prints on the console.
+/// Returns what `action` prints on the console.
 template <class Action>
 std::string printed(const Action& action) {
   testing::internal::CaptureStdout();
@@ -52,7 +55,7 @@ std::string printed(const Action& action) {
   return testing::internal::GetCapturedStdout();
 }
 
-/// A scripted iPod that can be connected to, and the desk around the library.
+/// A scripted iPod that can be connected to, and a recorder of what the library does to its host.
 class ApiTest : public testing::Test {
  protected:
   void SetUp() override;
@@ -60,10 +63,11 @@ class ApiTest : public testing::Test {
   /// Closes the connection and finds the library lock free, whatever the test did.
   void TearDown() override;
 
-  /// What happened since the start or the last forgetEvents(), without the pauses of the library.
+  /// Returns what happened since the start or the last forgetEvents(), without the library's
+  /// pauses.
   std::vector<std::string> events();
 
-  /// The requests among them.
+  /// Returns the requests among them.
   std::vector<std::string> requests();
 
   void forgetEvents();
@@ -83,11 +87,11 @@ class ApiTest : public testing::Test {
   ScriptedIpod ipod{log};
 };
 
-/// One that is connected to; the log begins behind the connection.
+/// A connected iPod; the log begins after the connection.
 class ConnectedApiTest : public ApiTest {
  protected:
   void SetUp() override;
 };
 
-/// Whether nobody holds the library lock.
+/// Returns whether nobody holds the library lock.
 bool libraryLockIsFree();

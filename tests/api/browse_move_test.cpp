@@ -26,7 +26,7 @@ class BrowseMoveTest : public ConnectedApiTest {
 
 using ItemModeTest = BrowseMoveTest;
 
-TEST_F(ItemModeTest, NextAndPreviousGoRoundTheListWithItsPlayAllEntry) {
+TEST_F(ItemModeTest, NextAndPreviousWrapAroundThroughThePlayAllEntry) {
   openTree(IPOD_ARTISTS, 3);
   EXPECT_EQ(next(), 0);
   EXPECT_EQ(next(), 1);
@@ -37,7 +37,7 @@ TEST_F(ItemModeTest, NextAndPreviousGoRoundTheListWithItsPlayAllEntry) {
   EXPECT_THAT(events(), IsEmpty());
 }
 
-TEST_F(ItemModeTest, NextAndPreviousGoRoundTheListWithoutOne) {
+TEST_F(ItemModeTest, NextAndPreviousWrapAroundAListWithoutAPlayAllEntry) {
   openTree(IPOD_GENRES, 2);
   EXPECT_EQ(next(), 1);
   EXPECT_EQ(next(), 0);
@@ -45,7 +45,7 @@ TEST_F(ItemModeTest, NextAndPreviousGoRoundTheListWithoutOne) {
   EXPECT_EQ(previous(), 0);
 }
 
-TEST_F(ItemModeTest, PlaylistsGoFromTheFirstToTheEndOfTheirRange) {
+TEST_F(ItemModeTest, PlaylistsWrapAroundWithinTheirRange) {
   openTree(IPOD_PLAYLISTS, 5);
   EXPECT_EQ(next(), 2);
   EXPECT_EQ(next(), 3);
@@ -53,7 +53,7 @@ TEST_F(ItemModeTest, PlaylistsGoFromTheFirstToTheEndOfTheirRange) {
   EXPECT_EQ(previous(), 3);
 }
 
-TEST_F(ItemModeTest, AListOfOneItemStaysOnIt) {
+TEST_F(ItemModeTest, AListOfOneItemStaysOnThatItem) {
   openTree(IPOD_GENRES, 1);
   EXPECT_EQ(next(), 0);
   EXPECT_EQ(previous(), 0);
@@ -67,7 +67,7 @@ TEST_F(ItemModeTest, AnEmptyListDoesNotMove) {
   EXPECT_EQ(level(), before);
 }
 
-TEST_F(ItemModeTest, WithoutAListThereIsNoItem) {
+TEST_F(ItemModeTest, NextAndPreviousReturnNullWithoutAList) {
   EXPECT_EQ(IpodGetNextItem(), nullptr);
   EXPECT_EQ(IpodGetPrevItem(), nullptr);
   EXPECT_EQ(level(), kUnknownLevel);
@@ -77,7 +77,7 @@ TEST_F(ItemModeTest, WithoutAListThereIsNoItem) {
 
 using TabModeTest = BrowseMoveTest;
 
-TEST_F(TabModeTest, NextOnArtistsGoesThroughTheTabsAndThePlayAllTab) {
+TEST_F(TabModeTest, NextOnArtistsVisitsTheTabsAndThePlayAllTab) {
   openTree(IPOD_ARTISTS, 71);
   EXPECT_EQ(next(), 0);
   EXPECT_EQ(level(),
@@ -97,7 +97,7 @@ TEST_F(TabModeTest, NextOnArtistsGoesThroughTheTabsAndThePlayAllTab) {
   EXPECT_THAT(events(), IsEmpty());
 }
 
-TEST_F(TabModeTest, NextOnGenresGoesFromTheLastTabToTheFirst) {
+TEST_F(TabModeTest, NextOnGenresWrapsFromTheLastTabToTheFirst) {
   openTree(IPOD_GENRES, 36);
   EXPECT_EQ(next(), 35);
   EXPECT_EQ(level(),
@@ -107,7 +107,7 @@ TEST_F(TabModeTest, NextOnGenresGoesFromTheLastTabToTheFirst) {
             "type=4 count=36 index=0 start=0 end=35 tab=0 tabs=2 shown=1 split=1 playAll=0");
 }
 
-TEST_F(TabModeTest, PreviousOnArtistsGoesThroughThePlayAllTabToTheLast) {
+TEST_F(TabModeTest, PreviousOnArtistsWrapsThroughThePlayAllTabToTheLast) {
   openTree(IPOD_ARTISTS, 71);
   EXPECT_EQ(previous(), 70);
   EXPECT_EQ(level(),
@@ -120,7 +120,7 @@ TEST_F(TabModeTest, PreviousOnArtistsGoesThroughThePlayAllTabToTheLast) {
   EXPECT_EQ(previous(), 70);
 }
 
-TEST_F(TabModeTest, PreviousOnGenresGoesFromTheFirstTabToTheLast) {
+TEST_F(TabModeTest, PreviousOnGenresWrapsFromTheFirstTabToTheLast) {
   openTree(IPOD_GENRES, 36);
   EXPECT_EQ(previous(), 35);
   EXPECT_EQ(level(),
@@ -163,7 +163,7 @@ TEST_F(TabModeTest, TheLastTabOfTheLongestListEndsAtTheCount) {
             "tab=61356675 tabs=61356676 shown=1 split=1 playAll=1");
 }
 
-TEST_F(TabModeTest, TheItemsOfAChosenTabGoRoundWithinIt) {
+TEST_F(TabModeTest, NextAndPreviousWrapAroundWithinAChosenTab) {
   openTree(IPOD_ARTISTS, 38);
   EXPECT_EQ(previous(), 35);
   EXPECT_EQ(IpodDisableTabVisualizationActive(), 0);
@@ -209,7 +209,7 @@ TEST_F(TabVisualizationTest, IsHiddenAndShownAgain) {
   EXPECT_THAT(events(), IsEmpty());
 }
 
-TEST_F(TabVisualizationTest, EnablingSaysWhatItFinds) {
+TEST_F(TabVisualizationTest, EnablingPrintsWhatItFinds) {
   openTree(IPOD_ARTISTS, 36);
   IpodDisableTabVisualizationActive();
   EXPECT_EQ(printed([] { IpodEnableTabVisualizationActive(); }),
@@ -218,7 +218,7 @@ TEST_F(TabVisualizationTest, EnablingSaysWhatItFinds) {
             "\nEnter if (ipodEnableTab[ipodLevel])******\n");
 }
 
-TEST_F(TabVisualizationTest, OfAListThatIsNotSplitCannotBeEnabled) {
+TEST_F(TabVisualizationTest, CannotBeEnabledInAListWithoutTabs) {
   openTree(IPOD_ARTISTS, 35);
   EXPECT_EQ(IpodIsTabActive(), 0);
   EXPECT_EQ(printed([] { EXPECT_EQ(IpodEnableTabVisualizationActive(), 0); }),
@@ -227,7 +227,7 @@ TEST_F(TabVisualizationTest, OfAListThatIsNotSplitCannotBeEnabled) {
   EXPECT_EQ(IpodIsTabVisualizationActive(), 0);
 }
 
-TEST_F(TabVisualizationTest, IsThatOfTheCurrentLevel) {
+TEST_F(TabVisualizationTest, BelongsToTheCurrentLevel) {
   openTree(IPOD_ARTISTS, 36);
   count("03", 3);
   IpodGetFirstItem(1, IPOD_ALBUMS, 0);
@@ -295,7 +295,7 @@ TEST_F(IpodGetParentItemTest, FromLevelTwoUndoesTheSelectionAndReturnsTheParents
   EXPECT_EQ(level(), above);
   EXPECT_EQ(levelText(browseTree, 2),
             "type=-1 count=3 index=-1 start=-1 end=-1 tab=-1 tabs=-1 shown=0 split=0 playAll=0");
-  EXPECT_THAT(events(), ElementsAre("04 00 17 02 FF FF FF FF", "04 00 18 02"));
+  EXPECT_THAT(events(), ElementsAre(kSelectDbRecord + " 02 FF FF FF FF", kCountArtists));
 }
 
 TEST_F(IpodGetParentItemTest, ReturnsToATabsItemsAsTheyWere) {
@@ -312,10 +312,10 @@ TEST_F(IpodGetParentItemTest, ReturnsToATabsItemsAsTheyWere) {
   EXPECT_EQ(level(), above);
 }
 
-TEST_F(IpodGetParentItemTest, DoesNotMindRefusals) {
+TEST_F(IpodGetParentItemTest, SucceedsEvenIfTheIpodRefuses) {
   openAlbumsOfTheSecondArtist(12);
-  ipod.refuse("04 00 17");
-  ipod.refuse("04 00 18");
+  ipod.refuse(kSelectDbRecord);
+  ipod.refuse(kCountRecords);
   const int* const index = IpodGetParentItem();
   ASSERT_NE(index, nullptr);
   EXPECT_EQ(*index, 1);

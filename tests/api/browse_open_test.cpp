@@ -12,7 +12,7 @@ namespace {
 
 class IpodGetFirstItemTest : public ConnectedApiTest {
  protected:
-  /// Opens and says what the library asked the iPod.
+  /// Opens a list and returns the requests to the iPod.
   std::vector<std::string> open(int descend, int type, int tracksOfSelection) {
     forgetEvents();
     const int* const index = IpodGetFirstItem(descend, type, tracksOfSelection);
@@ -29,7 +29,7 @@ class IpodGetFirstItemTest : public ConnectedApiTest {
 struct TopList : NamedRow {
   int type;
   std::uint32_t records;
-  const char* countRequest;
+  std::string countRequest;
   const char* level;
 };
 
@@ -37,91 +37,91 @@ class TopListTest : public IpodGetFirstItemTest, public testing::WithParamInterf
 
 TEST_P(TopListTest, IsCountedAndOpened) {
   ipod.answer(GetParam().countRequest, {"04 00 19" + word(GetParam().records)});
-  EXPECT_THAT(open(0, GetParam().type, 0), ElementsAre("04 00 16", GetParam().countRequest));
+  EXPECT_THAT(open(0, GetParam().type, 0), ElementsAre(kResetDbSelection, GetParam().countRequest));
   EXPECT_EQ(browseTree.level, 1);
   EXPECT_EQ(level(1), GetParam().level);
 }
 
-TEST_P(TopListTest, IsTheSameWhateverTracksOfSelectionSays) {
+TEST_P(TopListTest, IgnoresTracksOfSelection) {
   ipod.answer(GetParam().countRequest, {"04 00 19" + word(GetParam().records)});
-  EXPECT_THAT(open(0, GetParam().type, 1), ElementsAre("04 00 16", GetParam().countRequest));
+  EXPECT_THAT(open(0, GetParam().type, 1), ElementsAre(kResetDbSelection, GetParam().countRequest));
   EXPECT_EQ(level(1), GetParam().level);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Lists, TopListTest,
     testing::Values(
-        TopList{"NoArtists", 2, 0, "04 00 18 02",
+        TopList{"NoArtists", 2, 0, kCountArtists,
                 "type=2 count=0 index=-1 start=-1 end=0 tab=-1 tabs=0 shown=0 split=0 playAll=1"},
-        TopList{"35Artists", 2, 35, "04 00 18 02",
+        TopList{"35Artists", 2, 35, kCountArtists,
                 "type=2 count=35 index=-1 start=-1 end=35 tab=-1 tabs=0 shown=0 split=0 playAll=1"},
-        TopList{"36Artists", 2, 36, "04 00 18 02",
+        TopList{"36Artists", 2, 36, kCountArtists,
                 "type=2 count=36 index=-1 start=0 end=35 tab=-1 tabs=2 shown=1 split=1 playAll=1"},
-        TopList{"70Artists", 2, 70, "04 00 18 02",
+        TopList{"70Artists", 2, 70, kCountArtists,
                 "type=2 count=70 index=-1 start=0 end=35 tab=-1 tabs=2 shown=1 split=1 playAll=1"},
-        TopList{"71Artists", 2, 71, "04 00 18 02",
+        TopList{"71Artists", 2, 71, kCountArtists,
                 "type=2 count=71 index=-1 start=0 end=35 tab=-1 tabs=3 shown=1 split=1 playAll=1"},
-        TopList{"35Albums", 3, 35, "04 00 18 03",
+        TopList{"35Albums", 3, 35, kCountAlbums,
                 "type=3 count=35 index=-1 start=-1 end=35 tab=-1 tabs=0 shown=0 split=0 playAll=1"},
-        TopList{"36Albums", 3, 36, "04 00 18 03",
+        TopList{"36Albums", 3, 36, kCountAlbums,
                 "type=3 count=36 index=-1 start=0 end=35 tab=-1 tabs=2 shown=1 split=1 playAll=1"},
-        TopList{"35Genres", 4, 35, "04 00 18 04",
+        TopList{"35Genres", 4, 35, kCountGenres,
                 "type=4 count=35 index=0 start=0 end=35 tab=-1 tabs=0 shown=0 split=0 playAll=0"},
-        TopList{"36Genres", 4, 36, "04 00 18 04",
+        TopList{"36Genres", 4, 36, kCountGenres,
                 "type=4 count=36 index=0 start=0 end=35 tab=0 tabs=2 shown=1 split=1 playAll=0"},
-        TopList{"36Tracks", 5, 36, "04 00 18 05",
+        TopList{"36Tracks", 5, 36, kCountTracks,
                 "type=5 count=36 index=0 start=0 end=36 tab=-1 tabs=0 shown=0 split=0 playAll=0"},
-        TopList{"50000Tracks", 5, 50000, "04 00 18 05",
+        TopList{"50000Tracks", 5, 50000, kCountTracks,
                 "type=5 count=50000 index=0 start=0 end=50000 tab=-1 tabs=0 shown=0 split=0 "
                 "playAll=0"},
-        TopList{"71OfType6", 6, 71, "04 00 18 07",
+        TopList{"71OfType6", 6, 71, kCountCategory7,
                 "type=6 count=71 index=0 start=0 end=71 tab=-1 tabs=0 shown=0 split=0 playAll=0"},
-        TopList{"71OfType7", 7, 71, "04 00 18 08",
+        TopList{"71OfType7", 7, 71, kCountCategory8,
                 "type=7 count=71 index=0 start=0 end=71 tab=-1 tabs=0 shown=0 split=0 playAll=0"},
-        TopList{"71OfType8", 8, 71, "04 00 18 06",
+        TopList{"71OfType8", 8, 71, kCountCategory6,
                 "type=8 count=71 index=0 start=0 end=71 tab=-1 tabs=0 shown=0 split=0 playAll=0"},
-        TopList{"5Playlists", 1, 5, "04 00 18 01",
+        TopList{"5Playlists", 1, 5, kCountPlaylists,
                 "type=1 count=4 index=1 start=1 end=4 tab=-1 tabs=0 shown=0 split=0 playAll=0"},
-        TopList{"1Playlist", 1, 1, "04 00 18 01",
+        TopList{"1Playlist", 1, 1, kCountPlaylists,
                 "type=1 count=0 index=1 start=1 end=0 tab=-1 tabs=0 shown=0 split=0 playAll=0"},
-        TopList{"36Playlists", 1, 36, "04 00 18 01",
+        TopList{"36Playlists", 1, 36, kCountPlaylists,
                 "type=1 count=35 index=1 start=1 end=35 tab=-1 tabs=0 shown=0 split=0 playAll=0"},
-        TopList{"37Playlists", 1, 37, "04 00 18 01",
+        TopList{"37Playlists", 1, 37, kCountPlaylists,
                 "type=1 count=36 index=1 start=0 end=35 tab=1 tabs=2 shown=1 split=1 playAll=0"},
-        TopList{"72Playlists", 1, 72, "04 00 18 01",
+        TopList{"72Playlists", 1, 72, kCountPlaylists,
                 "type=1 count=71 index=1 start=0 end=35 tab=1 tabs=3 shown=1 split=1 playAll=0"},
-        TopList{"MoreArtistsThanASignedCountHolds", 2, 0x80000000, "04 00 18 02",
+        TopList{"MoreArtistsThanASignedCountHolds", 2, 0x80000000, kCountArtists,
                 "type=2 count=-2147483648 index=-1 start=0 end=35 tab=-1 tabs=61356676 shown=1 "
                 "split=1 playAll=1"},
-        // Minus one playlists are more than 35 when compared without a sign.
-        TopList{"NoPlaylists", 1, 0, "04 00 18 01",
+        // As an unsigned number, the count -1 is greater than 35.
+        TopList{"NoPlaylists", 1, 0, kCountPlaylists,
                 "type=1 count=-1 index=1 start=0 end=35 tab=1 tabs=122713352 shown=1 split=1 "
                 "playAll=0"}),
     rowName<TopList>);
 
-TEST_F(IpodGetFirstItemTest, WithAnUncountedListOpensItEmpty) {
-  ipod.refuse("04 00 18");
+TEST_F(IpodGetFirstItemTest, OpensAListThatTheIpodDoesNotCountEmpty) {
+  ipod.refuse(kCountRecords);
   open(0, IPOD_ARTISTS, 0);
   EXPECT_EQ(level(1),
             "type=2 count=0 index=-1 start=-1 end=0 tab=-1 tabs=0 shown=0 split=0 playAll=1");
 }
 
-TEST_F(IpodGetFirstItemTest, WithUncountedPlaylistsHasMinusOne) {
-  ipod.refuse("04 00 18");
+TEST_F(IpodGetFirstItemTest, OpensMinusOnePlaylistsIfTheIpodDoesNotCountThem) {
+  ipod.refuse(kCountRecords);
   open(0, IPOD_PLAYLISTS, 0);
   EXPECT_EQ(browseTree.levels[1].count, -1);
   EXPECT_EQ(IpodGetNextItem(), nullptr);
   EXPECT_EQ(IpodGetPrevItem(), nullptr);
 }
 
-TEST_F(IpodGetFirstItemTest, DoesNotMindARefusedReset) {
-  ipod.refuse("04 00 16");
+TEST_F(IpodGetFirstItemTest, SucceedsEvenIfTheIpodRefusesTheReset) {
+  ipod.refuse(kResetDbSelection);
   count("02", 3);
-  EXPECT_THAT(open(0, IPOD_ARTISTS, 0), ElementsAre("04 00 16", "04 00 18 02"));
+  EXPECT_THAT(open(0, IPOD_ARTISTS, 0), ElementsAre(kResetDbSelection, kCountArtists));
   EXPECT_EQ(browseTree.levels[1].count, 3);
 }
 
-TEST_F(IpodGetFirstItemTest, LeavesLevelZeroWithoutAList) {
+TEST_F(IpodGetFirstItemTest, KeepsLevelZeroWithoutAList) {
   count("02", 3);
   open(0, IPOD_ARTISTS, 0);
   EXPECT_EQ(browseTree.levels[0].index, -1);
@@ -142,7 +142,7 @@ TEST_F(IpodGetFirstItemTest, StartsANewTreeFromAnyLevel) {
             "type=3 count=3 index=-1 start=-1 end=3 tab=-1 tabs=0 shown=0 split=0 playAll=1");
 }
 
-TEST_F(IpodGetFirstItemTest, KeepsNothingOfALongerListBefore) {
+TEST_F(IpodGetFirstItemTest, KeepsNothingOfALongerPreviousList) {
   openTree(IPOD_ARTISTS, 71);
   openTree(IPOD_GENRES, 12);
   EXPECT_EQ(levelText(browseTree, 1),
@@ -156,7 +156,7 @@ TEST_F(IpodGetFirstItemTest, KeepsNoTabOfALongerListBefore) {
   EXPECT_EQ(browseTree.levels[1].tab, -1);
 }
 
-TEST_F(IpodGetFirstItemTest, WithATypeThatIsNoneReturnsNullAndChangesNothing) {
+TEST_F(IpodGetFirstItemTest, ReturnsNullAndChangesNothingForAnUnknownType) {
   count("02", 3);
   open(0, IPOD_ARTISTS, 0);
   const std::vector<std::string> tree = treeText(browseTree);
@@ -179,9 +179,9 @@ struct LowerList : NamedRow {
   int type;
   int tracksOfSelection;
   std::uint32_t records;
-  const char* countParent;
-  const char* select;
-  const char* countRequest;
+  std::string countParent;
+  std::string select;
+  std::string countRequest;
   const char* level;
 };
 
@@ -201,44 +201,44 @@ TEST_P(LowerListTest, SelectsTheEntryAndIsCountedAndOpened) {
 INSTANTIATE_TEST_SUITE_P(
     Lists, LowerListTest,
     testing::Values(
-        LowerList{"AlbumsOfAnArtist", 2, 3, 0, 9, "04 00 18 02", "04 00 38 02 00 00 00 05 03",
-                  "04 00 18 03",
+        LowerList{"AlbumsOfAnArtist", 2, 3, 0, 9, kCountArtists,
+                  kSelectSortDbRecord + " 02 00 00 00 05 03", kCountAlbums,
                   "type=3 count=9 index=-1 start=-1 end=9 tab=-1 tabs=0 shown=0 split=0 playAll=1"},
-        LowerList{"ArtistsOfAGenre", 4, 2, 0, 36, "04 00 18 04", "04 00 38 04 00 00 00 05 01",
-                  "04 00 18 02",
+        LowerList{"ArtistsOfAGenre", 4, 2, 0, 36, kCountGenres,
+                  kSelectSortDbRecord + " 04 00 00 00 05 01", kCountArtists,
                   "type=2 count=36 index=-1 start=0 end=35 tab=-1 tabs=2 shown=1 split=1 "
                   "playAll=1"},
-        LowerList{"GenresOfAnArtist", 2, 4, 0, 36, "04 00 18 02", "04 00 38 02 00 00 00 05 00",
-                  "04 00 18 04",
+        LowerList{"GenresOfAnArtist", 2, 4, 0, 36, kCountArtists,
+                  kSelectSortDbRecord + " 02 00 00 00 05 00", kCountGenres,
                   "type=4 count=36 index=0 start=0 end=35 tab=0 tabs=2 shown=1 split=1 playAll=0"},
-        LowerList{"PlaylistsAreAllOffered", 2, 1, 0, 5, "04 00 18 02", "04 00 38 02 00 00 00 05 04",
-                  "04 00 18 01",
+        LowerList{"PlaylistsAreAllOffered", 2, 1, 0, 5, kCountArtists,
+                  kSelectSortDbRecord + " 02 00 00 00 05 04", kCountPlaylists,
                   "type=1 count=5 index=0 start=0 end=5 tab=-1 tabs=0 shown=0 split=0 playAll=0"},
-        LowerList{"TracksOfAPlaylist", 1, 5, 0, 36, "04 00 18 01", "04 00 38 01 00 00 00 05 04",
-                  "04 00 18 05",
+        LowerList{"TracksOfAPlaylist", 1, 5, 0, 36, kCountPlaylists,
+                  kSelectSortDbRecord + " 01 00 00 00 05 04", kCountTracks,
                   "type=5 count=36 index=0 start=0 end=36 tab=-1 tabs=0 shown=0 split=0 playAll=0"},
-        LowerList{"AllTracksOfAnAlbum", 3, 5, 1, 35, "04 00 18 03", "04 00 38 03 00 00 00 05 04",
-                  "04 00 18 05",
+        LowerList{"AllTracksOfAnAlbum", 3, 5, 1, 35, kCountAlbums,
+                  kSelectSortDbRecord + " 03 00 00 00 05 04", kCountTracks,
                   "type=5 count=35 index=-1 start=-1 end=35 tab=-1 tabs=0 shown=0 split=0 "
                   "playAll=1"},
-        LowerList{"ManyTracksOfAnArtist", 2, 5, 1, 71, "04 00 18 02", "04 00 38 02 00 00 00 05 04",
-                  "04 00 18 05",
+        LowerList{"ManyTracksOfAnArtist", 2, 5, 1, 71, kCountArtists,
+                  kSelectSortDbRecord + " 02 00 00 00 05 04", kCountTracks,
                   "type=5 count=71 index=-1 start=0 end=35 tab=-1 tabs=3 shown=1 split=1 "
                   "playAll=1"},
-        LowerList{"AllTracksWhateverTheType", 2, 3, 1, 9, "04 00 18 02",
-                  "04 00 38 02 00 00 00 05 04", "04 00 18 05",
+        LowerList{"AllTracksWhateverTheType", 2, 3, 1, 9, kCountArtists,
+                  kSelectSortDbRecord + " 02 00 00 00 05 04", kCountTracks,
                   "type=5 count=9 index=-1 start=-1 end=9 tab=-1 tabs=0 shown=0 split=0 playAll=1"},
-        LowerList{"AllTracksForAnyValueButZero", 2, 4, -1, 9, "04 00 18 02",
-                  "04 00 38 02 00 00 00 05 04", "04 00 18 05",
+        LowerList{"AllTracksForAnyValueButZero", 2, 4, -1, 9, kCountArtists,
+                  kSelectSortDbRecord + " 02 00 00 00 05 04", kCountTracks,
                   "type=5 count=9 index=-1 start=-1 end=9 tab=-1 tabs=0 shown=0 split=0 playAll=1"},
-        LowerList{"Type6KeepsItsCategory", 6, 6, 0, 71, "04 00 18 06", "04 00 38 06 00 00 00 05 FF",
-                  "04 00 18 06",
+        LowerList{"Type6KeepsItsCategory", 6, 6, 0, 71, kCountCategory6,
+                  kSelectSortDbRecord + " 06 00 00 00 05 FF", kCountCategory6,
                   "type=6 count=71 index=0 start=0 end=71 tab=-1 tabs=0 shown=0 split=0 playAll=0"},
-        LowerList{"Type7KeepsItsCategory", 7, 7, 0, 71, "04 00 18 07", "04 00 38 07 00 00 00 05 FF",
-                  "04 00 18 07",
+        LowerList{"Type7KeepsItsCategory", 7, 7, 0, 71, kCountCategory7,
+                  kSelectSortDbRecord + " 07 00 00 00 05 FF", kCountCategory7,
                   "type=7 count=71 index=0 start=0 end=71 tab=-1 tabs=0 shown=0 split=0 playAll=0"},
-        LowerList{"Type8KeepsItsCategory", 8, 8, 0, 71, "04 00 18 08", "04 00 38 08 00 00 00 05 FF",
-                  "04 00 18 08",
+        LowerList{"Type8KeepsItsCategory", 8, 8, 0, 71, kCountCategory8,
+                  kSelectSortDbRecord + " 08 00 00 00 05 FF", kCountCategory8,
                   "type=8 count=71 index=0 start=0 end=71 tab=-1 tabs=0 shown=0 split=0 "
                   "playAll=0"}),
     rowName<LowerList>);
@@ -256,33 +256,34 @@ TEST_F(IpodGetFirstItemTest, BelowThePlayAllEntrySelectsNoRecord) {
   openTree(IPOD_ARTISTS, 3);
   count("03", 3);
   EXPECT_THAT(open(1, IPOD_ALBUMS, 0),
-              ElementsAre("04 00 18 02", "04 00 38 02 FF FF FF FF 03", "04 00 18 03"));
+              ElementsAre(kCountArtists, kSelectSortDbRecord + " 02 FF FF FF FF 03", kCountAlbums));
 }
 
 TEST_F(IpodGetFirstItemTest, BelowATabbedListBeforeTheFirstMoveOpensItsFirstEntry) {
   openTree(IPOD_ARTISTS, 36);
-  EXPECT_EQ(open(1, IPOD_ALBUMS, 0)[1], "04 00 38 02 FF FF FF FF 03");
+  EXPECT_EQ(open(1, IPOD_ALBUMS, 0)[1], kSelectSortDbRecord + " 02 FF FF FF FF 03");
   openTree(IPOD_GENRES, 36);
-  EXPECT_EQ(open(1, IPOD_ARTISTS, 0)[1], "04 00 38 04 00 00 00 00 01");
+  EXPECT_EQ(open(1, IPOD_ARTISTS, 0)[1], kSelectSortDbRecord + " 04 00 00 00 00 01");
   openTree(IPOD_PLAYLISTS, 37);
-  EXPECT_EQ(open(1, IPOD_TRACKS, 0)[1], "04 00 38 01 00 00 00 01 04");
+  EXPECT_EQ(open(1, IPOD_TRACKS, 0)[1], kSelectSortDbRecord + " 01 00 00 00 01 04");
 }
 
-TEST_F(IpodGetFirstItemTest, BelowNoListSelectsNothingPlainly) {
+TEST_F(IpodGetFirstItemTest, SelectsNoRecordBelowLevelZero) {
   count("03", 3);
-  EXPECT_THAT(open(1, IPOD_ALBUMS, 0),
-              ElementsAre("04 00 18 FF", "04 00 17 FF FF FF FF FF", "04 00 18 03"));
+  EXPECT_THAT(
+      open(1, IPOD_ALBUMS, 0),
+      ElementsAre(kCountRecords + " FF", kSelectDbRecord + " FF FF FF FF FF", kCountAlbums));
   EXPECT_EQ(browseTree.level, 1);
   EXPECT_EQ(level(1),
             "type=3 count=3 index=-1 start=-1 end=3 tab=-1 tabs=0 shown=0 split=0 playAll=1");
 }
 
-TEST_F(IpodGetFirstItemTest, BelowDoesNotMindRefusals) {
+TEST_F(IpodGetFirstItemTest, DescendsEvenIfTheIpodRefuses) {
   openTree(IPOD_ARTISTS, 3);
-  ipod.refuse("04 00 18");
-  ipod.refuse("04 00 38");
+  ipod.refuse(kCountRecords);
+  ipod.refuse(kSelectSortDbRecord);
   EXPECT_THAT(open(1, IPOD_ALBUMS, 0),
-              ElementsAre("04 00 18 02", "04 00 38 02 FF FF FF FF 03", "04 00 18 03"));
+              ElementsAre(kCountArtists, kSelectSortDbRecord + " 02 FF FF FF FF 03", kCountAlbums));
   EXPECT_EQ(level(2),
             "type=3 count=0 index=-1 start=-1 end=0 tab=-1 tabs=0 shown=0 split=0 playAll=1");
 }
@@ -303,9 +304,10 @@ TEST_F(IpodGetFirstItemTest, DescendsToLevelSevenAndNoFurther) {
   count("04", 9);
   for (int depth = 2; depth <= 7; ++depth) {
     browseTree.levels[depth - 1].index = depth;
-    EXPECT_THAT(open(1, IPOD_GENRES, 0),
-                ElementsAre("04 00 18 04", "04 00 38 04" + word(std::uint32_t(depth)) + " 00",
-                            "04 00 18 04"));
+    EXPECT_THAT(
+        open(1, IPOD_GENRES, 0),
+        ElementsAre(kCountGenres, kSelectSortDbRecord + " 04" + word(std::uint32_t(depth)) + " 00",
+                    kCountGenres));
     EXPECT_EQ(browseTree.level, depth);
     EXPECT_EQ(level(depth),
               "type=4 count=9 index=0 start=0 end=9 tab=-1 tabs=0 shown=0 split=0 playAll=0");
@@ -318,11 +320,11 @@ TEST_F(IpodGetFirstItemTest, DescendsToLevelSevenAndNoFurther) {
   EXPECT_EQ(treeText(browseTree), tree);
 }
 
-TEST_F(IpodGetFirstItemTest, AtLevelSevenStillStartsANewTree) {
+TEST_F(IpodGetFirstItemTest, StartsANewTreeAtLevelSeven) {
   openTree(IPOD_GENRES, 9);
   for (int depth = 2; depth <= 7; ++depth)
     open(1, IPOD_GENRES, 0);
-  EXPECT_THAT(open(0, IPOD_GENRES, 0), ElementsAre("04 00 16", "04 00 18 04"));
+  EXPECT_THAT(open(0, IPOD_GENRES, 0), ElementsAre(kResetDbSelection, kCountGenres));
   EXPECT_EQ(browseTree.level, 1);
 }
 

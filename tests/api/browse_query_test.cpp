@@ -27,8 +27,8 @@ TEST_F(CurItemIsEmptyTest, CountsTheTracksBelowTheItem) {
   browseTree.levels[1].index = 4;
   count("05", 1);
   EXPECT_EQ(IpodCurItemIsEmpty(), 0);
-  EXPECT_THAT(events(),
-              ElementsAre("04 00 17 02 00 00 00 04", "04 00 18 05", "04 00 17 02 FF FF FF FF"));
+  EXPECT_THAT(events(), ElementsAre(kSelectDbRecord + " 02 00 00 00 04", kCountTracks,
+                                    kSelectDbRecord + " 02 FF FF FF FF"));
 }
 
 TEST_F(CurItemIsEmptyTest, IsOneWithoutTracksAndUndoesTheSelection) {
@@ -36,13 +36,13 @@ TEST_F(CurItemIsEmptyTest, IsOneWithoutTracksAndUndoesTheSelection) {
   browseTree.levels[1].index = 4;
   count("05", 0);
   EXPECT_EQ(IpodCurItemIsEmpty(), 1);
-  EXPECT_THAT(events(),
-              ElementsAre("04 00 17 02 00 00 00 04", "04 00 18 05", "04 00 17 02 FF FF FF FF"));
+  EXPECT_THAT(events(), ElementsAre(kSelectDbRecord + " 02 00 00 00 04", kCountTracks,
+                                    kSelectDbRecord + " 02 FF FF FF FF"));
 }
 
-TEST_F(CurItemIsEmptyTest, IsOneWhenTheTracksAreNotCounted) {
+TEST_F(CurItemIsEmptyTest, IsOneIfTheIpodDoesNotCountTheTracks) {
   openTree(IPOD_ARTISTS, 9);
-  ipod.refuse("04 00 18");
+  ipod.refuse(kCountRecords);
   EXPECT_EQ(IpodCurItemIsEmpty(), 1);
 }
 
@@ -50,16 +50,16 @@ TEST_F(CurItemIsEmptyTest, OfThePlayAllEntrySelectsNoRecord) {
   openTree(IPOD_ARTISTS, 9);
   count("05", 300);
   EXPECT_EQ(IpodCurItemIsEmpty(), 0);
-  EXPECT_THAT(events(),
-              ElementsAre("04 00 17 02 FF FF FF FF", "04 00 18 05", "04 00 17 02 FF FF FF FF"));
+  EXPECT_THAT(events(), ElementsAre(kSelectDbRecord + " 02 FF FF FF FF", kCountTracks,
+                                    kSelectDbRecord + " 02 FF FF FF FF"));
 }
 
 TEST_F(CurItemIsEmptyTest, UsesTheTypeAsTheCategory) {
   openTree(IPOD_TYPE_6, 9);
   count("05", 300);
   EXPECT_EQ(IpodCurItemIsEmpty(), 0);
-  EXPECT_THAT(events(),
-              ElementsAre("04 00 17 06 00 00 00 00", "04 00 18 05", "04 00 17 06 FF FF FF FF"));
+  EXPECT_THAT(events(), ElementsAre(kSelectDbRecord + " 06 00 00 00 00", kCountTracks,
+                                    kSelectDbRecord + " 06 FF FF FF FF"));
 }
 
 TEST_F(CurItemIsEmptyTest, OfAnEmptyListIsOneAndAsksNothing) {
@@ -82,7 +82,7 @@ TEST_F(CurItemIsEmptyTest, OfATabIsZeroAndAsksNothing) {
   EXPECT_THAT(events(), IsEmpty());
 }
 
-TEST_F(CurItemIsEmptyTest, OfAnItemOfAChosenTabCounts) {
+TEST_F(CurItemIsEmptyTest, IsReadForAnItemOfAChosenTab) {
   openTree(IPOD_ARTISTS, 36);
   IpodGetNextItem();
   IpodDisableTabVisualizationActive();
@@ -151,7 +151,7 @@ TEST_F(IsPlayAllTest, IsZeroWithoutAList) { EXPECT_EQ(IpodIsPlayAll(), 0); }
 
 using ListTypeTest = BrowseQueryTest;
 
-TEST_F(ListTypeTest, IsThatOfTheCurrentLevel) {
+TEST_F(ListTypeTest, BelongsToTheCurrentLevel) {
   for (int type = 1; type <= 8; ++type) {
     openTree(type, 3);
     EXPECT_EQ(IpodGetType(), type);
@@ -177,7 +177,7 @@ TEST_F(ListTypeTest, IsMinusOneAtLevelZero) {
 /// The records that the iPod counts and what the host gets.
 struct MediaCount : NamedRow {
   int type;
-  const char* countRequest;
+  std::string countRequest;
   std::uint32_t records;
   int count;
 };
@@ -195,25 +195,25 @@ TEST_P(MediaFileCountTest, CountsTheListsType) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Types, MediaFileCountTest,
-                         testing::Values(MediaCount{"Playlists", 1, "04 00 18 01", 5, 3},
-                                         MediaCount{"TwoPlaylists", 1, "04 00 18 01", 2, 0},
-                                         MediaCount{"OnePlaylist", 1, "04 00 18 01", 1, -1},
-                                         MediaCount{"NoPlaylists", 1, "04 00 18 01", 0, 0},
-                                         MediaCount{"Artists", 2, "04 00 18 02", 300, 300},
-                                         MediaCount{"Albums", 3, "04 00 18 03", 1, 1},
-                                         MediaCount{"Genres", 4, "04 00 18 04", 0, 0},
-                                         MediaCount{"Tracks", 5, "04 00 18 05", 5, 5},
-                                         MediaCount{"Type6", 6, "04 00 18 06", 5, 5},
-                                         MediaCount{"Type7", 7, "04 00 18 07", 5, 5},
-                                         MediaCount{"Type8", 8, "04 00 18 08", 5, 5}),
+                         testing::Values(MediaCount{"Playlists", 1, kCountPlaylists, 5, 3},
+                                         MediaCount{"TwoPlaylists", 1, kCountPlaylists, 2, 0},
+                                         MediaCount{"OnePlaylist", 1, kCountPlaylists, 1, -1},
+                                         MediaCount{"NoPlaylists", 1, kCountPlaylists, 0, 0},
+                                         MediaCount{"Artists", 2, kCountArtists, 300, 300},
+                                         MediaCount{"Albums", 3, kCountAlbums, 1, 1},
+                                         MediaCount{"Genres", 4, kCountGenres, 0, 0},
+                                         MediaCount{"Tracks", 5, kCountTracks, 5, 5},
+                                         MediaCount{"Type6", 6, kCountCategory6, 5, 5},
+                                         MediaCount{"Type7", 7, kCountCategory7, 5, 5},
+                                         MediaCount{"Type8", 8, kCountCategory8, 5, 5}),
                          rowName<MediaCount>);
 
 TEST_F(BrowseQueryTest, GetMediaFileCountIsZeroWithoutAnAnswer) {
   for (const int type : {1, 2}) {
     openTree(type, 3);
-    ipod.refuse("04 00 18");
-    ipod.refuse("04 00 18 01");
-    ipod.refuse("04 00 18 02");
+    ipod.refuse(kCountRecords);
+    ipod.refuse(kCountPlaylists);
+    ipod.refuse(kCountArtists);
     int files = -77;
     EXPECT_EQ(IpodGetMediaFileCount(&files), 0);
     EXPECT_EQ(files, 0);
@@ -230,7 +230,7 @@ TEST_F(BrowseQueryTest, GetMediaFileCountIsZeroWithoutAListAndAsksNothing) {
 TEST_F(BrowseQueryTest, GetMediaFileCountWithoutAnOutputDoesNotWrite) {
   openTree(IPOD_ARTISTS, 3);
   EXPECT_EQ(IpodGetMediaFileCount(nullptr), 0);
-  EXPECT_THAT(events(), ElementsAre("04 00 18 02"));
+  EXPECT_THAT(events(), ElementsAre(kCountArtists));
 }
 
 TEST_F(BrowseQueryTest, GetMediaFileCountWithoutAnOutputAndAListDoesNotWrite) {

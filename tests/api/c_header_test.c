@@ -1,4 +1,4 @@
-/* The public header as a C program of a host sees it, and the shared library behind it. */
+/* The public header in a host's C program, linked to the shared library. */
 
 #include "ipodctl.h"
 

@@ -23,38 +23,38 @@ class IpodCommandTest : public ConnectedApiTest {
     return events();
   }
 
-  /// The playing track as the iPod tells it before the command and after its first play control.
+  /// The iPod reports these playing tracks before the command and after its first play control.
   void playingIndexChanges(std::uint32_t before, std::uint32_t after) {
-    ipod.answerOnce("04 00 1E", {"04 00 1F" + word(before)});
-    ipod.answerOnce("04 00 1E", {"04 00 1F" + word(after)});
+    ipod.answerOnce(kGetCurrentTrackIndex, {"04 00 1F" + word(before)});
+    ipod.answerOnce(kGetCurrentTrackIndex, {"04 00 1F" + word(after)});
   }
 };
 
 struct PlainCommand : NamedRow {
   int code;
-  const char* request;
+  std::string request;
 };
 
 class PlainCommandTest : public IpodCommandTest,
                          public testing::WithParamInterface<PlainCommand> {};
 
-TEST_P(PlainCommandTest, GoesToTheIpodAsItIsAndPostsNothing) {
+TEST_P(PlainCommandTest, IsSentUnchangedAndPostsNothing) {
   EXPECT_THAT(command(GetParam().code), ElementsAre(GetParam().request));
 }
 
 TEST_P(PlainCommandTest, IsNotRepeatedWhenTheIpodRefuses) {
-  ipod.refuse("04 00 29");
+  ipod.refuse(kPlayControl);
   EXPECT_THAT(command(GetParam().code), ElementsAre(GetParam().request));
 }
 
 INSTANTIATE_TEST_SUITE_P(Codes, PlainCommandTest,
-                         testing::Values(PlainCommand{"Toggle", 1, "04 00 29 01"},
-                                         PlainCommand{"Stop", 2, "04 00 29 02"},
-                                         PlainCommand{"StartFastForward", 5, "04 00 29 05"},
-                                         PlainCommand{"StartRewind", 6, "04 00 29 06"},
-                                         PlainCommand{"EndSeek", 7, "04 00 29 07"},
-                                         PlainCommand{"Next", 8, "04 00 29 08"},
-                                         PlainCommand{"Previous", 9, "04 00 29 09"}),
+                         testing::Values(PlainCommand{"Toggle", 1, kTogglePlayPause},
+                                         PlainCommand{"Stop", 2, kPlayControl + " 02"},
+                                         PlainCommand{"StartFastForward", 5, kPlayControl + " 05"},
+                                         PlainCommand{"StartRewind", 6, kPlayControl + " 06"},
+                                         PlainCommand{"EndSeek", 7, kPlayControl + " 07"},
+                                         PlainCommand{"Next", 8, kPlayControl + " 08"},
+                                         PlainCommand{"Previous", 9, kPlayControl + " 09"}),
                          rowName<PlainCommand>);
 
 TEST_F(IpodCommandTest, OutsideOneToFourteenDoesNothing) {
@@ -70,8 +70,8 @@ TEST_F(NextTrack, OnTheLastTrackPlaysTheFirst) {
   playState(kPlaying, 1000);
   playingIndex(9);
   count(kTracks, 10);
-  EXPECT_THAT(command(3),
-              ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
+  EXPECT_THAT(command(3), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                      kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
 TEST_F(NextTrack, OnAnotherTrackSendsNextTrack) {
@@ -79,17 +79,17 @@ TEST_F(NextTrack, OnAnotherTrackSendsNextTrack) {
   count(kTracks, 10);
   for (const std::uint32_t index : {0u, 8u, 10u, 300u}) {
     playingIndex(index);
-    EXPECT_THAT(command(3),
-                ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 03", kRefresh));
+    EXPECT_THAT(command(3), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                        kNextTrack, kRefresh));
   }
 }
 
-TEST_F(NextTrack, WhilePausedIsTheSame) {
+TEST_F(NextTrack, BehavesTheSameWhilePaused) {
   playState(kPaused, 1000);
   playingIndex(9);
   count(kTracks, 10);
-  EXPECT_THAT(command(3),
-              ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
+  EXPECT_THAT(command(3), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                      kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
 TEST_F(NextTrack, WhileNeitherPlayingNorPausedSendsNextTrack) {
@@ -97,19 +97,19 @@ TEST_F(NextTrack, WhileNeitherPlayingNorPausedSendsNextTrack) {
   count(kTracks, 10);
   for (const char* state : {kStopped, "03", "FF"}) {
     playState(state, 1000);
-    EXPECT_THAT(command(3), ElementsAre("04 00 1C", "04 00 29 03", kRefresh)) << state;
+    EXPECT_THAT(command(3), ElementsAre(kGetPlayStatus, kNextTrack, kRefresh)) << state;
   }
 }
 
 TEST_F(NextTrack, WithoutAPlayStatusSendsNextTrack) {
-  ipod.refuse("04 00 1C");
-  EXPECT_THAT(command(3), ElementsAre("04 00 1C", "04 00 29 03", kRefresh));
+  ipod.refuse(kGetPlayStatus);
+  EXPECT_THAT(command(3), ElementsAre(kGetPlayStatus, kNextTrack, kRefresh));
 }
 
 TEST_F(NextTrack, WithoutAnIndexSendsNextTrack) {
   playState(kPlaying, 1000);
-  ipod.refuse("04 00 1E");
-  EXPECT_THAT(command(3), ElementsAre("04 00 1C", "04 00 1E", "04 00 29 03", kRefresh));
+  ipod.refuse(kGetCurrentTrackIndex);
+  EXPECT_THAT(command(3), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kNextTrack, kRefresh));
 }
 
 TEST_F(NextTrack, WithNothingPlayingPlaysTheFirstTrack) {
@@ -118,23 +118,23 @@ TEST_F(NextTrack, WithNothingPlayingPlaysTheFirstTrack) {
   count(kTracks, 10);
   const std::vector<std::string> happened = command(3);
   ASSERT_GE(happened.size(), 2u);
-  EXPECT_EQ(happened[happened.size() - 2], "04 00 28 00 00 00 00");
+  EXPECT_EQ(happened[happened.size() - 2], kPlayCurrentSelection + " 00 00 00 00");
   EXPECT_EQ(happened.back(), kRefresh);
-  EXPECT_THAT(happened, testing::Not(testing::Contains("04 00 29 03")));
+  EXPECT_THAT(happened, testing::Not(testing::Contains(kNextTrack)));
 }
 
 TEST_F(NextTrack, WithoutATrackCountSendsNextTrack) {
   playState(kPlaying, 1000);
   playingIndex(0);
-  ipod.refuse("04 00 18");
-  EXPECT_THAT(command(3),
-              ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 03", kRefresh));
+  ipod.refuse(kCountRecords);
+  EXPECT_THAT(command(3), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                      kNextTrack, kRefresh));
 }
 
-TEST_F(NextTrack, RefusedByTheIpodPostsAllTheSame) {
+TEST_F(NextTrack, PostsTheMessageEvenIfTheIpodRefuses) {
   playState(kStopped, 0);
-  ipod.refuse("04 00 29");
-  EXPECT_THAT(command(3), ElementsAre("04 00 1C", "04 00 29 03", kRefresh));
+  ipod.refuse(kPlayControl);
+  EXPECT_THAT(command(3), ElementsAre(kGetPlayStatus, kNextTrack, kRefresh));
 }
 
 // ---------------------------------------------------------------- 4: previous track
@@ -144,19 +144,21 @@ using PreviousTrack = IpodCommandTest;
 TEST_F(PreviousTrack, WhileNeitherPlayingNorPausedPlaysTheFirstTrack) {
   for (const char* state : {kStopped, "03"}) {
     playState(state, 1000);
-    EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 28 00 00 00 00", kRefresh));
+    EXPECT_THAT(command(4),
+                ElementsAre(kGetPlayStatus, kPlayCurrentSelection + " 00 00 00 00", kRefresh));
   }
 }
 
 TEST_F(PreviousTrack, WithoutAPlayStatusPlaysTheFirstTrack) {
-  ipod.refuse("04 00 1C");
-  EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 28 00 00 00 00", kRefresh));
+  ipod.refuse(kGetPlayStatus);
+  EXPECT_THAT(command(4),
+              ElementsAre(kGetPlayStatus, kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
 TEST_F(PreviousTrack, WithoutAnIndexOnlyPosts) {
   playState(kPlaying, 1000);
-  ipod.refuse("04 00 1E");
-  EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 1E", kRefresh));
+  ipod.refuse(kGetCurrentTrackIndex);
+  EXPECT_THAT(command(4), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kRefresh));
 }
 
 TEST_F(PreviousTrack, WithNothingPlayingPlaysTheLastTrack) {
@@ -164,8 +166,8 @@ TEST_F(PreviousTrack, WithNothingPlayingPlaysTheLastTrack) {
   count(kTracks, 10);
   for (const std::uint32_t position : {0u, 3000u, 5000u}) {
     playState(kPlaying, position);
-    EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05",
-                                        "04 00 28 00 00 00 09", kRefresh));
+    EXPECT_THAT(command(4), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                        kPlayCurrentSelection + " 00 00 00 09", kRefresh));
   }
 }
 
@@ -174,35 +176,35 @@ TEST_F(PreviousTrack, NearTheStartOfTheFirstTrackPlaysTheLastTrack) {
   count(kTracks, 10);
   for (const std::uint32_t position : {0u, 2999u}) {
     playState(kPlaying, position);
-    EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05",
-                                        "04 00 28 00 00 00 09", kRefresh));
+    EXPECT_THAT(command(4), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                        kPlayCurrentSelection + " 00 00 00 09", kRefresh));
   }
 }
 
 TEST_F(PreviousTrack, WithoutATrackCountPlaysTheTrackBeforeTheFirst) {
-  ipod.refuse("04 00 18");
+  ipod.refuse(kCountRecords);
   for (const std::uint32_t index : {0u, 0xFFFFFFFFu}) {
     playingIndex(index);
     playState(kPlaying, 2999);
-    EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05",
-                                        "04 00 28 FF FF FF FF", kRefresh));
+    EXPECT_THAT(command(4), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                        kPlayCurrentSelection + " FF FF FF FF", kRefresh));
   }
 }
 
 TEST_F(PreviousTrack, WithoutATrackCountGoesBackFromALaterTrack) {
-  ipod.refuse("04 00 18");
+  ipod.refuse(kCountRecords);
   playingIndex(4);
   playState(kPlaying, 2999);
-  EXPECT_THAT(command(4),
-              ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04", kRefresh));
+  EXPECT_THAT(command(4), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                      kPreviousTrack, kRefresh));
 }
 
-TEST_F(PreviousTrack, WhilePausedIsTheSame) {
+TEST_F(PreviousTrack, BehavesTheSameWhilePaused) {
   playState(kPaused, 2999);
   playingIndex(0);
   count(kTracks, 300);
-  EXPECT_THAT(command(4),
-              ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 28 00 00 01 2B", kRefresh));
+  EXPECT_THAT(command(4), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                      kPlayCurrentSelection + " 00 00 01 2B", kRefresh));
 }
 
 TEST_F(PreviousTrack, AtExactlyThreeSecondsOnlySendsPreviousTrack) {
@@ -210,8 +212,8 @@ TEST_F(PreviousTrack, AtExactlyThreeSecondsOnlySendsPreviousTrack) {
   playState(kPlaying, 3000);
   for (const std::uint32_t index : {0u, 4u}) {
     playingIndex(index);
-    EXPECT_THAT(command(4),
-                ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04", kRefresh));
+    EXPECT_THAT(command(4), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                        kPreviousTrack, kRefresh));
   }
 }
 
@@ -219,8 +221,8 @@ TEST_F(PreviousTrack, NearTheStartOfAnotherTrackOnlySendsPreviousTrack) {
   count(kTracks, 10);
   playingIndex(4);
   playState(kPlaying, 2999);
-  EXPECT_THAT(command(4),
-              ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04", kRefresh));
+  EXPECT_THAT(command(4), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                      kPreviousTrack, kRefresh));
 }
 
 TEST_F(PreviousTrack, FarIntoATrackGoesForwardAgainWhenTheIpodLeftTheTrack) {
@@ -228,43 +230,44 @@ TEST_F(PreviousTrack, FarIntoATrackGoesForwardAgainWhenTheIpodLeftTheTrack) {
   for (const std::uint32_t position : {3001u, 5000u, 180000u}) {
     playState(kPlaying, position);
     playingIndexChanges(4, 3);
-    EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04",
-                                        "04 00 1E", "04 00 29 03", kRefresh));
+    EXPECT_THAT(command(4),
+                ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks, kPreviousTrack,
+                            kGetCurrentTrackIndex, kNextTrack, kRefresh));
   }
 }
 
-TEST_F(PreviousTrack, FarIntoATrackIsDoneWhenTheIpodDoesNotAnswerTheSecondTime) {
+TEST_F(PreviousTrack, FarIntoATrackStopsIfTheIpodDoesNotAnswerTheSecondTime) {
   count(kTracks, 10);
   playState(kPlaying, 5000);
-  ipod.answerOnce("04 00 1E", {"04 00 1F 00 00 00 04"});
-  ipod.refuse("04 00 1E");
-  EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04",
-                                      "04 00 1E", kRefresh));
+  ipod.answerOnce(kGetCurrentTrackIndex, {"04 00 1F 00 00 00 04"});
+  ipod.refuse(kGetCurrentTrackIndex);
+  EXPECT_THAT(command(4), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                      kPreviousTrack, kGetCurrentTrackIndex, kRefresh));
 }
 
-TEST_F(PreviousTrack, FarIntoATrackIsDoneWhenTheIpodRestartedTheTrack) {
+TEST_F(PreviousTrack, FarIntoATrackStopsIfTheIpodRestartedTheTrack) {
   count(kTracks, 10);
   playingIndex(4);
   playState(kPlaying, 3001);
-  EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04",
-                                      "04 00 1E", kRefresh));
+  EXPECT_THAT(command(4), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                      kPreviousTrack, kGetCurrentTrackIndex, kRefresh));
 }
 
 TEST_F(PreviousTrack, FarIntoTheFirstTrackSendsPreviousTrackAndWhenTheIndexChangedNextTrack) {
   count(kTracks, 10);
   playState(kPlaying, 5000);
   playingIndexChanges(0, 9);
-  EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04",
-                                      "04 00 1E", "04 00 29 03", kRefresh));
+  EXPECT_THAT(command(4), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                      kPreviousTrack, kGetCurrentTrackIndex, kNextTrack, kRefresh));
 }
 
-TEST_F(PreviousTrack, RefusedByTheIpodLooksAtTheIndexAllTheSame) {
+TEST_F(PreviousTrack, ReadsTheIndexAgainEvenIfTheIpodRefuses) {
   count(kTracks, 10);
   playingIndex(4);
   playState(kPlaying, 5000);
-  ipod.refuse("04 00 29");
-  EXPECT_THAT(command(4), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04",
-                                      "04 00 1E", kRefresh));
+  ipod.refuse(kPlayControl);
+  EXPECT_THAT(command(4), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                      kPreviousTrack, kGetCurrentTrackIndex, kRefresh));
 }
 
 // ---------------------------------------------------------------- 10: play
@@ -272,43 +275,43 @@ TEST_F(PreviousTrack, RefusedByTheIpodLooksAtTheIndexAllTheSame) {
 class PlayWithPlayCommand : public IpodCommandTest {};
 
 TEST_F(PlayWithPlayCommand, SendsPlayAndPosts) {
-  EXPECT_THAT(command(10), ElementsAre("04 00 29 0A", kRefresh));
+  EXPECT_THAT(command(10), ElementsAre(kPlay, kRefresh));
 }
 
-TEST_F(PlayWithPlayCommand, SleepsNotAtAllWithoutTheDelayFlag) {
+TEST_F(PlayWithPlayCommand, DoesNotSleepWithoutTheDelayFlag) {
   command(10);
-  EXPECT_THAT(log.events(), ElementsAre("04 00 29 0A", kRefresh));
+  EXPECT_THAT(log.events(), ElementsAre(kPlay, kRefresh));
 }
 
-TEST_F(PlayWithPlayCommand, GivesItsTimeSliceAwayFirstWithTheDelayFlag) {
+TEST_F(PlayWithPlayCommand, YieldsItsTimeSliceFirstWithTheDelayFlag) {
   ipodPlayDelayFlag = 1;
   command(10);
-  EXPECT_THAT(log.events(), ElementsAre("Sleep(0)", "04 00 29 0A", kRefresh));
+  EXPECT_THAT(log.events(), ElementsAre("Sleep(0)", kPlay, kRefresh));
 }
 
 TEST_F(PlayWithPlayCommand, TogglesWhenPlayIsRefused) {
-  ipod.refuse("04 00 29 0A");
+  ipod.refuse(kPlay);
   playState(kPaused, 1000);
-  EXPECT_THAT(command(10), ElementsAre("04 00 29 0A", "04 00 1C", "04 00 29 01", kRefresh));
+  EXPECT_THAT(command(10), ElementsAre(kPlay, kGetPlayStatus, kTogglePlayPause, kRefresh));
 }
 
 TEST_F(PlayWithPlayCommand, SendsPlayAgainAfterARefusal) {
-  ipod.answerOnce("04 00 29 0A", {"00 02 05 00"});
+  ipod.answerOnce(kPlay, {"00 02 05 00"});
   playState(kPaused, 1000);
   command(10);
-  EXPECT_THAT(command(10), ElementsAre("04 00 29 0A", kRefresh));
+  EXPECT_THAT(command(10), ElementsAre(kPlay, kRefresh));
 }
 
-TEST_F(PlayWithPlayCommand, RefusedWhilePlayingStopsThere) {
-  ipod.refuse("04 00 29 0A");
+TEST_F(PlayWithPlayCommand, DoesNotToggleIfTheIpodPlaysAlready) {
+  ipod.refuse(kPlay);
   playState(kPlaying, 1000);
-  EXPECT_THAT(command(10), ElementsAre("04 00 29 0A", "04 00 1C"));
+  EXPECT_THAT(command(10), ElementsAre(kPlay, kGetPlayStatus));
 }
 
 class WithoutPlayAndPause : public IpodCommandTest {
  protected:
   void SetUp() override {
-    ipod.answer("00 0F 04", {"00 10 04 01 0C"});
+    ipod.answer(kRequestExtendedInterfaceVersion, {"00 10 04 01 0C"});
     IpodCommandTest::SetUp();
     ASSERT_EQ(ipodHasPlayPause, 0);
   }
@@ -316,35 +319,35 @@ class WithoutPlayAndPause : public IpodCommandTest {
 
 TEST_F(WithoutPlayAndPause, PlayWhilePausedSendsToggleAndPosts) {
   playState(kPaused, 1000);
-  EXPECT_THAT(command(10), ElementsAre("04 00 1C", "04 00 29 01", kRefresh));
+  EXPECT_THAT(command(10), ElementsAre(kGetPlayStatus, kTogglePlayPause, kRefresh));
 }
 
 TEST_F(WithoutPlayAndPause, PlayWhileStoppedSendsToggleAndPosts) {
   playState(kStopped, 0);
-  EXPECT_THAT(command(10), ElementsAre("04 00 1C", "04 00 29 01", kRefresh));
+  EXPECT_THAT(command(10), ElementsAre(kGetPlayStatus, kTogglePlayPause, kRefresh));
 }
 
 TEST_F(WithoutPlayAndPause, PlayWhilePlayingDoesNothing) {
   playState(kPlaying, 1000);
-  EXPECT_THAT(command(10), ElementsAre("04 00 1C"));
+  EXPECT_THAT(command(10), ElementsAre(kGetPlayStatus));
 }
 
 TEST_F(WithoutPlayAndPause, PlayWithoutAPlayStatusSendsToggle) {
-  ipod.refuse("04 00 1C");
-  EXPECT_THAT(command(10), ElementsAre("04 00 1C", "04 00 29 01", kRefresh));
+  ipod.refuse(kGetPlayStatus);
+  EXPECT_THAT(command(10), ElementsAre(kGetPlayStatus, kTogglePlayPause, kRefresh));
 }
 
 TEST_F(WithoutPlayAndPause, PlayPostsNothingWhenToggleIsRefused) {
   playState(kPaused, 1000);
-  ipod.refuse("04 00 29");
-  EXPECT_THAT(command(10), ElementsAre("04 00 1C", "04 00 29 01"));
+  ipod.refuse(kPlayControl);
+  EXPECT_THAT(command(10), ElementsAre(kGetPlayStatus, kTogglePlayPause));
 }
 
 TEST_F(WithoutPlayAndPause, PlayDoesNotSleepForTheDelayFlag) {
   ipodPlayDelayFlag = 1;
   playState(kPaused, 1000);
   command(10);
-  EXPECT_THAT(log.events(), ElementsAre("04 00 1C", "04 00 29 01", kRefresh));
+  EXPECT_THAT(log.events(), ElementsAre(kGetPlayStatus, kTogglePlayPause, kRefresh));
 }
 
 // ---------------------------------------------------------------- 11: pause
@@ -352,38 +355,38 @@ TEST_F(WithoutPlayAndPause, PlayDoesNotSleepForTheDelayFlag) {
 class PauseWithPauseCommand : public IpodCommandTest {};
 
 TEST_F(PauseWithPauseCommand, SendsPauseAndPostsNothing) {
-  EXPECT_THAT(command(11), ElementsAre("04 00 29 0B"));
+  EXPECT_THAT(command(11), ElementsAre(kPause));
 }
 
 TEST_F(PauseWithPauseCommand, TogglesWhenPauseIsRefusedWhilePlaying) {
-  ipod.refuse("04 00 29 0B");
+  ipod.refuse(kPause);
   playState(kPlaying, 1000);
-  EXPECT_THAT(command(11), ElementsAre("04 00 29 0B", "04 00 1C", "04 00 29 01"));
+  EXPECT_THAT(command(11), ElementsAre(kPause, kGetPlayStatus, kTogglePlayPause));
 }
 
-TEST_F(PauseWithPauseCommand, RefusedWhileNotPlayingStopsThere) {
-  ipod.refuse("04 00 29 0B");
+TEST_F(PauseWithPauseCommand, DoesNotToggleIfTheIpodDoesNotPlay) {
+  ipod.refuse(kPause);
   for (const char* state : {kStopped, kPaused, "03"}) {
     playState(state, 1000);
-    EXPECT_THAT(command(11), ElementsAre("04 00 29 0B", "04 00 1C")) << state;
+    EXPECT_THAT(command(11), ElementsAre(kPause, kGetPlayStatus)) << state;
   }
 }
 
 TEST_F(WithoutPlayAndPause, PauseWhilePlayingSendsToggleAndPostsNothing) {
   playState(kPlaying, 1000);
-  EXPECT_THAT(command(11), ElementsAre("04 00 1C", "04 00 29 01"));
+  EXPECT_THAT(command(11), ElementsAre(kGetPlayStatus, kTogglePlayPause));
 }
 
 TEST_F(WithoutPlayAndPause, PauseWhileNotPlayingDoesNothing) {
   for (const char* state : {kStopped, kPaused, "03"}) {
     playState(state, 1000);
-    EXPECT_THAT(command(11), ElementsAre("04 00 1C")) << state;
+    EXPECT_THAT(command(11), ElementsAre(kGetPlayStatus)) << state;
   }
 }
 
 TEST_F(WithoutPlayAndPause, PauseWithoutAPlayStatusDoesNothing) {
-  ipod.refuse("04 00 1C");
-  EXPECT_THAT(command(11), ElementsAre("04 00 1C"));
+  ipod.refuse(kGetPlayStatus);
+  EXPECT_THAT(command(11), ElementsAre(kGetPlayStatus));
 }
 
 // ---------------------------------------------------------------- 14: previous track, no restart
@@ -393,19 +396,21 @@ using PreviousTrackNoRestart = IpodCommandTest;
 TEST_F(PreviousTrackNoRestart, WhileNeitherPlayingNorPausedSelectsTheFirstTrack) {
   for (const char* state : {kStopped, "03"}) {
     playState(state, 1000);
-    EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 17 05 00 00 00 00", kRefresh));
+    EXPECT_THAT(command(14),
+                ElementsAre(kGetPlayStatus, kSelectDbRecord + " 05 00 00 00 00", kRefresh));
   }
 }
 
 TEST_F(PreviousTrackNoRestart, WithoutAPlayStatusSelectsTheFirstTrack) {
-  ipod.refuse("04 00 1C");
-  EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 17 05 00 00 00 00", kRefresh));
+  ipod.refuse(kGetPlayStatus);
+  EXPECT_THAT(command(14),
+              ElementsAre(kGetPlayStatus, kSelectDbRecord + " 05 00 00 00 00", kRefresh));
 }
 
 TEST_F(PreviousTrackNoRestart, WithoutAnIndexOnlyPosts) {
   playState(kPlaying, 1000);
-  ipod.refuse("04 00 1E");
-  EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 1E", kRefresh));
+  ipod.refuse(kGetCurrentTrackIndex);
+  EXPECT_THAT(command(14), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kRefresh));
 }
 
 TEST_F(PreviousTrackNoRestart, AtTheFirstTrackSelectsTheLastTrack) {
@@ -413,8 +418,8 @@ TEST_F(PreviousTrackNoRestart, AtTheFirstTrackSelectsTheLastTrack) {
   playingIndex(0);
   for (const char* state : {kPlaying, kPaused}) {
     playState(state, 5000);
-    EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05",
-                                         "04 00 17 05 00 00 00 09", kRefresh));
+    EXPECT_THAT(command(14), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                         kSelectDbRecord + " 05 00 00 00 09", kRefresh));
   }
 }
 
@@ -422,51 +427,52 @@ TEST_F(PreviousTrackNoRestart, WithNothingPlayingSelectsTheLastTrack) {
   count(kTracks, 10);
   playingIndex(0xFFFFFFFF);
   playState(kPlaying, 0);
-  EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05",
-                                       "04 00 17 05 00 00 00 09", kRefresh));
+  EXPECT_THAT(command(14), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                       kSelectDbRecord + " 05 00 00 00 09", kRefresh));
 }
 
 TEST_F(PreviousTrackNoRestart, WithoutATrackCountSelectsNoTrack) {
-  ipod.refuse("04 00 18");
+  ipod.refuse(kCountRecords);
   playState(kPlaying, 5000);
   for (const std::uint32_t index : {0u, 0xFFFFFFFFu}) {
     playingIndex(index);
-    EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05",
-                                         "04 00 17 05 FF FF FF FF", kRefresh));
+    EXPECT_THAT(command(14), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                         kSelectDbRecord + " 05 FF FF FF FF", kRefresh));
   }
 }
 
 TEST_F(PreviousTrackNoRestart, WithoutATrackCountGoesBackFromALaterTrack) {
-  ipod.refuse("04 00 18");
+  ipod.refuse(kCountRecords);
   playState(kPlaying, 5000);
   playingIndexChanges(4, 3);
-  EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04",
-                                       "04 00 1E", kRefresh));
+  EXPECT_THAT(command(14), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                       kPreviousTrack, kGetCurrentTrackIndex, kRefresh));
 }
 
 TEST_F(PreviousTrackNoRestart, SendsPreviousTrackTwiceWhenTheFirstOnlyRestartedTheTrack) {
   count(kTracks, 10);
   playingIndex(4);
   playState(kPlaying, 5000);
-  EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04",
-                                       "04 00 1E", "04 00 29 04", kRefresh));
+  EXPECT_THAT(command(14),
+              ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks, kPreviousTrack,
+                          kGetCurrentTrackIndex, kPreviousTrack, kRefresh));
 }
 
 TEST_F(PreviousTrackNoRestart, SendsPreviousTrackOnceWhenTheTrackChanged) {
   count(kTracks, 10);
   playState(kPaused, 0);
   playingIndexChanges(4, 3);
-  EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04",
-                                       "04 00 1E", kRefresh));
+  EXPECT_THAT(command(14), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                       kPreviousTrack, kGetCurrentTrackIndex, kRefresh));
 }
 
 TEST_F(PreviousTrackNoRestart, SendsPreviousTrackOnceWhenTheNewIndexIsNotKnown) {
   count(kTracks, 10);
   playState(kPlaying, 0);
-  ipod.refuse("04 00 1E");
-  ipod.answerOnce("04 00 1E", {"04 00 1F 00 00 00 04"});
-  EXPECT_THAT(command(14), ElementsAre("04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 04",
-                                       "04 00 1E", kRefresh));
+  ipod.refuse(kGetCurrentTrackIndex);
+  ipod.answerOnce(kGetCurrentTrackIndex, {"04 00 1F 00 00 00 04"});
+  EXPECT_THAT(command(14), ElementsAre(kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                       kPreviousTrack, kGetCurrentTrackIndex, kRefresh));
 }
 
 // ---------------------------------------------------------------- the lock and the message
@@ -482,7 +488,8 @@ TEST_F(IpodCommandTest, HoldsTheLockForAllItsRequests) {
   playState(kPlaying, 1000);
   playingIndex(4);
   count(kTracks, 10);
-  for (const char* request : {"04 00 1C", "04 00 1E", "04 00 18", "04 00 29"}) {
+  for (const std::string& request :
+       {kGetPlayStatus, kGetCurrentTrackIndex, kCountRecords, kPlayControl}) {
     forgetEvents();
     ipod.hold(request);
     std::thread host([] { IpodCommand(3); });

@@ -4,12 +4,13 @@
 #include <vector>
 
 #include "api/api_test.h"
+#include "support/exports.h"
 
 using namespace ipodctl;
 
 namespace {
 
-/// Runs each work on a thread of its own until all are done.
+/// Runs each work on a separate thread until all are done.
 void runTogether(const std::vector<std::function<void()>>& works) {
   std::vector<std::thread> threads;
   for (const auto& work : works)
@@ -27,18 +28,11 @@ std::function<void()> repeated(int times, const std::function<void()>& work) {
 
 /// Calls every export that takes no lock and asks the iPod nothing.
 void callLockFreeExports() {
-  const int connected = IpodIsConnect();
-  EXPECT_TRUE(connected == 0 || connected == 1);
-  EXPECT_EQ(isIpodAudioPresent(1, 2, 3, 4), 1);
-  const int playAll = IpodIsPlayAll();
-  EXPECT_TRUE(playAll == 0 || playAll == 1);
-  const int split = IpodIsTabActive();
-  EXPECT_TRUE(split == 0 || split == 1);
-  const int shown = IpodIsTabVisualizationActive();
-  EXPECT_TRUE(shown == 0 || shown == 1);
-  EXPECT_EQ(IpodDisableTabVisualizationActive(), 0);
-  EXPECT_EQ(IpodEnableTabVisualizationActive(), 0);
-  IpodSetSameIpod(1);
+  constexpr unsigned kVariety = 1;  // of IpodSetSameIpod: it is the same iPod
+  for (const exports::Export& each : exports::allExports()) {
+    if (each.lock != exports::Lock::kNone || !each.asksNothing()) continue;
+    EXPECT_TRUE(each.isLegal(each.make(kVariety))) << each.name;
+  }
 }
 
 class ConcurrencyTest : public ConnectedApiTest {
@@ -48,15 +42,15 @@ class ConcurrencyTest : public ConnectedApiTest {
     count("05", 300);
     playingIndex(258);
     playState("01", 5000);
-    ipod.answer("00 07", {"00 08" + textBytes("Anna")});
-    ipod.answer("00 0B", {"00 0C" + textBytes("5U82")});
-    ipod.answer("04 00 2C", {"04 00 2D 01"});
-    ipod.answer("04 00 2F", {"04 00 30 02"});
-    ipod.answer("04 00 20 00 00 01 02", {"04 00 21" + textBytes("Waterloo")});
+    ipod.answer(kRequestIpodName, {"00 08" + textBytes("Anna")});
+    ipod.answer(kRequestSerialNumber, {"00 0C" + textBytes("5U82")});
+    ipod.answer(kGetShuffle, {"04 00 2D 01"});
+    ipod.answer(kGetRepeat, {"04 00 30 02"});
+    ipod.answer(kGetTrackTitle + " 00 00 01 02", {"04 00 21" + textBytes("Waterloo")});
   }
 };
 
-TEST_F(ConcurrencyTest, HostThreadsGetEachItsOwnAnswer) {
+TEST_F(ConcurrencyTest, EachHostThreadGetsItsOwnAnswer) {
   constexpr int kTimes = 25;
   runTogether({repeated(kTimes,
                         [] {
@@ -100,10 +94,10 @@ TEST_F(ConcurrencyTest, CommandsOfTwoThreadsDoNotMix) {
   runTogether({repeated(kTimes, [] { IpodCommand(IPOD_NEXT_TRACK); }),
                repeated(kTimes, [] { IpodCommand(IPOD_PREVIOUS_TRACK); })});
   const std::vector<std::string> happened = events();
-  const std::vector<std::string> kNext = {"04 00 1C", "04 00 1E", "04 00 18 05", "04 00 29 03",
-                                          kRefresh};
-  const std::vector<std::string> kPrevious = {"04 00 1C",    "04 00 1E", "04 00 18 05",
-                                              "04 00 29 04", "04 00 1E", kRefresh};
+  const std::vector<std::string> kNext = {kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                          kNextTrack, kRefresh};
+  const std::vector<std::string> kPrevious = {kGetPlayStatus, kGetCurrentTrackIndex, kCountTracks,
+                                              kPreviousTrack, kGetCurrentTrackIndex, kRefresh};
   int commands = 0;
   for (auto at = happened.begin(); at != happened.end(); ++commands) {
     const auto refresh = std::find(at, happened.end(), kRefresh);
@@ -142,7 +136,7 @@ TEST_F(ConcurrencyTest, LockFreeExportsDoNotDisturbTheOthers) {
   testing::internal::GetCapturedStdout();
 }
 
-TEST_F(ConcurrencyTest, ClearingTheSnapshotBesideTheOthersEndsInAClearedSnapshot) {
+TEST_F(ConcurrencyTest, ClearingTheSnapshotDuringOtherCallsLeavesItCleared) {
   openTree(IPOD_ALBUMS, 9);
   ASSERT_NE(IpodGetFirstItem(1, IPOD_TRACKS, 1), nullptr);
   browseTree.levels[1].index = 4;
@@ -158,7 +152,7 @@ TEST_F(ConcurrencyTest, ClearingTheSnapshotBesideTheOthersEndsInAClearedSnapshot
   EXPECT_EQ(levelText(upDownTree, 1), kUnknownLevel);
 }
 
-TEST_F(ConcurrencyTest, GetNumberOfPlaylistBesideOtherRequestsComesBack) {
+TEST_F(ConcurrencyTest, GetNumberOfPlaylistReturnsDuringOtherRequests) {
   openTree(IPOD_PLAYLISTS, 9);
   IpodValidateUpDownTree();
   {
@@ -190,7 +184,7 @@ TEST_F(ConcurrencyTest, ConnectionsAndDisconnectionsOfTwoThreadsLeaveAWorkingLib
   EXPECT_EQ(name, holding("Anna", 4));
 }
 
-TEST_F(ConcurrencyTest, NotificationsBesideRequestsAreFollowed) {
+TEST_F(ConcurrencyTest, NotificationsAreFollowedDuringRequests) {
   std::thread notifier([this] {
     for (int i = 0; i < 20; ++i)
       ipod.send("0A 04 00 00 BB 80 00 00 00 00 00 00 00 00");
@@ -202,14 +196,14 @@ TEST_F(ConcurrencyTest, NotificationsBesideRequestsAreFollowed) {
   }
   notifier.join();
   EXPECT_TRUE(log.waitFor("SelectFrequency(48000 Hz)", 20));
-  EXPECT_TRUE(log.waitFor("0A 00 00 04", 20));
+  EXPECT_TRUE(log.waitFor(kAcknowledgeAudioAttributes, 20));
 }
 
 TEST_F(ConcurrencyTest, DisconnectingWaitsForTheRequestThatIsUnderWay) {
-  ipod.hold("00 07");
+  ipod.hold(kRequestIpodName);
   Units name = untouched(4);
   std::thread reader([&] { IpodGetName(name.data(), 4); });
-  ASSERT_TRUE(log.waitFor("00 07"));
+  ASSERT_TRUE(log.waitFor(kRequestIpodName));
   std::thread disconnecter([] { IpodDisconnect(); });
   EXPECT_FALSE(libraryLockIsFree());
   EXPECT_EQ(IpodIsConnect(), 1);

@@ -8,8 +8,9 @@
 #include <functional>
 
 #include "api/api_test.h"
-#include "api/logo_folder.h"
+#include "api/small_logo.h"
 #include "lingo/received_message.h"
+#include "support/host_folder.h"
 
 using namespace ipodctl;
 
@@ -43,7 +44,7 @@ class ConnectionOrder : public ApiTest {
  protected:
   void SetUp() override {
     ApiTest::SetUp();
-    folder.writeLogo();
+    folder.writeLogo(smallLogo());
     ipodController.setResampleCallback(nullptr);
   }
   void TearDown() override {
@@ -52,7 +53,7 @@ class ConnectionOrder : public ApiTest {
     ApiTest::TearDown();
   }
 
-  /// Whether the library follows a rate that is announced now.
+  /// Returns whether the library follows a rate that is announced now.
   bool followsRates() {
     constexpr uint8_t kRate32000[] = {0x0A, 0x04, 0x00, 0x00, 0x7D, 0x00, 0, 0, 0, 0, 0, 0, 0, 0};
     ipodSampleRate = 0;
@@ -60,7 +61,7 @@ class ConnectionOrder : public ApiTest {
     return ipodSampleRate == 32000;
   }
 
-  LogoFolder folder;
+  const session::HostFolder folder;
 };
 
 TEST_F(ConnectionOrder, ReadsTheLogoSetsTheCallbackAndSelectsTheInterface) {
@@ -76,7 +77,7 @@ TEST_F(ConnectionOrder, ReadsTheLogoSetsTheCallbackAndSelectsTheInterface) {
   EXPECT_THAT(steps, testing::ElementsAre("logo", "interface, follows rates"));
 }
 
-TEST_F(ConnectionOrder, ForgetsTheIpodBeforeFirst) {
+TEST_F(ConnectionOrder, ForgetsThePreviousIpodFirst) {
   ASSERT_EQ(IpodConnect(), 1);
   openTree(IPOD_ARTISTS, 36);
   IpodDisconnect();

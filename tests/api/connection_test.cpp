@@ -1,7 +1,8 @@
 #include <desk.h>
 
 #include "api/api_test.h"
-#include "api/logo_folder.h"
+#include "api/small_logo.h"
+#include "support/host_folder.h"
 #include "support/row_name.h"
 
 using namespace ipodctl;
@@ -11,13 +12,13 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr char kIdentify[] = "00 13 00 00 04 11 00 00 00 00 00 00 00 00";
+const std::string kIdentify = kIdentifyDeviceLingoes + " 00 00 04 11 00 00 00 00 00 00 00 00";
 constexpr char kSampleRates[] = "0A 03 00 00 1F 40 00 00 7D 00 00 00 AC 44 00 00 BB 80";
 
 class IpodConnectTest : public ApiTest {};
 
 TEST_F(IpodConnectTest, PrintsPreparesTheAudioIdentifiesAndStartsTheStreamInThisOrder) {
-  log.tellStdout();
+  log.printToStdout();
   EXPECT_EQ(printed([] { EXPECT_EQ(IpodConnect(), 1); }),
             "Tavrel version is 01.29\n"
             "IpodConnect start\n"
@@ -53,14 +54,14 @@ TEST_F(IpodConnectTest, StartsAPcmStream) {
 }
 
 TEST_F(IpodConnectTest, StartsTheStreamAtTheRateAnnouncedDuringTheIdentification) {
-  ipod.answer("00 13", {"0A 04 00 00 BB 80 00 00 00 00 00 00 00 00", "0A 02"});
+  ipod.answer(kIdentifyDeviceLingoes, {"0A 04 00 00 BB 80 00 00 00 00 00 00 00 00", "0A 02"});
   ASSERT_EQ(IpodConnect(), 1);
   EXPECT_THAT(events(), testing::Contains("StartIpodAudioPlay(48000 Hz, 2 channels, 16 bits)"));
   EXPECT_EQ(ipodSampleRate, 48000u);
 }
 
 TEST_F(IpodConnectTest, StartsTheStreamAtTheRateZeroThatTheIpodAnnounced) {
-  ipod.answer("00 13", {"0A 04 00 00 00 00 00 00 00 00 00 00 00 00", "0A 02"});
+  ipod.answer(kIdentifyDeviceLingoes, {"0A 04 00 00 00 00 00 00 00 00 00 00 00 00", "0A 02"});
   EXPECT_EQ(IpodConnect(), 1);
   EXPECT_THAT(events(), testing::Contains("StartIpodAudioPlay(0 Hz, 2 channels, 16 bits)"));
 }
@@ -79,8 +80,8 @@ TEST_F(IpodConnectTest, EndsAtTheRateAnnouncedWhileTheStreamStartsAtAnOlderOne) 
   EXPECT_EQ(ipodSampleRate, 48000u);
 }
 
-TEST_F(IpodConnectTest, DoesNotMindARefusedExtendedInterfaceMode) {
-  ipod.refuse("00 05");
+TEST_F(IpodConnectTest, SucceedsEvenIfTheIpodRefusesTheExtendedInterfaceMode) {
+  ipod.refuse(kEnterRemoteUiMode);
   EXPECT_EQ(IpodConnect(), 1);
   EXPECT_EQ(IpodIsConnect(), 1);
 }
@@ -113,11 +114,11 @@ TEST_F(IpodConnectTest, ForgetsTheBrowseTreeAndKeepsTheSnapshot) {
 
 TEST_F(IpodConnectTest, ReturnsAtOnceWhileAnotherExportHoldsTheLock) {
   ASSERT_EQ(IpodConnect(), 1);
-  ipod.answer("00 07", {"00 08 41 00"});
-  ipod.hold("00 07");
+  ipod.answer(kRequestIpodName, {"00 08 41 00"});
+  ipod.hold(kRequestIpodName);
   Units name = untouched(1);
   std::thread holder([&] { IpodGetName(name.data(), 1); });
-  ASSERT_TRUE(log.waitFor("00 07"));
+  ASSERT_TRUE(log.waitFor(kRequestIpodName));
   forgetEvents();
   EXPECT_EQ(printed([] { EXPECT_EQ(IpodConnect(), 0); }),
             "Tavrel version is 01.29\nIpodConnect start\n");
@@ -128,9 +129,9 @@ TEST_F(IpodConnectTest, ReturnsAtOnceWhileAnotherExportHoldsTheLock) {
   EXPECT_EQ(IpodIsConnect(), 1);
 }
 
-TEST_F(IpodConnectTest, WithoutADeviceSaysThatThereIsNoIpod) {
+TEST_F(IpodConnectTest, PrintsThatThereIsNoIpodWithoutADevice) {
   const host_test::DeviceMapping nothing("");
-  log.tellStdout();
+  log.printToStdout();
   EXPECT_EQ(printed([] { EXPECT_EQ(IpodConnect(), 0); }),
             "Tavrel version is 01.29\n"
             "IpodConnect start\n"
@@ -141,7 +142,7 @@ TEST_F(IpodConnectTest, WithoutADeviceSaysThatThereIsNoIpod) {
   EXPECT_EQ(IpodIsConnect(), 0);
 }
 
-TEST_F(IpodConnectTest, WithoutADeviceForgetsTheBrowseTreeAllTheSame) {
+TEST_F(IpodConnectTest, ForgetsTheBrowseTreeEvenWithoutADevice) {
   ASSERT_EQ(IpodConnect(), 1);
   openTree(IPOD_ARTISTS, 36);
   IpodDisconnect();
@@ -153,7 +154,7 @@ TEST_F(IpodConnectTest, WithoutADeviceForgetsTheBrowseTreeAllTheSame) {
   EXPECT_EQ(ipodHasPlayPause, 0);
 }
 
-TEST_F(IpodConnectTest, OfASilentIpodFailsAfterThreeAttempts) {
+TEST_F(IpodConnectTest, FailsAfterThreeAttemptsWithASilentIpod) {
   const QuickTimeOuts quickTimeOuts;
   ipod.fallSilent();
   EXPECT_EQ(printed([] { EXPECT_EQ(IpodConnect(), 0); }),
@@ -165,15 +166,15 @@ TEST_F(IpodConnectTest, OfASilentIpodFailsAfterThreeAttempts) {
 }
 
 // Takes three seconds, one for each attempt.
-TEST_F(IpodConnectTest, OfAnIpodThatDemandsAuthenticationFailsAfterThreeAttempts) {
-  ipod.answer("00 13", {"00 02 00 13", "00 27 00", "00 14"});
+TEST_F(IpodConnectTest, FailsAfterThreeAttemptsIfTheIpodDemandsAuthentication) {
+  ipod.answer(kIdentifyDeviceLingoes, {"00 02 00 13", "00 27 00", "00 14"});
   EXPECT_EQ(IpodConnect(), 0);
   EXPECT_THAT(events(), testing::Contains(kIdentify).Times(3));
 }
 
 // Takes three seconds, one for each attempt.
-TEST_F(IpodConnectTest, OfAnIpodThatDoesNotKnowDigitalAudioFailsAfterThreeAttempts) {
-  ipod.answer("00 13", {"00 02 00 13", "00 27 00"});
+TEST_F(IpodConnectTest, FailsAfterThreeAttemptsIfTheIpodDoesNotKnowDigitalAudio) {
+  ipod.answer(kIdentifyDeviceLingoes, {"00 02 00 13", "00 27 00"});
   EXPECT_EQ(IpodConnect(), 0);
   EXPECT_THAT(events(), testing::Contains(kIdentify).Times(3));
 }
@@ -196,15 +197,16 @@ TEST_F(IpodConnectTest, ClosesTheLinkAgainWhenTheStreamDoesNotStart) {
             "\nNo iPod connected\n"
             "IpodConnect end\n");
   EXPECT_THAT(events(),
-              ElementsAre("SelectZeroBandwithInterface()", kIdentify, "0A 00 00 04", kSampleRates,
-                          "00 0F 00", "00 0F 04", "00 0F 0A", "SelectFullBandwithInterface()",
-                          "00 05", "StartIpodAudioPlay(44100 Hz, 2 channels, 16 bits)",
-                          "StopIpodAudioPlay()", "00 06"));
+              ElementsAre("SelectZeroBandwithInterface()", kIdentify, kAcknowledgeAudioAttributes,
+                          kSampleRates, kRequestGeneralVersion, kRequestExtendedInterfaceVersion,
+                          kRequestDigitalAudioVersion, "SelectFullBandwithInterface()",
+                          kEnterRemoteUiMode, "StartIpodAudioPlay(44100 Hz, 2 channels, 16 bits)",
+                          "StopIpodAudioPlay()", kExitRemoteUiMode));
   EXPECT_EQ(IpodIsConnect(), 0);
   EXPECT_EQ(ipodHasPlayPause, 0);
 }
 
-TEST_F(IpodConnectTest, TakesOnlyMinusOneForAStreamThatDoesNotStart) {
+TEST_F(IpodConnectTest, TreatsOnlyMinusOneAsAStreamThatDoesNotStart) {
   for (const int result : {-2, 1}) {
     isochplaySetResult(kStartIpodAudioPlay, result);
     EXPECT_EQ(IpodConnect(), 1) << result;
@@ -212,7 +214,7 @@ TEST_F(IpodConnectTest, TakesOnlyMinusOneForAStreamThatDoesNotStart) {
   }
 }
 
-TEST_F(IpodConnectTest, DoesNotMindWhatTheInterfaceSelectionsReturn) {
+TEST_F(IpodConnectTest, IgnoresWhatTheInterfaceSelectionsReturn) {
   isochplaySetResult(kSelectZeroBandwithInterface, -1);
   isochplaySetResult(kSelectFullBandwithInterface, -1);
   EXPECT_EQ(IpodConnect(), 1);
@@ -229,8 +231,8 @@ TEST_F(IpodConnectTest, CanBeRepeatedWithoutLosingHandles) {
   EXPECT_LE(deskOpenHandles(), handles);
 }
 
-/// The version that the iPod reports of the Extended Interface lingo, and whether it makes the
-/// library use the commands play and pause.
+/// A version of the Extended Interface lingo that the iPod reports, and whether the library then
+/// uses the commands play and pause.
 struct VersionCase : NamedRow {
   const char* reply;
   int hasPlayPause;
@@ -239,8 +241,8 @@ struct VersionCase : NamedRow {
 class ExtendedInterfaceVersion : public ApiTest, public testing::WithParamInterface<VersionCase> {};
 
 TEST_P(ExtendedInterfaceVersion, DecidesAboutPlayAndPause) {
-  ipod.answerOnce("00 0F 04", {"00 10 04 01 0D"});
-  ipod.answer("00 0F 04", {GetParam().reply});
+  ipod.answerOnce(kRequestExtendedInterfaceVersion, {"00 10 04 01 0D"});
+  ipod.answer(kRequestExtendedInterfaceVersion, {GetParam().reply});
   EXPECT_EQ(IpodConnect(), 1);
   EXPECT_EQ(int{ipodHasPlayPause}, GetParam().hasPlayPause);
 }
@@ -259,65 +261,68 @@ INSTANTIATE_TEST_SUITE_P(
         VersionCase{"Refused", "00 02 05 0F", 0}, VersionCase{"AnotherCommand", "00 04 01", 0}),
     rowName<VersionCase>);
 
-TEST_F(IpodConnectTest, ForgetsPlayAndPauseOfTheIpodBefore) {
+TEST_F(IpodConnectTest, ForgetsPlayAndPauseOfThePreviousIpod) {
   ASSERT_EQ(IpodConnect(), 1);
   ASSERT_EQ(ipodHasPlayPause, 1);
   IpodDisconnect();
   EXPECT_EQ(ipodHasPlayPause, 1);
-  ipod.answer("00 0F 04", {"00 10 04 01 0C"});
+  ipod.answer(kRequestExtendedInterfaceVersion, {"00 10 04 01 0C"});
   ASSERT_EQ(IpodConnect(), 1);
   EXPECT_EQ(ipodHasPlayPause, 0);
 }
 
 class LogoTest : public ApiTest {
  protected:
-  LogoFolder folder;
+  const session::HostFolder folder;
 };
 
 TEST_F(LogoTest, IsReadFromTheCurrentDirectoryAndShownDuringTheConnection) {
-  folder.writeLogo();
-  ipod.answer("04 00 39", {"04 00 3A 00 08 00 03 02"});
+  folder.writeLogo(smallLogo());
+  ipod.answer(kGetColorDisplayImageLimits, {"04 00 3A 00 08 00 03 02"});
   EXPECT_EQ(IpodConnect(), 1);
   EXPECT_THAT(
       events(),
-      ElementsAre("SelectZeroBandwithInterface()", kIdentify, "0A 00 00 04", kSampleRates,
-                  "00 0F 00", "00 0F 04", "00 0F 0A", "04 00 39",
-                  "04 00 32 00 00 02 00 04 00 02 00 00 00 08 FF FF FF FF FF FF FF FF",
-                  "04 00 32 00 01 00 F8 E0 07 1F 00 00 00", "SelectFullBandwithInterface()",
-                  "00 05", "StartIpodAudioPlay(44100 Hz, 2 channels, 16 bits)", "00 0F 04"));
+      ElementsAre("SelectZeroBandwithInterface()", kIdentify, kAcknowledgeAudioAttributes,
+                  kSampleRates, kRequestGeneralVersion, kRequestExtendedInterfaceVersion,
+                  kRequestDigitalAudioVersion, kGetColorDisplayImageLimits,
+                  kSetDisplayImage + " 00 00 02 00 04 00 02 00 00 00 08 FF FF FF FF FF FF FF FF",
+                  kSetDisplayImage + " 00 01 00 F8 E0 07 1F 00 00 00",
+                  "SelectFullBandwithInterface()", kEnterRemoteUiMode,
+                  "StartIpodAudioPlay(44100 Hz, 2 channels, 16 bits)",
+                  kRequestExtendedInterfaceVersion));
 }
 
-TEST_F(LogoTest, IsReadAnewForEachConnection) {
-  ipod.answer("04 00 39", {"04 00 3A 00 08 00 03 02"});
+TEST_F(LogoTest, IsReadAgainForEachConnection) {
+  ipod.answer(kGetColorDisplayImageLimits, {"04 00 3A 00 08 00 03 02"});
   EXPECT_EQ(IpodConnect(), 1);
-  EXPECT_THAT(events(), testing::Not(testing::Contains("04 00 39")));
+  EXPECT_THAT(events(), testing::Not(testing::Contains(kGetColorDisplayImageLimits)));
   IpodDisconnect();
-  folder.writeLogo();
+  folder.writeLogo(smallLogo());
   forgetEvents();
   EXPECT_EQ(IpodConnect(), 1);
-  EXPECT_THAT(events(), testing::Contains("04 00 39"));
+  EXPECT_THAT(events(), testing::Contains(kGetColorDisplayImageLimits));
   IpodDisconnect();
   folder.removeLogo();
   forgetEvents();
   EXPECT_EQ(IpodConnect(), 1);
-  EXPECT_THAT(events(), testing::Not(testing::Contains("04 00 39")));
+  EXPECT_THAT(events(), testing::Not(testing::Contains(kGetColorDisplayImageLimits)));
 }
 
-TEST_F(LogoTest, ThatTheIpodRefusesDoesNotSpoilTheConnection) {
-  folder.writeLogo();
-  ipod.answer("04 00 39", {"04 00 3A 00 08 00 03 02"});
-  ipod.refuse("04 00 32");
+TEST_F(LogoTest, DoesNotPreventTheConnectionIfTheIpodRefusesIt) {
+  folder.writeLogo(smallLogo());
+  ipod.answer(kGetColorDisplayImageLimits, {"04 00 3A 00 08 00 03 02"});
+  ipod.refuse(kSetDisplayImage);
   EXPECT_EQ(IpodConnect(), 1);
 }
 
 class IpodDisconnectTest : public ConnectedApiTest {};
 
 TEST_F(IpodDisconnectTest, StopsTheStreamLeavesTheModeAndCloses) {
-  log.tellStdout();
+  log.printToStdout();
   const std::string console = printed([] { EXPECT_EQ(IpodDisconnect(), 0); });
   EXPECT_EQ(console.find("IpodDisconnect start\n[StopIpodAudioPlay()]\n"), 0u);
   EXPECT_EQ(console.substr(console.size() - 19), "IpodDisconnect end\n");
-  EXPECT_THAT(events(), ElementsAre("StopIpodAudioPlay()", "00 06"));
+  EXPECT_THAT(events(), ElementsAre("StopIpodAudioPlay()", kExitRemoteUiMode));
 }
 
 TEST_F(IpodDisconnectTest, PrintsItsTwoLines) {
@@ -354,7 +359,7 @@ TEST_F(IpodDisconnectTest, EndsTheReaderThread) {
 
 class LostIpodTest : public ConnectedApiTest {
  protected:
-  /// Waits until the library has seen that its iPod does not speak any more.
+  /// Waits until the library has noticed that its iPod is gone.
   static void waitUntilTheReaderEnds() {
     for (const host_test::Patience patience; deskRunningThreads() > 0 && !patience.isOver();)
       std::this_thread::yield();
@@ -384,7 +389,7 @@ TEST_F(LostIpodTest, CanBeReplacedByAnother) {
   waitUntilTheReaderEnds();
   IpodDisconnect();
   ScriptedIpod other(log);
-  other.answer("00 07", {"00 08 42 00"});
+  other.answer(kRequestIpodName, {"00 08 42 00"});
   EXPECT_EQ(IpodConnect(), 1);
   Units name = untouched(1);
   IpodGetName(name.data(), 1);
@@ -392,7 +397,7 @@ TEST_F(LostIpodTest, CanBeReplacedByAnother) {
   IpodDisconnect();
 }
 
-TEST_F(LostIpodTest, AfterACorruptFrameIsFoundAgain) {
+TEST_F(LostIpodTest, ConnectsAgainAfterACorruptFrame) {
   ipod.sendCorrupt("0A 02");
   waitUntilTheReaderEnds();
   int index = 77;
@@ -407,14 +412,15 @@ TEST_F(LostIpodTest, AfterACorruptFrameIsFoundAgain) {
 
 class SampleRateTest : public ConnectedApiTest {};
 
-TEST_F(SampleRateTest, OfANotificationReachesTheAudioStream) {
+TEST_F(SampleRateTest, ReachesTheAudioStreamFromANotification) {
   const std::string console = printed([this] {
     ipod.send("0A 04 00 00 BB 80 00 00 00 00 00 00 00 00");
     ASSERT_TRUE(log.waitFor("SelectFrequency"));
-    ASSERT_TRUE(log.waitFor("0A 00 00 04"));
+    ASSERT_TRUE(log.waitFor(kAcknowledgeAudioAttributes));
   });
   EXPECT_EQ(console, "Tavrel RestartPlayForResample 48000\n");
-  EXPECT_THAT(events(), testing::UnorderedElementsAre("0A 00 00 04", "SelectFrequency(48000 Hz)"));
+  EXPECT_THAT(events(), testing::UnorderedElementsAre(kAcknowledgeAudioAttributes,
+                                                      "SelectFrequency(48000 Hz)"));
   EXPECT_EQ(ipodSampleRate, 48000u);
 }
 
@@ -434,10 +440,10 @@ TEST_F(SampleRateTest, IsFollowedEachTimeThatItIsNotified) {
 }
 
 TEST_F(SampleRateTest, IsFollowedWhileAnExportHoldsTheLock) {
-  ipod.answer("00 07", {"00 08 41 00"});
-  ipod.hold("00 07");
+  ipod.answer(kRequestIpodName, {"00 08 41 00"});
+  ipod.hold(kRequestIpodName);
   std::thread holder([] { IpodGetName(nullptr, 1); });
-  ASSERT_TRUE(log.waitFor("00 07"));
+  ASSERT_TRUE(log.waitFor(kRequestIpodName));
   ipod.send("0A 04 00 00 BB 80 00 00 00 00 00 00 00 00");
   EXPECT_TRUE(log.waitFor("SelectFrequency(48000 Hz)"));
   ipod.release();
@@ -453,14 +459,14 @@ TEST_F(SampleRateTest, StaysForTheNextConnection) {
   ipod.send("0A 04 00 00 7D 00 00 00 00 00 00 00 00 00");
   ASSERT_TRUE(log.waitFor("SelectFrequency(32000 Hz)"));
   IpodDisconnect();
-  ipod.answer("00 13", {"00 02 00 13", "0A 02"});
+  ipod.answer(kIdentifyDeviceLingoes, {"00 02 00 13", "0A 02"});
   EXPECT_EQ(IpodConnect(), 1);
   EXPECT_THAT(events(), testing::Contains("StartIpodAudioPlay(32000 Hz, 2 channels, 16 bits)"));
 }
 
 class AudioPresentTest : public ApiTest {};
 
-TEST_F(AudioPresentTest, HandsFourWordsOnAndReturnsTheResult) {
+TEST_F(AudioPresentTest, PassesFourWordsOnAndReturnsTheResult) {
   for (const int result : {-7, 0, 1, 12345678}) {
     isochplaySetResult(kIpodAudioPresent, result);
     EXPECT_EQ(isIpodAudioPresent(1, -2, 3, 0x7FFFFFFF), result);

@@ -1,2 +1,2 @@
-// The C program is a C++ program too.
+// The C program is also a C++ program.
 #include "c_header_test.c"

@@ -9,7 +9,7 @@ using testing::IsEmpty;
 
 namespace {
 
-/// Behind a connection in which the host opened three artists and took the snapshot.
+/// After a connection in which the host opened three artists and took the snapshot.
 class DisconnectedTest : public ConnectedApiTest {
  protected:
   void SetUp() override {
@@ -21,7 +21,7 @@ class DisconnectedTest : public ConnectedApiTest {
     quickTimeOuts.emplace();
   }
 
-  // Nothing is sent, and nothing waited for.
+  // The library sends nothing and waits for nothing.
   void TearDown() override {
     EXPECT_THAT(requests(), IsEmpty());
     EXPECT_EQ(quickTimeOuts->passed(), 0);

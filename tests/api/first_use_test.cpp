@@ -1,5 +1,5 @@
 // The library as it is before the first connection of its process. No test connects in this
-// process: what needs a connection runs in a child of its own.
+// process: what needs a connection runs in a separate child process.
 
 #include <desk.h>
 #include <dlfcn.h>
@@ -24,7 +24,7 @@ namespace {
 
 // ---------------------------------------------------------------- semaphores
 
-/// What CreateSemaphoreW does for the library in this program.
+/// How CreateSemaphoreW behaves for the library in this program.
 enum class SemaphoreMaking { kAsUsual, kRefused, kInPairs };
 
 std::mutex makingMutex;
@@ -32,10 +32,10 @@ std::condition_variable makerCame;
 SemaphoreMaking making = SemaphoreMaking::kAsUsual;
 int makers = 0;
 
-// Without a constructor: the library makes its first semaphores before main.
+// It has no constructor, because the library creates its first semaphores before main.
 HANDLE pair[2] = {};
 
-/// Of two threads, the first goes on when the second has come; alone it goes on after a while.
+/// The first of two threads continues when the second has arrived, or after 200 ms without one.
 void meetTheOtherMaker(std::unique_lock<std::mutex>& lock) {
   constexpr std::chrono::milliseconds kForTheOther{200};
   ++makers;
@@ -68,8 +68,7 @@ void makeSemaphores(SemaphoreMaking how) {
 
 bool isOpen(HANDLE semaphore) { return WaitForSingleObject(semaphore, 0) != WAIT_FAILED; }
 
-/// Does this in a process that has not used the library yet, and ends it with the result of the
-/// checks.
+/// Runs the checks in a process that has not used the library yet, and ends it with their result.
 [[noreturn]] void asChild(void (*checks)()) {
   checks();
   std::exit(testing::Test::HasFailure() ? 1 : 0);
@@ -89,7 +88,7 @@ struct ChildsIpod {
 
 class FirstUseTest : public testing::Test {
  protected:
-  // The children start afresh instead of being forked from a process with threads.
+  // Each child is a fresh process: a fork of a process with threads would be unreliable.
   void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
@@ -117,6 +116,11 @@ TEST_F(FirstUseTest, TheNamesAreThoseOfTheDeviceAndTheLogo) {
   EXPECT_STREQ(logoFileName, "logo_zel.bmp");
 }
 
+/// The exports that write a number.
+constexpr int (*kNumberReaders[])(int*) = {
+    IpodSongGetNumElem,       IpodGetTrackIndex,           IpodGetShuffleMode,   IpodGetRepeatMode,
+    IpodGetCurrentPlayStatus, IpodGetCurrentTrackPosition, IpodGetMediaFileCount};
+
 /// The exports that take the lock, all with outputs.
 class WithoutALockTest : public FirstUseTest {
  protected:
@@ -125,7 +129,7 @@ class WithoutALockTest : public FirstUseTest {
     testing::internal::CaptureStdout();
   }
 
-  // Nothing is printed, sent, posted or told to the audio library.
+  // The library has printed, sent and posted nothing and has not called the audio library.
   void TearDown() override {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     ipod.settle();
@@ -156,13 +160,8 @@ TEST_F(WithoutALockTest, CommandsReturnZero) {
 }
 
 TEST_F(WithoutALockTest, ReadingExportsReturnZeroAndWriteNothing) {
-  EXPECT_EQ(IpodSongGetNumElem(&value), 0);
-  EXPECT_EQ(IpodGetTrackIndex(&value), 0);
-  EXPECT_EQ(IpodGetShuffleMode(&value), 0);
-  EXPECT_EQ(IpodGetRepeatMode(&value), 0);
-  EXPECT_EQ(IpodGetCurrentPlayStatus(&value), 0);
-  EXPECT_EQ(IpodGetCurrentTrackPosition(&value), 0);
-  EXPECT_EQ(IpodGetMediaFileCount(&value), 0);
+  for (const auto read : kNumberReaders)
+    EXPECT_EQ(read(&value), 0);
 }
 
 TEST_F(WithoutALockTest, ModesAreNotSet) {
@@ -196,9 +195,7 @@ TEST_F(WithoutALockTest, TextsAreNotWritten) {
 }
 
 TEST_F(WithoutALockTest, NullPointersAreHarmless) {
-  for (const auto read :
-       {IpodSongGetNumElem, IpodGetTrackIndex, IpodGetShuffleMode, IpodGetRepeatMode,
-        IpodGetCurrentPlayStatus, IpodGetCurrentTrackPosition, IpodGetMediaFileCount})
+  for (const auto read : kNumberReaders)
     EXPECT_EQ(read(nullptr), 0);
   EXPECT_EQ(IpodGetTrackInfo(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, 8), 0);
 }
@@ -211,7 +208,7 @@ TEST_F(WithoutALockTest, LockFreeQueriesAnswerFromTheState) {
   EXPECT_EQ(IpodGetNumberOfPlaylist(), 0);
 }
 
-TEST_F(FirstUseTest, EnablingTheTabVisualizationSpeaksOfLevelZero) {
+TEST_F(FirstUseTest, EnablingTheTabVisualizationPrintsLevelZero) {
   EXPECT_EQ(printed([] { EXPECT_EQ(IpodEnableTabVisualizationActive(), 0); }),
             "\nEnter IpodEnableTabVisualizationActive******\n"
             "\n ****IpodEnableTab[0] = 0******\n");
@@ -227,10 +224,10 @@ TEST_F(FirstUseTest, AskingForTheAudioReachesTheAudioLibrary) {
 
 // ---------------------------------------------------------------- the first connection
 
-/// Before any announcement of the iPod's.
+/// The iPod announces no rate.
 void connectToAnIpodThatAnnouncesNoRate() {
   ChildsIpod child;
-  child.ipod.answer("00 13", {"00 02 00 13", "0A 02"});
+  child.ipod.answer(kIdentifyDeviceLingoes, {"00 02 00 13", "0A 02"});
   EXPECT_EQ(IpodConnect(), 1);
   EXPECT_TRUE(child.log.waitFor("StartIpodAudioPlay(44100 Hz, 2 channels, 16 bits)"));
   EXPECT_EQ(ipodSampleRate, 44100u);
@@ -254,7 +251,7 @@ void connectWithoutSemaphores() {
   IpodDisconnect();
 }
 
-TEST_F(FirstUseDeathTest, WithoutASemaphoreConnectsNotNowButLater) {
+TEST_F(FirstUseDeathTest, ConnectingFailsWithoutASemaphoreAndSucceedsLater) {
   expectOfAFreshProcess(connectWithoutSemaphores);
 }
 
@@ -273,7 +270,7 @@ void connectOnTwoThreads() {
   IpodDisconnect();
 }
 
-TEST_F(FirstUseDeathTest, OnTwoThreadsAtOnceMakesOneConnection) {
+TEST_F(FirstUseDeathTest, TwoThreadsAtOnceMakeOneConnection) {
   expectOfAFreshProcess(connectOnTwoThreads);
 }
 
@@ -289,7 +286,7 @@ void raceForTheLock() {
   EXPECT_TRUE(isOpen(libraryLock.handle()));
 }
 
-TEST_F(FirstUseDeathTest, OnTwoThreadsAtOnceMakesOneLock) { expectOfAFreshProcess(raceForTheLock); }
+TEST_F(FirstUseDeathTest, TwoThreadsAtOnceCreateOneLock) { expectOfAFreshProcess(raceForTheLock); }
 
 void connectTwice() {
   ChildsIpod child;
@@ -303,6 +300,6 @@ void connectTwice() {
   IpodDisconnect();
 }
 
-TEST_F(FirstUseDeathTest, MakesTheLockForGood) { expectOfAFreshProcess(connectTwice); }
+TEST_F(FirstUseDeathTest, TheLockIsPermanent) { expectOfAFreshProcess(connectTwice); }
 
 }  // namespace

@@ -29,36 +29,36 @@ class IpodGetItemNameTest : public ConnectedApiTest {
   Units second;
 };
 
-TEST_F(IpodGetItemNameTest, OfFiftyBytesFillsThirtyUnitsAndTwenty) {
+TEST_F(IpodGetItemNameTest, SplitsFiftyBytesIntoThirtyUnitsAndTwenty) {
   openNamed("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWX");
   read(30);
   EXPECT_EQ(first, holding("abcdefghijklmnopqrstuvwxyzABCD", 30));
   EXPECT_EQ(second, holding("EFGHIJKLMNOPQRSTUVWX", 30));
-  EXPECT_THAT(events(), ElementsAre("04 00 1A 04 00 00 00 00 00 00 00 01"));
+  EXPECT_THAT(events(), ElementsAre(kRetrieveRecords + " 04 00 00 00 00 00 00 00 01"));
 }
 
-TEST_F(IpodGetItemNameTest, IsCutBehindBothBuffers) {
+TEST_F(IpodGetItemNameTest, IsCutAfterBothBuffers) {
   openNamed("abcdefghij");
   read(3);
   EXPECT_EQ(first, holding("abc", 3));
   EXPECT_EQ(second, holding("def", 3));
 }
 
-TEST_F(IpodGetItemNameTest, ThatFitsLeavesTheRestUntouched) {
+TEST_F(IpodGetItemNameTest, LeavesTheRestUntouchedIfTheNameFits) {
   openNamed("abc");
   read(5);
   EXPECT_EQ(first, holding("abc", 5));
   EXPECT_EQ(second, untouched(5));
 }
 
-TEST_F(IpodGetItemNameTest, ThatFitsExactlyLeavesTheSecondBufferUntouched) {
+TEST_F(IpodGetItemNameTest, LeavesTheSecondBufferUntouchedIfTheNameFitsExactly) {
   openNamed("abc");
   read(3);
   EXPECT_EQ(first, holding("abc", 3));
   EXPECT_EQ(second, untouched(3));
 }
 
-TEST_F(IpodGetItemNameTest, OneUnitLongerBeginsTheSecondBuffer) {
+TEST_F(IpodGetItemNameTest, BeginsTheSecondBufferIfTheNameIsOneUnitLonger) {
   openNamed("abcd");
   read(3);
   EXPECT_EQ(first, holding("abc", 3));
@@ -102,47 +102,47 @@ TEST_F(IpodGetItemNameTest, IgnoresItsFirstArgument) {
 
 TEST_F(IpodGetItemNameTest, WidensEachByteWithoutASign) {
   openTree(IPOD_GENRES, 3);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 43 61 66 C3 A9 C3 BF 00"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 43 61 66 C3 A9 C3 BF 00"});
   read(6);
   EXPECT_EQ(first, (Units{0x43, 0x61, 0x66, 0xE9, 0xFF, 0xEEEE}));
 }
 
 TEST_F(IpodGetItemNameTest, ShowsASpaceForACharacterThatLatin1DoesNotHave) {
   openTree(IPOD_GENRES, 3);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 35 E2 82 AC 00"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 35 E2 82 AC 00"});
   read(4);
   EXPECT_EQ(first, (Units{'5', ' ', 0xEEEE, 0xEEEE}));
 }
 
 TEST_F(IpodGetItemNameTest, IsEmptyForACharacterBeyondSixteenBits) {
   openTree(IPOD_GENRES, 3);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 41 F0 9F 98 80 42 00"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 41 F0 9F 98 80 42 00"});
   read(4);
   EXPECT_EQ(first, untouched(4));
 }
 
 TEST_F(IpodGetItemNameTest, ShowsTheLowSevenBitsOfAStrayByte) {
   openTree(IPOD_GENRES, 3);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 41 80 42 FE BF 00"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 41 80 42 FE BF 00"});
   read(6);
   EXPECT_EQ(first, (Units{0x41, 0x00, 0x42, 0x7E, 0x3F, 0xEEEE}));
 }
 
 TEST_F(IpodGetItemNameTest, IsEmptyForASequenceThatIsCutShort) {
   openTree(IPOD_GENRES, 3);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 41 C3 42 00"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 41 C3 42 00"});
   read(4);
   EXPECT_EQ(first, untouched(4));
 }
 
 TEST_F(IpodGetItemNameTest, WithoutAFinalZeroEndsWithTheMessage) {
   openTree(IPOD_GENRES, 3);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 61 62 63"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 61 62 63"});
   read(6);
   EXPECT_EQ(first, holding("abc", 6));
 }
 
-TEST_F(IpodGetItemNameTest, IsThatOfTheCurrentItem) {
+TEST_F(IpodGetItemNameTest, ReadsTheNameOfTheCurrentItem) {
   openTree(IPOD_ARTISTS, 3);
   record("02", 0, "one");
   record("02", 1, "two");
@@ -150,14 +150,14 @@ TEST_F(IpodGetItemNameTest, IsThatOfTheCurrentItem) {
   IpodGetNextItem();
   read(4);
   EXPECT_EQ(first, holding("two", 4));
-  EXPECT_THAT(events(), ElementsAre("04 00 1A 02 00 00 00 01 00 00 00 01"));
+  EXPECT_THAT(events(), ElementsAre(kRetrieveRecords + " 02 00 00 00 01 00 00 00 01"));
 }
 
 TEST_F(IpodGetItemNameTest, UsesTheTypeAsTheCategory) {
   openTree(IPOD_TYPE_7, 300);
   browseTree.levels[1].index = 258;
   read(4);
-  EXPECT_THAT(events(), ElementsAre("04 00 1A 07 00 00 01 02 00 00 00 01"));
+  EXPECT_THAT(events(), ElementsAre(kRetrieveRecords + " 07 00 00 01 02 00 00 00 01"));
 }
 
 TEST_F(IpodGetItemNameTest, OutsideTheListWritesAndAsksNothing) {
@@ -177,11 +177,11 @@ TEST_F(IpodGetItemNameTest, WithoutAListWritesAndAsksNothing) {
   EXPECT_THAT(events(), IsEmpty());
 }
 
-TEST_F(IpodGetItemNameTest, ThatTheIpodDoesNotTellIsNotWritten) {
+TEST_F(IpodGetItemNameTest, WritesNothingIfTheIpodDoesNotSendTheName) {
   openTree(IPOD_GENRES, 3);
   for (const char* reply :
        {"00 02 05 00", "04 00 1B 00 00 00 00", "04 00 01 04 00 1A", "04 00 1F 00 00 00 00"}) {
-    ipod.answer("04 00 1A", {reply});
+    ipod.answer(kRetrieveRecords, {reply});
     read(4);
     EXPECT_EQ(first, untouched(4)) << reply;
   }
@@ -189,7 +189,7 @@ TEST_F(IpodGetItemNameTest, ThatTheIpodDoesNotTellIsNotWritten) {
 
 // ---------------------------------------------------------------- the play-all mark
 
-/// The sizes of the two buffers and how many units of the mark they get.
+/// The sizes of the two buffers and how many units of the mark each receives.
 struct MarkCase : NamedRow {
   int maxChars;
   std::size_t inFirst;
@@ -213,17 +213,17 @@ class PlayAllMarkTest : public IpodGetItemNameTest, public testing::WithParamInt
   }
 };
 
-TEST_P(PlayAllMarkTest, StandsForThePlayAllEntry) {
+TEST_P(PlayAllMarkTest, IsTheNameOfThePlayAllEntry) {
   openTree(IPOD_ARTISTS, 3);
   expectTheMark();
 }
 
-TEST_P(PlayAllMarkTest, StandsForThePlayAllTab) {
+TEST_P(PlayAllMarkTest, IsTheNameOfThePlayAllTab) {
   openTree(IPOD_ARTISTS, 36);
   expectTheMark();
 }
 
-TEST_P(PlayAllMarkTest, StandsForThePlayAllTabReachedByMoving) {
+TEST_P(PlayAllMarkTest, IsTheNameOfThePlayAllTabReachedByMoving) {
   openTree(IPOD_ALBUMS, 36);
   IpodGetPrevItem();
   IpodGetNextItem();
@@ -246,7 +246,7 @@ TEST_F(IpodGetItemNameTest, PlayAllMarkNeedsNoBuffers) {
   EXPECT_EQ(second, (Units{0xFFFF, 0xEEEE, 0xEEEE}));
 }
 
-TEST_F(IpodGetItemNameTest, OfThePlayAllEntryOfAnEmptyListIsNothing) {
+TEST_F(IpodGetItemNameTest, WritesNothingForThePlayAllEntryOfAnEmptyList) {
   openTree(IPOD_ARTISTS, 0);
   read(4);
   EXPECT_EQ(first, untouched(4));
@@ -267,7 +267,7 @@ TEST_F(IpodGetItemNameTest, AmongTheItemsOfThePlayAllTabIsTheMarkAtMinusOneOnly)
 
 // ---------------------------------------------------------------- a tab's label
 
-/// The first and the last name of a tab, "" for one that the iPod does not tell, and the label.
+/// The first and the last name of a tab, "" for one that the iPod does not send, and the label.
 struct LabelCase : NamedRow {
   const char* firstName;
   const char* lastName;
@@ -284,8 +284,8 @@ TEST_P(TabLabelTest, IsMadeOfTheFirstAndTheLastName) {
   read(12);
   EXPECT_EQ(first, holding(GetParam().label, 12));
   EXPECT_EQ(second, untouched(12));
-  EXPECT_THAT(events(), ElementsAre("04 00 1A 04 00 00 00 23 00 00 00 01",
-                                    "04 00 1A 04 00 00 00 45 00 00 00 01"));
+  EXPECT_THAT(events(), ElementsAre(kRetrieveRecords + " 04 00 00 00 23 00 00 00 01",
+                                    kRetrieveRecords + " 04 00 00 00 45 00 00 00 01"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, TabLabelTest,
@@ -297,15 +297,15 @@ INSTANTIATE_TEST_SUITE_P(Names, TabLabelTest,
                                          LabelCase{"None", "", "", " - "}),
                          rowName<LabelCase>);
 
-TEST_F(IpodGetItemNameTest, OfATabGoesOnInTheSecondBuffer) {
+TEST_F(IpodGetItemNameTest, ContinuesATabsLabelInTheSecondBuffer) {
   openTree(IPOD_GENRES, 36);
   record("04", 0, "Ambient");
   record("04", 34, "Country");
   read(5);
   EXPECT_EQ(first, holding("Ambi ", 5));
   EXPECT_EQ(second, holding("- Cou", 5));
-  EXPECT_THAT(events(), ElementsAre("04 00 1A 04 00 00 00 00 00 00 00 01",
-                                    "04 00 1A 04 00 00 00 22 00 00 00 01"));
+  EXPECT_THAT(events(), ElementsAre(kRetrieveRecords + " 04 00 00 00 00 00 00 00 01",
+                                    kRetrieveRecords + " 04 00 00 00 22 00 00 00 01"));
 }
 
 TEST_F(IpodGetItemNameTest, OfATabOfOneItemShowsItTwice) {
@@ -318,12 +318,12 @@ TEST_F(IpodGetItemNameTest, OfATabOfOneItemShowsItTwice) {
 
 TEST_F(IpodGetItemNameTest, OfATabCutsBytesOfTheConvertedText) {
   openTree(IPOD_GENRES, 36);
-  ipod.answer("04 00 1A", {"04 00 1B 00 00 00 00 C3 A9 C3 A9 C3 A9 C3 A9 C3 A9 00"});
+  ipod.answer(kRetrieveRecords, {"04 00 1B 00 00 00 00 C3 A9 C3 A9 C3 A9 C3 A9 C3 A9 00"});
   read(12);
   EXPECT_EQ(first, (Units{0xE9, 0xE9, 0xE9, 0xE9, ' ', '-', ' ', 0xE9, 0xE9, 0xE9, 0xE9, 0xEEEE}));
 }
 
-TEST_F(IpodGetItemNameTest, OfATabThatWasChosenIsThatOfTheItem) {
+TEST_F(IpodGetItemNameTest, ReadsTheNameOfTheItemInAChosenTab) {
   openTree(IPOD_GENRES, 36);
   IpodGetNextItem();
   IpodDisableTabVisualizationActive();

@@ -1,5 +1,5 @@
 // Many iPods acknowledge a change of mode twice: pending, then done. The second acknowledgement can
-// come after the next request was sent.
+// arrive after the next request was sent.
 
 #include <chrono>
 #include <thread>
@@ -10,29 +10,29 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// The iPod needs this time for each answer, one after the other.
+/// The iPod takes this long for each answer, one after the other.
 constexpr milliseconds kAnswerTime{100};
 
 class LateAcknowledgementTest : public ConnectedApiTest {
  protected:
-  /// The first request for the playing index meets the acknowledgement. The second one is then made
-  /// before the first is answered, and so on.
+  /// The first request for the playing index gets the late acknowledgement. The second request is
+  /// then sent before the first is answered, and so on.
   void SetUp() override {
     ConnectedApiTest::SetUp();
-    ipod.answerOnce("04 00 1E", {"00 02 00 05", {"04 00 1F 00 00 00 01", kAnswerTime}});
-    ipod.answerOnce("04 00 1E", {{"04 00 1F 00 00 00 02", 2 * kAnswerTime}});
-    ipod.answerOnce("04 00 1E", {{"04 00 1F 00 00 00 03", 2 * kAnswerTime}});
-    ipod.answerOnce("04 00 1E", {{"04 00 1F 00 00 00 04", 2 * kAnswerTime}});
+    ipod.answerOnce(kGetCurrentTrackIndex, {"00 02 00 05", {"04 00 1F 00 00 00 01", kAnswerTime}});
+    ipod.answerOnce(kGetCurrentTrackIndex, {{"04 00 1F 00 00 00 02", 2 * kAnswerTime}});
+    ipod.answerOnce(kGetCurrentTrackIndex, {{"04 00 1F 00 00 00 03", 2 * kAnswerTime}});
+    ipod.answerOnce(kGetCurrentTrackIndex, {{"04 00 1F 00 00 00 04", 2 * kAnswerTime}});
   }
 
-  /// The playing index, or -2 when the call failed.
+  /// Returns the playing index, or -2 if the call failed.
   static int trackIndex() {
     int index = -1;
     return IpodGetTrackIndex(&index) == 1 ? index : -2;
   }
 };
 
-TEST_F(LateAcknowledgementTest, GivesEachFollowingCallTheAnswerOfTheCallBefore) {
+TEST_F(LateAcknowledgementTest, GivesEachCallTheAnswerOfThePreviousCall) {
   EXPECT_EQ(trackIndex(), -2);
   EXPECT_EQ(trackIndex(), 1);
   EXPECT_EQ(trackIndex(), 2);

@@ -1,5 +1,5 @@
-// The exports while allocations fail: each failure of each allocation that an export makes, one at
-// a time and with all that follow it.
+// The exports while allocations fail: each allocation of an export fails, first alone, then with
+// all that follow it.
 
 #include <functional>
 
@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kRoom = 12;
 
-/// An export, what may come of it without memory, and what comes of it with memory.
+/// An export, what it may do without memory, and what it does with memory.
 struct MemoryCase : NamedRow {
   std::function<void()> prepare;
   std::function<bool()> call;  ///< true when the result is one that the export can have
@@ -196,19 +196,19 @@ class WithoutMemoryTest : public ConnectedApiTest {
     record("04", 0, "Rock");
     record("04", 34, "Soul");
     record("06", 0, "Audiobook");
-    ipod.answer("00 07", {"00 08" + textBytes("Anna")});
-    ipod.answer("00 0B", {"00 0C 35 55 38 32"});
-    ipod.answer("04 00 20", {"04 00 21" + textBytes("Waterloo")});
-    ipod.answer("04 00 22 00 00 00 00", {"04 00 23" + textBytes("Abba")});
-    ipod.answer("04 00 22 00 00 00 01", {"04 00 23" + textBytes("Beck")});
-    ipod.answer("04 00 22 00 00 00 02", {"04 00 23" + textBytes("Cher")});
-    ipod.answer("04 00 0C", {"04 00 0D 05" + textBytes("Pop")});
-    ipod.answer("04 00 2C", {"04 00 2D 01"});
-    ipod.answer("04 00 2F", {"04 00 30 02"});
+    ipod.answer(kRequestIpodName, {"00 08" + textBytes("Anna")});
+    ipod.answer(kRequestSerialNumber, {"00 0C 35 55 38 32"});
+    ipod.answer(kGetTrackTitle, {"04 00 21" + textBytes("Waterloo")});
+    ipod.answer(kGetTrackArtist + " 00 00 00 00", {"04 00 23" + textBytes("Abba")});
+    ipod.answer(kGetTrackArtist + " 00 00 00 01", {"04 00 23" + textBytes("Beck")});
+    ipod.answer(kGetTrackArtist + " 00 00 00 02", {"04 00 23" + textBytes("Cher")});
+    ipod.answer(kGetTrackInfo, {"04 00 0D 05" + textBytes("Pop")});
+    ipod.answer(kGetShuffle, {"04 00 2D 01"});
+    ipod.answer(kGetRepeat, {"04 00 30 02"});
   }
 
-  /// Waits until the answers that came too late for their requests are with the library, which
-  /// clears them away before its next one: the notification behind them arrives last.
+  /// Waits until the library has received the answers that were too late for their requests. It
+  /// discards them before its next request. The notification after them arrives last.
   void letLateAnswersArrive() {
     forgetEvents();
     ipod.send("0A 04 00 00 AC 44 00 00 00 00 00 00 00 00");

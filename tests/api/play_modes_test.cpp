@@ -12,8 +12,8 @@ namespace {
 struct ModeExports : NamedRow {
   int(IPODCTL_CALL* set)(int);
   int(IPODCTL_CALL* get)(int*);
-  const char* setRequest;
-  const char* getRequest;
+  std::string setRequest;
+  std::string getRequest;
   const char* getReply;
   const char* activated[3];
   const char* isActive[3];
@@ -23,8 +23,8 @@ const ModeExports kShuffle = {
     "Shuffle",
     IpodSetShuffleMode,
     IpodGetShuffleMode,
-    "04 00 2E",
-    "04 00 2C",
+    kSetShuffle,
+    kGetShuffle,
     "04 00 2D",
     {"\nShuffle Off\n", "\nShuffle tracks activated\n", "\nShuffle album activated\n"},
     {"\nThe shuffle is off\n", "\nThe shuffle is active in mode Tracks\n",
@@ -35,8 +35,8 @@ const ModeExports kRepeat = {
     "Repeat",
     IpodSetRepeatMode,
     IpodGetRepeatMode,
-    "04 00 31",
-    "04 00 2F",
+    kSetRepeat,
+    kGetRepeat,
     "04 00 30",
     {"\nRepeat Off\n", "\nRepeat tracks activated\n", "\nRepeat album activated\n"},
     {"\nThe Repeat is off\n", "\nThe Repeat is active in mode Tracks\n",
@@ -50,18 +50,18 @@ class PlayModeTest : public ConnectedApiTest, public testing::WithParamInterface
   const ModeExports& mode = GetParam();
 };
 
-TEST_P(PlayModeTest, SetSendsTheIpodsModeAndSaysSo) {
+TEST_P(PlayModeTest, SetSendsTheIpodsModeAndPrintsIt) {
   for (int hostMode = 1; hostMode <= 3; ++hostMode) {
     forgetEvents();
     EXPECT_EQ(printed([&] { EXPECT_EQ(mode.set(hostMode), 0); }), mode.activated[hostMode - 1]);
-    EXPECT_THAT(events(), ElementsAre(std::string(mode.setRequest) + kIpodModes[hostMode - 1]));
+    EXPECT_THAT(events(), ElementsAre(mode.setRequest + kIpodModes[hostMode - 1]));
   }
 }
 
-TEST_P(PlayModeTest, SetSaysSoAlsoWhenTheIpodRefuses) {
+TEST_P(PlayModeTest, SetPrintsTheModeEvenIfTheIpodRefuses) {
   ipod.refuse(mode.setRequest);
   EXPECT_EQ(printed([&] { EXPECT_EQ(mode.set(2), 0); }), mode.activated[1]);
-  EXPECT_THAT(events(), ElementsAre(std::string(mode.setRequest) + " 01"));
+  EXPECT_THAT(events(), ElementsAre(mode.setRequest + " 01"));
 }
 
 TEST_P(PlayModeTest, SetWithAnotherValueDoesNothing) {
@@ -71,7 +71,7 @@ TEST_P(PlayModeTest, SetWithAnotherValueDoesNothing) {
   }
 }
 
-TEST_P(PlayModeTest, GetWritesTheHostsModeAndSaysIt) {
+TEST_P(PlayModeTest, GetWritesTheHostsModeAndPrintsIt) {
   for (int hostMode = 1; hostMode <= 3; ++hostMode) {
     ipod.answer(mode.getRequest, {std::string(mode.getReply) + kIpodModes[hostMode - 1]});
     forgetEvents();
@@ -107,7 +107,7 @@ TEST_P(PlayModeTest, GetLeavesTheOutputUntouchedWithoutAnAnswer) {
   }
 }
 
-TEST_P(PlayModeTest, GetWithoutAnOutputSaysTheModeAllTheSame) {
+TEST_P(PlayModeTest, GetPrintsTheModeEvenWithoutAnOutput) {
   ipod.answer(mode.getRequest, {std::string(mode.getReply) + " 01"});
   EXPECT_EQ(printed([&] { EXPECT_EQ(mode.get(nullptr), 0); }), mode.isActive[1]);
 }

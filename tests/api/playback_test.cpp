@@ -31,8 +31,8 @@ class IpodSongPlayTest : public ConnectedApiTest {
 
 TEST_F(IpodSongPlayTest, PlaysTheItem) {
   openTracks(30);
-  EXPECT_THAT(play(0), ElementsAre("04 00 28 00 00 00 00", kRefresh));
-  EXPECT_THAT(play(29), ElementsAre("04 00 28 00 00 00 1D", kRefresh));
+  EXPECT_THAT(play(0), ElementsAre(kPlayCurrentSelection + " 00 00 00 00", kRefresh));
+  EXPECT_THAT(play(29), ElementsAre(kPlayCurrentSelection + " 00 00 00 1D", kRefresh));
 }
 
 TEST_F(IpodSongPlayTest, MinusOnePlaysTheCurrentItem) {
@@ -40,13 +40,13 @@ TEST_F(IpodSongPlayTest, MinusOnePlaysTheCurrentItem) {
   IpodGetNextItem();
   IpodGetNextItem();
   ASSERT_EQ(browseTree.levels[2].index, 1);
-  EXPECT_THAT(play(-1), ElementsAre("04 00 28 00 00 00 01", kRefresh));
+  EXPECT_THAT(play(-1), ElementsAre(kPlayCurrentSelection + " 00 00 00 01", kRefresh));
 }
 
 TEST_F(IpodSongPlayTest, MinusOneOnThePlayAllEntryPlaysFromTheFirstTrack) {
   openTracks(30);
   ASSERT_EQ(browseTree.levels[2].index, -1);
-  EXPECT_THAT(play(-1), ElementsAre("04 00 28 00 00 00 00", kRefresh));
+  EXPECT_THAT(play(-1), ElementsAre(kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
 TEST_F(IpodSongPlayTest, MinusOneOnThePlayAllTabPlaysFromTheFirstTrack) {
@@ -54,51 +54,57 @@ TEST_F(IpodSongPlayTest, MinusOneOnThePlayAllTabPlaysFromTheFirstTrack) {
   IpodGetPrevItem();
   IpodGetNextItem();
   ASSERT_EQ(browseTree.levels[2].index, -35);
-  EXPECT_THAT(play(-1), ElementsAre("04 00 28 00 00 00 00", kRefresh));
+  EXPECT_THAT(play(-1), ElementsAre(kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
 TEST_F(IpodSongPlayTest, MinusOneInAnEmptyListPlaysTheFirstTrack) {
   openTracks(0);
-  EXPECT_THAT(play(-1), ElementsAre("04 00 28 00 00 00 00", kRefresh));
+  EXPECT_THAT(play(-1), ElementsAre(kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, MinusOneWithTheIndexBehindTheListPlaysTheFirstTrack) {
+TEST_F(IpodSongPlayTest, MinusOneWithTheIndexBeyondTheListPlaysTheFirstTrack) {
   openTracks(30);
   browseTree.levels[2].index = 30;
-  EXPECT_THAT(play(-1), ElementsAre("04 00 28 00 00 00 00", kRefresh));
+  EXPECT_THAT(play(-1), ElementsAre(kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, AnItemBehindTheListIsPlayedWhenTheSelectionHasIt) {
+TEST_F(IpodSongPlayTest, AnItemBeyondTheListIsPlayedIfTheSelectionHasIt) {
   openTracks(30);
   count(kTracks, 32);
-  EXPECT_THAT(play(30), ElementsAre("04 00 18 05", "04 00 28 00 00 00 1E", kRefresh));
-  EXPECT_THAT(play(31), ElementsAre("04 00 18 05", "04 00 28 00 00 00 1F", kRefresh));
+  EXPECT_THAT(play(30),
+              ElementsAre(kCountTracks, kPlayCurrentSelection + " 00 00 00 1E", kRefresh));
+  EXPECT_THAT(play(31),
+              ElementsAre(kCountTracks, kPlayCurrentSelection + " 00 00 00 1F", kRefresh));
 }
 
 TEST_F(IpodSongPlayTest, AnItemOfTheListIsPlayedEvenIfTheSelectionHasFewerTracks) {
   openTracks(30);
   count(kTracks, 3);
-  EXPECT_THAT(play(29), ElementsAre("04 00 28 00 00 00 1D", kRefresh));
+  EXPECT_THAT(play(29), ElementsAre(kPlayCurrentSelection + " 00 00 00 1D", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, AnItemBehindTheSelectionPlaysTheFirstTrack) {
+TEST_F(IpodSongPlayTest, AnItemBeyondTheSelectionPlaysTheFirstTrack) {
   openTracks(30);
-  EXPECT_THAT(play(30), ElementsAre("04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
-  EXPECT_THAT(play(1000), ElementsAre("04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
+  EXPECT_THAT(play(30),
+              ElementsAre(kCountTracks, kPlayCurrentSelection + " 00 00 00 00", kRefresh));
+  EXPECT_THAT(play(1000),
+              ElementsAre(kCountTracks, kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, AnItemBehindAnUncountedSelectionPlaysTheFirstTrack) {
+TEST_F(IpodSongPlayTest, AnItemBeyondAnUncountedSelectionPlaysTheFirstTrack) {
   openTracks(30);
-  ipod.refuse("04 00 18");
-  EXPECT_THAT(play(30), ElementsAre("04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
+  ipod.refuse(kCountRecords);
+  EXPECT_THAT(play(30),
+              ElementsAre(kCountTracks, kPlayCurrentSelection + " 00 00 00 00", kRefresh));
   count(kTracks, 0);
-  EXPECT_THAT(play(30), ElementsAre("04 00 18 05", "04 00 28 00 00 00 00", kRefresh));
+  EXPECT_THAT(play(30),
+              ElementsAre(kCountTracks, kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, PostsAlsoWhenTheIpodRefuses) {
+TEST_F(IpodSongPlayTest, PostsTheMessageEvenIfTheIpodRefuses) {
   openTracks(30);
-  ipod.refuse("04 00 28");
-  EXPECT_THAT(play(3), ElementsAre("04 00 28 00 00 00 03", kRefresh));
+  ipod.refuse(kPlayCurrentSelection);
+  EXPECT_THAT(play(3), ElementsAre(kPlayCurrentSelection + " 00 00 00 03", kRefresh));
 }
 
 TEST_F(IpodSongPlayTest, AnIndexBelowMinusOnePlaysFromTheFirstTrack) {
@@ -106,13 +112,15 @@ TEST_F(IpodSongPlayTest, AnIndexBelowMinusOnePlaysFromTheFirstTrack) {
   IpodGetNextItem();
   IpodGetNextItem();
   for (const int index : {-2, -35, INT_MIN})
-    EXPECT_THAT(play(index), ElementsAre("04 00 18 05", "04 00 28 00 00 00 00", kRefresh)) << index;
+    EXPECT_THAT(play(index),
+                ElementsAre(kCountTracks, kPlayCurrentSelection + " 00 00 00 00", kRefresh))
+        << index;
 }
 
 TEST_F(IpodSongPlayTest, WithoutATreePlaysTheSelection) {
   count(kTracks, 3);
-  EXPECT_THAT(play(-1), ElementsAre("04 00 28 00 00 00 00", kRefresh));
-  EXPECT_THAT(play(2), ElementsAre("04 00 18 05", "04 00 28 00 00 00 02", kRefresh));
+  EXPECT_THAT(play(-1), ElementsAre(kPlayCurrentSelection + " 00 00 00 00", kRefresh));
+  EXPECT_THAT(play(2), ElementsAre(kCountTracks, kPlayCurrentSelection + " 00 00 00 02", kRefresh));
 }
 
 TEST_F(IpodSongPlayTest, PostsWhileItHoldsTheLock) {
@@ -125,7 +133,7 @@ TEST_F(IpodSongPlayTest, PostsWhileItHoldsTheLock) {
 /// At level 1 the whole library is selected first, in the order of the list's type.
 struct FirstLevel : NamedRow {
   int type;
-  const char* selectLibrary;
+  std::string selectLibrary;
 };
 
 class SongPlayAtTheFirstLevel : public IpodSongPlayTest,
@@ -133,41 +141,47 @@ class SongPlayAtTheFirstLevel : public IpodSongPlayTest,
 
 TEST_P(SongPlayAtTheFirstLevel, SelectsTheLibraryAndTheTrackAndPlaysIt) {
   openTree(GetParam().type, 20);
-  EXPECT_THAT(play(7), ElementsAre("04 00 18 01", GetParam().selectLibrary, "04 00 18 05",
-                                   "04 00 17 05 00 00 00 07", "04 00 28 00 00 00 07", kRefresh));
+  EXPECT_THAT(play(7), ElementsAre(kCountPlaylists, GetParam().selectLibrary, kCountTracks,
+                                   kSelectDbRecord + " 05 00 00 00 07",
+                                   kPlayCurrentSelection + " 00 00 00 07", kRefresh));
 }
 
-INSTANTIATE_TEST_SUITE_P(Types, SongPlayAtTheFirstLevel,
-                         testing::Values(FirstLevel{"Playlists", 1, "04 00 38 01 00 00 00 00 04"},
-                                         FirstLevel{"Artists", 2, "04 00 38 01 00 00 00 00 01"},
-                                         FirstLevel{"Albums", 3, "04 00 38 01 00 00 00 00 03"},
-                                         FirstLevel{"Genres", 4, "04 00 38 01 00 00 00 00 00"},
-                                         FirstLevel{"Tracks", 5, "04 00 38 01 00 00 00 00 04"},
-                                         FirstLevel{"Type6", 6, "04 00 38 01 00 00 00 00 FF"},
-                                         FirstLevel{"Type7", 7, "04 00 38 01 00 00 00 00 FF"},
-                                         FirstLevel{"Type8", 8, "04 00 38 01 00 00 00 00 FF"}),
-                         rowName<FirstLevel>);
+INSTANTIATE_TEST_SUITE_P(
+    Types, SongPlayAtTheFirstLevel,
+    testing::Values(FirstLevel{"Playlists", 1, kSelectSortDbRecord + " 01 00 00 00 00 04"},
+                    FirstLevel{"Artists", 2, kSelectSortDbRecord + " 01 00 00 00 00 01"},
+                    FirstLevel{"Albums", 3, kSelectSortDbRecord + " 01 00 00 00 00 03"},
+                    FirstLevel{"Genres", 4, kSelectSortDbRecord + " 01 00 00 00 00 00"},
+                    FirstLevel{"Tracks", 5, kSelectSortDbRecord + " 01 00 00 00 00 04"},
+                    FirstLevel{"Type6", 6, kSelectSortDbRecord + " 01 00 00 00 00 FF"},
+                    FirstLevel{"Type7", 7, kSelectSortDbRecord + " 01 00 00 00 00 FF"},
+                    FirstLevel{"Type8", 8, kSelectSortDbRecord + " 01 00 00 00 00 FF"}),
+    rowName<FirstLevel>);
 
 TEST_F(IpodSongPlayTest, AtTheFirstLevelOnThePlayAllEntryPlaysFromTheFirstTrack) {
   openTree(IPOD_ARTISTS, 20);
-  EXPECT_THAT(play(-1), ElementsAre("04 00 18 01", "04 00 38 01 00 00 00 00 01", "04 00 18 05",
-                                    "04 00 17 05 00 00 00 00", "04 00 28 00 00 00 00", kRefresh));
+  EXPECT_THAT(play(-1), ElementsAre(kCountPlaylists, kSelectSortDbRecord + " 01 00 00 00 00 01",
+                                    kCountTracks, kSelectDbRecord + " 05 00 00 00 00",
+                                    kPlayCurrentSelection + " 00 00 00 00", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, AtTheFirstLevelCountsTheTracksFirstForAnItemBehindTheList) {
+TEST_F(IpodSongPlayTest, AtTheFirstLevelCountsTheTracksFirstForAnItemBeyondTheList) {
   openTree(IPOD_ARTISTS, 20);
   count(kTracks, 500);
   EXPECT_THAT(play(300),
-              ElementsAre("04 00 18 05", "04 00 18 01", "04 00 38 01 00 00 00 00 01", "04 00 18 05",
-                          "04 00 17 05 00 00 01 2C", "04 00 28 00 00 01 2C", kRefresh));
+              ElementsAre(kCountTracks, kCountPlaylists, kSelectSortDbRecord + " 01 00 00 00 00 01",
+                          kCountTracks, kSelectDbRecord + " 05 00 00 01 2C",
+                          kPlayCurrentSelection + " 00 00 01 2C", kRefresh));
 }
 
-TEST_F(IpodSongPlayTest, AtTheFirstLevelDoesNotMindRefusals) {
+TEST_F(IpodSongPlayTest, AtTheFirstLevelPlaysEvenIfTheIpodRefuses) {
   openTree(IPOD_ARTISTS, 20);
-  for (const char* request : {"04 00 18", "04 00 17", "04 00 38", "04 00 28"})
+  for (const std::string& request :
+       {kCountRecords, kSelectDbRecord, kSelectSortDbRecord, kPlayCurrentSelection})
     ipod.refuse(request);
-  EXPECT_THAT(play(7), ElementsAre("04 00 18 01", "04 00 38 01 00 00 00 00 01", "04 00 18 05",
-                                   "04 00 17 05 00 00 00 07", "04 00 28 00 00 00 07", kRefresh));
+  EXPECT_THAT(play(7), ElementsAre(kCountPlaylists, kSelectSortDbRecord + " 01 00 00 00 00 01",
+                                   kCountTracks, kSelectDbRecord + " 05 00 00 00 07",
+                                   kPlayCurrentSelection + " 00 00 00 07", kRefresh));
 }
 
 // ---------------------------------------------------------------- what plays
@@ -179,11 +193,11 @@ TEST_F(PlayInformationTest, SongGetNumElemCountsTheTracksOfTheSelection) {
   int tracks = -5;
   EXPECT_EQ(IpodSongGetNumElem(&tracks), 0);
   EXPECT_EQ(tracks, 300);
-  EXPECT_THAT(events(), ElementsAre("04 00 18 05"));
+  EXPECT_THAT(events(), ElementsAre(kCountTracks));
 }
 
 TEST_F(PlayInformationTest, SongGetNumElemWritesZeroWithoutAnAnswer) {
-  ipod.refuse("04 00 18");
+  ipod.refuse(kCountRecords);
   int tracks = -5;
   EXPECT_EQ(IpodSongGetNumElem(&tracks), 0);
   EXPECT_EQ(tracks, 0);
@@ -194,7 +208,7 @@ TEST_F(PlayInformationTest, GetTrackIndexReportsTheIndex) {
   int index = -5;
   EXPECT_EQ(IpodGetTrackIndex(&index), 1);
   EXPECT_EQ(index, 0x01020304);
-  EXPECT_THAT(events(), ElementsAre("04 00 1E"));
+  EXPECT_THAT(events(), ElementsAre(kGetCurrentTrackIndex));
 }
 
 TEST_F(PlayInformationTest, GetTrackIndexIsMinusOneWhenNothingPlays) {
@@ -207,14 +221,14 @@ TEST_F(PlayInformationTest, GetTrackIndexIsMinusOneWhenNothingPlays) {
 TEST_F(PlayInformationTest, GetTrackIndexWithoutAnAnswerIsZeroAndWritesNothing) {
   for (const char* reply : {"00 02 05 00", "04 00 1F 00 00 01", "04 00 1F 00 00 00 01 00",
                             "04 00 1D 00 00 00 01", "04 00 01 04 00 1E"}) {
-    ipod.answer("04 00 1E", {reply});
+    ipod.answer(kGetCurrentTrackIndex, {reply});
     int index = -5;
     EXPECT_EQ(IpodGetTrackIndex(&index), 0) << reply;
     EXPECT_EQ(index, -5) << reply;
   }
 }
 
-TEST_F(PlayInformationTest, GetCurrentPlayStatusTellsPlayingAndPausedApart) {
+TEST_F(PlayInformationTest, GetCurrentPlayStatusDistinguishesPlayingAndPaused) {
   const std::pair<const char*, int> kStates[] = {
       {"01", 1}, {"02", 2}, {"00", 0}, {"03", 0}, {"FF", 0}};
   for (const auto& [state, expected] : kStates) {
@@ -229,13 +243,13 @@ TEST_F(PlayInformationTest, GetCurrentPlayStatusSendsOneRequest) {
   playState("01", 1000);
   int status = 0;
   IpodGetCurrentPlayStatus(&status);
-  EXPECT_THAT(events(), ElementsAre("04 00 1C"));
+  EXPECT_THAT(events(), ElementsAre(kGetPlayStatus));
 }
 
 TEST_F(PlayInformationTest, GetCurrentPlayStatusIsZeroWithoutAnAnswer) {
   for (const char* reply : {"00 02 05 00", "04 00 1D 00 03 0D 40 00 00 03 E8",
                             "04 00 1D 00 03 0D 40 00 00 03 E8 01 00"}) {
-    ipod.answer("04 00 1C", {reply});
+    ipod.answer(kGetPlayStatus, {reply});
     int status = -5;
     EXPECT_EQ(IpodGetCurrentPlayStatus(&status), 0);
     EXPECT_EQ(status, 0) << reply;
@@ -247,11 +261,11 @@ TEST_F(PlayInformationTest, GetCurrentTrackPositionIsInMilliseconds) {
   int position = -5;
   EXPECT_EQ(IpodGetCurrentTrackPosition(&position), 0);
   EXPECT_EQ(position, 123456);
-  EXPECT_THAT(events(), ElementsAre("04 00 1C"));
+  EXPECT_THAT(events(), ElementsAre(kGetPlayStatus));
 }
 
 TEST_F(PlayInformationTest, GetCurrentTrackPositionIsZeroWithoutAnAnswer) {
-  ipod.refuse("04 00 1C");
+  ipod.refuse(kGetPlayStatus);
   int position = -5;
   EXPECT_EQ(IpodGetCurrentTrackPosition(&position), 0);
   EXPECT_EQ(position, 0);
@@ -274,7 +288,8 @@ TEST_F(PlayInformationTest, NullPointersAreNotWrittenThrough) {
   EXPECT_EQ(IpodGetCurrentPlayStatus(nullptr), 0);
   EXPECT_EQ(IpodGetCurrentTrackPosition(nullptr), 0);
   EXPECT_EQ(IpodGetTrackIndex(nullptr), 1);
-  EXPECT_THAT(events(), ElementsAre("04 00 18 05", "04 00 1C", "04 00 1C", "04 00 1E"));
+  EXPECT_THAT(events(),
+              ElementsAre(kCountTracks, kGetPlayStatus, kGetPlayStatus, kGetCurrentTrackIndex));
 }
 
 }  // namespace

@@ -7,12 +7,10 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr char kNameRequest[] = "04 00 1A";
-
 class SnapshotTest : public ConnectedApiTest {
  protected:
-  /// Opens genres, then albums level by level with an index of its own for each, and takes the
-  /// snapshot at the last one.
+  /// Opens genres, then albums level by level, each with another index, and takes the snapshot at
+  /// the last level.
   void takeSnapshotAtLevel(int level) {
     openTree(IPOD_GENRES, 40);
     browseTree.levels[1].index = 11;
@@ -129,7 +127,7 @@ TEST_F(SnapshotTest, GetNumberOfPlaylistCountsTheSnapshotsFirstType) {
   IpodValidateUpDownTree();
   openTree(IPOD_ARTISTS, 3);
   EXPECT_EQ(IpodGetNumberOfPlaylist(), 9);
-  EXPECT_THAT(events(), ElementsAre("04 00 18 01"));
+  EXPECT_THAT(events(), ElementsAre(kCountPlaylists));
 }
 
 TEST_F(SnapshotTest, GetNumberOfPlaylistUsesTheTypeAsTheCategory) {
@@ -137,13 +135,13 @@ TEST_F(SnapshotTest, GetNumberOfPlaylistUsesTheTypeAsTheCategory) {
   IpodValidateUpDownTree();
   count("06", 300);
   EXPECT_EQ(IpodGetNumberOfPlaylist(), 300);
-  EXPECT_THAT(events(), ElementsAre("04 00 18 06"));
+  EXPECT_THAT(events(), ElementsAre(kCountCategory6));
 }
 
 TEST_F(SnapshotTest, GetNumberOfPlaylistIsZeroWithoutAnAnswer) {
   openTree(IPOD_PLAYLISTS, 9);
   IpodValidateUpDownTree();
-  ipod.refuse("04 00 18 01");
+  ipod.refuse(kCountPlaylists);
   EXPECT_EQ(IpodGetNumberOfPlaylist(), 0);
 }
 
@@ -173,14 +171,14 @@ TEST_F(ParentNameTest, OfTheFirstListWritesNothing) {
   EXPECT_EQ(IpodGetParentUpDownName(0, first.data(), second.data(), 8), 0);
   EXPECT_EQ(first, untouched(8));
   EXPECT_EQ(second, untouched(8));
-  EXPECT_THAT(events(), testing::Not(testing::Contains(testing::StartsWith(kNameRequest))));
+  EXPECT_THAT(events(), testing::Not(testing::Contains(testing::StartsWith(kRetrieveRecords))));
 }
 
 TEST_F(ParentNameTest, OfTheFirstListUndoesAndRestoresNoSelection) {
   takeSnapshotAtLevel(1);
   IpodGetParentUpDownName(0, first.data(), second.data(), 8);
-  EXPECT_THAT(events(),
-              ElementsAre("04 00 17 FF FF FF FF FF", "04 00 18 FF", "04 00 17 FF FF FF FF FF"));
+  EXPECT_THAT(events(), ElementsAre(kSelectDbRecord + " FF FF FF FF FF", kCountRecords + " FF",
+                                    kSelectDbRecord + " FF FF FF FF FF"));
 }
 
 TEST_F(ParentNameTest, AtLevelTwoIsReadAndTheSelectionRestored) {
@@ -189,9 +187,9 @@ TEST_F(ParentNameTest, AtLevelTwoIsReadAndTheSelectionRestored) {
   EXPECT_EQ(IpodGetParentUpDownName(0, first.data(), second.data(), 8), 0);
   EXPECT_EQ(first, holding("Rock'n'R", 8));
   EXPECT_EQ(second, holding("oll", 8));
-  EXPECT_THAT(events(),
-              ElementsAre("04 00 17 04 FF FF FF FF", "04 00 18 04",
-                          "04 00 1A 04 00 00 00 0B 00 00 00 01", "04 00 17 04 00 00 00 0B"));
+  EXPECT_THAT(events(), ElementsAre(kSelectDbRecord + " 04 FF FF FF FF", kCountGenres,
+                                    kRetrieveRecords + " 04 00 00 00 0B 00 00 00 01",
+                                    kSelectDbRecord + " 04 00 00 00 0B"));
 }
 
 TEST_F(ParentNameTest, AtLevelThreeRestoresTheSelectionInTheListsSortOrder) {
@@ -199,21 +197,21 @@ TEST_F(ParentNameTest, AtLevelThreeRestoresTheSelectionInTheListsSortOrder) {
   record("03", 12, "Parent");
   EXPECT_EQ(IpodGetParentUpDownName(0, first.data(), second.data(), 8), 0);
   EXPECT_EQ(first, holding("Parent", 8));
-  EXPECT_THAT(events(),
-              ElementsAre("04 00 17 03 FF FF FF FF", "04 00 18 03",
-                          "04 00 1A 03 00 00 00 0C 00 00 00 01", "04 00 38 03 00 00 00 0C 03"));
+  EXPECT_THAT(events(), ElementsAre(kSelectDbRecord + " 03 FF FF FF FF", kCountAlbums,
+                                    kRetrieveRecords + " 03 00 00 00 0C 00 00 00 01",
+                                    kSelectSortDbRecord + " 03 00 00 00 0C 03"));
 }
 
-TEST_F(ParentNameTest, BelowLevelThreeRestoresTheSelectionPlainly) {
+TEST_F(ParentNameTest, BelowLevelThreeRestoresTheSelectionWithoutASortOrder) {
   for (int level = 4; level <= 7; ++level) {
     takeSnapshotAtLevel(level);
     const std::uint32_t parent = 10u + static_cast<std::uint32_t>(level) - 1;
     record("03", parent, "Parent");
     EXPECT_EQ(IpodGetParentUpDownName(0, first.data(), second.data(), 8), 0);
     EXPECT_EQ(first, holding("Parent", 8));
-    EXPECT_THAT(events(), ElementsAre("04 00 17 03 FF FF FF FF", "04 00 18 03",
-                                      "04 00 1A 03" + word(parent) + " 00 00 00 01",
-                                      "04 00 17 03" + word(parent)));
+    EXPECT_THAT(events(), ElementsAre(kSelectDbRecord + " 03 FF FF FF FF", kCountAlbums,
+                                      kRetrieveRecords + " 03" + word(parent) + " 00 00 00 01",
+                                      kSelectDbRecord + " 03" + word(parent)));
     first = untouched(8);
   }
 }
@@ -227,11 +225,11 @@ TEST_F(ParentNameTest, OfThePlayAllEntryIsThePlayAllMark) {
   EXPECT_EQ(IpodGetParentUpDownName(0, first.data(), second.data(), 8), 0);
   EXPECT_EQ(first, (Units{0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xEEEE, 0xEEEE, 0xEEEE, 0xEEEE}));
   EXPECT_EQ(second, untouched(8));
-  EXPECT_THAT(events(),
-              ElementsAre("04 00 17 02 FF FF FF FF", "04 00 18 02", "04 00 17 02 FF FF FF FF"));
+  EXPECT_THAT(events(), ElementsAre(kSelectDbRecord + " 02 FF FF FF FF", kCountArtists,
+                                    kSelectDbRecord + " 02 FF FF FF FF"));
 }
 
-TEST_F(ParentNameTest, OfAnEntryThatIsNoItemWritesNothing) {
+TEST_F(ParentNameTest, OfAnEntryThatIsNotAnItemWritesNothing) {
   takeSnapshotAtLevel(2);
   for (const int index : {-1, 40, 1000, -35}) {
     upDownTree.levels[1].index = index;
@@ -251,11 +249,11 @@ TEST_F(ParentNameTest, OfAnEntryInAnEmptyListWritesNothing) {
   EXPECT_EQ(first, untouched(8));
 }
 
-TEST_F(ParentNameTest, ThatTheIpodDoesNotTellIsNotWrittenAndTheSelectionRestored) {
+TEST_F(ParentNameTest, WritesNothingAndRestoresTheSelectionIfTheIpodDoesNotSendTheName) {
   takeSnapshotAtLevel(2);
   EXPECT_EQ(IpodGetParentUpDownName(0, first.data(), second.data(), 8), 0);
   EXPECT_EQ(first, untouched(8));
-  EXPECT_EQ(requests().back(), "04 00 17 04 00 00 00 0B");
+  EXPECT_EQ(requests().back(), kSelectDbRecord + " 04 00 00 00 0B");
 }
 
 TEST_F(ParentNameTest, RefersToTheSnapshotWhateverTheHostBrowses) {

@@ -14,10 +14,10 @@ class IpodGetTrackInfoTest : public ConnectedApiTest {
   void SetUp() override {
     ConnectedApiTest::SetUp();
     playingIndex(258);
-    ipod.answer("04 00 20 00 00 01 02", {"04 00 21" + textBytes("Waterloo")});
-    ipod.answer("04 00 22 00 00 01 02", {"04 00 23" + textBytes("Abba")});
-    ipod.answer("04 00 24 00 00 01 02", {"04 00 25" + textBytes("Ring Ring")});
-    ipod.answer("04 00 0C 05 00 00 01 02 00 00", {"04 00 0D 05" + textBytes("Pop")});
+    ipod.answer(kGetTrackTitle + " 00 00 01 02", {"04 00 21" + textBytes("Waterloo")});
+    ipod.answer(kGetTrackArtist + " 00 00 01 02", {"04 00 23" + textBytes("Abba")});
+    ipod.answer(kGetTrackAlbum + " 00 00 01 02", {"04 00 25" + textBytes("Ring Ring")});
+    ipod.answer(kGetTrackInfo + " 05 00 00 01 02 00 00", {"04 00 0D 05" + textBytes("Pop")});
   }
 
   int read(int maxChars) {
@@ -45,8 +45,10 @@ TEST_F(IpodGetTrackInfoTest, WritesTheIndexAndAllTexts) {
 
 TEST_F(IpodGetTrackInfoTest, AsksForTitleArtistAlbumAndGenreInThisOrder) {
   read(12);
-  EXPECT_THAT(events(), ElementsAre("04 00 1E", "04 00 20 00 00 01 02", "04 00 22 00 00 01 02",
-                                    "04 00 24 00 00 01 02", "04 00 0C 05 00 00 01 02 00 00"));
+  EXPECT_THAT(events(),
+              ElementsAre(kGetCurrentTrackIndex, kGetTrackTitle + " 00 00 01 02",
+                          kGetTrackArtist + " 00 00 01 02", kGetTrackAlbum + " 00 00 01 02",
+                          kGetTrackInfo + " 05 00 00 01 02 00 00"));
 }
 
 TEST_F(IpodGetTrackInfoTest, WithoutBuffersStillWritesTheIndex) {
@@ -56,12 +58,13 @@ TEST_F(IpodGetTrackInfoTest, WithoutBuffersStillWritesTheIndex) {
             }),
             "Failed Gnere \n");
   EXPECT_EQ(index, 258);
-  EXPECT_THAT(events(), ElementsAre("04 00 1E"));
+  EXPECT_THAT(events(), ElementsAre(kGetCurrentTrackIndex));
 }
 
 TEST_F(IpodGetTrackInfoTest, AsksForEachTextThatHasABufferAndWritesIt) {
-  const std::string kRequests[] = {"04 00 20 00 00 01 02", "04 00 22 00 00 01 02",
-                                   "04 00 24 00 00 01 02", "04 00 0C 05 00 00 01 02 00 00"};
+  const std::string kRequests[] = {
+      kGetTrackTitle + " 00 00 01 02", kGetTrackArtist + " 00 00 01 02",
+      kGetTrackAlbum + " 00 00 01 02", kGetTrackInfo + " 05 00 00 01 02 00 00"};
   for (unsigned wanted = 0; wanted < 64; ++wanted) {
     const auto isWanted = [wanted](unsigned bit) { return (wanted >> bit & 1u) != 0; };
     const auto buffer = [&](unsigned bit, Units& units) {
@@ -76,7 +79,7 @@ TEST_F(IpodGetTrackInfoTest, AsksForEachTextThatHasABufferAndWritesIt) {
     EXPECT_EQ(IpodGetTrackInfo(isWanted(5) ? &index : nullptr, buffer(1, artist), buffer(2, album),
                                buffer(0, title), buffer(3, genre), buffer(4, fifth), 12),
               0);
-    std::vector<std::string> asked = {"04 00 1E"};
+    std::vector<std::string> asked = {kGetCurrentTrackIndex};
     for (unsigned bit = 0; bit < 4; ++bit) {
       if (isWanted(bit)) asked.push_back(kRequests[bit]);
     }
@@ -91,12 +94,12 @@ TEST_F(IpodGetTrackInfoTest, AsksForEachTextThatHasABufferAndWritesIt) {
 }
 
 TEST_F(IpodGetTrackInfoTest, WithoutAnIndexIsMinusOneAndWritesNothing) {
-  ipod.refuse("04 00 1E");
+  ipod.refuse(kGetCurrentTrackIndex);
   EXPECT_EQ(printed([this] { EXPECT_EQ(read(12), -1); }), "");
   EXPECT_EQ(index, -77);
   for (const Units* buffer : {&artist, &album, &title, &genre, &fifth})
     EXPECT_EQ(*buffer, untouched(12));
-  EXPECT_THAT(events(), ElementsAre("04 00 1E"));
+  EXPECT_THAT(events(), ElementsAre(kGetCurrentTrackIndex));
 }
 
 TEST_F(IpodGetTrackInfoTest, WithNothingPlayingAsksForTrackMinusOne) {
@@ -105,13 +108,16 @@ TEST_F(IpodGetTrackInfoTest, WithNothingPlayingAsksForTrackMinusOne) {
   EXPECT_EQ(index, -1);
   EXPECT_EQ(title, untouched(12));
   EXPECT_EQ(fifth, holding("UnKnown", 12));
-  EXPECT_THAT(events(), ElementsAre("04 00 1E", "04 00 20 FF FF FF FF", "04 00 22 FF FF FF FF",
-                                    "04 00 24 FF FF FF FF", "04 00 0C 05 FF FF FF FF 00 00"));
+  EXPECT_THAT(events(),
+              ElementsAre(kGetCurrentTrackIndex, kGetTrackTitle + " FF FF FF FF",
+                          kGetTrackArtist + " FF FF FF FF", kGetTrackAlbum + " FF FF FF FF",
+                          kGetTrackInfo + " 05 FF FF FF FF 00 00"));
 }
 
-TEST_F(IpodGetTrackInfoTest, LeavesTheBufferOfATextThatIsNotToldUntouched) {
-  for (const char* request : {"04 00 20 00 00 01 02", "04 00 22 00 00 01 02",
-                              "04 00 24 00 00 01 02", "04 00 0C 05 00 00 01 02 00 00"})
+TEST_F(IpodGetTrackInfoTest, LeavesTheBufferOfAMissingTextUntouched) {
+  for (const std::string& request :
+       {kGetTrackTitle + " 00 00 01 02", kGetTrackArtist + " 00 00 01 02",
+        kGetTrackAlbum + " 00 00 01 02", kGetTrackInfo + " 05 00 00 01 02 00 00"})
     ipod.refuse(request);
   EXPECT_EQ(printed([this] { EXPECT_EQ(read(12), 0); }), "Failed Gnere \n");
   EXPECT_EQ(index, 258);
@@ -120,8 +126,8 @@ TEST_F(IpodGetTrackInfoTest, LeavesTheBufferOfATextThatIsNotToldUntouched) {
   EXPECT_EQ(fifth, holding("UnKnown", 12));
 }
 
-TEST_F(IpodGetTrackInfoTest, GoesOnAfterATextThatIsNotTold) {
-  ipod.refuse("04 00 22 00 00 01 02");
+TEST_F(IpodGetTrackInfoTest, ContinuesAfterAMissingText) {
+  ipod.refuse(kGetTrackArtist + " 00 00 01 02");
   EXPECT_EQ(read(12), 0);
   EXPECT_EQ(artist, untouched(12));
   EXPECT_EQ(title, holding("Waterloo", 12));
@@ -130,7 +136,7 @@ TEST_F(IpodGetTrackInfoTest, GoesOnAfterATextThatIsNotTold) {
 
 TEST_F(IpodGetTrackInfoTest, CutsEachTextAtMaxChars) {
   const std::string name = "1234567890123456789012345678901234567890";
-  ipod.answer("04 00 20 00 00 01 02", {"04 00 21" + textBytes(name)});
+  ipod.answer(kGetTrackTitle + " 00 00 01 02", {"04 00 21" + textBytes(name)});
   Units longTitle = untouched(40);
   EXPECT_EQ(IpodGetTrackInfo(&index, nullptr, nullptr, longTitle.data(), nullptr, nullptr, 32), 0);
   EXPECT_EQ(longTitle, holding(name.substr(0, 32), 40));
@@ -161,21 +167,21 @@ TEST_F(IpodGetTrackInfoTest, WritesUnKnownWhateverTrackPlays) {
   EXPECT_EQ(fifth, holding("UnKnown", 12));
 }
 
-TEST_F(IpodGetTrackInfoTest, LeavesTheGenresLastByteOut) {
-  ipod.answer("04 00 0C 05 00 00 01 02 00 00", {"04 00 0D 05 52 6F 63 6B"});
+TEST_F(IpodGetTrackInfoTest, OmitsTheLastByteOfTheGenre) {
+  ipod.answer(kGetTrackInfo + " 05 00 00 01 02 00 00", {"04 00 0D 05 52 6F 63 6B"});
   EXPECT_EQ(printed([this] { read(12); }), "Gnere is \x05Roc\n");
   EXPECT_EQ(genre, holding("\x05Roc", 12));
 }
 
-TEST_F(IpodGetTrackInfoTest, TakesAGenreThatDoesNotConvertAsEmpty) {
-  ipod.answer("04 00 0C 05 00 00 01 02 00 00", {"04 00 0D 05 F0 9F 98 80 00"});
+TEST_F(IpodGetTrackInfoTest, TreatsAGenreThatDoesNotConvertAsEmpty) {
+  ipod.answer(kGetTrackInfo + " 05 00 00 01 02 00 00", {"04 00 0D 05 F0 9F 98 80 00"});
   EXPECT_EQ(printed([this] { EXPECT_EQ(read(12), 0); }), "Gnere is \n");
   EXPECT_EQ(genre, untouched(12));
 }
 
 TEST_F(IpodGetTrackInfoTest, RefusesTextsOfOneByte) {
-  ipod.answer("04 00 20 00 00 01 02", {"04 00 21 41"});
-  ipod.answer("04 00 0C 05 00 00 01 02 00 00", {"04 00 0D 05"});
+  ipod.answer(kGetTrackTitle + " 00 00 01 02", {"04 00 21 41"});
+  ipod.answer(kGetTrackInfo + " 05 00 00 01 02 00 00", {"04 00 0D 05"});
   EXPECT_EQ(printed([this] { EXPECT_EQ(read(12), 0); }), "Failed Gnere \n");
   EXPECT_EQ(title, untouched(12));
   EXPECT_EQ(genre, untouched(12));
@@ -187,16 +193,16 @@ class IpodGetNameTest : public ConnectedApiTest {
  protected:
   void SetUp() override {
     ConnectedApiTest::SetUp();
-    ipod.answer("00 07", {"00 08" + textBytes("Anna's iPod")});
+    ipod.answer(kRequestIpodName, {"00 08" + textBytes("Anna's iPod")});
   }
 };
 
-TEST_F(IpodGetNameTest, ReadsTheNameAndSaysThatItDoes) {
+TEST_F(IpodGetNameTest, ReadsTheNameAndPrintsThatItDoes) {
   Units name = untouched(16);
   EXPECT_EQ(printed([&] { EXPECT_EQ(IpodGetName(name.data(), 16), 0); }),
             "IpodGetName start\nIpodGetName end\n");
   EXPECT_EQ(name, holding("Anna's iPod", 16));
-  EXPECT_THAT(events(), ElementsAre("00 07"));
+  EXPECT_THAT(events(), ElementsAre(kRequestIpodName));
 }
 
 TEST_F(IpodGetNameTest, IsCutAtMaxChars) {
@@ -215,13 +221,13 @@ TEST_F(IpodGetNameTest, WithoutRoomWritesNothing) {
 TEST_F(IpodGetNameTest, NeedsNoBuffer) {
   EXPECT_EQ(printed([] { EXPECT_EQ(IpodGetName(nullptr, 16), 0); }),
             "IpodGetName start\nIpodGetName end\n");
-  EXPECT_THAT(events(), ElementsAre("00 07"));
+  EXPECT_THAT(events(), ElementsAre(kRequestIpodName));
 }
 
-TEST_F(IpodGetNameTest, ThatIsNotToldIsNotWritten) {
+TEST_F(IpodGetNameTest, WritesNothingIfTheIpodDoesNotSendTheName) {
   Units name = untouched(16);
   for (const char* reply : {"00 02 05 07", "00 08", "04 00 15 41 00"}) {
-    ipod.answer("00 07", {reply});
+    ipod.answer(kRequestIpodName, {reply});
     EXPECT_EQ(printed([&] { EXPECT_EQ(IpodGetName(name.data(), 16), 0); }),
               "IpodGetName start\nIpodGetName end\n");
     EXPECT_EQ(name, untouched(16)) << reply;
@@ -229,7 +235,7 @@ TEST_F(IpodGetNameTest, ThatIsNotToldIsNotWritten) {
 }
 
 TEST_F(IpodGetNameTest, IsConvertedFromUtf8) {
-  ipod.answer("00 07", {"00 08 5A 6F C3 AB 00"});
+  ipod.answer(kRequestIpodName, {"00 08 5A 6F C3 AB 00"});
   Units name = untouched(4);
   EXPECT_EQ(IpodGetName(name.data(), 4), 0);
   EXPECT_EQ(name, (Units{'Z', 'o', 0xEB, 0xEEEE}));
@@ -241,7 +247,7 @@ class IpodGetSerialNumberTest : public ConnectedApiTest {
  protected:
   void SetUp() override {
     ConnectedApiTest::SetUp();
-    ipod.answer("00 0B", {"00 0C" + textBytes("5U8280FNXXX")});
+    ipod.answer(kRequestSerialNumber, {"00 0C" + textBytes("5U8280FNXXX")});
   }
 };
 
@@ -250,7 +256,7 @@ TEST_F(IpodGetSerialNumberTest, ReadsTheNumberAndPrintsItsFirstCharacter) {
   EXPECT_EQ(printed([&] { EXPECT_EQ(IpodGetSerialNumber(serial.data(), 16), 0); }),
             "IpodGetSerialNumber start\nIpodGetSerialNumber is 5\nIpodGetSerialNumber end\n");
   EXPECT_EQ(serial, holding(std::string("5U8280FNXXX", 12), 16));
-  EXPECT_THAT(events(), ElementsAre("00 0B"));
+  EXPECT_THAT(events(), ElementsAre(kRequestSerialNumber));
 }
 
 TEST_F(IpodGetSerialNumberTest, IsCutAtMaxChars) {
@@ -260,7 +266,7 @@ TEST_F(IpodGetSerialNumberTest, IsCutAtMaxChars) {
   EXPECT_EQ(serial, holding("5U", 2));
 }
 
-TEST_F(IpodGetSerialNumberTest, OfOneUnitIsPrintedWithoutReadingOn) {
+TEST_F(IpodGetSerialNumberTest, OfOneUnitIsPrintedWithoutReadingFurther) {
   const auto serial = std::make_unique<unsigned short[]>(1);
   EXPECT_EQ(printed([&] { IpodGetSerialNumber(serial.get(), 1); }),
             "IpodGetSerialNumber start\nIpodGetSerialNumber is 5\nIpodGetSerialNumber end\n");
@@ -268,17 +274,17 @@ TEST_F(IpodGetSerialNumberTest, OfOneUnitIsPrintedWithoutReadingOn) {
 }
 
 TEST_F(IpodGetSerialNumberTest, IsNotConverted) {
-  ipod.answer("00 0B", {"00 0C C3 A9 00 41"});
+  ipod.answer(kRequestSerialNumber, {"00 0C C3 A9 00 41"});
   Units serial = untouched(5);
   EXPECT_EQ(printed([&] { IpodGetSerialNumber(serial.data(), 5); }),
             "IpodGetSerialNumber start\nIpodGetSerialNumber is \xC3\nIpodGetSerialNumber end\n");
   EXPECT_EQ(serial, (Units{0xC3, 0xA9, 0x00, 0x41, 0xEEEE}));
 }
 
-TEST_F(IpodGetSerialNumberTest, ThatIsNotToldIsNeitherWrittenNorPrinted) {
+TEST_F(IpodGetSerialNumberTest, WritesAndPrintsNothingIfTheIpodDoesNotSendTheNumber) {
   Units serial = untouched(16);
   for (const char* reply : {"00 02 05 0B", "00 0C", "00 08 41 00"}) {
-    ipod.answer("00 0B", {reply});
+    ipod.answer(kRequestSerialNumber, {reply});
     EXPECT_EQ(printed([&] { EXPECT_EQ(IpodGetSerialNumber(serial.data(), 16), 0); }),
               "IpodGetSerialNumber start\nIpodGetSerialNumber end\n");
     EXPECT_EQ(serial, untouched(16)) << reply;
@@ -299,7 +305,7 @@ TEST_F(IpodGetSerialNumberTest, NeedsNoBuffer) {
   const std::string console = printed([] { EXPECT_EQ(IpodGetSerialNumber(nullptr, 16), 0); });
   EXPECT_EQ(console.find("IpodGetSerialNumber start\n"), 0u);
   EXPECT_EQ(console.substr(console.size() - 24), "IpodGetSerialNumber end\n");
-  EXPECT_THAT(events(), ElementsAre("00 0B"));
+  EXPECT_THAT(events(), ElementsAre(kRequestSerialNumber));
 }
 
 }  // namespace

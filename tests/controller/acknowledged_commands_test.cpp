@@ -41,7 +41,7 @@ TEST_P(Acknowledged, SucceedsWithStatusZero) {
   EXPECT_TRUE(callWith({row().acknowledgement}, 1, 0));
 }
 
-TEST_P(Acknowledged, TakesNoMessageBehindItsAcknowledgement) {
+TEST_P(Acknowledged, TakesNoMessageAfterItsAcknowledgement) {
   EXPECT_TRUE(callWith({row().acknowledgement, kPlayStatusNotification}, 1, 1));
 }
 

@@ -42,7 +42,7 @@ class AudioNotification : public ControllerTest {
   }
 };
 
-TEST_F(AudioNotification, IsAcknowledgedStoredAndToldToTheHost) {
+TEST_F(AudioNotification, IsAcknowledgedStoredAndPassedToTheHost) {
   EXPECT_EQ(receive(kRate48000), 0);
   EXPECT_EQ(callLog(), kAcknowledged);
   EXPECT_EQ(sampleRate(), 48000u);
@@ -50,14 +50,14 @@ TEST_F(AudioNotification, IsAcknowledgedStoredAndToldToTheHost) {
   EXPECT_EQ(liveMessages(), 0u);
 }
 
-TEST_F(AudioNotification, WithTheSameRateIsAcknowledgedAndToldAgain) {
+TEST_F(AudioNotification, WithTheSameRateIsAcknowledgedAndPassedOnAgain) {
   receive(kRate48000);
   receive(kRate48000);
   EXPECT_EQ(callLog(), repeated(2, kAcknowledged));
   EXPECT_EQ(calledWith, (std::vector<int32_t>{48000, 48000}));
 }
 
-TEST_F(AudioNotification, OfAnotherLengthIsAcknowledgedAndToldWithTheOldRate) {
+TEST_F(AudioNotification, OfAnotherLengthIsAcknowledgedAndPassedOnWithTheOldRate) {
   for (const Bytes& payload : {kElevenBytes, kThirteenBytes, Bytes{0x0A, 0x04}}) {
     EXPECT_EQ(receive(payload), 0);
     EXPECT_EQ(sampleRate(), 44100u);
@@ -84,7 +84,7 @@ TEST_F(AudioNotification, CallsTheCallbackThatWasSetLast) {
   EXPECT_TRUE(calledWith.empty());
 }
 
-TEST_F(AudioNotification, ThatTheLinkDoesNotAcknowledgeIsStillTold) {
+TEST_F(AudioNotification, IsPassedOnEvenIfTheAcknowledgementFails) {
   ipod().sends = false;
   receive(kRate48000);
   EXPECT_EQ(calledWith, (std::vector<int32_t>{48000}));
@@ -153,7 +153,7 @@ TEST_F(ConnectedNotification, IsFollowedWhileTheControllerIsDestroyed) {
   EXPECT_EQ(calledWith, (std::vector<int32_t>{48000}));
 }
 
-TEST_F(ConnectedNotification, IsToldOnceAfterClosingAndConnectingAgain) {
+TEST_F(ConnectedNotification, IsPassedOnOnceAfterClosingAndConnectingAgain) {
   controller().CloseIpod();
   connect();
   ipod().notify(kRate48000);
@@ -215,7 +215,7 @@ TEST_F(AudioAttributes, OfASilentIpodLeaveTheOutputAsItWas) {
   EXPECT_EQ(rate, 0x12345678u);
 }
 
-TEST_F(AudioAttributes, FromBeforeDoNotCount) {
+TEST_F(AudioAttributes, FromBeforeTheRequestAreIgnored) {
   ipod().arrive({kRate48000});
   EXPECT_FALSE(waitWith({}));
   EXPECT_EQ(rate, 0x12345678u);
@@ -247,7 +247,7 @@ TEST_F(AudioAttributes, KeepTheirMessagesAliveUntilTheControllerCloses) {
   EXPECT_EQ(liveMessages(), 0u);
 }
 
-TEST_F(AudioAttributes, LeaveNoMessageBehindTheController) {
+TEST_F(AudioAttributes, AreDestroyedWithTheController) {
   EXPECT_TRUE(waitWith({{0x0A, 0x02}, kRate48000}));
   destroyController();
   EXPECT_EQ(liveMessages(), 0u);

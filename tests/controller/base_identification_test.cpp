@@ -41,7 +41,7 @@ class BaseIdentification : public ControllerFixture<IpodControllerBase> {
   }
 };
 
-TEST_F(BaseIdentification, AnnouncesTheGeneralLingoBehindTwoSyncBytes) {
+TEST_F(BaseIdentification, AnnouncesTheGeneralLingoAfterTwoSyncBytes) {
   ipod().answer(kIdentify, {kEntered});
   EXPECT_TRUE(controller().indentifyIpod());
   EXPECT_EQ(steps(), kAttempt + kWait);
@@ -107,7 +107,7 @@ TEST_F(BaseIdentification, EntersTheModeAgainWhenTheIpodIsInItAlready) {
   EXPECT_EQ(repliesTo({{0x00, 0x04}, {0x00, 0x04, 0x01, 0x01}}), Calls{});
 }
 
-TEST_F(BaseIdentification, TellsAboutTheAccessory) {
+TEST_F(BaseIdentification, ReportsCapabilitiesFirmwareAndLingoVersion) {
   EXPECT_EQ(repliesTo({{0x00, 0x27, 0x00}}), (Calls{"send 55 07 00 28 00 00 00 00 01"}));
   EXPECT_EQ(repliesTo({{0x00, 0x27, 0x02, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07}}),
             (Calls{"send 55 0A 00 28 02 01 02 03 04 05 06 07"}));
@@ -159,7 +159,7 @@ TEST_F(BaseIdentification, OfASilentIpodFailsAfterThreeAttempts) {
   EXPECT_EQ(controller().isIdentified(), 0);
 }
 
-TEST_F(BaseIdentification, TellsItsOutcomeInDebug) {
+TEST_F(BaseIdentification, PrintsItsOutcomeInDebug) {
   ipod().answer(kIdentify, {kEntered});
   EXPECT_EQ(printedInDebug([&] { controller().indentifyIpod(); }),
             "OUT-> Lingo=0\tCommand=0x13 Data=0x0 0x0 \nindentifyIpod A = true \n");
@@ -169,11 +169,11 @@ TEST_F(BaseIdentification, TellsItsOutcomeInDebug) {
             "OUT-> Lingo=0\tCommand=0x13 Data=0x0 0x0 \nindentifyIpod B = false \n");
 }
 
-TEST_F(BaseIdentification, TellsNothingOutsideDebug) {
+TEST_F(BaseIdentification, PrintsNothingOutsideDebug) {
   EXPECT_EQ(printedQuietly([&] { controller().indentifyIpod(); }), "");
 }
 
-TEST(BaseIdentificationWithoutALink, TellsSoInDebug) {
+TEST(BaseIdentificationWithoutALink, PrintsItInDebug) {
   IpodControllerBase controller(kNoLink);
   EXPECT_EQ(printedInDebug([&] { EXPECT_FALSE(controller.indentifyIpod()); }),
             "indentifyIpod C = false \n");

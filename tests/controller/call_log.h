@@ -24,7 +24,7 @@ std::string hexText(const uint8_t* bytes, uint32_t count);
 Calls operator+(Calls first, const Calls& second);
 Calls repeated(uint32_t times, const Calls& calls);
 
-/// The steps behind the first `count` ones; none when there are no more.
+/// Returns the steps after the first `count` ones; none when there are no more.
 Calls behindFirst(uint32_t count, const Calls& calls);
 
 /// The lines that begin with `start`, e.g. "send".

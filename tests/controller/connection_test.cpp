@@ -130,7 +130,7 @@ TEST_F(Connection, WithoutAnImageShowsNoLogo) {
   EXPECT_EQ(callLog(), kUnregistered + kOpened + kIdentification + kRegistered);
 }
 
-TEST_F(Connection, WithAnImageButNoLogoOfItsOwnShowsNone) {
+TEST_F(Connection, WithAnImageButNoLoadedLogoShowsNone) {
   identifyAtOnce();
   EXPECT_TRUE(controller().connect("IPD1:", &someImage));
   EXPECT_EQ(callLog(), kUnregistered + kOpened + kIdentification + kRegistered);
@@ -142,25 +142,25 @@ TEST_F(Connection, ThatIsNotIdentifiedShowsNoLogo) {
   EXPECT_EQ(linesOf(callLog(), "send 55 03 04 00 39"), Calls{});
 }
 
-TEST_F(Connection, OpensTheDeviceThatItIsTold) {
+TEST_F(Connection, OpensTheDeviceOfTheGivenName) {
   ipod().opens = false;
   controller().connect("COM1:", nullptr);
   EXPECT_EQ(callLog(), kUnregistered + (Calls{"flush", "open COM1:"}));
 }
 
-TEST_F(Connection, TellsItsIdentificationInDebug) {
+TEST_F(Connection, PrintsItsIdentificationInDebug) {
   identifyAtOnce();
   EXPECT_EQ(printedInDebug([&] { controller().connect("IPD1:", nullptr); }),
             "OUT-> Lingo=0\tCommand=0x13 Data=0x0 0x0 \n"
             "indentifyIpod A = true \nindentifyIpod = 1 \n");
 }
 
-TEST_F(Connection, ThatFailsTellsNoSuccessInDebug) {
+TEST_F(Connection, ThatFailsPrintsNoSuccessInDebug) {
   ipod().opens = false;
   EXPECT_EQ(printedInDebug([&] { controller().connect("IPD1:", nullptr); }), "");
 }
 
-TEST_F(Connection, TellsNothingOutsideDebug) {
+TEST_F(Connection, PrintsNothingOutsideDebug) {
   identifyAtOnce();
   EXPECT_EQ(printedQuietly([&] { controller().connect("IPD1:", nullptr); }), "");
 }

@@ -122,7 +122,7 @@ class UsbController : public ControllerOnAWire {
            connecting.result() == true;
   }
 
-  /// A command and its reply, behind everything that has arrived.
+  /// A command and its reply, after everything that has arrived.
   bool answersGetShuffle() {
     PlayMode mode{};
     BackgroundCall asking([&] { return controller->GetShuffle(mode); });
@@ -378,7 +378,7 @@ TEST_F(SerialController, FollowsANotificationOfANewRate) {
   EXPECT_EQ(calledWith, 48000);
 }
 
-// A pipe has no size that could be held against the header's numbers.
+// A pipe has no size that could be compared with the header's numbers.
 TEST(LogoBitmap, IsNotReadFromAPipe) {
   const std::string pipe = testing::TempDir() + "logo-pipe-" + std::to_string(getpid());
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);

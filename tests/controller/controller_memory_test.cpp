@@ -209,7 +209,7 @@ TEST(AudioAttributesWithoutMemory, AreStillReturned) {
   });
 }
 
-TEST(AudioNotificationWithoutMemory, IsStillStoredAndTold) {
+TEST(AudioNotificationWithoutMemory, IsStillStoredAndPassedOn) {
   static int32_t toldRate;
   forEachFailure([](const FailurePoint& point) {
     Controller controller;

@@ -20,10 +20,11 @@ using Payloads = std::vector<Bytes>;
 const Bytes kSilence;
 
 /// A link in memory with an iPod of the test's making at its far end. Every call goes to the call
-/// log; a wait for a message that has not come ends at once, and waits without end abort the test.
+/// log; a wait for a message that has not arrived ends at once, and waits without end abort the
+/// test.
 class FakeTransport final : public Transport {
  public:
-  /// `onMade` is told each message that the iPod is going to send; null: nobody.
+  /// `onMade` gets each message that the iPod is going to send; it may be null.
   explicit FakeTransport(void (*onMade)(const LingoMessage*));
   ~FakeTransport() override;
 
@@ -43,7 +44,7 @@ class FakeTransport final : public Transport {
   /// Hands a message to the registered handlers, as the reader thread does.
   void notify(const Bytes& payload);
 
-  /// Messages that have come and were not taken.
+  /// Messages received and not taken yet.
   uint32_t queued() const { return static_cast<uint32_t>(queue.size()); }
 
   uint32_t registeredHandlers() const { return static_cast<uint32_t>(registered.size()); }

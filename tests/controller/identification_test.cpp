@@ -41,7 +41,7 @@ class Identification : public ControllerTest {
     return behindFirst(1, linesOf(callLog(), "send"));
   }
 
-  /// An iPod that asks for the sample rates and then tells its versions one by one.
+  /// An iPod that asks for the sample rates and then reports its versions one by one.
   void answerVersionChain() {
     ipod().answer(kIdentify, {kIdentifyAcknowledged, kGetSampleRates});
     ipod().answer(kRequestVersion0, {kVersionOfLingo0});
@@ -68,7 +68,7 @@ TEST_F(Identification, IsCompleteWhenTheIpodHasEnteredTheMode) {
   EXPECT_EQ(controller().isIdentified(), 1);
 }
 
-TEST_F(Identification, TakesNoMessageBehindItsCompletion) {
+TEST_F(Identification, TakesNoMessageAfterItsCompletion) {
   ipod().answer(kIdentify, {kVersionOfLingo10, kGetSampleRates, kEntered});
   EXPECT_TRUE(controller().indentifyIpod());
   EXPECT_EQ(ipod().queued(), 2u);
@@ -126,7 +126,7 @@ TEST_F(Identification, EntersTheModeForANonZeroModeByteOnly) {
   EXPECT_EQ(repliesTo({{0x00, 0x04}, {0x00, 0x04, 0x01, 0x00}}), Calls{});
 }
 
-TEST_F(Identification, TellsTheAccessorysCapabilities) {
+TEST_F(Identification, ReportsTheAccessorysCapabilities) {
   EXPECT_EQ(repliesTo({{0x00, 0x27, 0x00}}), (Calls{"send 55 07 00 28 00 00 00 00 01"}));
 }
 
@@ -142,7 +142,7 @@ TEST_F(Identification, DoesNotAnswerAFirmwareQuestionThatIsCutShort) {
             Calls{});
 }
 
-TEST_F(Identification, TellsTheSameVersionForEveryLingo) {
+TEST_F(Identification, ReportsTheSameVersionForEveryLingo) {
   for (const uint8_t lingo : Bytes{0x00, 0x04, 0x0A, 0xFF})
     EXPECT_EQ(repliesTo({{0x00, 0x27, 0x03, lingo}}), (Calls{"send 55 06 00 28 03 00 01 07"}));
   EXPECT_EQ(repliesTo({{0x00, 0x27, 0x03}}), (Calls{"send 55 06 00 28 03 00 01 07"}));
@@ -163,7 +163,7 @@ TEST_F(Identification, DoesNotTakeAQuestionWithoutATypeForTheOneBefore) {
             (Calls{"send 55 07 00 28 00 00 00 00 01"}));
 }
 
-TEST_F(Identification, TellsTheSampleRatesAndThenAsksForTheVersionOfTheGeneralLingo) {
+TEST_F(Identification, SendsTheSampleRatesAndThenRequestsTheVersionOfTheGeneralLingo) {
   EXPECT_EQ(repliesTo({kGetSampleRates}), kSampleRates + Calls{"send 55 03 00 0F 00"});
   EXPECT_EQ(repliesTo({{0x0A, 0x02, 0x00, 0x01}}), kSampleRates + Calls{"send 55 03 00 0F 00"});
 }
@@ -212,7 +212,7 @@ TEST_F(Identification, IsNotCompletedByAMessageFromBefore) {
   EXPECT_EQ(liveMessages(), 0u);
 }
 
-TEST_F(Identification, DropsWhatCameBetweenTwoAttempts) {
+TEST_F(Identification, DropsMessagesReceivedBetweenTwoAttempts) {
   ipod().answer(kIdentify, {kIdentifyAcknowledged, kSilence, kEntered});
   EXPECT_FALSE(controller().indentifyIpod());
 }
@@ -264,13 +264,13 @@ TEST_F(Identification, CanBeRepeated) {
   EXPECT_TRUE(controller().indentifyIpod());
 }
 
-TEST_F(Identification, TellsItsSuccessInDebug) {
+TEST_F(Identification, PrintsItsSuccessInDebug) {
   ipod().answer(kIdentify, {kVersionOfLingo10});
   EXPECT_EQ(printedInDebug([&] { controller().indentifyIpod(); }),
             "OUT-> Lingo=0\tCommand=0x13 Data=0x0 0x0 \nindentifyIpod A = true \n");
 }
 
-TEST_F(Identification, TellsItsFailureInDebug) {
+TEST_F(Identification, PrintsItsFailureInDebug) {
   ipod().answer(kIdentify, {});
   ipod().answer(kIdentify, {});
   ipod().answer(kIdentify, {kEntered});
@@ -280,7 +280,7 @@ TEST_F(Identification, TellsItsFailureInDebug) {
             "OUT-> Lingo=0\tCommand=0x13 Data=0x0 0x0 \nindentifyIpod B = false \n");
 }
 
-TEST_F(Identification, TellsNothingOutsideDebug) {
+TEST_F(Identification, PrintsNothingOutsideDebug) {
   answerVersionChain();
   EXPECT_EQ(printedQuietly([&] {
               EXPECT_TRUE(controller().indentifyIpod());
@@ -289,7 +289,7 @@ TEST_F(Identification, TellsNothingOutsideDebug) {
             "");
 }
 
-TEST(IdentificationWithoutALink, TellsSoInDebug) {
+TEST(IdentificationWithoutALink, PrintsItInDebug) {
   IpodController controller(kNoLink);
   EXPECT_EQ(printedInDebug([&] { EXPECT_FALSE(controller.indentifyIpod()); }),
             "indentifyIpod C = false \n");

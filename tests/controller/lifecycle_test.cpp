@@ -138,7 +138,7 @@ TEST_F(BaseClosing, KeepsItsHandlersAndReturnsWhatTheLinkReturns) {
 
 using Destruction = ControllerTest;
 
-TEST_F(Destruction, TakesHandlersBackBeforeTheLinkGoes) {
+TEST_F(Destruction, UnregistersItsHandlersBeforeTheLinkIsDestroyed) {
   destroyController();
   ASSERT_FALSE(callLog().empty());
   EXPECT_EQ(callLog().front(), "removeHandlers");
@@ -173,7 +173,7 @@ TEST_F(Destruction, DestroysTheLogo) {
 
 using BaseDestruction = ControllerFixture<IpodControllerBase>;
 
-TEST_F(BaseDestruction, TakesHandlersBackBeforeTheLinkGoes) {
+TEST_F(BaseDestruction, UnregistersItsHandlersBeforeTheLinkIsDestroyed) {
   destroyController();
   ASSERT_FALSE(callLog().empty());
   EXPECT_EQ(callLog().front(), "removeHandlers");

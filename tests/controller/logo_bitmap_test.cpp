@@ -38,7 +38,7 @@ uint32_t openFiles() {
   return count;
 }
 
-/// 4 x 2 pixels. The bottom row, which comes first: blue, green, red, white; the top row: black, a
+/// 4 x 2 pixels. The bottom row, which is first: blue, green, red, white; the top row: black, a
 /// mixture, and the colours just below and at what the screen can show.
 const Bytes kFourByTwo = {
     'B',  'M',                                       //
@@ -288,7 +288,7 @@ TEST(LogoBitmap, CutInsideItsHeaderIsRefusedThoughThePixelsAreThere) {
   EXPECT_TRUE(reads(whole));
 }
 
-TEST(LogoBitmap, ThatIsNoFileIsRefused) {
+TEST(LogoBitmap, OfAMissingFileIsRefused) {
   LogoBitmap logo;
   EXPECT_FALSE(logo.read("/nonexistent/logo_zel.bmp"));
   EXPECT_FALSE(logo.read(""));

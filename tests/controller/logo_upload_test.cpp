@@ -192,7 +192,7 @@ TEST_F(LogoUpload, ComparesAllOfALargePicturesHeight) {
 TEST_F(LogoUpload, OfAVeryWidePictureSendsTheLow16BitsOfARowsLength) {
   load(bitmap(sized(32770, 1), Bytes(32770 * 3)));
   ipod().flood(1, kAcknowledged);
-  // 32769 pixels are kept: 65538 bytes, of which 2 go out.
+  // 32769 pixels are kept: 65538 bytes, of which 2 are sent.
   EXPECT_EQ(
       uploadTo({{0x04, 0x00, 0x3A, 0xFF, 0xFF, 0x00, 0x01, 0x02}}),
       kLimitsTransaction + transactionOf("55 10 04 00 32 00 00 02 80 02 00 01 00 01 00 02 00 00"));

@@ -11,14 +11,14 @@
 
 namespace ipodctl {
 
-/// An operation that sends one request and judges the one message that comes next.
+/// An operation that sends one request and judges the next message.
 struct SingleReplyOperation {
   const char* name;
   Operation call;
   std::function<Outputs(bool odd)> untouched;
   std::string request;  ///< the frame's body
   Bytes reply;          ///< lingo, command, data
-  Outputs outputs;      ///< what comes of the reply
+  Outputs outputs;      ///< the reply, decoded
   std::function<bool(uint32_t)> takesLength;
 };
 

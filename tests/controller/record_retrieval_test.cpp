@@ -74,7 +74,7 @@ TEST_F(RecordRetrieval, FailsWithoutALink) {
   EXPECT_EQ(callLog(), Calls{});
 }
 
-TEST_F(RecordRetrieval, KeepsTheRecordsThatCameBeforeTheSilence) {
+TEST_F(RecordRetrieval, KeepsTheRecordsReceivedBeforeTheSilence) {
   EXPECT_FALSE(retrieve({kRecord0, kRecord1}, 3, 0));
   EXPECT_EQ(entriesOf(records), (Entries{{0, "a"}, {1, "b"}}));
 }
@@ -104,7 +104,7 @@ TEST_F(RecordRetrieval, AFailingAcknowledgementCostsOneWaitAndNothingElse) {
   EXPECT_EQ(entriesOf(records), (Entries{{0, "a"}, {1, "b"}}));
 }
 
-TEST_F(RecordRetrieval, AForeignLingoEndsItAndKeepsWhatCame) {
+TEST_F(RecordRetrieval, EndsAtAnotherLingoAndKeepsTheRecordsSoFar) {
   const Payloads foreign = {{0x00, 0x02, 0x00, 0x05},
                             {0x00, 0x1B, 0x00, 0x00, 0x00, 0x01, 'x'},
                             {0x02, 0x00},
@@ -127,7 +127,7 @@ TEST_F(RecordRetrieval, ARecordWithoutANameAtTheEndFails) {
   EXPECT_EQ(entriesOf(records), (Entries{{0, "a"}, {1, "b"}}));
 }
 
-TEST_F(RecordRetrieval, TheLastRecordThatCameDecides) {
+TEST_F(RecordRetrieval, SucceedsIfTheLastRecordReceivedDecodes) {
   EXPECT_FALSE(retrieve({kRecord0, kRecordWithoutName, kNotification}, 3, 0));
   EXPECT_EQ(entriesOf(records), (Entries{{0, "a"}}));
 }
@@ -141,7 +141,7 @@ TEST_F(RecordRetrieval, ARecordOfEveryShorterLengthIsNotAppended) {
   EXPECT_EQ(records.size(), 10u);
 }
 
-TEST_F(RecordRetrieval, ARecordWhoseNameDoesNotConvertCounts) {
+TEST_F(RecordRetrieval, AcceptsARecordWhoseNameDoesNotConvert) {
   const Bytes musicNote = {0x04, 0x00, 0x1B, 0x00, 0x00, 0x00, 0x05, 0xF0, 0x9F, 0x8E, 0xB5};
   const Bytes euro = {0x04, 0x00, 0x1B, 0x00, 0x00, 0x00, 0x06, 0xE2, 0x82, 0xAC};
   const Bytes emptyName = {0x04, 0x00, 0x1B, 0x00, 0x00, 0x00, 0x07, 0x00};
@@ -157,7 +157,7 @@ TEST_F(RecordRetrieval, NameEndsAtItsZeroByteOrWithThePayload) {
   EXPECT_EQ(entriesOf(records), (Entries{{0xFFFFFFFE, "xy"}, {0x01020304, "xy"}, {1, "\xE9"}}));
 }
 
-TEST_F(RecordRetrieval, IgnoresRecordsThatCameBeforeTheRequest) {
+TEST_F(RecordRetrieval, IgnoresRecordsReceivedBeforeTheRequest) {
   ipod().arrive({kRecord0, kRecord1, kRecord2});
   EXPECT_FALSE(retrieve({}, 1, 0));
   EXPECT_EQ(entriesOf(records), Entries{});

@@ -4,7 +4,7 @@
 
 using namespace ipodctl;
 
-/// Stands in front of the platform's function: the test takes no time and knows each pause.
+/// Replaces the platform's function: the test takes no time and knows each pause.
 void WINAPI Sleep(DWORD milliseconds) {
   callLog().push_back("sleep " + std::to_string(milliseconds));
 }

@@ -18,7 +18,7 @@ const Calls kSampleRates = {"send 55 12 0A 03 00 00 1F 40 00 00 7D 00 00 00 AC 4
                             "send 55 03 00 0F 00"};
 
 /// An iPod that starts the exchange itself: the replies are cleared, so the first of its messages
-/// come behind the clearing.
+/// arrive after the clearing.
 class Reentry : public ControllerTest {
  protected:
   bool reenterWith(const Payloads& messages) {
@@ -143,7 +143,7 @@ TEST_F(Reentry, LeavesTheIdentificationAsItIs) {
   }
 }
 
-TEST_F(Reentry, TellsNothingOutsideDebug) {
+TEST_F(Reentry, PrintsNothingOutsideDebug) {
   EXPECT_EQ(printedQuietly([&] { reenterWith({kGetSampleRates, kEntered}); }), "");
 }
 

@@ -100,7 +100,7 @@ TEST_F(Buttons, FailWithoutALink) {
   EXPECT_EQ(linesOf(callLog(), "send"), Calls{});
 }
 
-/// What a held button tells: its press, then each report.
+/// What a held button prints: its press, then each report.
 std::string pressText(const std::string& press, const std::string& report) {
   std::string text = press;
   for (int i = 0; i < 50; ++i)
@@ -108,19 +108,19 @@ std::string pressText(const std::string& press, const std::string& report) {
   return text;
 }
 
-TEST_F(Buttons, TellTheirCodeByteMaskAndReportsInDebug) {
+TEST_F(Buttons, PrintTheirCodeByteMaskAndReportsInDebug) {
   EXPECT_EQ(printedInDebug([&] { controller().PressButton(8); }),
             pressText("<cmd 8>\n\nbyteIndex = 0\nbuttonBitmasks = 0x80",
                       "OUT-> Lingo=2\tCommand=0x0 Data=0x80 \n"));
 }
 
-TEST_F(Buttons, TellTheSelectButtonTwiceAndEachReportInDebug) {
+TEST_F(Buttons, PrintTheSelectButtonTwiceAndEachReportInDebug) {
   EXPECT_EQ(printedInDebug([&] { controller().PressButton(24); }),
             pressText("<cmd 24>\n<cmd 24>\tSelect\n\nbyteIndex = 2\nbuttonBitmasks = 0x80",
                       "OUT-> Lingo=2\tCommand=0x0 Data=0x0 0x0 \n"));
 }
 
-TEST_F(Buttons, TellNothingOutsideDebug) {
+TEST_F(Buttons, PrintNothingOutsideDebug) {
   EXPECT_EQ(printedQuietly([&] { controller().PressButton(24); }), "");
 }
 

@@ -58,7 +58,7 @@ TEST_P(SingleReply, IsClearedForSentAndWaitedForOnce) {
 
 TEST_P(SingleReply, FailsAfterASecondOfSilence) { expectRefused({}); }
 
-TEST_P(SingleReply, IsNotTakenFromMessagesThatCameBeforeTheRequest) {
+TEST_P(SingleReply, IsNotTakenFromMessagesReceivedBeforeTheRequest) {
   ipod().arrive({row().reply, row().reply});
   expectRefused({});
   EXPECT_EQ(liveMessages(), 0u);
@@ -108,7 +108,7 @@ TEST_P(SingleReply, IsTakenWithEveryLengthThatFits) {
   }
 }
 
-TEST_P(SingleReply, IsSpoiltByANotificationThatComesFirst) {
+TEST_P(SingleReply, FailsIfANotificationArrivesFirst) {
   expectRefused({{0x04, 0x00, 0x27, 0x01, 0x00, 0x00, 0x00, 0x05}, row().reply});
   EXPECT_EQ(ipod().queued(), 1u);
 }
@@ -126,7 +126,7 @@ TEST_P(SingleReply, FailsWithoutALinkAndSendsNothing) {
   EXPECT_EQ(callLog(), Calls{});
 }
 
-TEST_P(SingleReply, TellsOfItsRequestInDebugOnly) {
+TEST_P(SingleReply, PrintsItsRequestInDebugOnly) {
   const auto ask = [&] { row().call(controller(), false); };
   EXPECT_EQ(printedQuietly(ask), "");
   const std::string text = printedInDebug(ask);

@@ -1,5 +1,5 @@
-// Connecting and disconnecting, loading and unloading, thousands of times, now and then with the
-// cable pulled in the middle: nothing stays behind. ENDURANCE_CYCLES=<n> does so many.
+// The library is connected and disconnected, loaded and unloaded thousands of times, sometimes with
+// the cable pulled in the middle: nothing remains. ENDURANCE_CYCLES=<n> sets the number of cycles.
 
 #include <desk.h>
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@ namespace session {
 namespace {
 
 constexpr int kUsualCycles = 20;
-// So many until everybody has what they keep for good, pulled cables among them.
+// After this many cycles, with pulled cables among them, all permanent objects exist.
 constexpr int kFirstCycles = 20;
 constexpr unsigned kCycleSeconds = 60;
 
@@ -27,29 +27,29 @@ int wantedCycles() {
   return wanted != nullptr ? std::atoi(wanted) : kUsualCycles;
 }
 
-/// What the C library's heap has in use, whoever asked for it, in KiB. Not exact: each thread keeps
-/// some of what it frees.
+/// Returns how many KiB of the C library's heap are in use by the whole process. Not exact: each
+/// thread keeps some of what it frees.
 int heapInUse() { return static_cast<int>(mallinfo2().uordblks / 1024); }
 
-/// With an iPod in another process, so that this one's heap tells of the library alone.
+/// The iPod is in another process, so that this one's heap shows only the library's objects.
 class Endurance : public testing::Test {
  protected:
   using Cycle = std::function<void(int number)>;
 
-  // A sanitizer starts a thread of its own with the program's first.
+  // A sanitizer starts its own thread together with the program's first thread.
   Endurance() {
     std::thread([] {}).join();
   }
   void SetUp() override { ASSERT_TRUE(ipodsim.readUntil("iPod ready")); }
 
-  /// Does it again and again, and expects that each time leaves as much as the first ones.
+  /// Repeats the cycle, and expects that each one leaves as much as the first ones.
   void repeat(const Cycle& cycle);
   void connect(const LoadedLibrary& library) {
     ASSERT_EQ(library.IpodConnect(), 1);
     ++connections;
   }
   static void use(const LoadedLibrary& library);
-  /// Has the cable pulled as soon as the iPod has sent so many bytes from now on.
+  /// Pulls the cable as soon as the iPod has sent this many bytes from now on.
   void pullBehind(int bytes) {
     ipodsim.type("fault unplug-sent=" + std::to_string(bytes));
     ++pulls;
@@ -77,7 +77,7 @@ void Endurance::use(const LoadedLibrary& library) {
   library.IpodGetCurrentPlayStatus(&status);
 }
 
-// A cable that a fault pulls is still there for a moment.
+// A cable that a fault pulls is still plugged for a moment.
 void Endurance::plugAgain() {
   ipodsim.type("clear");
   ipodsim.type("unplug");

@@ -176,7 +176,7 @@ const Builder kBuilders[] = {
 INSTANTIATE_TEST_SUITE_P(Commands, ExtendedInterfaceBuilder, testing::ValuesIn(kBuilders),
                          rowName<Builder>);
 
-TEST(SetDisplayImage, OfARowOf253BytesGoesOutInTheLongForm) {
+TEST(SetDisplayImage, OfARowOf253BytesIsSentInTheLongForm) {
   const Bytes row(251, 0x11);
   Message message;
   ASSERT_TRUE(
@@ -187,7 +187,7 @@ TEST(SetDisplayImage, OfARowOf253BytesGoesOutInTheLongForm) {
             (Bytes{0x55, 0x00, 0x01, 0x00, 0x04, 0x00, 0x32, 0x00, 0x01, 0x11}));
 }
 
-TEST(SetDisplayImage, TellsTheWholeStrideButSendsItsLow16BitsOfBytes) {
+TEST(SetDisplayImage, ReportsTheWholeStrideButSendsItsLow16BitsOfBytes) {
   const Bytes row = countingBytes(8);
   Message message;
   ASSERT_TRUE(message.buildSetDisplayImage(PixelFormat::kRgb565LowByteFirst, 0, 1, 1, 0x00010003,

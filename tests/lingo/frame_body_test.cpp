@@ -74,7 +74,7 @@ TEST_P(FrameBody, OfManyDataBytesHasBothLengthBytes) {
   EXPECT_EQ(bodyOf(*message), (Bytes{0x55} + length + lingoCommandAndData()));
 }
 
-TEST_P(FrameBody, WithoutABufferTellsTheSizeItNeeds) {
+TEST_P(FrameBody, WithoutABufferReturnsTheSizeItNeeds) {
   EXPECT_EQ(message->encode(nullptr, 0), shortSize(0));
   setData(252);
   EXPECT_EQ(message->encode(nullptr, 0), shortSize(252));
@@ -125,7 +125,7 @@ TEST_P(FrameBody, IsRefusedForMoreDataThanTheCapacityHolds) {
   EXPECT_EQ(buffer, Bytes(70000, 0xEE));
 }
 
-TEST_P(FrameBody, IsDumpedBehindAnArrowWhileTheDebugFlagIsSet) {
+TEST_P(FrameBody, IsPrintedAfterAnArrowWhileTheDebugFlagIsSet) {
   setData(3);
   Bytes buffer(16);
   EXPECT_EQ(printedInDebug([&] { message->encode(buffer.data(), 16); }),

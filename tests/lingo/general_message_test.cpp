@@ -158,7 +158,7 @@ TEST(GeneralIpodAck, OfTwoBytesHasNoWaitTime) {
   EXPECT_EQ(decoding.fields, (Fields{4u, 0x13u, 0u}));
 }
 
-TEST(GeneralIpodAck, OfSixBytesTellsTheWaitTimeFirstByteLowest) {
+TEST(GeneralIpodAck, OfSixBytesHasTheWaitTimeFirstByteLowest) {
   GeneralMessage message;
   receive(message, 0x02, {0x06, 0x05, 0x78, 0x56, 0x34, 0x12});
   const Decoding decoding = decodeAck(message, false);
@@ -211,19 +211,19 @@ bool decodeQuestion(const Bytes& data, AccessoryInfoQuestion& question, uint16_t
   return message.decodeGetAccessoryInfo(question);
 }
 
-TEST(GetAccessoryInfo, OfTypeTwoTellsModelAndFirmware) {
+TEST(GetAccessoryInfo, OfTypeTwoHasModelAndFirmware) {
   AccessoryInfoQuestion question = unanswered();
   EXPECT_TRUE(decodeQuestion({0x02, 0x12, 0x34, 0x56, 0x78, 0x09, 0x0A, 0x0B}, question));
   expectSame(question, {0x02, 0x12345678, 0x09, 0x0A, 0x0B, 0xA9});
 }
 
-TEST(GetAccessoryInfo, OfTypeThreeTellsTheLingo) {
+TEST(GetAccessoryInfo, OfTypeThreeHasTheLingo) {
   AccessoryInfoQuestion question = unanswered();
   EXPECT_TRUE(decodeQuestion({0x03, 0x0A}, question));
   expectSame(question, {0x03, 0xA2A3A4A5, 0xA6, 0xA7, 0xA8, 0x0A});
 }
 
-TEST(GetAccessoryInfo, OfAnotherTypeBelowTenTellsTheTypeOnly) {
+TEST(GetAccessoryInfo, OfAnotherTypeBelowTenHasTheTypeOnly) {
   for (const uint8_t type : Bytes{0, 1, 4, 5, 6, 7, 8, 9}) {
     SCOPED_TRACE(int(type));
     AccessoryInfoQuestion question = unanswered();
@@ -232,7 +232,7 @@ TEST(GetAccessoryInfo, OfAnotherTypeBelowTenTellsTheTypeOnly) {
   }
 }
 
-TEST(GetAccessoryInfo, OfTypeTenAndAboveIsRefusedAndTellsTheTypeOnly) {
+TEST(GetAccessoryInfo, OfTypeTenAndAboveIsRefusedAndHasTheTypeOnly) {
   for (const uint8_t type : Bytes{10, 11, 0x7F, 0x80, 0xFF}) {
     SCOPED_TRACE(int(type));
     AccessoryInfoQuestion question = unanswered();
@@ -252,7 +252,7 @@ TEST(GetAccessoryInfo, WithoutPayloadLeavesTheCallersTypeAndJudgesIt) {
   EXPECT_EQ(question.type, 10);
 }
 
-TEST(GetAccessoryInfo, TooShortForItsFieldsIsRefusedAndTellsTheTypeOnly) {
+TEST(GetAccessoryInfo, TooShortForItsFieldsIsRefusedAndHasTheTypeOnly) {
   const Bytes whole = {0x02, 0x12, 0x34, 0x56, 0x78, 0x09, 0x0A, 0x0B};
   for (uint32_t length = 1; length < 8; ++length) {
     SCOPED_TRACE(length);

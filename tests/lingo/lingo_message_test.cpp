@@ -71,7 +71,7 @@ TEST(AppendData, WithoutDataSetsIt) {
   EXPECT_EQ(dataOf(message), (Bytes{0, 1, 2}));
 }
 
-TEST(AppendData, AddsBehindTheData) {
+TEST(AppendData, AppendsToTheData) {
   GeneralMessage message;
   ASSERT_TRUE(message.appendData(kTen, 3));
   EXPECT_TRUE(message.appendData(kTen + 7, 2));
@@ -87,7 +87,7 @@ TEST(AppendData, OfNoBytesChangesNothing) {
   EXPECT_EQ(dataOf(message), (Bytes{0, 1, 2}));
 }
 
-TEST(AppendData, BehindDataThatSetDataShortenedKeepsTheShortLength) {
+TEST(AppendData, AppendsToTheShortLengthAfterSetDataShortenedTheData) {
   GeneralMessage message;
   ASSERT_TRUE(message.setData(kTen, 10));
   ASSERT_TRUE(message.setData(kTen, 2));

@@ -19,7 +19,7 @@ WideString wideString(const std::u16string& text) {
   return wide;
 }
 
-TEST(Utf8SequenceLength, IsToldByTheLeadByte) {
+TEST(Utf8SequenceLength, FollowsFromTheLeadByte) {
   const struct {
     uint8_t lead;
     int length;
@@ -112,7 +112,7 @@ TEST(Utf8ToWide, PutsASpaceForACharacterBeyond16BitsAndGoesOn) {
   EXPECT_EQ(wideText(wide), u"a z"s);
 }
 
-TEST(Utf8ToWide, PutsASpaceForACutSequenceAndGoesOnBehindIt) {
+TEST(Utf8ToWide, PutsASpaceForACutSequenceAndContinuesAfterIt) {
   WideString wide;
   EXPECT_FALSE(LingoMessage::utf8ToWide(utf8("a\xE2\x82z\xC3"), wide));
   EXPECT_EQ(wideText(wide), u"a z "s);

@@ -85,7 +85,7 @@ TEST(MakeReceivedMessage, KeepsNoPointerToThePayload) {
   EXPECT_EQ(dataOf(*message), (Bytes{0x41}));
 }
 
-TEST(CopyMessage, HasTheSameLingoCommandAndDataOfItsOwn) {
+TEST(CopyMessage, HasTheSameLingoAndCommandAndACopyOfTheData) {
   for (const Bytes& payload : {Bytes{0x00, 0x02, 0x00, 0x13}, Bytes{0x02, 0x00, 0x08},
                                Bytes{0x04, 0x81, 0x15, 0x41}, Bytes{0x0A, 0x02}}) {
     const std::unique_ptr<LingoMessage> original = made(payload);

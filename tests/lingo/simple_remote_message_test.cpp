@@ -69,19 +69,19 @@ const Builder kBuilders[] = {
 INSTANTIATE_TEST_SUITE_P(Commands, SimpleRemoteBuilder, testing::ValuesIn(kBuilders),
                          rowName<Builder>);
 
-TEST(ContextButtonStatus, TellsIndexAndMaskWhileTheDebugFlagIsSet) {
+TEST(ContextButtonStatus, PrintsIndexAndMaskWhileTheDebugFlagIsSet) {
   SimpleRemoteMessage message;
   EXPECT_EQ(printedInDebug([&] { message.buildContextButtonStatus(1, 0x0C); }),
             "\nbyteIndex = 1\nbuttonBitmasks = 0xc");
 }
 
-TEST(ContextButtonStatus, TellsAnIndexOutsideTheFieldToo) {
+TEST(ContextButtonStatus, PrintsAnIndexOutsideTheField) {
   SimpleRemoteMessage message;
   EXPECT_EQ(printedInDebug([&] { message.buildContextButtonStatus(-1, 0xFF); }),
             "\nbyteIndex = -1\nbuttonBitmasks = 0xff");
 }
 
-TEST(ContextButtonStatus, TellsNothingWithoutTheDebugFlag) {
+TEST(ContextButtonStatus, PrintsNothingWithoutTheDebugFlag) {
   SimpleRemoteMessage message;
   EXPECT_EQ(printedQuietly([&] { message.buildContextButtonStatus(1, 0x0C); }), "");
 }

@@ -84,7 +84,7 @@ TEST_F(LinkThreads, ReopenWhileTheReaderIsFailing200Times) {
   EXPECT_TRUE(eventually([&] { return link.start() && works(); }));
 }
 
-TEST_F(LinkThreads, OpenAndCloseLeaveNoHandleBehind) {
+TEST_F(LinkThreads, OpenAndCloseLeaveNoHandleOpen) {
   ASSERT_TRUE(link.start());
   const unsigned handles = deskOpenHandles();
   for (int i = 0; i < 20; ++i) {

@@ -7,7 +7,8 @@
 
 namespace race {
 
-/// While it lives, the iPod announces one sample rate after the other, at most so often.
+/// While the thread lives, the iPod announces one sample rate after the other, at most `most`
+/// times.
 std::unique_ptr<StoppableThread> announceRates(session::SessionIpod& ipod, int most);
 
 }  // namespace race

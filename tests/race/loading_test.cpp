@@ -1,5 +1,5 @@
-// Many threads that use the library first, and a library that is unloaded while its iPod still
-// talks.
+// Many threads make the first calls of a library, and the library is unloaded while its iPod is
+// still sending.
 
 #include <desk.h>
 #include <gtest/gtest.h>
@@ -78,13 +78,13 @@ int useFirst(const LoadedLibrary& library) {
 
 class RacedLoading : public testing::Test {
  protected:
-  // A sanitizer starts a thread of its own with the program's first.
+  // A sanitizer starts its own thread together with the program's first thread.
   RacedLoading() {
     std::thread([] {}).join();
   }
   void TearDown() override { RecordProperty("cases", cases); }
 
-  /// Loads the library for every round, and holds what is left against what the first one left.
+  /// Loads the library for every round, and compares what is left with what the first round left.
   template <class Use>
   void loadAgainAndAgain(Use use) {
     const unsigned threads = openThings().threads;
@@ -128,8 +128,8 @@ TEST_F(RacedLoading, UnloadsWhileTheIpodTalks) {
   });
 }
 
-// Longer than it takes to ask the reader to end.
-TEST_F(RacedLoading, UnloadsWhenTheReaderComesBackFromTheAudioLibrary) {
+// The audio library is slower than the 300 ms in which the reader is asked to stop.
+TEST_F(RacedLoading, UnloadsWhenTheReaderReturnsFromTheAudioLibrary) {
   constexpr std::chrono::milliseconds kSlow{450};
   const SlowAudio slow(kSlow);
   loadAgainAndAgain([this](const LoadedLibrary& library) {

@@ -1,5 +1,5 @@
-// Every export beside every export, while the iPod announces sample rates, tells what plays and is
-// pulled.
+// Every export at the same time as every other, while the iPod announces sample rates, reports what
+// plays and is pulled.
 
 #include <ipodctl.h>
 #include <unistd.h>
@@ -22,10 +22,10 @@ constexpr unsigned kPairSeconds = 60;
 constexpr int kMostRates = 20;
 constexpr int kMostRepetitions = 500;
 
-/// One thread of a pair: makes its call, or a quick one again and again beside the other.
+/// One thread of a pair: makes its call once, or repeats a quick call during the other one.
 class Side {
  public:
-  explicit Side(const ExportCall& what) : call(what) {}
+  explicit Side(const Export& what) : call(what) {}
 
   void run(const Side& other, unsigned variety, StartingLine& line, microseconds pause) {
     line.cross();
@@ -42,12 +42,12 @@ class Side {
 
   bool isUnderWay() const { return begun && !ended; }
 
-  const ExportCall& call;
+  const Export& call;
   Tally made;
-  bool met = false;  ///< the other one was under way at a beginning of this one
+  bool met = false;  ///< the other call was under way when this one began
 
  private:
-  // A sleep would be over long after the other's call.
+  // A sleep would end long after the other thread's call.
   static void spin(microseconds pause) {
     for (const Duration end = now() + pause; now() < end;) {
     }
@@ -57,27 +57,27 @@ class Side {
   std::atomic<bool> ended{false};
 };
 
-/// One of all ordered pairs, and what happens beside it.
+/// An ordered pair of exports, and what happens meanwhile.
 struct Pair {
   size_t first;
   size_t second;
 
-  size_t number() const { return first * exportCalls().size() + second; }
+  size_t number() const { return first * allExports().size() + second; }
   unsigned variety() const { return static_cast<unsigned>(first * 7 + second * 5); }
   microseconds headStart() const { return microseconds(10 * (number() % 8)); }
   bool isPulled() const { return number() % 4 == 2; }
   microseconds untilPull() const { return microseconds(150 * (number() % 16)); }
   bool isInterrupted() const { return number() % 3 == 1; }
-  /// Whether every call must get its answer. The two that disturb others are left out: one closes
-  /// the link, one asks beside the lock.
+  /// Returns whether every call must get its answer. Two exports disturb others: one closes the
+  /// link, one asks the iPod without the lock.
   bool isQuiet() const {
     return !isPulled() && !isInterrupted() && !disturbs(first) && !disturbs(second);
   }
   static bool disturbs(size_t place) {
-    const std::string name = exportCalls()[place].name;
+    const std::string name = allExports()[place].name;
     return name == "IpodDisconnect" || name == "IpodGetNumberOfPlaylist";
   }
-  /// Before one of the first answers come what nobody asked for: how far the track has played.
+  /// Unsolicited messages before one of the first answers: the position in the track.
   simulator::Fault interruption() const {
     const auto answer = static_cast<uint32_t>(1 + number() % 4);
     constexpr uint32_t kCount = 2;
@@ -86,7 +86,7 @@ struct Pair {
   }
 };
 
-// One test after the other has its share of the pairs: each begins with a connection of its own.
+// Each test has a share of the pairs and begins with a new connection.
 constexpr size_t kShares = 7;
 
 class RacedPairs : public RaceTest, public testing::WithParamInterface<size_t> {
@@ -119,13 +119,13 @@ void expectAnswers(const Tally& tally) {
 void RacedPairs::race(const Pair& pair) {
   alarm(kPairSeconds);
   prepare();
-  Side first(exportCalls()[pair.first]);
-  Side second(exportCalls()[pair.second]);
+  Side first(allExports()[pair.first]);
+  Side second(allExports()[pair.second]);
   if (pair.isInterrupted()) {
     ipod.look([&](SimulatedIpod& device) { device.faults().add(pair.interruption()); });
   }
   run(pair, first, second);
-  const int waits = first.call.waits + second.call.waits;
+  const int waits = first.call.waits.inAll() + second.call.waits.inAll();
   check(first.made, waits);
   check(second.made, waits);
   if (pair.isQuiet()) {
@@ -138,12 +138,12 @@ void RacedPairs::race(const Pair& pair) {
 }
 
 TEST_P(RacedPairs, KeepTheirPromisesAndLeaveAWorkingLibrary) {
-  const auto& calls = exportCalls();
+  const auto& calls = allExports();
   for (size_t first = GetParam(); first < calls.size(); first += kShares) {
     for (size_t second = 0; second < calls.size(); ++second) {
       const Pair pair{first, second};
       if (!isInSlice(pair.number())) continue;
-      const std::string names = std::string(calls[first].name) + " beside " + calls[second].name;
+      const std::string names = std::string(calls[first].name) + " during " + calls[second].name;
       SCOPED_TRACE(names);
       const LastWords words(names);
       ASSERT_NO_FATAL_FAILURE(race(pair));

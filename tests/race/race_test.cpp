@@ -15,9 +15,9 @@ using session::openThings;
 using simulator::SimulatedIpod;
 using std::chrono::milliseconds;
 
-// No divisor of the number of exports.
+// It does not divide the number of exports.
 constexpr size_t kSlice = 13;
-// For a call that has its answers at once, on a busy desk under a sanitizer.
+// For a call that gets its answers at once, on a busy Linux host under a sanitizer.
 constexpr std::chrono::seconds kSlack{3};
 
 int inMilliseconds(Duration time) {
@@ -30,7 +30,7 @@ Duration now() { return std::chrono::steady_clock::now().time_since_epoch(); }
 
 bool isInSlice(size_t point) { return std::getenv("RACE_ALL") != nullptr || point % kSlice == 0; }
 
-// What the first connection leaves is there for good.
+// The first connection creates objects that stay permanently.
 void RaceTest::SetUp() {
   const unsigned threads = openThings().threads;
   ASSERT_EQ(IpodConnect(), 1);
@@ -75,9 +75,9 @@ void RaceTest::recover() {
   expectASession();
 }
 
-// An answer that nobody took any more must not be taken for the session's. Both sides work in
-// order: the iPod has answered everything when it has got a new mode, and the library has read all
-// of that when it has heard of a rate that nobody else announces.
+// A late answer must not be mistaken for an answer of the next session. Both sides work in order:
+// when the iPod has a new mode, it has answered every earlier request, and when the library has
+// received a rate that only this function announces, it has read all those answers.
 void RaceTest::readEverything() {
   const auto repeats = [](const SimulatedIpod& device) { return device.player().repeat(); };
   const simulator::Repeat before = ipod.look(repeats);

@@ -5,17 +5,17 @@
 #include "race/tally.h"
 #include "support/session_ipod.h"
 
-/// Host threads beside one another and beside an iPod that talks and is pulled, on the real
+/// Several host threads at once, with an iPod that sends messages and is pulled, on the real
 /// platform.
 ///
-/// RACE_ALL=1 tries every pair of exports instead of every 13th, RACE_SECONDS=<n> lets the threads
-/// of the long races run so long.
+/// RACE_ALL=1 tries every pair of exports instead of every 13th, RACE_SECONDS=<n> sets how long the
+/// threads of the long races run.
 namespace race {
 
 /// The time of this process.
 Duration now();
 
-/// Whole or a slice of a race with this many points.
+/// Returns whether this point of a race is tried: every one, or one in 13.
 bool isInSlice(size_t point);
 
 /// An iPod, and a library that was connected once.
@@ -26,12 +26,12 @@ class RaceTest : public testing::Test {
 
   /// Connects when there is no connection, and leaves a list open and a track playing.
   void prepare();
-  /// Ends what went wrong, connects when there is no connection, and expects a session to succeed.
+  /// Removes the faults, plugs the cable, connects if necessary, and expects a session to succeed.
   void recover();
-  /// What a short session with a connected iPod reads.
+  /// Expects the results of a short session with a connected iPod.
   void expectASession();
-  /// Expects that these calls kept their promises, and came back in time where the calls under way
-  /// wait for so many answers together.
+  /// Expects that these calls kept their promises and returned in time. `waits`: for how many
+  /// answers the simultaneous calls wait together.
   void check(const Tally& tally, int waits);
 
   session::SessionIpod ipod;

@@ -13,8 +13,8 @@ using std::chrono::milliseconds;
 std::atomic<milliseconds> slowness{milliseconds(0)};
 std::atomic<int> inside{0};
 
-// Found before the library is loaded: whoever unloads it holds the loader's lock, which a search
-// takes, and waits for the reader.
+// Searched for before the library is loaded. The thread that unloads the library holds the loader
+// lock while it waits for the reader, and a search would need that lock.
 const auto selectFrequency =
     reinterpret_cast<decltype(::SelectFrequency)*>(dlsym(RTLD_NEXT, "SelectFrequency"));
 

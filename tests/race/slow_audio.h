@@ -4,8 +4,8 @@
 
 namespace race {
 
-/// Programs that have slow_audio.cpp stand in front of the audio library's SelectFrequency. While
-/// one lives, that takes so long. One at a time.
+/// slow_audio.cpp replaces the audio library's SelectFrequency. While a SlowAudio lives, that
+/// function takes this long. One at a time.
 class SlowAudio {
  public:
   explicit SlowAudio(std::chrono::milliseconds duration);
@@ -13,7 +13,7 @@ class SlowAudio {
   SlowAudio(const SlowAudio&) = delete;
   SlowAudio& operator=(const SlowAudio&) = delete;
 
-  /// Whether a thread is in there now.
+  /// Returns whether a thread is in SelectFrequency now.
   static bool isBusy();
 };
 

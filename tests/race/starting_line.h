@@ -5,7 +5,7 @@
 
 namespace race {
 
-/// Where threads wait for one another: all go on at once.
+/// Threads wait here for one another and continue at the same time.
 class StartingLine {
  public:
   explicit StartingLine(int threads) : missing(threads) {}

@@ -8,7 +8,7 @@
 
 namespace race {
 
-/// A thread that does something again and again until the end of its life.
+/// A thread that repeats a step until it is destroyed.
 class StoppableThread {
  public:
   using Pause = std::chrono::microseconds;
@@ -41,7 +41,7 @@ class StoppableThread {
   std::mutex mutex;
   std::condition_variable stopped;
   bool stopping = false;
-  std::thread thread;  // the last: it uses the others
+  std::thread thread;  // declared last because it uses the others
 };
 
 }  // namespace race

@@ -32,10 +32,10 @@ std::chrono::seconds wantedTime() {
   return wanted != nullptr ? std::chrono::seconds(std::atoi(wanted)) : kUsualTime;
 }
 
-/// The host's next call. A connect does not wait for the lock: it comes more often, or hardly any
-/// would connect.
-const ExportCall& pick(Random& random) {
-  const auto& calls = exportCalls();
+/// Returns the host's next call. IpodConnect does not wait for the lock: it is picked more often,
+/// or it would hardly ever succeed.
+const Export& pick(Random& random) {
+  const auto& calls = allExports();
   const size_t place = random() % (calls.size() + 4);
   return place < calls.size() ? calls[place] : calls.front();
 }
@@ -60,7 +60,7 @@ class Storm : public RaceTest {
         ++strikes;
       } else {
         ipod.pty().plug();
-        ipod.takeAudioCalls();  // which would pile up
+        ipod.takeAudioCalls();  // or they would accumulate
       }
       return upTo(random, pulls ? 100 : 600);
     });

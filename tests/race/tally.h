@@ -2,24 +2,29 @@
 
 #include <vector>
 
-#include "support/export_calls.h"
+#include "support/exports.h"
 
 namespace race {
 
-/// What is kept of one thread's calls: they may be too many to be kept all.
+using exports::allExports;
+using exports::Duration;
+using exports::Export;
+using exports::MadeCall;
+
+/// A summary of one thread's calls, which may be too many to keep.
 struct Tally {
   int calls = 0;
   int connections = 0;
   MadeCall slowest;
-  std::vector<MadeCall> broken;      ///< those that returned what they do not promise
-  std::vector<MadeCall> unanswered;  ///< those that surely missed their answers
+  std::vector<MadeCall> broken;      ///< with an effect that is not promised
+  std::vector<MadeCall> unanswered;  ///< those that surely missed their answer
 
   void add(const MadeCall& made) {
     ++calls;
-    if (made.call == &exportCalls().front()) connections += made.outcome.result;
-    if (made.call != nullptr && made.took >= slowest.took) slowest = made;
-    if (!made.outcome.promised) broken.push_back(made);
-    if (!made.outcome.answered) unanswered.push_back(made);
+    if (made.exported == &allExports().front()) connections += made.effect.result;
+    if (made.took >= slowest.took) slowest = made;
+    if (!made.isPromised()) broken.push_back(made);
+    if (made.surelyMissedItsAnswer()) unanswered.push_back(made);
   }
 };
 

@@ -1,5 +1,5 @@
 // Sessions over both kinds of link: a serial port with its sync byte and the stream driver without.
-// The exports know the stream driver alone, so these drive the controller itself.
+// The exports use only the stream driver, so these tests use the controller itself.
 
 #include <desk.h>
 #include <gmock/gmock.h>
@@ -54,7 +54,7 @@ const auto kKinds = testing::Values(Kind{"Serial", kSerialLink, "COM1:", FrameKi
 
 std::string nameOfKind(const testing::TestParamInfo<Kind>& kind) { return kind.param.name; }
 
-/// An iPod with a screen so small that a logo is sent in a moment over a serial line, too.
+/// An iPod with a screen so small that a logo takes only a moment even over a serial line.
 simulator::Personality withASmallScreen() {
   simulator::Personality model;
   model.display.limits = {8, 6};
@@ -196,7 +196,8 @@ TEST_P(ControllerSession, IsNotIdentifiedInTheThirdAttempt) {
   EXPECT_EQ(announcements(), 3u);
 }
 
-/// An accessory of the General lingo alone, which asks its way into the extended mode.
+/// An accessory that identifies itself only for the General lingo, and then requests the extended
+/// mode.
 class BaseControllerSession : public testing::TestWithParam<Kind> {
  protected:
   void TearDown() override { controller.CloseIpod(); }
@@ -234,7 +235,7 @@ TEST_P(BaseControllerSession, IsIdentifiedInTheSecondAttempt) {
   EXPECT_EQ(received(simulator::kIdentifyDeviceLingoes), 2u);
 }
 
-// Takes two seconds of silence. What the iPod does in the third attempt does not count.
+// Takes two seconds of silence. The library ignores what the iPod does in the third attempt.
 TEST_P(BaseControllerSession, IsNotIdentifiedInTheThirdAttempt) {
   ipod.addFault("lost@00:05#1");
   ipod.addFault("lost@00:05#2");

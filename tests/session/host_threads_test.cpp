@@ -22,13 +22,13 @@ constexpr int kRounds = 25;
 // A track at 44100 Hz, as the iPod has announced already.
 constexpr int kPlaying = 4;
 
-/// A thread that announces one sample rate after the other until the end of its life.
+/// A thread that announces one sample rate after the other until it is destroyed.
 class Announcer {
  public:
   explicit Announcer(SessionIpod& sessionIpod) : ipod(sessionIpod), thread([this] { run(); }) {}
   ~Announcer() {
     done = true;
-    ipod.look([](SimulatedIpod&) {});  // wakes whoever waits for it
+    ipod.look([](SimulatedIpod&) {});  // wakes every thread that waits for the iPod
     thread.join();
   }
   Announcer(const Announcer&) = delete;
@@ -37,12 +37,12 @@ class Announcer {
  private:
   void run() {
     for (uint32_t i = 0; !done; ++i) {
-      const size_t told = acknowledged();
+      const size_t before = acknowledged();
       ipod.pty().act([&](SimulatedIpod& device, Time now) {
         device.announceSampleRate(now, i % 2 == 0 ? 48000 : 32000);
       });
       ipod.waitUntil(
-          [&](const SimulatedIpod& device) { return done || countAcknowledged(device) > told; });
+          [&](const SimulatedIpod& device) { return done || countAcknowledged(device) > before; });
     }
   }
   static size_t countAcknowledged(const SimulatedIpod& device) {
@@ -67,7 +67,7 @@ class HostThreads : public testing::Test {
   }
   void TearDown() override { IpodDisconnect(); }
 
-  /// Does each work on a thread of its own, again and again.
+  /// Repeats each work on a separate thread.
   static void runInSilence(const std::vector<std::function<void()>>& works) {
     std::vector<std::thread> threads;
     for (const auto& work : works) {
@@ -85,7 +85,7 @@ class HostThreads : public testing::Test {
     runInSilence(works);
   }
 
-  // What one thread each can do beside the others.
+  // What a thread can do while others make calls.
   void readTheDevicePage() {
     EXPECT_EQ(ipodName(), "Demo iPod");
     EXPECT_EQ(serialNumber(), "8K821D0ZY5N");
@@ -122,11 +122,11 @@ class HostThreads : public testing::Test {
   const Names genres = namesOf(music, &Track::genre);
 };
 
-TEST_F(HostThreads, TwoGetEachItsOwnAnswers) {
+TEST_F(HostThreads, EachOfTwoGetsItsOwnAnswers) {
   runTogether({[this] { readTheDevicePage(); }, [this] { browse(); }});
 }
 
-TEST_F(HostThreads, FourGetEachItsOwnAnswers) {
+TEST_F(HostThreads, EachOfFourGetsItsOwnAnswers) {
   runTogether({[this] { readTheDevicePage(); }, [this] { readWhatPlays(); },
                [this] { changeModes(); }, [this] { browse(); }});
 }
@@ -139,7 +139,7 @@ TEST_F(HostThreads, AskingTheSameGetTheSame) {
   runTogether({work, work, work, work});
 }
 
-TEST_F(HostThreads, ThatConnectMeanwhileDoNotWaitAndChangeNothing) {
+TEST_F(HostThreads, ConnectMeanwhileWithoutWaitingAndChangeNothing) {
   runTogether({[this] { readWhatPlays(); },
                [] {
                  EXPECT_EQ(IpodConnect(), 0);
@@ -148,8 +148,8 @@ TEST_F(HostThreads, ThatConnectMeanwhileDoNotWaitAndChangeNothing) {
                }});
 }
 
-// Takes a second: so long the other call waits for its lost answer.
-TEST_F(HostThreads, ThatConnectDoNotWaitForABusyCall) {
+// Takes a second: the other call waits that long for its lost answer.
+TEST_F(HostThreads, ConnectWithoutWaitingForABusyCall) {
   ipod.addFault("lost@00:07");
   std::thread busy([] { EXPECT_EQ(ipodName(), ""); });
   EXPECT_TRUE(ipod.waitUntil([](const SimulatedIpod& device) {
@@ -159,7 +159,7 @@ TEST_F(HostThreads, ThatConnectDoNotWaitForABusyCall) {
   busy.join();
 }
 
-TEST_F(HostThreads, FollowEveryAnnouncementBesideTheirRequests) {
+TEST_F(HostThreads, FollowEveryAnnouncementDuringTheirRequests) {
   ipod.takeAudioCalls();
   runTogether({[this] { readTheDevicePage(); }, [this] { browse(); }});
   const auto announced = [](const SimulatedIpod& device) {

@@ -33,7 +33,7 @@ TEST_F(IdentificationSession, SucceedsInTheFirstAttempt) {
   EXPECT_EQ(announcements(), 1u);
 }
 
-// Takes a second: the library waits so long for the version that was lost.
+// Takes a second: the library waits that long for the version that was lost.
 TEST_F(IdentificationSession, SucceedsInTheSecondAttemptAfterASecondOfSilence) {
   ipod.addFault("lost@00:0F#1");
   EXPECT_EQ(IpodConnect(), 1);
@@ -41,7 +41,7 @@ TEST_F(IdentificationSession, SucceedsInTheSecondAttemptAfterASecondOfSilence) {
   EXPECT_EQ(ipodName(), "Demo iPod");
 }
 
-// Takes two seconds. The third attempt does not count, although the iPod answers it in full.
+// Takes two seconds. The library ignores the third attempt although the iPod answers all of it.
 TEST_F(IdentificationSession, FailsInTheThirdAttemptAfterTwoSecondsOfSilence) {
   ipod.addFault("lost@00:0F#1");
   ipod.addFault("lost@00:0F#2");
@@ -86,8 +86,8 @@ class SwitchedSession : public testing::Test {
 };
 
 // Takes three seconds: the first version is lost, and each of the other attempts is refused. The
-// next connection opens the link anew, which the iPod takes for another accessory.
-TEST_F(SwitchedSession, FailsWithAnIpodThatRefusesAnotherAttemptAndSucceedsAnew) {
+// next connection opens the link again, and the iPod sees another accessory.
+TEST_F(SwitchedSession, FailsWithAnIpodThatRefusesAnotherAttemptAndSucceedsNextTime) {
   SessionIpod ipod(with("refuses-second-identification=yes"));
   ipod.addFault("lost@00:0F#1");
   const auto time = durationOf([] { EXPECT_EQ(IpodConnect(), 0); });
@@ -98,8 +98,8 @@ TEST_F(SwitchedSession, FailsWithAnIpodThatRefusesAnotherAttemptAndSucceedsAnew)
   EXPECT_EQ(refusals(ipod), 2u);
 }
 
-// Takes three seconds: the iPod starts anew while the link stays open, and ignores the requests of
-// a host that it does not know.
+// Takes three seconds: the iPod restarts while the link stays open, and ignores the requests of a
+// host that it does not know.
 TEST_F(SwitchedSession, ReturnsFromRequestsThatAnIpodIgnoresUntilItIsConnectedAgain) {
   SessionIpod ipod(with("silent-before-identification=yes"));
   ASSERT_EQ(IpodConnect(), 1);
@@ -118,7 +118,7 @@ TEST_F(SwitchedSession, ReturnsFromRequestsThatAnIpodIgnoresUntilItIsConnectedAg
   EXPECT_EQ(ipodName(), "Demo iPod");
 }
 
-// The second question comes while the host has the iPod already, and is not answered.
+// The second question arrives after the identification, and the library does not answer it.
 TEST_F(SwitchedSession, GoesOnWithAnIpodThatAsksAfterTheIdentification) {
   simulator::Personality model = with("accessory-info-delay=100");
   model.accessoryInfoPatience = simulator::milliseconds(300);
@@ -132,7 +132,7 @@ TEST_F(SwitchedSession, GoesOnWithAnIpodThatAsksAfterTheIdentification) {
   EXPECT_TRUE(goToItem(IpodGetFirstItem(0, IPOD_ARTISTS, 0), "Brevity Street"));
 }
 
-// The acknowledgement is awaited, so that the status is the new one.
+// The library waits for the acknowledgement, so the status is the new one.
 TEST_F(SwitchedSession, PlaysWhenTheSoundHasStarted) {
   SessionIpod ipod(with("sound-delay=200"));
   ASSERT_EQ(IpodConnect(), 1);
@@ -154,8 +154,8 @@ class EveryModel : public testing::TestWithParam<std::string> {
 INSTANTIATE_TEST_SUITE_P(, EveryModel, testing::ValuesIn(simulator::personalityNames()),
                          [](const auto& model) { return model.param; });
 
-// Some acknowledge late, and what comes between a request and its reply makes the request fail: the
-// host goes on when the iPod has nothing more to say.
+// Some iPods acknowledge late, and a message between a request and its reply makes the request
+// fail. The host continues when the iPod has nothing more to send.
 TEST_P(EveryModel, ConnectsAndPlays) {
   SessionIpod ipod(simulator::personality(GetParam()));
   ASSERT_EQ(IpodConnect(), 1);

@@ -48,7 +48,7 @@ class LongText : public testing::TestWithParam<TextLimit> {
     return GetParam().read();
   }
 
-  /// Whether the link is still there: its end is the reader's, who closes the device.
+  /// Returns whether the link is still open: the reader closes the device when the link ends.
   bool answers() {
     int count = -1;
     IpodGetMediaFileCount(&count);

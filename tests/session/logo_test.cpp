@@ -38,7 +38,7 @@ class LogoSession : public testing::Test {
   }
 };
 
-// The screen has 320 x 240 pixels, the logo 240 x 120: 60 white rows come above it.
+// The screen has 320 x 240 pixels, the logo 240 x 120: 60 white rows are above it.
 TEST_F(LogoSession, ShowsTheBitmapPixelByPixelBelowWhiteRows) {
   SessionIpod ipod;
   ipod.folder.putLogo();

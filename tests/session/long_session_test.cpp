@@ -29,7 +29,7 @@ constexpr char kRefresh[] = "PostMessageW(0xffff, 0x2400, 0, 0)";
 struct Model {
   const char* name;
   std::vector<std::string> settings;
-  std::vector<Message> says;  ///< what only such an iPod says in this session
+  std::vector<Message> says;  ///< messages that only such an iPod sends in this session
 };
 
 void PrintTo(const Model& model, std::ostream* out) { *out << model.name; }
@@ -96,7 +96,7 @@ class LongSession : public testing::TestWithParam<Model> {
       count += event == kRefresh ? 1 : 0;
     return count;
   }
-  /// Does what must ask the host to refresh its display once.
+  /// Runs an action that must ask the host once to refresh its display.
   template <class Action>
   void expectOneRefresh(Action action) {
     const int before = refreshes();
@@ -113,7 +113,7 @@ class LongSession : public testing::TestWithParam<Model> {
     return ipod.look([](SimulatedIpod& device) { return device.player().state(); });
   }
 
-  /// Strikes out what the iPod says of what it has not said yet.
+  /// Removes a message that the iPod has sent from those that are still missing.
   void listen(const Traffic& traffic) {
     if (traffic.kind != Traffic::Kind::kSent) return;
     unsaid.erase(std::remove(unsaid.begin(), unsaid.end(), traffic.message), unsaid.end());
@@ -162,7 +162,7 @@ void LongSession::readTheTextsOfNothing() {
   EXPECT_EQ(texts.fifth, "UnKnown");
 }
 
-// The list is opened anew afterwards: the iPod need not have undone the selection of its record.
+// The list is opened again afterwards: the iPod may still have its record selected.
 void LongSession::lookAtAPlaylist() {
   ASSERT_NE(IpodGetFirstItem(0, IPOD_PLAYLISTS, 0), nullptr);
   EXPECT_EQ(itemName(), hostText(library.playlists.front().name));
@@ -193,7 +193,7 @@ void LongSession::moveInATab() {
   IpodDisableTabVisualizationActive();
   EXPECT_EQ(IpodIsTabVisualizationActive(), 0);
   IpodGetPrevItem();
-  EXPECT_EQ(itemName(), artists.back()) << "before the tab's first item comes its last one";
+  EXPECT_EQ(itemName(), artists.back()) << "the item before the tab's first one is its last one";
   IpodGetNextItem();
   EXPECT_EQ(itemName(), artists[(artists.size() - 1) / 35 * 35]);
   IpodEnableTabVisualizationActive();
@@ -235,7 +235,7 @@ void LongSession::pauseAndPlayOn() {
   EXPECT_EQ(IpodCommand(IPOD_PAUSE), 0);
   EXPECT_EQ(valueOf(IpodGetCurrentPlayStatus), IPOD_PAUSED);
   const int position = valueOf(IpodGetCurrentTrackPosition);
-  EXPECT_EQ(valueOf(IpodGetCurrentTrackPosition), position) << "it stands";
+  EXPECT_EQ(valueOf(IpodGetCurrentTrackPosition), position) << "it does not move";
   expectOneRefresh([] { IpodCommand(IPOD_PLAY); });
   EXPECT_EQ(valueOf(IpodGetCurrentPlayStatus), IPOD_PLAYING);
   IpodCommand(IPOD_TOGGLE_PLAY_PAUSE);
@@ -318,7 +318,7 @@ void LongSession::changeTheModes() {
   }
 }
 
-// By the snapshot, which was taken below the first artist.
+// Steps in the snapshot, which was taken below the first artist.
 void LongSession::stepFromArtistToArtist() {
   EXPECT_EQ(parentUpDownName(), kChangingRates);
   const Names names = namesOf(musicOf(library), &Track::artist);
@@ -345,7 +345,7 @@ void LongSession::climbBack() {
   EXPECT_EQ(IpodGetType(), -1);
 }
 
-// By a snapshot of the list of albums itself: from album to album of what plays.
+// Steps in a snapshot of the list of albums itself: to another album of the playing tracks.
 void LongSession::stepAmongThePlayingTracks() {
   IpodGetFirstItem(0, IPOD_ALBUMS, 0);
   IpodValidateUpDownTree();

@@ -20,7 +20,7 @@ class MusicFolderSession : public testing::Test {
   void TearDown() override { IpodDisconnect(); }
 
   Names topList(int type) { return wholeList(IpodGetFirstItem(0, type, 0)); }
-  /// Opens the tracks of the record of a top list; they come by title.
+  /// Opens the tracks of a record of a top list. They are sorted by title.
   Names tracksOf(int type, const std::string& name) {
     EXPECT_TRUE(goToItem(IpodGetFirstItem(0, type, 0), name)) << name;
     return wholeList(IpodGetFirstItem(1, IPOD_TRACKS, 0));
@@ -95,7 +95,7 @@ TEST_F(MusicFolderSession, PlaysEachTrackAsLongAsItsFile) {
   }
 }
 
-TEST_F(MusicFolderSession, LeavesOutTheDamagedFile) {
+TEST_F(MusicFolderSession, OmitsTheDamagedFile) {
   ASSERT_EQ(report.warnings.size(), 2u);
   EXPECT_THAT(report.warnings, testing::Contains(testing::StartsWith("Damaged/Scratched.flac")));
   EXPECT_THAT(report.warnings, testing::Contains(testing::StartsWith("Drive Home.m3u")));

@@ -1,4 +1,4 @@
-// "IPD1:" that leads nowhere, or to something that is no iPod.
+// "IPD1:" is mapped to nothing, or to something that is not an iPod.
 
 #include <desk.h>
 #include <gtest/gtest.h>
@@ -35,22 +35,22 @@ class NoDevice : public testing::Test {
   const HostFolder folder;
 };
 
-TEST_F(NoDevice, IsFoundUnderANameThatIsNotMapped) {
+TEST_F(NoDevice, ConnectingFailsForANameThatIsNotMapped) {
   const DeviceMapping devices("COM1:=/dev/null,IPD2:=/dev/null");
   expectNoConnection();
 }
 
-TEST_F(NoDevice, IsFoundAtAPathThatDoesNotExist) {
+TEST_F(NoDevice, ConnectingFailsForAPathThatDoesNotExist) {
   const DeviceMapping devices("IPD1:=" + (folder / "nothing").string());
   expectNoConnection();
 }
 
-TEST_F(NoDevice, IsFoundInAnEmptyMapping) {
+TEST_F(NoDevice, ConnectingFailsForAnEmptyMapping) {
   const DeviceMapping devices("IPD1:=");
   expectNoConnection();
 }
 
-TEST_F(NoDevice, IsMadeOfARegularFileOrAFolder) {
+TEST_F(NoDevice, ConnectingFailsForARegularFileOrAFolder) {
   std::ofstream(folder / "file") << "precious";
   for (const char* name : {"file", ""}) {
     const DeviceMapping devices("IPD1:=" + (folder / name).string());
@@ -60,7 +60,7 @@ TEST_F(NoDevice, IsMadeOfARegularFileOrAFolder) {
 }
 
 // Takes three seconds, one for each attempt of the identification.
-TEST_F(NoDevice, IsConnectedWhenATerminalSaysNothing) {
+TEST_F(NoDevice, ConnectingFailsIfATerminalIsSilent) {
   const host_test::PtyPair wire;
   const DeviceMapping devices("IPD1:", wire);
   const auto time = durationOf([] { EXPECT_EQ(IpodConnect(), 0); });

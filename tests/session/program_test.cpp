@@ -1,6 +1,6 @@
 // The head unit's program, as a person runs it, with an iPod in this process or in the simulator's
-// program. It takes its time: about six seconds for a session, which it spends listening. What it
-// does with every model and every fault is tested in virtual time, in tests/headunit.
+// program. A session takes about six seconds, most of them listening. tests/headunit runs the
+// program with every model and every fault in simulated time.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ constexpr simulator::Time kLimit = simulator::seconds(40);
 
 constexpr char kFirstTrackPlays[] = "   track 0, playing at 0:0";
 
-/// What the session shows, in its order.
+/// What the session shows, in order.
 constexpr const char* kSteps[] = {
     "---- 1. Connect, with the logo",
     "Tavrel version is 01.29",
@@ -65,7 +65,7 @@ constexpr const char* kSteps[] = {
     "   disconnected",
 };
 
-/// The program's next line with this text.
+/// Returns the program's next line with this text.
 std::optional<std::string> lineWith(Program& program, const std::string& text) {
   std::optional<std::string> line;
   do {
@@ -113,7 +113,7 @@ Picture readPng(const std::filesystem::path& file) {
   return picture;
 }
 
-TEST(HeadUnit, TakesAWholeSession) {
+TEST(HeadUnit, RunsAWholeSession) {
   SessionIpod ipod;
   ipod.folder.putLogo();
   Program headUnit(HEADUNIT_PROGRAM, {});
@@ -151,7 +151,7 @@ class PluggedSimulator {
   Program program;
 };
 
-// The screen has 320 x 240 pixels: the logo of 240 x 120 stands 40 from the left, 60 from the top.
+// The screen has 320 x 240 pixels: the logo of 240 x 120 is 40 from the left and 60 from the top.
 TEST(HeadUnit, LeavesItsLogoOnTheSimulatorsScreen) {
   PluggedSimulator ipod({"--screen", "screen.png"});
   ipod.folder.putLogo();
@@ -163,7 +163,7 @@ TEST(HeadUnit, LeavesItsLogoOnTheSimulatorsScreen) {
   EXPECT_EQ(differentPixels(BitmapFile(contentOf(headUnitLogo())), screen, 40, 60), 0);
 }
 
-TEST(HeadUnit, TakesAWholeSessionWithAnIpodThatAcknowledgesTheConnectionTwice) {
+TEST(HeadUnit, RunsAWholeSessionWithAnIpodThatAcknowledgesTheConnectionTwice) {
   const PluggedSimulator ipod({"--personality", "nano"});
   Program headUnit(HEADUNIT_PROGRAM, {});
   expectSteps(headUnit);
@@ -175,7 +175,7 @@ TEST(HeadUnit, AsksAgainWhenACountIsLost) {
   expectSteps(headUnit);
 }
 
-TEST(HeadUnit, SaysThatTheCountsDoNotCome) {
+TEST(HeadUnit, ReportsThatTheCountsDoNotArrive) {
   const PluggedSimulator ipod({"--fault", "late=1500@04:0018"});
   Program headUnit(HEADUNIT_PROGRAM, {});
   ASSERT_TRUE(headUnit.readUntil("   The iPod does not say how long this list is."));
@@ -192,7 +192,7 @@ TEST(HeadUnit, NoticesInTheMiddleOfALongListThatTheIpodIsLost) {
   expectLoss(headUnit);
 }
 
-TEST(HeadUnit, SaysThatThereIsNoIpod) {
+TEST(HeadUnit, ReportsThatThereIsNoIpod) {
   const HostFolder folder;
   const host_test::DeviceMapping devices("IPD1:=" + (folder / "nothing").string());
   Program headUnit(HEADUNIT_PROGRAM, {});
@@ -216,7 +216,7 @@ TEST(HeadUnit, RefusesAnArgumentThatItDoesNotKnow) {
   EXPECT_THAT(headUnit.errors(), HasSubstr("headunit: unknown argument: --fast"));
 }
 
-TEST(HeadUnit, ExplainsItself) {
+TEST(HeadUnit, PrintsItsHelp) {
   Program headUnit(HEADUNIT_PROGRAM, {"--help"});
   EXPECT_TRUE(headUnit.readUntil("usage: headunit [--help | --version]"));
   EXPECT_TRUE(headUnit.readUntil("  0  the session ran to its end"));
@@ -226,7 +226,7 @@ TEST(HeadUnit, ExplainsItself) {
   EXPECT_EQ(headUnit.waitForEnd(), 0);
 }
 
-TEST(HeadUnit, SaysItsVersion) {
+TEST(HeadUnit, PrintsItsVersion) {
   Program headUnit(HEADUNIT_PROGRAM, {"--version"});
   EXPECT_EQ(headUnit.readLine(), "headunit 1.29");
   EXPECT_EQ(headUnit.waitForEnd(), 0);

@@ -1,4 +1,4 @@
-// A program that loads and unloads the library again and again: nothing of it stays behind.
+// A program loads and unloads the library repeatedly: nothing of the library remains.
 
 #include <desk.h>
 #include <gtest/gtest.h>
@@ -14,10 +14,10 @@ constexpr int kRounds = 100;
 
 using Use = void (*)(const LoadedLibrary& library);
 
-/// With an iPod in another process, so that this one's heap tells of the library alone.
+/// The iPod is in another process, so that this one's heap shows only the library's objects.
 class UnloadedLibrary : public testing::Test {
  protected:
-  // A sanitizer starts a thread of its own with the program's first.
+  // A sanitizer starts its own thread together with the program's first thread.
   UnloadedLibrary() {
     std::thread([] {}).join();
   }
@@ -30,7 +30,7 @@ class UnloadedLibrary : public testing::Test {
     use(library);
   }
 
-  // What the first round leaves is the platform's: it stays loaded.
+  // The platform stays loaded: what the first round leaves belongs to it.
   void loadAgainAndAgain(Use use) {
     const unsigned threads = openThings().threads;
     loadOnce(use);
@@ -50,11 +50,11 @@ class UnloadedLibrary : public testing::Test {
   simulator::Program ipodsim{IPODSIM_PROGRAM, {"--quiet", "--link", (folder / "ipod").string()}};
 };
 
-TEST_F(UnloadedLibrary, LeavesNothingBehindUnused) {
+TEST_F(UnloadedLibrary, LeavesNothingOpenUnused) {
   loadAgainAndAgain([](const LoadedLibrary& library) { EXPECT_EQ(library.IpodIsConnect(), 0); });
 }
 
-TEST_F(UnloadedLibrary, LeavesNothingBehindAfterAConnection) {
+TEST_F(UnloadedLibrary, LeavesNothingOpenAfterAConnection) {
   loadAgainAndAgain([](const LoadedLibrary& library) {
     ASSERT_EQ(library.IpodConnect(), 1);
     library.IpodGetFirstItem(0, IPOD_ARTISTS, 0);
@@ -63,11 +63,11 @@ TEST_F(UnloadedLibrary, LeavesNothingBehindAfterAConnection) {
   });
 }
 
-TEST_F(UnloadedLibrary, LeavesNothingBehindWithAConnectionThatWasNeverClosed) {
+TEST_F(UnloadedLibrary, LeavesNothingOpenWithAConnectionThatWasNeverClosed) {
   loadAgainAndAgain([](const LoadedLibrary& library) { ASSERT_EQ(library.IpodConnect(), 1); });
 }
 
-TEST_F(UnloadedLibrary, LeavesNothingBehindWithoutAnIpod) {
+TEST_F(UnloadedLibrary, LeavesNothingOpenWithoutAnIpod) {
   const host_test::DeviceMapping noDevices("");
   loadAgainAndAgain([](const LoadedLibrary& library) { ASSERT_EQ(library.IpodConnect(), 0); });
 }

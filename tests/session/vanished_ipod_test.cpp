@@ -1,4 +1,4 @@
-// An iPod whose cable is pulled: calls come back soon and say so as they do, and the next
+// The cable of the iPod is pulled: calls return soon and report the failure, and the next
 // connection works.
 
 #include <desk.h>
@@ -16,7 +16,7 @@ namespace {
 using simulator::milliseconds;
 using simulator::SimulatedIpod;
 
-// A single request may wait for its reply for a second before it is known that none will come.
+// A single request may wait a second for its reply before it fails.
 constexpr milliseconds kSoon{1500};
 
 class VanishedIpod : public testing::Test {
@@ -41,7 +41,7 @@ class VanishedIpod : public testing::Test {
     EXPECT_EQ(ipodName(), "Demo iPod");
   }
   void expectNothingAnswers();
-  /// The cable is pulled when the iPod has sent so much more.
+  /// Pulls the cable when the iPod has sent this many more bytes.
   void pullAfterSending(uint32_t bytes) {
     ipod.look([&](SimulatedIpod& device) {
       simulator::Fault pulled;
@@ -115,7 +115,7 @@ TEST_F(VanishedIpod, InTheMiddleOfAWalkThroughAList) {
   }
 }
 
-// At every place of the identification and of the requests behind it.
+// At every place of the identification and of the requests after it.
 TEST_F(VanishedIpod, DuringTheConnection) {
   ASSERT_EQ(IpodConnect(), 1);
   const size_t sent = ipod.look([](SimulatedIpod& device) { return device.counters().bytesSent; });
@@ -130,7 +130,7 @@ TEST_F(VanishedIpod, DuringTheConnection) {
   }
 }
 
-// Each of its packets fails at once; the connection counts as made.
+// Each packet of the logo fails at once; the connection succeeds anyway.
 TEST_F(VanishedIpod, WhileTheLogoIsSent) {
   ipod.folder.putLogo();
   ipod.addFault("unplug-received=20000");

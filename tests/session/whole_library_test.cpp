@@ -40,7 +40,7 @@ class WholeLibrary : public testing::Test {
   SessionIpod ipod;
 };
 
-// Neither the whole library, which is the first one, nor the last one is offered.
+// The first playlist, which is the whole library, and the last one are not offered.
 TEST_F(WholeLibrary, OffersThePlaylistsBetweenTheFirstAndTheLastOne) {
   Names offered;
   for (size_t i = 0; i + 1 < library.playlists.size(); ++i)
@@ -67,7 +67,7 @@ TEST_F(WholeLibrary, ListsEveryTrackByArtist) {
   EXPECT_EQ(valueOf(IpodSongGetNumElem), static_cast<int>(music.size()));
 }
 
-// The list is as long as the one that was counted and holds what the type's own number lists.
+// The list is as long as the counted category, and its entries are those of the type's number.
 TEST_F(WholeLibrary, ListsTheLastThreeTypesByTheirOwnNumberAsLongAsAnother) {
   const Names composers = hostTexts(namesOf(music, &Track::composer));
   const Names audiobooks = hostTexts(albumsOfKind(library, MediaKind::kAudiobook));

@@ -24,7 +24,7 @@ uint32_t BitmapFile::number(size_t offset) const {
   return value;
 }
 
-// Rows lie from the bottom up, each filled to whole words; a pixel is blue, green, red.
+// Rows are stored from the bottom up and padded to whole words. A pixel is blue, green, red.
 simulator::Colour BitmapFile::at(int x, int y) const {
   const size_t row = (static_cast<size_t>(width()) * 3 + 3) / 4 * 4;
   const size_t pixel =

@@ -8,7 +8,7 @@
 
 namespace session {
 
-/// A 24-bit bitmap file, read by the tests' own means.
+/// A 24-bit bitmap file, read without the library's code.
 class BitmapFile {
  public:
   explicit BitmapFile(std::string content) : bytes(std::move(content)) {}
@@ -26,12 +26,12 @@ class BitmapFile {
   const std::string bytes;
 };
 
-/// How many pixels of the bitmap differ from the picture's, whose place for it begins at this
+/// Returns how many pixels of the bitmap differ from the part of the picture that begins at this
 /// column and row. The screen's pixels have 5 bits of red and blue and 6 of green.
 int differentPixels(const BitmapFile& bitmap, const simulator::Picture& picture, uint16_t left,
                     uint16_t top);
 
-/// A bitmap file that says this of itself, whatever pixels it has.
+/// Returns a bitmap file with this header, whatever its pixels are.
 std::string bitmapFile(int32_t width, int32_t height, int bitsPerPixel, const std::string& pixels);
 
 }  // namespace session

@@ -12,7 +12,7 @@ inline Bytes operator+(const Bytes& left, const Bytes& right) {
   return joined;
 }
 
-/// `count` bytes, each a function of its place, so that a shifted copy differs.
+/// Returns `count` bytes that depend on their place, so that a shifted copy differs.
 inline Bytes countingBytes(uint32_t count) {
   Bytes bytes(count);
   for (uint32_t i = 0; i < count; ++i)

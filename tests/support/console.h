@@ -6,7 +6,7 @@
 
 #include "base/debug_print.h"
 
-/// What `action` prints while the debug flag is `flag`.
+/// Returns what `action` prints while the debug flag is `flag`.
 template <class Action>
 std::string printed(uint8_t flag, const Action& action) {
   const uint8_t before = ipodctl::debugFlag.exchange(flag);

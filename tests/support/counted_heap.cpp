@@ -31,7 +31,7 @@ void release(void* memory) noexcept {
 
 }  // namespace
 
-// The other forms, without alignment, come down to these.
+// The other forms without alignment call these.
 void* operator new(std::size_t size) {
   void* const memory = allocate(size == 0 ? 1 : size);
   if (memory == nullptr) throw std::bad_alloc();

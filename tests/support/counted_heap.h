@@ -2,13 +2,13 @@
 
 namespace session {
 
-/// How many objects of the whole process are allocated by operator new and not deleted.
+/// Returns how many objects of the whole process are allocated by operator new and not deleted.
 long liveObjects();
 
-/// How many bytes the heap keeps for them.
+/// Returns how many bytes the heap keeps for them.
 long liveBytes();
 
-/// Has every new (std::nothrow) asked whether it is to fail; null: none is.
+/// Sets a function that every new (std::nothrow) asks whether it must fail; null: none fails.
 void setRefusal(bool (*refuses)());
 
 }  // namespace session

@@ -6,7 +6,7 @@
 
 #include "support/event_log.h"
 
-/// While one lives, calls of the audio library and posted window messages are events of the log:
+/// While a DeskRecorder lives, calls of the audio library and posted window messages are events:
 /// "SelectFrequency(48000 Hz)", "PostMessageW(0xffff, 0x2400, 0, 0)". One at a time.
 class DeskRecorder {
  public:

@@ -12,7 +12,7 @@ bool beginsWith(const std::string& text, const std::string& beginning) {
 void EventLog::add(const std::string& event) {
   const std::lock_guard<std::mutex> lock(mutex);
   entries.push_back(event);
-  if (tells) std::printf("[%s]\n", event.c_str());
+  if (prints) std::printf("[%s]\n", event.c_str());
   added.notify_all();
 }
 
@@ -38,9 +38,9 @@ void EventLog::clear() {
   entries.clear();
 }
 
-void EventLog::tellStdout() {
+void EventLog::printToStdout() {
   const std::lock_guard<std::mutex> lock(mutex);
-  tells = true;
+  prints = true;
 }
 
 int EventLog::count(const std::string& beginning) const {

@@ -6,7 +6,7 @@
 
 namespace session {
 
-/// Calls `condition` until it holds; false when it does not in time.
+/// Calls `condition` until it holds. Returns false if it does not hold in time.
 template <class Condition>
 bool eventually(Condition condition) {
   for (const host_test::Patience patience; !patience.isOver(); std::this_thread::yield()) {

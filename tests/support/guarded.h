@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-/// What a host hands to an export to be written, with guards around it.
+/// Outputs that a host passes to an export, with guards around them.
 namespace session {
 
 /// A value between two guards.
@@ -20,7 +20,7 @@ struct GuardedInt {
 class GuardedUnits {
  public:
   unsigned short* units() { return content.data() + kGuard; }
-  /// Whether nothing was written outside the first `size` units.
+  /// Returns whether nothing was written outside the first `size` units.
   bool isUntouchedBut(size_t size) const {
     const auto untouched = [](unsigned short unit) { return unit == kUntouched; };
     const auto begin = content.begin() + kGuard;

@@ -7,8 +7,7 @@
 
 namespace session {
 
-/// The folder in which the host program runs: the current directory while this lives, empty at
-/// first.
+/// The folder of a host program: the current directory while this object lives, empty at first.
 class HostFolder {
  public:
   HostFolder();
@@ -16,10 +15,11 @@ class HostFolder {
   HostFolder(const HostFolder&) = delete;
   HostFolder& operator=(const HostFolder&) = delete;
 
-  /// Puts the head unit's own logo there.
+  /// Copies the head unit's own logo there.
   void putLogo() const;
-  /// Puts a logo file of these bytes there.
+  /// Writes a logo file of these bytes there.
   void writeLogo(const std::string& bytes) const;
+  void removeLogo() const;
 
   std::filesystem::path operator/(const std::string& name) const { return folder / name; }
 
@@ -28,7 +28,7 @@ class HostFolder {
   const simulator::TemporaryFolder folder;
 };
 
-/// The head unit's own logo as it lies in its folder.
+/// Returns the path of the head unit's own logo.
 std::filesystem::path headUnitLogo();
 
 std::string contentOf(const std::filesystem::path& file);

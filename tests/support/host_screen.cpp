@@ -29,11 +29,11 @@ void append(Names& names, const Names& more) {
   names.insert(names.end(), more.begin(), more.end());
 }
 
-// Where the list stands, the same again when a walk has come round: the index of a play-all tab
-// changes with the first move.
+// The place in the list, which is the same again when a walk is back at its start: the index of a
+// play-all tab changes with the first move.
 int place(const int* index) { return IpodIsPlayAll() != 0 ? -1 : *index; }
 
-// Calls `visit` for each entry from the current one on, once round, until it returns true.
+// Calls `visit` for each entry from the current one on, once around, until it returns true.
 bool visitEntries(const int* index, const std::function<bool()>& visit) {
   constexpr int kMostEntries = 5000;
   const int first = place(index);

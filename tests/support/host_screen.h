@@ -10,8 +10,7 @@
 /// What a head unit's screen shows, read through the exports.
 namespace session {
 
-/// The name of a list's play-all entry on this screen; the library marks it by four units of its
-/// own.
+/// The name of a list's play-all entry on this screen. The library marks it by four units 0xFFFF.
 constexpr char kPlayAll[] = "[play all]";
 
 /// A host's buffer of 16-bit units, cleared.
@@ -33,13 +32,13 @@ std::string parentUpDownName();
 std::string ipodName();
 std::string serialNumber();
 
-/// The current entry and those that follow it, once round, by name; comes back to where it was.
-/// `index` is the list's current index.
+/// Returns the names of the current entry and of all that follow it, once around, and returns to
+/// the current entry. `index` is the list's current index.
 Names entriesOnce(const int* index);
-/// A whole list that was just opened, by name: page by page when it is in tabs, without the
-/// play-all entry.
+/// Returns the names of a list that was just opened, without the play-all entry. A list in tabs is
+/// read tab by tab.
 Names wholeList(const int* index);
-/// Moves to the item with this name; false when there is none. Chooses its tab.
+/// Moves to the item with this name and chooses its tab. Returns false if there is none.
 bool goToItem(const int* index, const std::string& name);
 
 int valueOf(int (*read)(int*));

@@ -55,7 +55,7 @@ std::u32string withoutArticle(const std::u32string& text) {
   return text;
 }
 
-// Names without a text come last.
+// Empty names are sorted last.
 std::tuple<bool, std::u32string, std::string> collation(const std::string& name) {
   std::u32string letters = codePoints(name);
   std::transform(letters.begin(), letters.end(), letters.begin(), plainLetter);

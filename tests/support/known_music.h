@@ -8,8 +8,8 @@
 
 namespace session {
 
-/// What the lists of an iPod must say, worked out from the music that it was given: plain filters
-/// and sorts, of the tests' own.
+/// What the lists of an iPod must contain, computed from its music by simple filters and sorts that
+/// the simulator does not share.
 using Tracks = std::vector<simulator::Track>;
 using Names = std::vector<std::string>;
 using TextOfTrack = std::string simulator::Track::*;

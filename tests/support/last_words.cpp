@@ -5,12 +5,12 @@
 
 #include <cstring>
 
-// There when a sanitizer is.
+// Defined only in a program with a sanitizer.
 extern "C" __attribute__((weak)) void __sanitizer_set_death_callback(void (*callback)());
 
 namespace {
 
-// Made while all is well: a program that dies can only write.
+// The text is prepared in advance: a program that crashes can only write it.
 char text[1024];
 
 void say() {
@@ -20,10 +20,10 @@ void say() {
 
 void die(int signal) {
   say();
-  raise(signal);  // which does now what it does by itself
+  raise(signal);  // now with its default action
 }
 
-// On a stack of its own: that of the thread may be what has overflowed.
+// On a separate stack: the thread's own stack may have overflowed.
 void handle(int signal) {
   struct sigaction action = {};
   action.sa_handler = die;
@@ -41,7 +41,7 @@ void handleCrashes() {
     handle(signal);
 }
 
-// A sanitizer sees crashes itself.
+// A sanitizer handles crashes itself.
 bool handleDeaths() {
   handle(SIGALRM);
   handle(SIGABRT);

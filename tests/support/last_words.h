@@ -2,8 +2,8 @@
 
 #include <string>
 
-/// While one lives, a program that dies - of an alarm, a crash or a sanitizer's report - prints its
-/// words. Tests that make many tries in one program say which one it is. One at a time.
+/// While a LastWords lives, a program that an alarm, a crash or a sanitizer's report ends prints
+/// these words. Tests that make many tries in one program name the current one. One at a time.
 class LastWords {
  public:
   explicit LastWords(const std::string& words);

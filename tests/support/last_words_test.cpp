@@ -17,7 +17,7 @@ int deepen(const volatile int* above) {
   return deepen(here) + here[0];
 }
 
-TEST(LastWordsDeathTest, AreThoseOfATestThatDoesNotEnd) {
+TEST(LastWordsDeathTest, ArePrintedForATestThatDoesNotEnd) {
   EXPECT_EXIT(
       {
         const LastWords words(kWords);
@@ -26,7 +26,7 @@ TEST(LastWordsDeathTest, AreThoseOfATestThatDoesNotEnd) {
       testing::KilledBySignal(SIGALRM), kWords);
 }
 
-TEST(LastWordsDeathTest, AreThoseOfAnAbort) {
+TEST(LastWordsDeathTest, ArePrintedForAnAbort) {
   EXPECT_DEATH(
       {
         const LastWords words(kWords);
@@ -35,7 +35,7 @@ TEST(LastWordsDeathTest, AreThoseOfAnAbort) {
       kWords);
 }
 
-TEST(LastWordsDeathTest, AreThoseOfAStackThatOverflows) {
+TEST(LastWordsDeathTest, ArePrintedForAStackOverflow) {
   EXPECT_DEATH(
       {
         const LastWords words(kWords);
@@ -46,19 +46,19 @@ TEST(LastWordsDeathTest, AreThoseOfAStackThatOverflows) {
 }
 
 #ifdef __SANITIZE_ADDRESS__
-TEST(LastWordsDeathTest, AreThoseOfASanitizersReport) {
+TEST(LastWordsDeathTest, ArePrintedForASanitizersReport) {
   EXPECT_DEATH(
       {
         const LastWords words(kWords);
         const std::vector<char> room(4);
-        const volatile std::size_t behind = room.size();
-        std::exit(room.data()[behind]);
+        const volatile std::size_t beyond = room.size();
+        std::exit(room.data()[beyond]);
       },
       kWords);
 }
 #endif
 
-TEST(LastWordsDeathTest, AreOfTheTryThatIsUnderWayAlone) {
+TEST(LastWordsDeathTest, NameOnlyTheCurrentTry) {
   EXPECT_EXIT(
       {
         { const LastWords over("the first try"); }

@@ -15,7 +15,7 @@ class LoadedLibrary {
   LoadedLibrary(const LoadedLibrary&) = delete;
   LoadedLibrary& operator=(const LoadedLibrary&) = delete;
 
-  /// Whether it is loaded by anybody.
+  /// Returns whether this process has it loaded.
   static bool isLoaded();
 
  private:
@@ -29,43 +29,9 @@ class LoadedLibrary {
   }
 
  public:
-#define IPODCTL_EXPORT(name) decltype(::name)* const name = find<decltype(::name)>(#name)
-  IPODCTL_EXPORT(IpodConnect);
-  IPODCTL_EXPORT(IpodDisconnect);
-  IPODCTL_EXPORT(IpodIsConnect);
-  IPODCTL_EXPORT(isIpodAudioPresent);
-  IPODCTL_EXPORT(IpodSetSameIpod);
-  IPODCTL_EXPORT(IpodValidateUpDownTree);
-  IPODCTL_EXPORT(IpodCommand);
-  IPODCTL_EXPORT(IpodSongPlay);
-  IPODCTL_EXPORT(IpodSongGetNumElem);
-  IPODCTL_EXPORT(IpodGetTrackIndex);
-  IPODCTL_EXPORT(IpodSetShuffleMode);
-  IPODCTL_EXPORT(IpodGetShuffleMode);
-  IPODCTL_EXPORT(IpodSetRepeatMode);
-  IPODCTL_EXPORT(IpodGetRepeatMode);
-  IPODCTL_EXPORT(IpodGetCurrentPlayStatus);
-  IPODCTL_EXPORT(IpodGetCurrentTrackPosition);
-  IPODCTL_EXPORT(IpodGetFirstItem);
-  IPODCTL_EXPORT(IpodGetNextItem);
-  IPODCTL_EXPORT(IpodGetPrevItem);
-  IPODCTL_EXPORT(IpodGetParentItem);
-  IPODCTL_EXPORT(IpodCurItemIsEmpty);
-  IPODCTL_EXPORT(IpodIsPlayAll);
-  IPODCTL_EXPORT(IpodIsTrack);
-  IPODCTL_EXPORT(IpodGetType);
-  IPODCTL_EXPORT(IpodIsTabActive);
-  IPODCTL_EXPORT(IpodIsTabVisualizationActive);
-  IPODCTL_EXPORT(IpodDisableTabVisualizationActive);
-  IPODCTL_EXPORT(IpodEnableTabVisualizationActive);
-  IPODCTL_EXPORT(IpodGetMediaFileCount);
-  IPODCTL_EXPORT(IpodGetNumberOfPlaylist);
-  IPODCTL_EXPORT(IpodGetItemName);
-  IPODCTL_EXPORT(IpodGetParentUpDownName);
-  IPODCTL_EXPORT(IpodGetTrackInfo);
-  IPODCTL_EXPORT(IpodGetName);
-  IPODCTL_EXPORT(IpodGetSerialNumber);
-#undef IPODCTL_EXPORT
+#define EXPORT(name, ...) decltype(::name)* const name = find<decltype(::name)>(#name);
+#include "support/exports.inc"
+#undef EXPORT
 };
 
 }  // namespace session

@@ -2,15 +2,15 @@
 
 #include <cstdint>
 
-/// Which of the coming allocations fail: the one behind the first `allowed`, alone or with all that
+/// Which of the next allocations fail: the one after the first `allowed`, alone or with all that
 /// follow it.
 struct FailurePoint {
   uint32_t allowed;
   bool andAllLater;
 };
 
-/// While one lives, allocations that may fail (new (std::nothrow)) do so at its failure point,
-/// whichever thread asks. Only in programs that link memory_limit.cpp, and one at a time.
+/// While a MemoryLimit lives, allocations that may fail (new (std::nothrow)) do so at its failure
+/// point, in every thread. Only in programs that link memory_limit.cpp, and one at a time.
 class MemoryLimit {
  public:
   explicit MemoryLimit(const FailurePoint& point);
@@ -18,21 +18,22 @@ class MemoryLimit {
   MemoryLimit(const MemoryLimit&) = delete;
   MemoryLimit& operator=(const MemoryLimit&) = delete;
 
-  /// Whether an allocation has failed.
+  /// Returns whether an allocation has failed.
   bool struck() const;
 
-  /// Allocations that may fail, so far.
+  /// Returns the number of allocations so far that may fail.
   uint32_t asked() const;
 
-  /// Allocations by a plain new so far, which cannot fail and so have no place in the library.
+  /// Returns the number of allocations so far by a plain new. The library must not make them: it
+  /// cannot handle their failure.
   uint32_t unchecked() const;
 };
 
 constexpr FailurePoint kNoMemory{0, true};
 constexpr FailurePoint kAllMemory{0xFFFFFFFF, true};
 
-/// Calls `attempt` with every failure point that it meets, and a last time with one that it does
-/// not reach. `attempt` says whether the failure struck.
+/// Calls `attempt` with every failure point that it reaches, and finally with one that it does not
+/// reach. `attempt` returns whether the failure occurred.
 template <class Attempt>
 void forEachFailure(const Attempt& attempt) {
   for (const bool andAllLater : {false, true}) {

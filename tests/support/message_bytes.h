@@ -12,14 +12,14 @@ inline Bytes dataOf(const ipodctl::LingoMessage& message) {
   return data;
 }
 
-/// What encode writes into a buffer with room for everything.
+/// Returns what encode() writes into a buffer that is large enough.
 inline Bytes bodyOf(const ipodctl::LingoMessage& message) {
   Bytes buffer(message.getDataLength() + 16u, 0xEE);
   buffer.resize(message.encode(buffer.data(), static_cast<uint32_t>(buffer.size())));
   return buffer;
 }
 
-/// Makes `message` what the factory makes of a received command.
+/// Sets `message` to what the factory makes of a received command.
 inline void receive(ipodctl::LingoMessage& message, uint16_t command, const Bytes& data) {
   message.setCommand(command);
   message.clearData();

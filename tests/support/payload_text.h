@@ -11,5 +11,5 @@ Bytes bytesOf(const std::string& payload);
 
 std::string payloadText(const Bytes& bytes);
 
-/// A text's bytes and the final 00 that iPods send, to stand behind a payload's other bytes.
+/// Returns the bytes of a text and the final 00 that iPods send, to be appended to a payload.
 std::string textBytes(const std::string& text);

@@ -34,7 +34,7 @@ bool isQuick() {
   return condition != nullptr && (!*condition || (*condition)());
 }
 
-// In slices, since the condition may come true meanwhile.
+// In slices, because the condition may become true meanwhile.
 DWORD waitForReply(PlatformWait* wait, HANDLE object) {
   for (DWORD waited = 0; waited < kReplyTimeOut; waited += kQuickTimeOut) {
     const DWORD result = wait(object, kQuickTimeOut);

@@ -6,11 +6,10 @@
 
 #include "support/event_log.h"
 
-/// Programs that link quick_time have these in front of the platform's Sleep and
-/// WaitForSingleObject.
+/// In programs that link quick_time these replace the platform's Sleep and WaitForSingleObject.
 
-/// While one lives, every Sleep is an event of the log, "Sleep(80)", and takes a millisecond at
-/// most. One at a time.
+/// While a QuickSleep lives, every Sleep is an event of the log, "Sleep(80)", and takes a
+/// millisecond at most. One at a time.
 class QuickSleep {
  public:
   explicit QuickSleep(EventLog& log);
@@ -19,8 +18,8 @@ class QuickSleep {
   QuickSleep& operator=(const QuickSleep&) = delete;
 };
 
-/// While one lives, a wait of a second takes 25 ms at most, or ends as soon as `condition` holds,
-/// if there is one: for tests in which answers do not come. One at a time.
+/// While a QuickTimeOuts lives, a wait of a second takes 25 ms at most, or ends as soon as
+/// `condition` holds, if there is one: for tests in which answers do not arrive. One at a time.
 class QuickTimeOuts {
  public:
   explicit QuickTimeOuts(std::function<bool()> condition = nullptr);
@@ -28,14 +27,14 @@ class QuickTimeOuts {
   QuickTimeOuts(const QuickTimeOuts&) = delete;
   QuickTimeOuts& operator=(const QuickTimeOuts&) = delete;
 
-  /// The waits of a second that were over without a result.
+  /// Returns the number of waits of a second that ended without a result.
   int passed() const;
 
  private:
   const std::function<bool()> condition;
 };
 
-/// Tells whether a thread has begun to wait for this object without limit. One at a time.
+/// Detects whether a thread has begun to wait for this object without limit. One at a time.
 class EndlessWaits {
  public:
   explicit EndlessWaits(HANDLE object);

@@ -7,7 +7,7 @@
 
 namespace session {
 
-/// What a program that used the library must have again: for programs with the counted heap.
+/// What a program holds after it has used the library: for programs with the counted heap.
 struct Remains {
   OpenThings open;
   long objects = 0;

@@ -3,24 +3,24 @@
 #include <string>
 #include <vector>
 
-/// A case is one exact run, which its name brings back: VIRTUAL_CASE=<name> runs that one alone,
-/// the same again, and shows what the platform was asked. A name that no case has is a failure.
+/// A case is one exact run, which its name reproduces: VIRTUAL_CASE=<name> runs only that case and
+/// shows the calls of the platform. A name that no case has is a failure.
 namespace virtual_session {
 
-/// Whether one case is to be run alone.
+/// Returns whether only one case is to be run.
 bool isReplay();
 
-/// The case that is to be run alone; "" when it is all of them.
+/// Returns the name of the only case to be run, or "" if all are to be run.
 std::string replayedCase();
 
-/// Whether this case is among those that are to be run.
+/// Returns whether this case is to be run.
 bool isWanted(const std::string& name);
 
-/// Prints what the platform was asked, in a replay.
+/// Prints the calls of the platform if only one case is run.
 void showReplay(const std::vector<std::string>& trace);
 
-/// The command that runs a case of the present test again. It says how many cases the test had,
-/// too: among fewer there may be none of this name.
+/// Returns the command that runs a case of the current test again. It contains the settings that
+/// choose the number of cases: with others, there may be no case of this name.
 std::string replayCommand(const std::string& name);
 
 }  // namespace virtual_session

@@ -14,7 +14,8 @@
 
 namespace {
 
-/// The payload of a frame that settle() writes behind the library's; no lingo that it knows.
+/// The payload of a frame that settle() writes after the library's frames. No lingo has this
+/// number.
 constexpr char kMark[] = "FE 01";
 
 constexpr const char* kAcknowledgedCommands[] = {"16", "17", "28", "29", "2E",
@@ -119,7 +120,7 @@ void ScriptedIpod::hangUp() {
   });
 }
 
-// What the library wrote comes before the mark, so when the mark has come, so has all of it.
+// The library's frames are before the mark, so all of them have arrived when the mark has.
 void ScriptedIpod::settle() {
   std::unique_lock<std::mutex> lock(mutex);
   if (hungUp) return;
@@ -134,7 +135,7 @@ void ScriptedIpod::settle() {
   }
 }
 
-// Only after the task was done: what a test does next comes after it.
+// Returns when the task is done, so that what the test does next follows it.
 void ScriptedIpod::order(const std::function<void()>& task) {
   std::unique_lock<std::mutex> lock(mutex);
   orders.push_back(task);
@@ -168,7 +169,7 @@ bool ScriptedIpod::carryOutOrders() {
   return !stopping;
 }
 
-// By the time when they are due, so that a late iPod sends them in the same order as one in time.
+// Sorted by the time when they are due, so that an iPod that is late sends them in the same order.
 void ScriptedIpod::queue(Clock::time_point due, Bytes frame) {
   const auto place = std::upper_bound(
       pending.begin(), pending.end(), due,

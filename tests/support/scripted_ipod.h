@@ -14,7 +14,7 @@
 #include "support/pty_pair.h"
 #include "support/wire_frames.h"
 
-/// One answer of the iPod, sent so long after the request.
+/// One answer of the iPod, sent `delay` after the request.
 struct IpodReply {
   IpodReply(const char* payloadText) : payload(payloadText) {}
   IpodReply(std::string payloadText) : payload(std::move(payloadText)) {}
@@ -27,21 +27,21 @@ struct IpodReply {
 
 using IpodReplies = std::vector<IpodReply>;
 
-/// An iPod that plays a script, on its own thread and behind a real pseudo terminal, which it maps
+/// An iPod that follows a script. It has its own thread and a real pseudo terminal, which it maps
 /// to "IPD1:" (USB) or "COM1:" (serial) while it lives.
 ///
-/// A script line says what is answered to the requests that begin with certain bytes:
+/// A script line has the answers to the requests that begin with certain bytes:
 ///
 ///   ipod.answer("04 00 18 02", {"04 00 19 00 00 00 24"});   counts 36 artists
 ///
-/// The longest beginning that fits a request counts; of lines with the same beginning those of
-/// answerOnce() come first, each once. A request without a line is refused by a General
-/// acknowledgement, so that the library sees at once that the answer does not come. From the start
-/// there are lines that make a connection (the iPod announces 44100 Hz and version 1.13 of the
-/// Extended Interface lingo) and lines that acknowledge every command that is acknowledged.
+/// The longest matching beginning is used. Of lines with the same beginning those of answerOnce()
+/// are used first, each once. A request without a line is refused by a General acknowledgement, so
+/// that the library knows at once that no answer follows. The script begins with lines that make a
+/// connection (the iPod announces 44100 Hz and version 1.13 of the Extended Interface lingo) and
+/// with lines that acknowledge every command that is acknowledged.
 ///
-/// Every request is an event of the log: its payload, "04 00 18 02". Bytes that are no frame are an
-/// event that begins with "not a frame:".
+/// Every request is an event of the log: its payload, "04 00 18 02". Bytes that are not a frame are
+/// an event that begins with "not a frame:".
 class ScriptedIpod {
  public:
   explicit ScriptedIpod(EventLog& log, WireKind kind = WireKind::kUsb);
@@ -55,7 +55,7 @@ class ScriptedIpod {
   /// Answers nothing to such requests.
   void ignore(const std::string& request) { answer(request, {}); }
 
-  /// Ends both kinds of wait at once, as a script line without replies does after a second.
+  /// Ends both kinds of wait at once; a script line without replies ends them after a second.
   void refuse(const std::string& request) { answer(request, {kRefusal}); }
 
   /// Answers nothing to anything.
@@ -73,8 +73,8 @@ class ScriptedIpod {
   /// Pulls the plug.
   void hangUp();
 
-  /// Waits until every request that the library has made so far is in the log and was answered as
-  /// far as it is answered without delay.
+  /// Waits until every request that the library has made so far is in the log and every answer
+  /// without a delay is sent.
   void settle();
 
  private:
@@ -87,7 +87,7 @@ class ScriptedIpod {
 
   static constexpr const char* kRefusal = "00 02 05 00";
 
-  /// What another thread wants to be done on the iPod's thread.
+  /// Runs a task of another thread on the iPod's thread.
   void order(const std::function<void()>& task);
 
   void run();

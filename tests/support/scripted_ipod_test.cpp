@@ -21,7 +21,7 @@ class ScriptedIpodTest : public testing::Test {
  protected:
   void write(const Bytes& bytes) { writeDevice(device.get(), bytes); }
 
-  // Reads until as many bytes came; fewer when the other side has gone.
+  // Reads until as many bytes have arrived; fewer when the other side has gone.
   Bytes read(std::size_t count) {
     Bytes bytes;
     while (bytes.size() < count) {
@@ -44,7 +44,7 @@ TEST_F(ScriptedIpodTest, AnswersByTheScriptAndLogsTheRequest) {
   EXPECT_THAT(log.events(), ElementsAre("04 00 18 02"));
 }
 
-TEST_F(ScriptedIpodTest, TakesTheLongestBeginningThatFits) {
+TEST_F(ScriptedIpodTest, UsesTheLongestMatchingBeginning) {
   ipod.answer("04", {"04 00 01 02 00 18"});
   ipod.answer("04 00 18", {"04 00 19 00 00 00 01"});
   write({0x55, 0x04, 0x04, 0x00, 0x18, 0x02, 0xDE});
@@ -110,7 +110,7 @@ TEST_F(ScriptedIpodTest, LogsANoiseByte) {
   EXPECT_THAT(log.events(), ElementsAre("not a frame: 12", "00 05"));
 }
 
-TEST_F(ScriptedIpodTest, TakesFramesInPiecesAndInTheLongForm) {
+TEST_F(ScriptedIpodTest, ReadsFramesInPiecesAndInTheLongForm) {
   ipod.fallSilent();
   Bytes frame = {0x55, 0x00, 0x01, 0x04, 0x04, 0x00, 0x32};
   frame.resize(frame.size() + 257, 0);
@@ -135,7 +135,7 @@ TEST_F(ScriptedIpodTest, HangsUp) {
   EXPECT_EQ(readDevice(device.get(), 1), host_test::failure(ERROR_GEN_FAILURE));
 }
 
-TEST_F(ScriptedIpodTest, SettlesBehindEverythingThatWasWritten) {
+TEST_F(ScriptedIpodTest, SettlesAfterEverythingThatWasWritten) {
   ipod.fallSilent();
   for (int i = 0; i < 100; ++i)
     write({0x55, 0x02, 0x00, 0x05, 0xF9});

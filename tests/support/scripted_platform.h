@@ -13,19 +13,19 @@
 
 #include "support/bytes.h"
 
-/// What a read of the scripted device gives: some bytes (perhaps none), a failure, or, before
-/// either, something that happens meanwhile.
+/// The result of a read of the scripted device: some bytes (perhaps none) or a failure, and what
+/// happens before it.
 struct Arrival {
   Bytes bytes;
   bool fails = false;
   std::function<void()> meanwhile = nullptr;
 };
 
-/// The platform's calls, answered by script on the test's own thread. Programs that link
-/// scripted_platform.cpp get these in front of the platform's libraries.
+/// The platform's calls, answered by a script on the test's own thread. In programs that link
+/// scripted_platform.cpp these replace the platform's calls.
 ///
-/// Semaphores count as real ones do, but nothing ever waits: a wait that would last is over at
-/// once. A thread does not run until the test or a wait for its end runs it.
+/// Semaphores count as real ones do, but nothing ever waits: a wait that would block ends at once.
+/// A thread does not run until the test or a wait for its end runs it.
 class ScriptedPlatform {
  public:
   static ScriptedPlatform& instance();
@@ -40,13 +40,13 @@ class ScriptedPlatform {
   /// The calls that begin with `name`.
   std::vector<std::string> callsOf(const std::string& name) const;
 
-  /// Milliseconds that sleeps, and waits that ended for nothing, have taken.
+  /// The milliseconds that sleeps, and waits without a result, have taken.
   uint64_t waited = 0;
 
   /// Closes of handles that were not open (any more).
   int wrongCloses = 0;
 
-  // Results that a test dictates.
+  // Results that a test sets.
   DWORD lastError = ERROR_SUCCESS;
   bool semaphoresFail = false;      ///< to be created, as the next two
   std::set<int> semaphoresMissing;  ///< the first is 0: only these fail to be created
@@ -69,14 +69,14 @@ class ScriptedPlatform {
   DWORD writeLimit = MAXDWORD;   ///< of one write
   DWORD countOfFailedWrite = 0;  ///< what a failed write leaves as the number of bytes written
   DWORD surplusOfRead = 0;       ///< what a read reports beyond the bytes that it delivered
-  DCB driverState{};             ///< what GetCommState tells before a SetCommState
-  DCB stateReadBack{};           ///< what it tells after one
+  DCB driverState{};             ///< what GetCommState returns before a SetCommState
+  DCB stateReadBack{};           ///< what it returns after one
   DCB stateSet{};
   COMMTIMEOUTS driverTimeouts{};
   COMMTIMEOUTS timeoutsSet{};
   bool commCallsFail = false;
 
-  /// Makes bytes arrive, each argument at a read of its own.
+  /// Makes bytes arrive, each argument at a separate read.
   template <class... Reads>
   void arrive(const Reads&... reads) {
     (arrivals.push_back({Bytes(reads)}), ...);
@@ -85,7 +85,7 @@ class ScriptedPlatform {
   /// Runs the thread that was made last, here and now.
   void runThread();
 
-  /// Takes it that the system has ended the thread that runs, wherever it is.
+  /// Assumes that the system has killed the running thread, wherever it is.
   void endThread() { threadState = ThreadState::kEnded; }
 
   /// The name of a handle as `calls` has it: "semaphore 3", "thread 1", "device 2".

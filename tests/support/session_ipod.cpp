@@ -38,7 +38,7 @@ bool SessionIpod::waitUntil(const std::function<bool(const simulator::SimulatedI
   return cable.waitUntil(condition, kDeadline);
 }
 
-// What the library acknowledges last it has read last.
+// The library reads in order: it has read everything before the last message that it acknowledges.
 bool SessionIpod::settle() {
   const auto acknowledged = [](const simulator::SimulatedIpod& ipod) {
     return ipod.countReceived(simulator::Lingo::kDigitalAudio, simulator::kAccAck);

@@ -17,8 +17,8 @@
 
 namespace session {
 
-/// A simulated iPod on a cable that leads to the library, and the desk around the library. One at a
-/// time.
+/// A simulated iPod on a cable to the library, and a recorder of what the library does to its host.
+/// One at a time.
 class SessionIpod {
  public:
   explicit SessionIpod(simulator::Personality model = {},
@@ -26,14 +26,14 @@ class SessionIpod {
                        const std::string& deviceName = "IPD1:",
                        simulator::FrameKind frames = simulator::FrameKind::kUsb);
 
-  /// Waits until `condition` holds of the iPod; false when it does not in time.
+  /// Waits until `condition` holds for the iPod. Returns false if it does not hold in time.
   bool waitUntil(const std::function<bool(const simulator::SimulatedIpod&)>& condition);
 
-  /// Waits until the iPod has nothing more to say and the library, which is connected, has read all
-  /// of it; false when that is not so in time.
+  /// Waits until the iPod has nothing more to send and the connected library has read everything.
+  /// Returns false if that does not happen in time.
   bool settle();
 
-  /// What `look` says of the iPod.
+  /// Returns what `look` returns for the iPod.
   template <typename Look>
   auto look(Look look) {
     return cable.access(look);
@@ -42,7 +42,7 @@ class SessionIpod {
   /// Adds a fault as ipodsim's command line writes it.
   void addFault(const std::string& text);
 
-  /// What the library told the audio library since the start or the last time.
+  /// Returns the calls of the audio library since the start or the last time.
   std::vector<std::string> takeAudioCalls();
 
   /// Which of the library's tracks the iPod plays or has paused; throws when there is none.
@@ -60,7 +60,7 @@ class SessionIpod {
   const host_test::DeviceMapping devices;
 };
 
-/// How long a call takes.
+/// Returns how long a call takes.
 template <class Call>
 simulator::milliseconds durationOf(Call call) {
   const auto begin = std::chrono::steady_clock::now();

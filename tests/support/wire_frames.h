@@ -7,12 +7,11 @@
 /// The two links: frames begin with FF 55 on a serial line and with 55 over USB.
 enum class WireKind { kUsb, kSerial };
 
-/// A payload in its frame; the long form when the payload does not fit the short one.
+/// Returns a payload in its frame, in the long form if it does not fit the short form.
 Bytes frameOf(const Bytes& payload, WireKind kind);
 
-/// Cuts the library's frames out of the bytes that it writes. It is strict: a byte that belongs to
-/// no frame, and a frame with a wrong checksum, comes out as an error. Sync bytes alone are
-/// skipped.
+/// Cuts the library's frames out of the bytes that it writes. It is strict: a byte outside a frame
+/// and a frame with a wrong checksum are errors. Only sync bytes are skipped.
 class FrameCutter {
  public:
   explicit FrameCutter(WireKind wireKind) : kind(wireKind) {}
@@ -24,7 +23,7 @@ class FrameCutter {
 
   void feed(const Bytes& bytes);
 
-  /// The next piece, none when more bytes are needed.
+  /// Returns the next piece, or nothing if more bytes are needed.
   std::optional<Piece> next();
 
  private:

@@ -1,4 +1,4 @@
-// Every frame from the iPod kept back, late, or another one in its place.
+// Every frame from the iPod is withheld, late or replaced.
 #include <algorithm>
 #include <string>
 #include <utility>
@@ -105,7 +105,7 @@ std::vector<Forgery> behindUnasked() {
       {"unknown-lingo", {0x0C, 0x00, 0x01}}};
   std::vector<Forgery> some;
   for (const auto& [name, unasked] : payloads) {
-    some.push_back({std::string("behind-a-") + name, [payload = unasked](const ForgedFrame& frame) {
+    some.push_back({std::string("after-a-") + name, [payload = unasked](const ForgedFrame& frame) {
                       return atOnce({frame.with(payload), frame.itself()});
                     }});
   }
@@ -121,7 +121,7 @@ TEST_P(AnswerSweep, SilenceFromEveryAnswerOn) {
   expectStrikes(kMost);
 }
 
-TEST_P(AnswerSweep, JustBeforeAndBehindTheTimeOut) {
+TEST_P(AnswerSweep, JustBeforeAndAfterTheTimeOut) {
   forgeEach({late(999), late(1000), late(1001)});
   expectStrikes(kMost);
 }
@@ -154,7 +154,7 @@ TEST_P(AnswerSweep, FilledWithOneByte) {
   expectStrikes(kMost);
 }
 
-TEST_P(AnswerSweep, BehindOnesThatNobodyAskedFor) {
+TEST_P(AnswerSweep, AfterUnsolicitedMessages) {
   forgeEach(behindUnasked());
   expectStrikes(kMost);
 }

@@ -36,7 +36,7 @@ TEST(SpoiledLine, InsertsAByteBeforeAnother) {
   EXPECT_EQ(carried({Kind::kInserted, 3, 0x55}), (Bytes{0x55, 0x02, 0x00, 0x55, 0x03}));
 }
 
-TEST(SpoiledLine, CarriesBytesAsTheyAreOnceHealed) {
+TEST(SpoiledLine, CarriesBytesUnchangedOnceHealed) {
   const Bytes bytes{0x55, 0x02};
   SpoiledLine line;
   line.spoil({Kind::kLost, 0, 0});

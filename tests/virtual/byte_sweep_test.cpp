@@ -1,4 +1,4 @@
-// The bytes of either direction spoiled, one at a time.
+// Each byte of both directions is spoiled, one at a time.
 #include <tuple>
 
 #include "support/replay.h"
@@ -15,7 +15,7 @@ constexpr BYTE kInsertedByte = 0x55;  // where a frame may begin
 
 constexpr const char* kKindNames[] = {"flipped", "lost", "doubled", "inserted"};
 
-// What is done to a byte, wherever it is.
+// What is done to a byte.
 constexpr ByteFault kFaults[] = {{Kind::kLost, 0, 0},         {Kind::kDoubled, 0, 0},
                                  {Kind::kInserted, 0, 0},     {Kind::kInserted, 0, kInsertedByte},
                                  {Kind::kFlipped, 0, 1 << 0}, {Kind::kFlipped, 0, 1 << 1},

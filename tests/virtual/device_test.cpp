@@ -1,4 +1,4 @@
-// A device in a virtual world keeps what is promised of devices.
+// The devices of the deterministic platform keep the contract of real ones.
 #include <desk.h>
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -16,7 +16,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// Delivers bytes at a time and takes a few bytes.
+// Delivers bytes at a certain time and accepts a few bytes.
 class ScriptedDevice final : public VirtualDevice {
  public:
   bool canBeOpened() const override { return isThere; }
@@ -155,7 +155,7 @@ TEST_P(VirtualDeviceTest, ReadWaitsForAByteAndDeliversWhatThereIs) {
   });
 }
 
-TEST_P(VirtualDeviceTest, FailureComesBehindTheBytes) {
+TEST_P(VirtualDeviceTest, FailureFollowsTheBytes) {
   device.toRead = {0x55};
   device.atEnd = Readiness::kFailed;
   run([&] {
@@ -166,7 +166,7 @@ TEST_P(VirtualDeviceTest, FailureComesBehindTheBytes) {
   });
 }
 
-TEST_P(VirtualDeviceTest, CallFailsOnceWhenItIsTold) {
+TEST_P(VirtualDeviceTest, CallFailsOnceOnDemand) {
   device.toRead = {0x55, 0x02};
   failuresOf("ReadFile").arm({1, false});
   run([&] {
@@ -200,7 +200,7 @@ TEST_P(VirtualDeviceTest, EndOfFileIsAReadOfNothing) {
   });
 }
 
-TEST_P(VirtualDeviceTest, CloseReleasesAReadAndAWriteAndTheOneBehindIt) {
+TEST_P(VirtualDeviceTest, CloseReleasesAReadAndAWriteAndTheNextWrite) {
   HANDLE handle = nullptr;
   std::vector<Moved> results(3);
   device.room = 4;

@@ -20,7 +20,7 @@ using virtual_platform::Failures;
 using virtual_platform::failuresOf;
 using virtual_platform::FrameRewriter;
 
-/// So many places, spread over `length`.
+/// Returns so many places, spread over `length`.
 std::vector<std::size_t> placesIn(std::size_t length, std::size_t count) {
   std::vector<std::size_t> places;
   for (std::size_t i = 0; i < count; ++i)
@@ -28,7 +28,7 @@ std::vector<std::size_t> placesIn(std::size_t length, std::size_t count) {
   return places;
 }
 
-/// What an undisturbed session has.
+/// The size of an undisturbed session.
 struct Extent {
   std::size_t bytes[2];  ///< by direction
   std::size_t frames;    ///< from the iPod

@@ -10,8 +10,8 @@
 namespace virtual_life {
 namespace {
 
-using race::ExportCall;
-using race::Outcome;
+using exports::Effect;
+using exports::Export;
 using std::chrono::milliseconds;
 using std::chrono::minutes;
 using std::chrono::seconds;
@@ -32,20 +32,14 @@ simulator::Personality anyModel(std::mt19937_64& random) {
   return simulator::personality(names[random() % names.size()]);
 }
 
-const ExportCall& findCall(const std::string& name) {
-  const auto& calls = race::exportCalls();
-  return *std::find_if(calls.begin(), calls.end(),
-                       [&](const ExportCall& each) { return each.name == name; });
-}
-
-// Models that are slow to obey first say that they will, and every command costs two waits. The
-// step to the next group may ask for the name of every track: each comes soon, if only as a
-// refusal, or never when the iPod fell silent.
-Time longestOf(const ExportCall& call, bool mayBeSilent) {
+// Models that are slow to obey first acknowledge that the command is pending, and every command
+// costs two waits. The step to the next group may ask for the name of every track: each arrives
+// soon, if only as a refusal, or never if the iPod fell silent.
+Time longestOf(const Export& exported, bool mayBeSilent) {
   const Time forAName = mayBeSilent ? seconds(1) : milliseconds(50);
   const Time forAWalk = forAName * static_cast<int>(music().tracks.size());
-  const bool mayWalk = std::string(call.name) == "IpodCommand";
-  return seconds(2 * call.waits) + (mayWalk ? forAWalk : Time(0)) + milliseconds(500);
+  const bool mayWalk = std::string(exported.name) == "IpodCommand";
+  return seconds(2 * exported.waits.inAll()) + (mayWalk ? forAWalk : Time(0)) + milliseconds(500);
 }
 
 }  // namespace
@@ -77,8 +71,8 @@ void Drive::live() {
   expectASession();
 }
 
-// The driver's hand is a thread of its own: it pulls in the middle of a call, too. Half of the
-// pulls come while the head unit connects and its user browses.
+// The person driving is a separate thread, which also pulls in the middle of a call. Half of the
+// pulls happen while the head unit connects and its user browses.
 void Drive::threatenCable() {
   ++threats;
   const DWORD delay = chance(2) ? below(3 * kSecond) : below(30 * 60 * kSecond);
@@ -91,7 +85,7 @@ void Drive::threatenCable() {
   });
 }
 
-// An empty answer of an iPod that was just connected is worth another try; so is the connection.
+// A connection can need another try, and so can a question to an iPod that was just connected.
 void Drive::connect() {
   constexpr int kTries = 3;
   for (int i = 0; i < kTries && call("IpodConnect").result == 0; ++i)
@@ -102,9 +96,7 @@ void Drive::connect() {
 
 void Drive::browse() {
   for (unsigned i = below(40); i > 0; --i) {
-    const auto& calls = race::exportCalls();
-    const ExportCall& any = calls[2 + below(static_cast<unsigned>(calls.size()) - 2)];
-    call(any);
+    touchSomething();
     if (chance(4)) Sleep(below(kSecond));
   }
   IpodGetFirstItem(0, IPOD_ARTISTS, 0);
@@ -112,7 +104,7 @@ void Drive::browse() {
   call("IpodSongPlay");
 }
 
-// Now and then a long one.
+// One drive in twenty is long.
 void Drive::listen() {
   const unsigned length = chance(20) ? 4 * 60 * 60 : 60 * below(60);
   for (unsigned second = 0; second < length && fault.empty(); ++second) {
@@ -124,17 +116,17 @@ void Drive::listen() {
 }
 
 void Drive::askWhatPlays() {
-  if (call("IpodGetCurrentPlayStatus").written != IPOD_PLAYING) return;
+  if (call("IpodGetCurrentPlayStatus").number() != IPOD_PLAYING) return;
   call("IpodGetCurrentTrackPosition");
-  const Outcome index = call("IpodGetTrackIndex");
-  if (index.result == 0 || index.written == track) return;
-  track = index.written;
+  const Effect index = call("IpodGetTrackIndex");
+  if (index.result == 0 || index.number() == track) return;
+  track = index.number();
   call("IpodGetTrackInfo");
 }
 
 void Drive::touchSomething() {
-  const auto& calls = race::exportCalls();
-  call(calls[2 + below(static_cast<unsigned>(calls.size()) - 2)]);
+  const auto& all = exports::allExports();
+  call(all[2 + below(static_cast<unsigned>(all.size()) - 2)]);
 }
 
 void Drive::plugAgain() {
@@ -149,7 +141,7 @@ void Drive::stopForHours() {
   askWhatPlays();
 }
 
-// The first list of an iPod that still acknowledges the connection is worth another try.
+// The first list can need another try if the iPod is still acknowledging the connection.
 void Drive::expectASession() {
   cable.plug(world.now());
   if (call("IpodConnect").result != 1) complain("no connection at the end");
@@ -163,15 +155,15 @@ void Drive::expectASession() {
   if (IpodIsConnect() != 0) complain("still connected at the end");
 }
 
-Outcome Drive::call(const char* name) { return call(findCall(name)); }
+Effect Drive::call(const char* name) { return call(exports::exportCalled(name)); }
 
-Outcome Drive::call(const ExportCall& exported) {
-  const race::MadeCall made =
-      race::makeCall(exported, static_cast<unsigned>(random()), [this] { return world.now(); });
+Effect Drive::call(const Export& exported) {
+  const exports::MadeCall made =
+      exports::makeCall(exported, static_cast<unsigned>(random()), [this] { return world.now(); });
   ++callCount;
   longest = std::max(longest, made.took);
-  if (!made.outcome.promised || made.took > longestOf(exported, pulled)) complain(describe(made));
-  return made.outcome;
+  if (!made.isPromised() || made.took > longestOf(exported, pulled)) complain(describe(made));
+  return made.effect;
 }
 
 void Drive::complain(const std::string& text) {

@@ -7,26 +7,26 @@
 #include <vector>
 
 #include "device/simulated_ipod.h"
-#include "support/export_calls.h"
+#include "support/exports.h"
 #include "virtual/virtual_ipod.h"
 #include "virtual/virtual_world.h"
 
-/// The life of a head unit in virtual time.
+/// The life of a head unit in simulated time.
 namespace virtual_life {
 
 using virtual_platform::Time;
 
 /// One drive, from the hours before it, when the car is parked, to its end. The head unit connects,
-/// its user browses and plays, and asks for what plays every second; tracks end and new sample
-/// rates come as the time passes. In some drives the cable is pulled at any moment, in some the car
-/// stops for hours with the iPod connected. Chance follows the seed.
+/// its user browses and plays, and it asks every second what plays. Tracks end and new sample rates
+/// arrive as the time passes. In some drives the cable is pulled at a random moment, in some the
+/// car stops for hours with the iPod connected. The seed decides.
 class Drive {
  public:
   explicit Drive(std::uint64_t seed);
   Drive(const Drive&) = delete;
   Drive& operator=(const Drive&) = delete;
 
-  /// Once. Empty, or what went wrong first.
+  /// Returns "", or the first fault. Call it once.
   std::string run();
 
   Time lasted() const { return world.now(); }
@@ -47,8 +47,8 @@ class Drive {
   void stopForHours();
   void expectASession();
 
-  race::Outcome call(const char* name);
-  race::Outcome call(const race::ExportCall& exported);
+  exports::Effect call(const char* name);
+  exports::Effect call(const exports::Export& exported);
   void complain(const std::string& text);
   unsigned below(unsigned limit) { return static_cast<unsigned>(random() % limit); }
   bool chance(unsigned oneOf) { return below(oneOf) == 0; }

@@ -1,5 +1,5 @@
-// Every call of the platform that can fail and every allocation of the library fails, once and from
-// then on always.
+// Every call of the platform that can fail and every allocation of the library fails: once, and
+// from then on.
 #include "virtual/failures.h"
 
 #include <tuple>
@@ -16,9 +16,9 @@ using virtual_platform::Failures;
 using virtual_platform::failuresOf;
 
 constexpr std::uint64_t kOrders = 20;  // of the threads, for each call
-constexpr std::size_t kMany = 5;       // calls of a session: a slice has some
+constexpr std::size_t kMany = 5;       // calls of a session, of which a slice has some
 
-// In a session that goes well.
+// In an undisturbed session.
 std::size_t callsOfASession(const Script& script, const Failures& failures) {
   VirtualSession session(1, script);
   const std::size_t before = failures.asked();
@@ -35,7 +35,7 @@ Case failedCase(const Script& script, const std::string& what, const FailurePoin
           [&failures](VirtualSession&) { return failures.struck() > 0; }};
 }
 
-// Which function, or "allocation", and whether it goes on failing.
+// The function, or "allocation", and whether it continues to fail.
 using Failing = std::tuple<const char*, const char*, bool>;
 
 std::string nameOfTest(const testing::TestParamInfo<Failing>& info) {

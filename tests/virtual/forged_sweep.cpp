@@ -9,7 +9,7 @@ namespace {
 
 using virtual_platform::ComingFrame;
 
-// An acknowledgement is awaited a second anew behind what came in its place.
+// After another message in its place, the library waits for the acknowledgement another second.
 constexpr std::chrono::seconds kAnotherReply(1);
 
 std::vector<Bytes> framesOfASession(const Script& script) {
@@ -23,13 +23,13 @@ std::vector<Bytes> framesOfASession(const Script& script) {
   return frames;
 }
 
-/// The library keeps room for messages that it has taken in place of an answer.
-void warmUpWithUnasked(const Script& script, std::size_t behind) {
+/// The library keeps memory for messages that it has received instead of an answer.
+void warmUpWithUnasked(const Script& script, std::size_t place) {
   const Bytes position{0x04, 0x00, 0x27, 0x04, 0x00, 0x00, 0x03, 0xE8};
   const Forge stream = streamOf(position, 3000, std::chrono::milliseconds(20));
   VirtualSession session(1, script);
   session.cable.rewrite([&](std::size_t at, const Bytes& frame) {
-    return at == behind ? stream(ForgedFrame(frame)) : atOnce({frame});
+    return at == place ? stream(ForgedFrame(frame)) : atOnce({frame});
   });
   session.run([&] { session.play(); });
 }

@@ -7,36 +7,36 @@
 #include "virtual/forged_frame.h"
 #include "virtual/sweep.h"
 
-/// Sweeps in which other frames come in the place of the iPod's.
+/// Sweeps in which other frames replace those of the iPod.
 namespace virtual_session {
 
 using Forge = std::function<std::vector<virtual_platform::ComingFrame>(const ForgedFrame&)>;
 
-/// What comes in the place of a frame.
+/// What replaces a frame.
 struct Forgery {
   std::string name;
   Forge forge;
-  Forge after = nullptr;  ///< in the place of every later one; null: they come as they are
+  Forge after = nullptr;  ///< replaces every later frame; null: they are unchanged
 };
 
-/// Another frame in its place.
+/// Returns one other frame in its place.
 Forgery replaced(std::string name, std::function<Bytes(const ForgedFrame&)> other);
 
 Forge delayedBy(std::chrono::milliseconds wait);
 
-/// Behind the frame the same message so often.
+/// Returns the frame, followed by the same message so often.
 Forge streamOf(const Bytes& payload, std::size_t count, std::chrono::milliseconds interval);
 
-/// Of the script that is its parameter.
+/// A sweep of the script that is its parameter.
 class ForgedSweep : public Sweep, public testing::WithParamInterface<const char*> {
  protected:
   ForgedSweep();
 
-  /// Puts each forgery in the place of each frame of a session.
+  /// Replaces each frame of a session by each forgery.
   void forgeEach(const std::vector<Forgery>& forgeries);
   void forge(std::size_t number, const Forgery& forgery);
   Case forgedCase(std::size_t number, const Forgery& forgery) const;
-  /// Unless one case is run alone: more than this share of the cases has struck.
+  /// Expects that more than this share of the cases has struck, unless only one case is run.
   void expectStrikes(double share) const;
 
   const Script& script;

@@ -11,7 +11,7 @@ using std::chrono::milliseconds;
 using virtual_platform::Delivery;
 using virtual_platform::Direction;
 
-constexpr int kOrders = 13;  // of the threads, where there is no place to go through
+constexpr int kOrders = 13;  // of the threads, where there are no places to try
 
 Case deliveredCase(const Script& script, const std::string& how, std::uint64_t seed,
                    const Delivery& delivery) {

@@ -12,7 +12,7 @@ using Frames = std::vector<Bytes>;
 const Bytes kFirst{0x55, 0x01};
 const Bytes kSecond{0x55, 0x02};
 
-TEST(FrameRoad, BringsFramesAsTheyAre) {
+TEST(FrameRoad, DeliversFramesUnchanged) {
   FrameRoad road;
   road.send(milliseconds(1), kFirst);
   road.send(milliseconds(1), kSecond);
@@ -21,7 +21,7 @@ TEST(FrameRoad, BringsFramesAsTheyAre) {
   EXPECT_FALSE(road.hasRewritten());
 }
 
-TEST(FrameRoad, BringsOthersInTheirPlaceAndLate) {
+TEST(FrameRoad, DeliversOthersInTheirPlaceAndLate) {
   FrameRoad road;
   road.rewrite([](std::size_t number, const Bytes& frame) {
     if (number == 0) return std::vector<ComingFrame>{};
@@ -37,7 +37,7 @@ TEST(FrameRoad, BringsOthersInTheirPlaceAndLate) {
   EXPECT_EQ(road.takeArrived(milliseconds(7)), Frames{kSecond});
 }
 
-TEST(FrameRoad, BringsNothingThatWasUnderWayWhenItWasHealed) {
+TEST(FrameRoad, DropsWhatWasUnderWayWhenItWasHealed) {
   FrameRoad road;
   road.rewrite([](std::size_t, const Bytes& frame) {
     return std::vector<ComingFrame>{{milliseconds(5), frame}};

@@ -1,4 +1,4 @@
-// Every frame from the iPod lost, doubled, late or behind the next one.
+// Every frame from the iPod is lost, doubled, late or after the next one.
 #include <tuple>
 
 #include "support/replay.h"
@@ -18,7 +18,7 @@ struct FrameFault {
   Outcome outcome;
 };
 
-// The first one that is late is as late as an answer may be.
+// The first delay is the longest that an answer may have.
 constexpr FrameFault kFaults[] = {{"lost", FaultKind::kLost, 0, Outcome::kAnyPromised},
                                   {"doubled", FaultKind::kDoubled, 0, Outcome::kAnyPromised},
                                   {"late", FaultKind::kLate, 0, Outcome::kFullSession},

@@ -15,23 +15,23 @@ using simulator::Lingo;
 using std::chrono::seconds;
 using virtual_platform::Loss;
 
-constexpr std::size_t kTold = 5;  // names, before the iPod is lost
+constexpr std::size_t kNamesBeforeTheLoss = 5;
 
-bool tellsAnAlbum(const ForgedFrame& frame) {
+bool hasAnAlbum(const ForgedFrame& frame) {
   return frame.lingo() == static_cast<uint8_t>(Lingo::kExtendedInterface) &&
          frame.request() == simulator::kGetIndexedPlayingTrackAlbumName;
 }
 
-/// An iPod with very many tracks, all of one album, that is pulled when it has told some.
+/// An iPod with very many tracks of one album. It is pulled when it has sent some names.
 void beEndless(VirtualSession& session, Loss loss) {
   session.cable.rewrite(
-      [&session, loss, told = std::size_t{0}](std::size_t, const Bytes& bytes) mutable {
+      [&session, loss, sent = std::size_t{0}](std::size_t, const Bytes& bytes) mutable {
         const ForgedFrame frame(bytes);
         if (frame.is(Lingo::kExtendedInterface, simulator::kReturnNumberCategorizedDbRecords)) {
           return atOnce({frame.withData(bigEndian(0x7FFFFFFF))});
         }
-        if (!tellsAnAlbum(frame)) return atOnce({bytes});
-        if (++told == kTold) session.cable.unplugAt(session.world.now(), loss);
+        if (!hasAnAlbum(frame)) return atOnce({bytes});
+        if (++sent == kNamesBeforeTheLoss) session.cable.unplugAt(session.world.now(), loss);
         return atOnce({frame.with({0x04, 0x00, 0x25, 'O', 'n', 'e', 0x00})});
       });
 }
@@ -47,7 +47,7 @@ INSTANTIATE_TEST_SUITE_P(All, GroupWalk,
                          testing::Combine(testing::Values(IPOD_NEXT_GROUP, IPOD_PREVIOUS_GROUP),
                                           testing::ValuesIn(kLosses)));
 
-TEST_P(GroupWalk, EndsWhenNobodyTellsTheNamesAnyMore) {
+TEST_P(GroupWalk, EndsWhenTheIpodSendsNoMoreNames) {
   const auto [command, loss] = GetParam();
   VirtualSession session(1);
   Time took{0};
@@ -64,7 +64,7 @@ TEST_P(GroupWalk, EndsWhenNobodyTellsTheNamesAnyMore) {
   }),
             "");
   EXPECT_FALSE(session.cable.isPlugged());
-  // The name that changes for want of an answer, one more, and the acknowledgement to play.
+  // Waits for the name that is not answered, for one more, and for the acknowledgement to play.
   EXPECT_LE(took, seconds(4));
 }
 

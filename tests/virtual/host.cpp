@@ -33,10 +33,8 @@ void Host::call(const std::string& name, const std::function<int()>& exported,
   call.result = exported();
   virtual_platform::note("returns " + std::to_string(call.result));
   call.took = world.now() - call.start;
-  for (const Output* output : outputs) {
-    call.written.push_back(output->words());
-    call.isIntact = call.isIntact && output->isIntact();
-  }
+  for (const Output* output : outputs)
+    call.add(*output);
   made.push_back(call);
 }
 

@@ -4,20 +4,21 @@
 #include <string>
 #include <vector>
 
-#include "virtual/output.h"
+#include "support/exports.h"
 #include "virtual/virtual_world.h"
 
 namespace virtual_session {
 
+using exports::Effect;
+using exports::Number;
+using exports::Output;
+using exports::Text;
 using virtual_platform::Time;
 
 /// A call that a host made.
-struct Call {
-  std::string name;                  ///< an export, with the code of IpodCommand: "IpodCommand(13)"
-  int result = 0;                    ///< for a pointer 1, for null 0
-  std::vector<std::string> written;  ///< as Output::words
-  bool isIntact = true;              ///< as Output::isIntact, of every output
-  int thread = 0;                    ///< which of the host's
+struct Call : Effect {
+  std::string name;  ///< an export, with the code of IpodCommand: "IpodCommand(13)"
+  int thread = 0;    ///< which of the host's
   Time start{0};
   Time took{0};
 };
@@ -30,10 +31,10 @@ std::vector<std::string> resultsOf(const Calls& calls);
 /// "IpodCommand"
 std::string exportOf(const std::string& callName);
 
-/// How many units of an entry's name each of the two buffers takes.
+/// The size of each of the two buffers for an entry's name, in units.
 constexpr int kNameChars = 4;
 
-/// A thread of a host program, which writes down what its calls do.
+/// A thread of a host program. It records the effects of its calls.
 class Host {
  public:
   explicit Host(const virtual_platform::VirtualWorld& itsWorld, int itsThread = 0)
@@ -47,7 +48,7 @@ class Host {
   void command(int code);
   void play(int track);
   void number(const char* name, int (*exported)(int*));
-  /// Reads the position, which is written down as "300 or more": it differs with the time that the
+  /// Reads the position, which is recorded as "300 or more": it depends on the time that the
   /// answers took.
   void position(int atLeast);
   void open(int descend, int type, int tracksOfSelection = 0);

@@ -1,4 +1,4 @@
-// Runs all tests of a program on a thread of a virtual world, whose time is the program's.
+// Runs all tests of a program on a thread of a virtual world, with the time of that world.
 #include <gtest/gtest.h>
 #include <time.h>
 
@@ -8,7 +8,7 @@
 
 #include "virtual/virtual_world.h"
 
-// Stands before the system's function: std::chrono's clocks come here.
+// Replaces the system's function: std::chrono's clocks call it.
 extern "C" int clock_gettime(clockid_t, timespec* time) {
   using std::chrono::seconds;
   const auto* const world = virtual_platform::VirtualWorld::current();

@@ -1,5 +1,6 @@
-// The system ends the reader in the middle of its work, as it ends all threads of a process before
-// it detaches the process's libraries: whatever the reader held, its link and its controller go.
+// The system kills the reader in the middle of its work, as it kills all threads of a process
+// before it detaches the process's libraries. Whatever the reader held, its link and its controller
+// can be destroyed.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -21,7 +22,7 @@ int followRate(int32_t) { return 0; }
 
 void ignoreMessage(void*, std::unique_ptr<LingoMessage>) {}
 
-// What owns a link.
+// An owner of a link.
 class ControllerOwner {
  public:
   bool start() {
@@ -45,8 +46,8 @@ class LinkOwner {
   UsbTransport link;
 };
 
-/// The iPod announces a rate, which goes to a handler, reports a position, which is queued, and is
-/// pulled, so that the reader closes all links.
+/// The iPod announces a rate for a handler, reports a position, which is queued, and is pulled, so
+/// that the reader closes all links.
 void letTheReaderWork(VirtualSession& session) {
   session.ipod.announceSampleRate(session.world.now(), kNewSampleRate);
   session.ipod.tellPosition(session.world.now());
@@ -61,7 +62,7 @@ struct End {
   bool wasKilled = false;
 };
 
-/// The reader gets as far as its call after so many, and the owner goes.
+/// The reader is killed in the call after so many, and the owner is destroyed.
 template <class OwnerOfALink>
 End endAfter(unsigned calls, uint64_t seed) {
   VirtualSession session(seed);

@@ -1,11 +1,11 @@
-// An export that has to wait for the lock goes by what it finds then, not by what was before.
+// An export that has to wait for the lock uses the state that it finds then, not the earlier one.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <ipodctl.h>
 
 #include <algorithm>
 
-#include "support/export_calls.h"
+#include "support/exports.h"
 #include "support/host_folder.h"
 #include "virtual/story.h"
 #include "virtual/virtual_session.h"
@@ -13,7 +13,7 @@
 namespace virtual_session {
 namespace {
 
-using race::ExportCall;
+using exports::Export;
 
 constexpr unsigned kVarieties = 3;
 constexpr uint64_t kSeed = 1;
@@ -47,9 +47,8 @@ void startSession() {
 
 enum class Meeting { kOneAfterTheOther, kAtTheLock };
 
-/// The story of an export in a thread of its own.
-Lines ownStory(const ExportCall& exported, unsigned variety, const Before& before,
-               Meeting meeting) {
+/// Returns the story of an export on a separate thread.
+Lines ownStory(const Export& exported, unsigned variety, const Before& before, Meeting meeting) {
   VirtualSession session(kSeed);
   EXPECT_EQ(session.run([&] {
     startSession();
@@ -84,9 +83,9 @@ class LateLock : public testing::TestWithParam<Before> {
 INSTANTIATE_TEST_SUITE_P(All, LateLock, testing::ValuesIn(kBefore),
                          [](const auto& each) { return std::string(each.param.name); });
 
-TEST_P(LateLock, FindsWhatTheHolderHasLeft) {
+TEST_P(LateLock, ActsOnTheStateThatTheHolderLeft) {
   int locked = 0;
-  for (const ExportCall& exported : race::exportCalls()) {
+  for (const Export& exported : exports::allExports()) {
     for (unsigned variety = 0; variety < kVarieties; ++variety) {
       const Lines after = ownStory(exported, variety, GetParam(), Meeting::kOneAfterTheOther);
       if (std::find(after.begin(), after.end(), "takes the library's lock") == after.end()) break;

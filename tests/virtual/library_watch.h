@@ -13,8 +13,8 @@ namespace virtual_session {
 /// The library's lock in traces.
 constexpr char kLibraryLock[] = "the library's lock";
 
-/// Has each change of the library's global state in the trace of a world, "sets ipodConnected = 1",
-/// "changes the browse tree: level 2", after what the thread that makes it has done before.
+/// Adds each change of the library's global state to the trace of a world, "sets ipodConnected =
+/// 1", "changes the browse tree: level 2", after the earlier lines of the thread that makes it.
 class LibraryWatch {
  public:
   explicit LibraryWatch(virtual_platform::VirtualWorld& watched);

@@ -1,5 +1,5 @@
-// Days and months of a head unit. VIRTUAL_DAYS=<n> lives so long, VIRTUAL_MINUTES=<n> as long as so
-// many minutes of the desk's have not passed. A case is a drive, "drive:<seed>".
+// Days and months of a head unit. VIRTUAL_DAYS=<n> sets the simulated days, VIRTUAL_MINUTES=<n> the
+// minutes on the Linux host. A case is a drive, "drive:<seed>".
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -61,7 +61,7 @@ class LifeSpan {
 
 class Life : public testing::Test {
  protected:
-  // In the first drive everybody makes what they keep for good.
+  // The first drive creates all permanent objects.
   Life() {
     Drive first(0);
     runInSilence(first);
@@ -74,7 +74,7 @@ class Life : public testing::Test {
     RecordProperty("longest_ms", static_cast<int>(longest / std::chrono::milliseconds(1)));
   }
 
-  /// Takes one drive; empty, or what went wrong.
+  /// Runs one drive. Returns "", or what went wrong.
   std::string take(std::uint64_t seed) {
     Drive drive(seed);
     std::string fault = runInSilence(drive);
@@ -109,7 +109,7 @@ class Life : public testing::Test {
   int pulls = 0;
 };
 
-TEST_F(Life, LeavesNothingBehindHoweverLongItLasts) {
+TEST_F(Life, LeavesNothingOpenHoweverLongItLasts) {
   if (isReplay()) {
     unsigned long long seed = 0;
     if (std::sscanf(replayedCase().c_str(), "drive:%llu", &seed) == 1) takeAndCheck(seed);

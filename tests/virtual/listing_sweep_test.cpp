@@ -1,4 +1,4 @@
-// Lists, counts, texts and states as no iPod should tell them.
+// Lists, counts, texts and states that no iPod should send.
 #include <string>
 #include <utility>
 #include <vector>
@@ -59,24 +59,24 @@ std::vector<Forgery> wrongRecords() {
     const auto reordered = [other](const ForgedFrame& frame) {
       return atOnce({frame.withPart(0, bigEndian(other)), frame.itself()});
     };
-    some.push_back({"behind-record-" + std::to_string(other), reordered});
+    some.push_back({"after-record-" + std::to_string(other), reordered});
   }
   add(some, numbers("record-index", 0));
   return some;
 }
 
-// Broken in each way in which UTF-8 can be, before the end and at it.
+// Each kind of invalid UTF-8, before the end and at the end.
 const std::vector<Bytes>& brokenTexts() {
   static const std::vector<Bytes> texts{
       {},                                          // not even the terminator
       {0x00},                                      // empty
       {'N'},                                       // without terminator
-      {'N', 0x00, 'o', 0x00},                      // goes on behind it
+      {'N', 0x00, 'o', 0x00},                      // continues after it
       {0x80, 'a', 0x00},                           // a continuation alone
       {'a', 0xBF, 0xBF, 0xBF, 0x00},               //
-      {0xC3, 0x00},                                // cut behind the first byte
+      {0xC3, 0x00},                                // cut after the first byte
       {0xC3},                                      // and without terminator
-      {'a', 0xE2, 0x82, 0x00},                     // cut behind the second
+      {'a', 0xE2, 0x82, 0x00},                     // cut after the second
       {0xF0, 0x9F, 0x8E, 0x00},                    // and the third
       {0xC3, 'a', 0x00},                           // cut by the next character
       {0xC0, 0x80, 0x00},                          // overlong
@@ -89,13 +89,13 @@ const std::vector<Bytes>& brokenTexts() {
       {0xF4, 0x90, 0x80, 0x80, 0x00},              // beyond 10FFFF
       {0xF8, 0x88, 0x80, 0x80, 0x80, 0x00},        // five bytes
       {0xFC, 0x84, 0x80, 0x80, 0x80, 0x80, 0x00},  // six bytes
-      {0xFE, 0xFF, 0x00},                          // no UTF-8 at all
+      {0xFE, 0xFF, 0x00},                          // not UTF-8 at all
       {0xFF, 0xFF, 0xFF, 0xFF},                    //
-      {0xE2, 0x82, 0xAC, 0x00}};                   // right, but not Latin-1
+      {0xE2, 0x82, 0xAC, 0x00}};                   // valid, but not Latin-1
   return texts;
 }
 
-/// Lingo, command and what stands before the text, with another text.
+/// Returns lingo, command and what precedes the text, with another text.
 Bytes withText(const ForgedFrame& frame, std::size_t offset, const Bytes& text) {
   Bytes payload = frame.payload();
   payload.resize(frame.headerSize() + offset);
@@ -173,7 +173,7 @@ std::vector<Forgery> wrongContent(const ForgedFrame& frame) {
   }
 }
 
-/// Not only this time: with every answer of its kind from there on.
+/// Also for every later answer of its kind.
 Forgery fromThereOn(const Forgery& forgery, const ForgedFrame& first) {
   const Lingo lingo = static_cast<Lingo>(first.lingo());
   const uint16_t command = first.command();
@@ -187,7 +187,7 @@ class ListingSweep : public ForgedSweep {};
 
 INSTANTIATE_TEST_SUITE_P(All, ListingSweep, testing::ValuesIn(kScripts));
 
-TEST_P(ListingSweep, TellsWhatNoIpodShould) {
+TEST_P(ListingSweep, SendsWhatNoIpodShould) {
   for (std::size_t at = 0; at < frames.size(); ++at) {
     const ForgedFrame frame(frames[at]);
     for (const Forgery& each : wrongContent(frame)) {

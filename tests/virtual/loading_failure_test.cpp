@@ -1,6 +1,6 @@
-// The library makes its link and semaphores when it is loaded. Every semaphore and every allocation
-// fails, each time in a process of its own: this program, which finds in VIRTUAL_LOADING which one,
-// as "allocation:3:once" or "CreateSemaphoreW:3:always".
+// The library creates its link and semaphores when it is loaded. Every semaphore and every
+// allocation fails, each in a separate process of this program. VIRTUAL_LOADING names the failure:
+// "allocation:3:once" or "CreateSemaphoreW:3:always".
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -22,11 +22,11 @@ using virtual_platform::failuresOf;
 constexpr const char* kVariable = "VIRTUAL_LOADING";
 constexpr const char* kSemaphore = "CreateSemaphoreW";
 constexpr const char* kAllocation = "allocation";
-// The first one alone is made for the library's whole life.
+// Only the first allocation is for the library's whole life.
 constexpr const char* kTheLink = "allocation:0:";
 constexpr std::uint64_t kSeed = 1;
 
-// Without the library's lock the calls do nothing, and leave alone what they would write.
+// Without the library's lock the calls do nothing and write nothing.
 std::vector<std::string> resultsWithoutTheLock() {
   return {"IpodConnect 0",          "IpodGetFirstItem 0 -",         "IpodGetNextItem 0 -",
           "IpodGetItemName 0 - -",  "IpodGetFirstItem 0 -",         "IpodSongPlay 0",
@@ -44,7 +44,7 @@ std::vector<std::string> resultsWithoutTheLink() {
 
 std::size_t madeAtLoading = 0;  // allocations
 
-// Before the library's own objects are made.
+// Runs before the library's own objects are constructed.
 __attribute__((constructor(101))) void failAtLoading() {
   session::setRefusal([] { return failuresOf(kAllocation).strikesNext(); });
   const char* const wanted = std::getenv(kVariable);
@@ -60,8 +60,8 @@ bool isArmed(const char* what) {
   return wanted != nullptr && std::string(wanted).find(what) == 0;
 }
 
-// In the process of its own, at whose end the library goes, too: under a sanitizer without touching
-// what is gone before.
+// Runs in the separate process. The library is destroyed at its end; a sanitizer reports a use of
+// objects that are destroyed before.
 void expectSessionsAroundTheFailure() {
   Calls first;
   Calls second;
@@ -110,12 +110,12 @@ class LoadingFailure : public testing::Test {
   const session::HostFolder folder;
 };
 
-TEST_F(LoadingFailure, DoesNotOutlastItsCauseForAnySemaphore) {
+TEST_F(LoadingFailure, EndsWithItsCauseForAnySemaphore) {
   if (std::getenv(kVariable) != nullptr) {
     if (isArmed(kSemaphore)) expectSessionsAroundTheFailure();
     return;
   }
-  warmUp();  // the lock is made by the first call
+  warmUp();  // the first call creates the lock
   meetAll(kSemaphore, failuresOf(kSemaphore).asked());
 }
 
@@ -127,7 +127,7 @@ TEST_F(LoadingFailure, LeavesAtWorstNoLinkForAnyAllocation) {
   meetAll(kAllocation, madeAtLoading);
 }
 
-// Behind the library's own objects.
+// Runs after the library's own objects are constructed.
 __attribute__((constructor(65535))) void countWhatLoadingMade() {
   madeAtLoading = failuresOf(kAllocation).asked();
 }

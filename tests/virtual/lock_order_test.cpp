@@ -14,7 +14,7 @@ std::string host(int number, const std::string& text) {
 
 std::string reader(const std::string& text) { return "17 library 1: " + text; }
 
-TEST(LockOrder, LetsTheHolderOfTheLockDoEverything) {
+TEST(LockOrder, AllowsEverythingToTheHolderOfTheLock) {
   EXPECT_EQ(findDisorder({host(1, "calls IpodSongPlay"), host(1, kTake),
                           host(1, "WriteFile(device 1, 5): error 0, 5 bytes 55 02 00 06 F8"),
                           host(1, "PostMessageW(0xffff, 0x2400, 0, 0)"),
@@ -49,7 +49,7 @@ TEST(LockOrder, KeepsTheReaderFromTheLock) {
   EXPECT_EQ(findDisorder({reader(kTake)}), reader(kTake) + ", without the lock");
 }
 
-TEST(LockOrder, LetsExportsWithoutTheLockChangeWhatIsTheirs) {
+TEST(LockOrder, AllowsExportsWithoutTheLockToChangeTheirOwnState) {
   EXPECT_EQ(findDisorder({host(1, "calls IpodSetSameIpod"), host(1, "changes the snapshot")}), "");
   const std::string change = host(1, "changes the browse tree");
   EXPECT_EQ(findDisorder({host(1, "calls IpodSetSameIpod"), change}),

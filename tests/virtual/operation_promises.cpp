@@ -7,13 +7,13 @@
 namespace virtual_session {
 namespace {
 
-bool returnsYesOrNo(const Call& call) { return call.result == 0 || call.result == 1; }
+bool returnsYesOrNo(const Effect& effect) { return effect.result == 0 || effect.result == 1; }
 
-bool writesOnSuccess(const Call& call) {
-  return returnsYesOrNo(call) && (call.written.front() == Output::kNothing) == (call.result == 0);
+bool writesOnSuccess(const Effect& effect) {
+  return returnsYesOrNo(effect) && effect.wroteFirst() == (effect.result == 1);
 }
 
-bool succeeds(const Call& call) { return call.result == 1; }
+bool succeeds(const Effect& effect) { return effect.result == 1; }
 
 }  // namespace
 
@@ -34,7 +34,7 @@ const Promises& operationPromises() {
                             {"RequestLingoProtocolVersion", requests(1), writesOnSuccess},
                             {"ResetDbSelection", requests(1), returnsYesOrNo},
                             {"GetDbRecordCount", requests(1), writesOnSuccess},
-                            // Records that came before a time-out stay.
+                            // Records that arrived before a time-out stay.
                             {"RetrieveDbRecords", requests(kRecordsAtOnce), returnsYesOrNo},
                             {"SelectDbRecord", requests(0, 1), returnsYesOrNo},
                             {"SelectSortDbRecord", requests(0, 1), returnsYesOrNo},

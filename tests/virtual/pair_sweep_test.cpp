@@ -1,4 +1,4 @@
-// Two faults: in one session, and in two sessions one behind the other.
+// Two faults: in one session, and in two successive sessions.
 #include "support/counted_heap.h"
 #include "support/replay.h"
 #include "virtual/disturbances.h"
@@ -10,7 +10,7 @@ namespace {
 
 using virtual_platform::failuresOf;
 
-/// Those of the same kind at two places come one behind the other only.
+/// Two faults of the same kind at two places can only occur one after the other.
 bool canMeet(const Disturbance& first, const Disturbance& second) {
   return first.slot != second.slot;
 }
@@ -25,8 +25,8 @@ class PairSweep : public Sweep {
   }
   ~PairSweep() override { session::setRefusal(nullptr); }
 
-  /// Every ordered pair, each with an order of the threads of its own. Struck are those pairs of
-  /// which both came to pass.
+  /// Tries every ordered pair, each with its own order of the threads. A pair has struck if both of
+  /// its faults occurred.
   void tryPairs(const TryPair& tryPair) {
     ASSERT_GT(disturbances.size(), 60u);
     for (const Disturbance& first : disturbances) {
@@ -35,7 +35,7 @@ class PairSweep : public Sweep {
     }
     strikes = bothStruck;
     if (isReplay()) return;
-    EXPECT_GT(strikes, cases / 3);  // the first one often ends what the second one is in
+    EXPECT_GT(strikes, cases / 3);  // the first fault often prevents the second
   }
 
   void tryTogether(const Disturbance& first, const Disturbance& second) {
@@ -54,8 +54,8 @@ class PairSweep : public Sweep {
     tryPoint(made);
   }
 
-  void tryOneBehindTheOther(const Disturbance& first, const Disturbance& second) {
-    Case made = pairIn("behind", second, first);
+  void tryOneAfterTheOther(const Disturbance& first, const Disturbance& second) {
+    Case made = pairIn("after", second, first);
     bool firstStruck = false;
     made.disturb = first.strike;
     made.hasStruck = [&](VirtualSession& session) {
@@ -89,7 +89,7 @@ TEST_F(PairSweep, InOneSession) {
 
 TEST_F(PairSweep, InOneSessionAndInTheNext) {
   tryPairs([this](const Disturbance& first, const Disturbance& second) {
-    tryOneBehindTheOther(first, second);
+    tryOneAfterTheOther(first, second);
   });
 }
 

@@ -15,14 +15,15 @@ using simulator::Personality;
 using virtual_platform::Direction;
 using virtual_platform::Loss;
 
-// An acknowledgement is awaited a second anew behind a refusal, which comes when the iPod likes.
+// After a refusal, which can arrive at any time, the library waits another second for the
+// acknowledgement.
 constexpr std::chrono::seconds kRefusals(1);
 
-// The last frame of each direction, in every way; in some orders of the threads the link closes
-// before it is read.
+// The last frame of each direction, pulled in every way. In some orders of the threads the link
+// closes before it is read.
 constexpr int kFarewells = 10;
 
-/// The models, and what one of them does otherwise.
+/// The models, and one model with other behaviour.
 std::vector<std::string> kinds() {
   std::vector<std::string> all = simulator::personalityNames();
   for (const char* const setting : {"silent-identifications=1",
@@ -61,7 +62,7 @@ std::vector<std::string> kinds() {
   return all;
 }
 
-/// The screen stays as small as the script's, whose promises are reckoned with its rows.
+/// The screen stays as small as the script's, because the script's bounds depend on its rows.
 Personality personalityOf(const std::string& kind, const Personality& usual) {
   Personality other = usual;
   if (kind.find('=') != std::string::npos) {
@@ -73,7 +74,7 @@ Personality personalityOf(const std::string& kind, const Personality& usual) {
   return other;
 }
 
-/// The script with an iPod of this kind, and what it returns then.
+/// Returns the script with an iPod of this kind, and with its results.
 Script scriptWith(const Script& usual, const std::string& kind) {
   Script script = usual;
   script.model = personalityOf(kind, usual.model);

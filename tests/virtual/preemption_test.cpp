@@ -1,5 +1,5 @@
-// A thread loses the processor at each place where it can, until no other thread can run. Nothing
-// is lost by that, and no call waits longer.
+// A thread is preempted at each possible place until no other thread can run. Nothing is lost, and
+// no call waits longer.
 #include <gtest/gtest.h>
 #include <ipodctl.h>
 
@@ -36,7 +36,7 @@ std::string playShort(VirtualSession& session) {
   return resultsOf(calls) == shortScript().results ? faultOfTimes(calls) : "another result";
 }
 
-/// The iPod reports positions, which nobody awaits, just before each command.
+/// The iPod reports unsolicited positions just before each command.
 std::string commandBesidePositions(VirtualSession& session) {
   constexpr int kCommands = 5;
   Host host(session.world);
@@ -80,7 +80,7 @@ std::string takeTheFirstMessage(VirtualSession& session) {
   return session.world.now() - start <= milliseconds(1) ? "" : "waits for the message";
 }
 
-/// The reader of one link fails and closes all while another link is destroyed.
+/// The reader of one link fails and closes all links while another link is destroyed.
 std::string destroyBesideAFailureAfter(VirtualSession& session, Time delay) {
   simulator::SimulatedIpod otherIpod({}, simulator::smallLibrary());
   VirtualIpod otherCable(otherIpod, simulator::FrameKind::kUsb);

@@ -19,7 +19,7 @@ bool overlap(const Call& one, const Call& other) {
          other.start < one.start + one.took;
 }
 
-/// How long others can have kept the library lock from a call.
+/// Returns how long other calls can have kept the library lock from a call.
 Time longestWait(const Call& call, const Calls& calls, const Promises& promises) {
   return std::accumulate(calls.begin(), calls.end(), Time(0), [&](Time sum, const Call& other) {
     const Promise* const promise = overlap(call, other) ? promiseOf(other, promises) : nullptr;
@@ -41,8 +41,8 @@ std::string complaint(const Call& call) {
          (call.isIntact ? "" : ", and wrote where it may not");
 }
 
-/// A connection is there from the call that says so to the next one that closes it. The first call
-/// about it tells nothing of what was before.
+/// A connection exists from the call that reports it to the next one that closes it. The state
+/// before the first such call is unknown.
 const Call* contradiction(const Calls& calls) {
   int isConnected = -1;
   for (const Call& call : calls) {

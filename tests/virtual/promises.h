@@ -9,30 +9,30 @@
 
 namespace virtual_session {
 
-/// What is known of a call, whatever the iPod does.
+/// What a call promises, whatever the iPod does.
 struct Promise {
-  const char* name;                   ///< as a Call's
+  std::string name;                   ///< as a Call's
   std::chrono::milliseconds longest;  ///< with an iPod that falls silent at any moment
-  bool (*allows)(const Call&);        ///< whether the header has such a result
+  bool (*allows)(const Effect&);      ///< whether it can have such an effect
   bool waitsForOthers = true;         ///< for the calls of other threads that hold the lock
 };
 
 using Promises = std::vector<Promise>;
 
-/// Those of the 35 exports.
+/// Returns the promises of the 35 exports.
 const Promises& exportPromises();
 
-/// Those of the controller's operations.
+/// Returns the promises of the controller's operations.
 const Promises& operationPromises();
 
-/// Empty, or what a call did that it may not: took too long, returned or wrote what it never does,
-/// touched what it was not given, or contradicted the calls before about the connection. A call may
-/// wait besides for those of other threads that were made meanwhile, and for so long as the device
-/// keeps it waiting.
+/// Returns "", or what a call did against its promise: it took too long, returned or wrote an
+/// illegal value, wrote outside its buffers, or contradicted earlier calls about the connection. A
+/// call may also wait for simultaneous calls of other threads, and for `stall` as long as the
+/// device makes it wait.
 std::string findFault(const Calls& calls, const Promises& promises, Time stall = Time(0));
 
-/// How long an export may take with an iPod that answers at once: a connection pauses, and a
-/// disconnection looks every tenth of a second whether the reader has ended.
+/// Returns how long an export may take with an iPod that answers at once: a connection pauses, and
+/// a disconnection checks every tenth of a second whether the reader has ended.
 Time longestWithAQuickIpod(const Call& call);
 
 /// The longest time for each export.

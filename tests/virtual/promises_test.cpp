@@ -1,4 +1,4 @@
-// What the sweeps notice of a call.
+// What the sweeps find wrong with a call.
 #include "virtual/promises.h"
 
 #include <gtest/gtest.h>
@@ -18,14 +18,14 @@ Call callThat(const std::string& name, int result, const std::vector<std::string
 
 std::string faultOf(const Call& call) { return findFault({call}, exportPromises()); }
 
-TEST(FindFault, NamesACallThatTakesTooLong) {
+TEST(FindFault, ReportsACallThatTakesTooLong) {
   const Time second = std::chrono::seconds(1);
   EXPECT_EQ(faultOf(callThat("IpodGetName", 0, {"Pod"}, second)), "");
   EXPECT_EQ(faultOf(callThat("IpodGetName", 0, {"Pod"}, 2 * second)),
             "IpodGetName 0 Pod after 2000 ms");
 }
 
-TEST(FindFault, AllowsForTheCallsOfOtherThreadsMeanwhile) {
+TEST(FindFault, AllowsForSimultaneousCallsOfOtherThreads) {
   const Time second = std::chrono::seconds(1);
   Call other = callThat("IpodGetSerialNumber", 0, {"-"}, second);
   other.thread = 1;
@@ -35,14 +35,14 @@ TEST(FindFault, AllowsForTheCallsOfOtherThreadsMeanwhile) {
   EXPECT_NE(findFault({other, late}, exportPromises()), "");
 }
 
-TEST(FindFault, NamesACallThatWaitsForOthersAlthoughItTakesNoLock) {
+TEST(FindFault, ReportsACallThatWaitsForOthersAlthoughItTakesNoLock) {
   Call other = callThat("IpodGetSerialNumber", 0, {"-"}, std::chrono::seconds(1));
   other.thread = 1;
   const Time late = std::chrono::milliseconds(900);
   EXPECT_NE(findFault({other, callThat("IpodIsConnect", 1, {}, late)}, exportPromises()), "");
 }
 
-TEST(FindFault, NamesACallThatReturnsOrWritesWhatItNeverDoes) {
+TEST(FindFault, ReportsACallThatReturnsOrWritesAnIllegalValue) {
   EXPECT_NE(faultOf(callThat("IpodConnect", 2, {})), "");
   EXPECT_NE(faultOf(callThat("IpodGetShuffleMode", 0, {"4"})), "");
   EXPECT_NE(faultOf(callThat("IpodGetTrackIndex", 0, {"3"})), "");
@@ -52,7 +52,7 @@ TEST(FindFault, NamesACallThatReturnsOrWritesWhatItNeverDoes) {
   EXPECT_NE(faultOf(callThat("Nobody", 0, {})), "");
 }
 
-TEST(FindFault, NamesACallThatWritesBesideItsRoom) {
+TEST(FindFault, ReportsACallThatWritesOutsideItsBuffer) {
   Text text(2);
   EXPECT_TRUE(text.isIntact());
   text.data()[0] = 'A';
@@ -66,7 +66,7 @@ TEST(FindFault, NamesACallThatWritesBesideItsRoom) {
   EXPECT_EQ(faultOf(call), "IpodGetName 0 A after 0 ms, and wrote where it may not");
 }
 
-TEST(FindFault, NamesAContradictionAboutTheConnection) {
+TEST(FindFault, ReportsAContradictionAboutTheConnection) {
   const Call yes = callThat("IpodIsConnect", 1, {});
   const Call no = callThat("IpodIsConnect", 0, {});
   const auto fault = [](const Calls& calls) { return findFault(calls, exportPromises()); };

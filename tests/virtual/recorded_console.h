@@ -5,8 +5,8 @@
 
 namespace virtual_session {
 
-/// While one lives, what is printed is not shown: each line goes to the trace of the world that
-/// runs, "prints IPod connected".
+/// While a RecordedConsole lives, printed lines are not shown. Each becomes a line in the trace of
+/// the running world, "prints IPod connected".
 class RecordedConsole {
  public:
   RecordedConsole();

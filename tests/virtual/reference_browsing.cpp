@@ -10,7 +10,7 @@ void lookAtTheEntry(Host& host) {
   host.entryName("IpodGetItemName", IpodGetItemName);
 }
 
-/// To the entry behind and the one before.
+/// Moves to the next entry and back.
 void moveAbout(Host& host) {
   host.move("IpodGetNextItem", IpodGetNextItem);
   lookAtTheEntry(host);
@@ -56,7 +56,7 @@ void browsePlaylists(Host& host) {
   host.call("IpodGetNumberOfPlaylist", IpodGetNumberOfPlaylist);
 }
 
-/// In tabs, in the items of one, and down to the tracks of an album and up again.
+/// Moves among tabs, among the items of one, down to the tracks of an album and up again.
 void browseArtists(Host& host) {
   host.open(0, IPOD_ARTISTS);
   readTabs(host);
@@ -85,7 +85,7 @@ void browseArtists(Host& host) {
   host.command(IPOD_NEXT_GROUP);
 }
 
-/// With the artists themselves remembered, from the fourth track of all on.
+/// The snapshot is the list of artists itself; the steps begin at the fourth of all tracks.
 void stepAmongArtists(Host& host) {
   host.open(0, IPOD_ARTISTS);
   remember(host);
@@ -96,7 +96,7 @@ void stepAmongArtists(Host& host) {
   host.number("IpodGetTrackIndex", IpodGetTrackIndex);
 }
 
-/// All tracks of the long one, in tabs.
+/// Moves among all tracks of the long album, in tabs.
 void browseAlbums(Host& host) {
   host.open(0, IPOD_ALBUMS);
   moveAbout(host);

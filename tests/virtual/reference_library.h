@@ -8,17 +8,18 @@
 
 namespace virtual_session {
 
-/// With a screen of few pixels.
+/// Its screen has few pixels.
 simulator::Personality referenceModel();
 
-/// 37 artists of a track each, but the first one has two, in two albums; so many that artists
-/// and the tracks of the second album are in tabs. One audiobook, one podcast, and four playlists.
+/// 37 artists in two albums. The first artist has two tracks, the others one each. The artists and
+/// the tracks of the second album are so many that they are in tabs. One audiobook, one podcast and
+/// four playlists.
 simulator::MusicLibrary referenceLibrary();
 
 /// As large as the screen is wide, with a white row above it.
 std::string referenceLogo();
 
-/// What the reference session and the one on a serial line come to.
+/// The results of the reference session and of the session on a serial line.
 std::vector<std::string> referenceResults();
 std::vector<std::string> serialResults();
 

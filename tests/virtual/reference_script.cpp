@@ -9,7 +9,7 @@
 namespace virtual_session {
 namespace {
 
-// Longer than an answer may be late that is still taken.
+// Longer than the delay of an answer that is still accepted.
 constexpr DWORD kPauseMilliseconds = 1200;
 // "Previous" restarts a track from three seconds on.
 constexpr DWORD kIntoATrackMilliseconds = 4000;
@@ -32,7 +32,7 @@ void setModes(Host& host, int mode) {
   host.call("IpodSetRepeatMode", [mode] { return IpodSetRepeatMode(mode); });
 }
 
-/// Whatever the session before left.
+/// Resets what the previous session left.
 void startAfresh(Host& host) {
   host.call("IpodSetSameIpod", [] {
     IpodSetSameIpod(0);
@@ -58,7 +58,8 @@ void pauseAndPlay(Host& host) {
   host.command(IPOD_TOGGLE_PLAY_PAUSE);
 }
 
-/// Back from the first track, on from the last one, to the start of one, and to the one before.
+/// Skips back from the first track, forward from the last one, to the start of one, and to the
+/// previous one.
 void skip(Host& host) {
   host.play(0);
   host.command(IPOD_PREVIOUS_TRACK);
@@ -95,7 +96,8 @@ void changeModes(Host& host) {
   }
 }
 
-/// What the iPod says unasked: a sample rate between the requests, the position before an answer.
+/// The iPod sends unsolicited messages: a sample rate between the requests, the position before an
+/// answer.
 void listen(VirtualSession& session, Host& host) {
   constexpr uint32_t kNewSampleRate = 32000;
   host.play(2);
@@ -109,7 +111,7 @@ void listen(VirtualSession& session, Host& host) {
   readWhatPlays(host);
 }
 
-/// The snapshot is gone, and with it the step.
+/// Clears the snapshot, so that the step does nothing.
 void leave(Host& host) {
   for (const int same : {1, 0}) {
     host.call("IpodSetSameIpod", [same] {

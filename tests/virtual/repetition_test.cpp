@@ -1,6 +1,5 @@
-// A session is the same, call by call of the platform, whatever the sessions before it were:
-// nothing but what is said to be kept is kept. Each test begins in a process that has had no
-// session.
+// A session makes the same calls of the platform whatever the sessions before it were: the library
+// keeps only what it promises to keep. Each test begins in a process that has had no session.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <isochplay_desk.h>
@@ -32,7 +31,7 @@ using Disturb = std::function<void(VirtualSession&)>;
 
 void disturbNothing(VirtualSession&) {}
 
-/// Everything that the iPod says in the Extended Interface lingo is changed so.
+/// Changes every message of the iPod in the Extended Interface lingo.
 Disturb changed(std::vector<ComingFrame> (*change)(std::size_t number, const ForgedFrame& frame)) {
   return [change](VirtualSession& session) {
     session.cable.rewrite([change](std::size_t number, const Bytes& bytes) {
@@ -60,15 +59,15 @@ struct Session {
 
 void PrintTo(const Session& session, std::ostream* stream) { *stream << session.name; }
 
-/// Without what a look at a signal found: the end of a session may leave it set, and the next start
-/// resets it.
+/// Omits the result of a look at a signal: the end of a session may leave it set, and the next
+/// start resets it.
 std::string withoutSignal(const std::string& line) {
   const std::size_t look = line.find(", 0) = ");
   const bool isOfASignal = look != std::string::npos && line.find("semaphore") < look;
   return isOfASignal ? line.substr(0, look) : line;
 }
 
-/// What the platform was asked, and what the calls returned and wrote.
+/// The calls of the platform, and what the exports returned and wrote.
 Lines recordOf(const Session& each) {
   VirtualSession session(kSeed, scriptCalled(each.script));
   each.disturb(session);
@@ -96,7 +95,7 @@ std::vector<Session> allSessions() {
   return all;
 }
 
-/// What comes between: other sessions, and some that end badly.
+/// The sessions in between: others, and some that fail.
 std::vector<Session> histories() {
   constexpr std::size_t kPulledAt = 900;
   std::vector<Session> all = allSessions();
@@ -113,7 +112,7 @@ std::vector<Session> histories() {
 
 class Repetition : public testing::TestWithParam<Session> {
  protected:
-  // What the first one makes for all.
+  // The first session creates all permanent objects.
   Repetition() {
     libraryLock.ensure();
     SerialHost::prepare();

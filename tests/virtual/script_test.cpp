@@ -1,4 +1,4 @@
-// The sessions that the sweeps disturb, undisturbed, and what is known of every export.
+// The sessions that the sweeps disturb, here undisturbed, and the promises of every export.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ using virtual_platform::failuresOf;
 
 using Names = std::set<std::string>;
 
-/// Those that the library exports.
+/// Returns the names that the library exports.
 Names exportsOfTheLibrary() {
   const std::regex line("\\s+(\\w+) @\\d+");
   std::ifstream definition(EXPORTS);
@@ -53,7 +53,7 @@ class ScriptTest : public testing::TestWithParam<const char*> {
  protected:
   ScriptTest() { warmUp(script); }
 
-  static void tell(const char* what, std::size_t count) {
+  static void report(const char* what, std::size_t count) {
     RecordProperty(what, static_cast<int>(count));
   }
 
@@ -63,7 +63,7 @@ class ScriptTest : public testing::TestWithParam<const char*> {
 
 INSTANTIATE_TEST_SUITE_P(All, ScriptTest, testing::ValuesIn(kScripts));
 
-TEST_P(ScriptTest, ComesToTheSameWhateverTheOrderOfTheThreads) {
+TEST_P(ScriptTest, HasTheSameResultsInEveryOrderOfTheThreads) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     const OpenThings before = openThings();
     {
@@ -77,7 +77,7 @@ TEST_P(ScriptTest, ComesToTheSameWhateverTheOrderOfTheThreads) {
   }
 }
 
-// The sweeps multiply it.
+// The sweeps repeat the script very often.
 TEST_P(ScriptTest, IsSmall) {
   Failures& allocations = failuresOf("allocation");
   const std::size_t before = allocations.asked();
@@ -89,13 +89,13 @@ TEST_P(ScriptTest, IsSmall) {
   session::setRefusal(nullptr);
   const std::size_t bytes = session.cable.passed(Direction::kFromIpod);
   EXPECT_LT(bytes, 4096u);
-  tell("bytes_from_ipod", bytes);
-  tell("bytes_to_ipod", session.cable.passed(Direction::kToIpod));
-  tell("frames_from_ipod", session.ipod.counters().messagesSent);
-  tell("frames_to_ipod", session.ipod.counters().messagesReceived);
-  tell("platform_calls", session.world.trace().size());
-  tell("allocations", allocations.asked() - before);
-  tell("microseconds", static_cast<std::size_t>(took / microseconds(1)));
+  report("bytes_from_ipod", bytes);
+  report("bytes_to_ipod", session.cable.passed(Direction::kToIpod));
+  report("frames_from_ipod", session.ipod.counters().messagesSent);
+  report("frames_to_ipod", session.ipod.counters().messagesReceived);
+  report("platform_calls", session.world.trace().size());
+  report("allocations", allocations.asked() - before);
+  report("microseconds", static_cast<std::size_t>(took / microseconds(1)));
 }
 
 class Reference : public testing::Test {
@@ -103,13 +103,13 @@ class Reference : public testing::Test {
   const session::HostFolder folder;
 };
 
-TEST_F(Reference, HasEveryExport) {
+TEST_F(Reference, CallsEveryExport) {
   const Names all = exportsOfTheLibrary();
   EXPECT_EQ(all.size(), 35u);
   EXPECT_EQ(exportsOf(callsOf(referenceScript())), all);
 }
 
-TEST_F(Reference, GivesEveryCommand) {
+TEST_F(Reference, SendsEveryCommand) {
   const Calls calls = callsOf(referenceScript());
   for (int code = 1; code <= 14; ++code) {
     const std::string name = "IpodCommand(" + std::to_string(code) + ")";
@@ -129,7 +129,7 @@ TEST_F(Reference, ShowsTheLogo) {
   EXPECT_TRUE(shown);
 }
 
-TEST(Promises, AreMadeForEveryExport) {
+TEST(Promises, CoverEveryExport) {
   LongestTimes longest;
   for (const Promise& promise : exportPromises()) {
     Time& known = longest[exportOf(promise.name)];

@@ -13,7 +13,7 @@ namespace virtual_session {
 
 class VirtualSession;
 
-/// What a host does with an iPod from the connection to its end.
+/// What a host does with an iPod from the connection to the disconnection.
 struct Script {
   const char* name;
   const char* device;
@@ -22,21 +22,20 @@ struct Script {
   simulator::MusicLibrary library;
   std::string logo;  ///< the content of the logo's file; empty: there is none
   std::function<void(VirtualSession&, Host&)> play;
-  std::vector<std::string> results;  ///< as resultsOf, with an iPod that nobody disturbs
+  std::vector<std::string> results;  ///< as resultsOf, of an undisturbed session
   const Promises& promises;
-  int latest;  ///< ms: an answer that comes so late is still taken
+  int latest;  ///< ms: an answer so late is still accepted
 };
 
-/// A request waits for a second; the reader of a serial line looks for bytes every tenth of it.
+/// A request waits for a second. The reader of a serial line looks for bytes every 100 ms.
 constexpr int kLatestOnUsb = 900;
 constexpr int kLatestOnASerialLine = 700;
 
-/// Connects, looks at the artists, plays the tracks of one, follows a new sample rate and
-/// disconnects.
+/// Connects, lists the artists, plays the tracks of one, follows a new sample rate and disconnects.
 const Script& shortScript();
 
-/// Every export, and all that it can do: each kind of list in tabs and in items, forward, backward,
-/// down and up again, every command, every mode and text, the logo, sample rates and notifications.
+/// Uses all of every export: each kind of list in tabs and in items, forward, backward, down and
+/// up, every command, every mode and text, the logo, sample rates and notifications.
 const Script& referenceScript();
 
 /// The same on a serial line, which only the controller's operations can use.

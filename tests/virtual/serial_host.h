@@ -9,10 +9,11 @@
 
 namespace virtual_session {
 
-/// What an operation put into its references.
+/// What an operation wrote to its references.
 class Said final : public Output {
  public:
   bool isIntact() const override { return true; }
+  bool isFull() const override { return false; }
   std::string words() const override { return text; }
 
   void say(const ipodctl::ByteString& said) {
@@ -22,7 +23,7 @@ class Said final : public Output {
   void say(const ipodctl::ImageLimits& said) {
     text = std::to_string(said.width) + "x" + std::to_string(said.height);
   }
-  /// In the order of their indexes: one that is late comes last.
+  /// In the order of their indexes: a late one arrives last.
   void say(const ipodctl::RecordList& said) {
     std::map<uint32_t, const ipodctl::ByteString*> names;
     for (const ipodctl::RecordEntry& entry : said)
@@ -31,21 +32,21 @@ class Said final : public Output {
     for (const auto& [index, name] : names)
       append(*name);
   }
-  template <class Number>
-  void say(Number said) {
+  template <class Value>
+  void say(Value said) {
     text = std::to_string(static_cast<uint32_t>(said));
   }
 
  private:
   void append(const ipodctl::ByteString& said) {
     for (uint32_t i = 0; i < said.size(); ++i)
-      text += wordsOf(static_cast<unsigned char>(said[i]));
+      text += exports::wordsOf(static_cast<unsigned char>(said[i]));
   }
 
   std::string text = kNothing;
 };
 
-/// A host of the controller, which lives as long as the program, and so does its link.
+/// A host of the controller. The controller and its link live as long as the program.
 class SerialHost {
  public:
   explicit SerialHost(Host& caller) : host(caller) {}

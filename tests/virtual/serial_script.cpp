@@ -1,4 +1,4 @@
-// The controller's operations, which alone can use a serial line.
+// The controller's operations: only they can use a serial line.
 #include <windows.h>
 
 #include "virtual/reference_library.h"
@@ -104,7 +104,7 @@ void readTexts(SerialHost& host) {
   });
 }
 
-/// Off first, whatever the session before left.
+/// Off first, whatever the previous session left.
 void changeModes(SerialHost& host) {
   host.act("SetShuffle", [](Controller& c) { return c.SetShuffle(PlayMode::kOff); });
   host.act("SetRepeat", [](Controller& c) { return c.SetRepeat(PlayMode::kOff); });
@@ -114,7 +114,7 @@ void changeModes(SerialHost& host) {
   host.ask<Mode>("GetRepeat", [](Controller& c, Mode& mode) { return c.GetRepeat(mode); });
 }
 
-/// A new sample rate goes to the handler: nothing is left for who waits for it.
+/// The handler receives a new sample rate, so a thread that waits for it gets nothing.
 void listen(VirtualSession& session, SerialHost& host) {
   session.ipod.announceSampleRate(session.world.now(), kNewSampleRate);
   Sleep(kPauseMilliseconds);

@@ -1,4 +1,4 @@
-// Sessions in virtual time: the exports, the reader thread and a simulated iPod.
+// Sessions in simulated time: the exports, the reader thread and a simulated iPod.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -34,7 +34,7 @@ Trace traceOfASession(std::uint64_t seed) {
   return session.world.trace();
 }
 
-TEST_F(VirtualSessionTest, PlaysWhateverTheOrderOfTheThreads) {
+TEST_F(VirtualSessionTest, PlaysInEveryOrderOfTheThreads) {
   for (std::uint64_t seed = 1; seed <= 200; ++seed) {
     const OpenThings before = openThings();
     {
@@ -55,7 +55,7 @@ TEST_F(VirtualSessionTest, RunsTheSameWithTheSameSeed) {
   EXPECT_NE(first, traceOfASession(6));
 }
 
-TEST_F(VirtualSessionTest, TakesTheTimeOfTheIpodAndNotOfTheDesk) {
+TEST_F(VirtualSessionTest, TakesTheTimeOfTheIpodAndNotOfTheLinuxHost) {
   VirtualSession session(1);
   ASSERT_EQ(session.run([&] { session.play(); }), "");
   EXPECT_GT(session.world.now(), milliseconds(200));
@@ -103,14 +103,14 @@ INSTANTIATE_TEST_SUITE_P(Loss, LostIpod,
                          testing::Values(Loss::kEndOfFile, Loss::kReadError, Loss::kWriteError,
                                          Loss::kSilence, Loss::kGone));
 
-TEST_P(LostIpod, LeavesNothingBehindAndCanBeConnectedAgain) {
+TEST_P(LostIpod, LeavesNothingOpenAndCanBeConnectedAgain) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     const OpenThings before = openThings();
     {
       VirtualSession session(seed);
       Calls lost, again;
       session.world.spawn([&] {
-        Sleep(500);  // beside what plays
+        Sleep(500);  // while the track plays
         session.cable.unplug(session.world.now(), GetParam());
       });
       ASSERT_EQ(session.run([&] {

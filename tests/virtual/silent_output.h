@@ -7,7 +7,7 @@
 
 namespace virtual_session {
 
-/// Leaves out what is printed while it lives.
+/// Hides what is printed while it lives.
 class SilentOutput {
  public:
   SilentOutput() : before(moveOutput()) {

@@ -1,4 +1,4 @@
-// An iPod that takes no more of what is written, and is pulled while somebody waits to write.
+// An iPod accepts no more bytes, and is pulled while a thread waits to write.
 #include <ipodctl.h>
 
 #include <string>
@@ -15,7 +15,7 @@ using virtual_platform::Direction;
 using virtual_platform::Loss;
 
 constexpr milliseconds kShort(100);
-constexpr milliseconds kLong(3000);  // the waits of those behind the writer end before
+constexpr milliseconds kLong(3000);  // the waits of the threads after the writer end earlier
 
 Case stalledCase(const Script& script, std::size_t at, milliseconds patience, Loss loss) {
   Case made{script,
@@ -64,7 +64,7 @@ void ask(Host& host) {
 
 void disconnect(Host& host) { host.call("IpodDisconnect", IpodDisconnect); }
 
-/// A second thread of the host that does this as soon as a write waits, or when none comes to.
+/// A second thread of the host that does this as soon as a write waits, or if none ever waits.
 void spawnBeside(VirtualSession& session, void (*calls)(Host&)) {
   session.spawn([&session, calls](Host& host) {
     for (int i = 0; i < 300 && !session.cable.hasStoppedReading(); ++i)
@@ -79,13 +79,13 @@ class CompanionSweep : public Sweep, public testing::WithParamInterface<Loss> {
     const std::size_t bytes = bytesOfASession(shortScript(), Direction::kToIpod);
     for (std::size_t at = 0; at < bytes; ++at) {
       Case made = stalledCase(shortScript(), at, kLong, GetParam());
-      made.place += ":beside-" + what;
+      made.place += ":during-" + what;
       made.disturb = [disturb = made.disturb, calls](VirtualSession& session) {
         disturb(session);
         spawnBeside(session, calls);
       };
       made.hasStruck = [=](VirtualSession& session) {
-        EXPECT_EQ(findFault(session.beside, exportPromises(), stallOfTheCalls), "") << at;
+        EXPECT_EQ(findFault(session.meanwhile, exportPromises(), stallOfTheCalls), "") << at;
         return session.cable.hasStoppedReading();
       };
       tryPoint(made);
@@ -105,8 +105,8 @@ TEST_P(CompanionSweep, QuestionsWithoutTheLockAreAnsweredAtOnce) {
   tryBesideEachByte("questions", ask, Time(0));
 }
 
-// It waits for the lock, which the other calls of the session may get before it.
-TEST_P(CompanionSweep, DisconnectEndsBehindTheStall) {
+// It waits for the lock, which other calls of the session may take first.
+TEST_P(CompanionSweep, DisconnectEndsAfterTheStall) {
   constexpr milliseconds kSession(30000);
   tryBesideEachByte("disconnect", disconnect, kLong + kSession);
 }

@@ -19,7 +19,7 @@ bool beginsWithOneOf(Text text, std::initializer_list<Text> beginnings) {
                      [&](Text beginning) { return text.substr(0, beginning.size()) == beginning; });
 }
 
-/// A line of a trace, which must live on: "300316 host 1: calls IpodDisconnect".
+/// A line of a trace that outlives this object: "300316 host 1: calls IpodDisconnect".
 struct Event {
   explicit Event(Text line) {
     const std::size_t time = line.find(' ');
@@ -58,7 +58,7 @@ bool needsTheLock(const Event& event) {
                           "StopIpod", "CreateFileW", "CreateThread", "changes", "sets"});
 }
 
-/// What an export does without the lock.
+/// What an export may do without the lock.
 bool isFree(const Event& event, Text call) {
   if (call == "IpodConnect") {
     return beginsWithOneOf(event.text, {"prints Tavrel version", "prints IpodConnect start"});

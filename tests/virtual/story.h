@@ -7,7 +7,7 @@ namespace virtual_session {
 
 using Lines = std::vector<std::string>;
 
-/// What a host, an iPod and the audio library see of a trace, in order and without its times:
+/// The lines of a trace that a host, an iPod and the audio library see, in order and without times:
 ///
 ///     calls IpodSongPlay
 ///     takes the library's lock
@@ -16,15 +16,15 @@ using Lines = std::vector<std::string>;
 ///     releases the library's lock
 ///     returns 0
 ///
-/// Lines of the reader begin with "reader: ". Left out is how the threads wait for each other.
+/// Lines of the reader begin with "reader: ". How the threads wait for each other is omitted.
 Lines storyOf(const Lines& trace);
 
-/// Whether a line of a trace is of the library's state.
+/// Returns whether a line of a trace is about the library's state.
 bool tellsOfState(const std::string& line);
 
-/// Empty, or the first line of a trace of exports that was done without the library's lock and may
-/// not: to talk to the iPod, the audio library, the host and the console, and to change what the
-/// library knows, is for the one who holds it.
+/// Returns "", or the first line of a trace of exports that needs the library's lock and happened
+/// without it. Only the holder of the lock may call the iPod, the audio library, the host and the
+/// console, and change the library's state.
 std::string findDisorder(const Lines& trace);
 
 }  // namespace virtual_session

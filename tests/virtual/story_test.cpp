@@ -36,7 +36,7 @@ Lines joined(const std::vector<Lines>& parts) {
 
 class Story : public testing::Test {
  protected:
-  /// With the iPod of the reference, after a whole session and `before`, `act` has these lines.
+  /// Expects these lines of `act` with the reference iPod, after a whole session and `before`.
   static void expect(const Act& before, const Act& act, const Lines& lines) {
     for (uint64_t seed = 1; seed <= kOrders; ++seed) {
       warmUp(referenceScript());
@@ -84,7 +84,7 @@ void remember(VirtualSession&, Host& host) {
 
 // ---------------------------------------------------------------- connections
 
-// Of the iPod before, the library knows that it has the commands play and pause.
+// The library remembers that the previous iPod has the commands play and pause.
 const Lines kBegins{"calls IpodConnect",
                     "prints Tavrel version is 01.29",
                     "prints IpodConnect start",
@@ -149,7 +149,7 @@ TEST_F(Story, OfAConnection) {
                  kIsConnected}));
 }
 
-/// Has the iPod announce a rate before it acknowledges the Extended Interface mode.
+/// Makes the iPod announce a rate before it acknowledges the Extended Interface mode.
 void announceARateWithTheMode(VirtualSession& session) {
   session.cable.rewrite([](std::size_t, const Bytes& bytes) {
     const ForgedFrame frame(bytes);
@@ -199,7 +199,7 @@ TEST_F(Story, OfANewSampleRate) {
 
 // ---------------------------------------------------------------- calls under the lock
 
-/// A call between the taking of the lock and its release.
+/// Returns the lines of a call between the taking and the release of the lock.
 Lines locked(const std::string& call, int result, const Lines& lines) {
   return joined({{"calls " + call, "takes the library's lock"},
                  lines,

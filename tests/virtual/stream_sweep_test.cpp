@@ -1,4 +1,4 @@
-// An iPod that does not stop talking: from a frame on, the same message again and again.
+// An iPod that does not stop sending: after a frame it repeats the same message.
 #include <string>
 #include <vector>
 
@@ -28,7 +28,7 @@ const std::vector<Stream>& streams() {
 
 class StreamSweep : public ForgedSweep {
  protected:
-  /// For so long an acknowledgement can be awaited.
+  /// How long the library can wait for an acknowledgement.
   void streamFromEachFrameOn(const std::string& name, std::size_t count, milliseconds interval,
                              const Forge& after) {
     for (std::size_t number = 0; number < frames.size(); ++number) {
@@ -45,16 +45,16 @@ class StreamSweep : public ForgedSweep {
 
 INSTANTIATE_TEST_SUITE_P(All, StreamSweep, testing::ValuesIn(kScripts));
 
-TEST_P(StreamSweep, GoesOnBesideTheAnswers) {
+TEST_P(StreamSweep, ContinuesBetweenTheAnswers) {
   streamFromEachFrameOn("endless-", 3000, milliseconds(20), nullptr);
 }
 
-TEST_P(StreamSweep, GoesOnInsteadOfTheAnswers) {
+TEST_P(StreamSweep, ContinuesInsteadOfTheAnswers) {
   streamFromEachFrameOn("nothing-but-", 70, milliseconds(900),
                         [](const ForgedFrame&) { return atOnce({}); });
 }
 
-// Nothing else ends a wait for an acknowledgement then.
+// Only the cable ends a wait for an acknowledgement then.
 TEST_P(StreamSweep, EndsWithTheCable) {
   constexpr milliseconds kInterval(400);
   constexpr std::size_t kCount = 1500;
@@ -80,7 +80,7 @@ TEST_P(StreamSweep, EndsWithTheCable) {
   expectStrikes(0.9);
 }
 
-// One record was asked for: the first that comes ends the wait, however many follow.
+// One record was requested: the first that arrives ends the wait, however many follow.
 TEST(RecordStream, KeepsNoNameWaiting) {
   const session::HostFolder folder;
   const Forge stream = streamOf(streams().front().payload, 3000, milliseconds(20));

@@ -22,7 +22,7 @@ using virtual_platform::Direction;
 using virtual_platform::Loss;
 
 constexpr unsigned kCaseSeconds = 60;
-// Of so many points a slice has one.
+// A slice has one of so many points.
 constexpr std::uint64_t kSliceOfTheShort = 13;
 constexpr std::uint64_t kSliceOfTheLong = 211;
 
@@ -36,29 +36,29 @@ bool isInSlice(const Script& script, std::uint64_t point, std::uint64_t thinning
   return isReplay() || std::getenv("VIRTUAL_ALL") != nullptr || point % slice == 0;
 }
 
-// Another one for each test, so that their slices are not all of the same points.
+// It differs for each test, so that their slices do not have the same points.
 std::uint64_t firstPoint() {
   const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
   return std::hash<std::string>()(std::string(test->test_suite_name()) + test->name());
 }
 
-/// A session, and whether something came in between.
+/// A session, and whether the disturbance occurred.
 struct Played {
   Calls calls;
-  Calls beside;                   ///< of other threads of the host, at the same time
+  Calls meanwhile;                ///< of other threads of the host, at the same time
   std::size_t announcements = 0;  ///< of the accessory, to the iPod
   bool struck = false;
 
   Calls all() const {
     Calls both = calls;
-    both.insert(both.end(), beside.begin(), beside.end());
+    both.insert(both.end(), meanwhile.begin(), meanwhile.end());
     return both;
   }
 };
 
-/// One session behind the other.
+/// Successive sessions.
 struct Sessions {
-  std::string failure;  ///< of the world, or of its order
+  std::string failure;  ///< of the world, or of the order of the locks
   Played first;
   Played between;
   Played last;
@@ -75,7 +75,7 @@ Played playOne(VirtualSession& session, const std::function<bool(VirtualSession&
   session.awaitOthers();
   played.announcements = announcementsIn(session) - before;
   played.struck = hasStruck && hasStruck(session);
-  played.beside = std::exchange(session.beside, {});
+  played.meanwhile = std::exchange(session.meanwhile, {});
   return played;
 }
 
@@ -109,7 +109,7 @@ std::vector<std::string> connectionsIn(const std::vector<std::string>& results) 
   return some;
 }
 
-/// Empty, or the first result that is not the usual one.
+/// Returns "", or the first result that is not the usual one.
 std::string findSurprise(const std::vector<std::string>& results,
                          const std::vector<std::string>& usual) {
   const auto [found, expected] =
@@ -120,14 +120,14 @@ std::string findSurprise(const std::vector<std::string>& results,
          (expected != usual.end() ? *expected : nothing);
 }
 
-/// Empty, or why this is no session as it always is.
+/// Returns "", or why this is not the usual session.
 std::string findSurprise(const Case& each, const Calls& calls) {
   const std::vector<std::string>& usual = each.script.results;
   if (each.outcome != Outcome::kConnection) return findSurprise(resultsOf(calls), usual);
   return findSurprise(connectionsIn(resultsOf(calls)), connectionsIn(usual));
 }
 
-/// Empty when nothing is wrong.
+/// Returns "" if nothing is wrong.
 std::string faultOf(const Case& each, const Played& played) {
   const bool mustSucceed = !played.struck || each.outcome == Outcome::kFullSession;
   const std::string surprise = mustSucceed ? findSurprise(each, played.calls) : "";
@@ -135,7 +135,7 @@ std::string faultOf(const Case& each, const Played& played) {
   return findFault(played.all(), each.script.promises, each.stall);
 }
 
-/// The same: nor may what a session leaves behind take one of the next one's attempts.
+/// The same. What a session leaves must not cost an attempt of the next connection either.
 std::string faultOf(const Case& each, const Sessions& played) {
   if (!played.failure.empty()) return played.failure;
   std::string fault = faultOf(each, played.first);
@@ -165,7 +165,7 @@ std::uint64_t ordersOf(const Script& script, std::uint64_t ofTheShort, std::uint
 }
 
 Sweep::Sweep() {
-  // Here, so that no case leaves an entry behind.
+  // Recorded here, so that a single case does not leave an entry.
   for (const char* const name : kScripts) {
     for (const Promise& promise : scriptCalled(name).promises)
       longestTimes[exportOf(promise.name)] = Time(0);
@@ -188,16 +188,15 @@ void Sweep::TearDown() {
 void Sweep::tryCase(const Case& each) {
   if (!isWanted(each.name())) return;
   const LastWords words(replayCommand(each.name()));
-  alarm(kCaseSeconds);  // for each case anew: a sweep may take long
+  alarm(kCaseSeconds);  // restarted for each case: a sweep may take long
   prepare(each.script);
   const OpenThings before = openThings();
   std::string fault;
   {
     const Sessions played = play(each);
     fault = faultOf(each, played);
-    // Beside other threads a call waits for theirs, too, and for a device that stalls without
-    // limit.
-    if (played.first.beside.empty() && each.stall == Time(0))
+    // With other threads a call also waits for theirs, and for a device that stalls without limit.
+    if (played.first.meanwhile.empty() && each.stall == Time(0))
       keepLongest(longestTimes, played.first.calls);
     if (played.first.struck) ++strikes;
   }
@@ -206,7 +205,7 @@ void Sweep::tryCase(const Case& each) {
   ++cases;
 }
 
-// What one script leaves in the library for good, such as the logo, another one does not.
+// A script creates permanent objects in the library, such as the logo, that another does not.
 void Sweep::prepare(const Script& script) {
   if (prepared != &script) warmUp(script);
   prepared = &script;

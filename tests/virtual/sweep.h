@@ -10,18 +10,18 @@
 #include "support/host_folder.h"
 #include "virtual/virtual_session.h"
 
-/// Sessions disturbed at every place, each time from the same start. Whatever happens, calls end in
-/// time with results that they promise and write only where they may, nothing stays open, and the
-/// next session succeeds.
+/// Sessions disturbed at every place, each time from the same start. Whatever happens, calls return
+/// in time with promised results and write only where they may, nothing stays open, and the next
+/// session succeeds.
 ///
-/// A failure tells how to run its case again. VIRTUAL_ALL=1 tries every point of the sweeps that
-/// else try a slice.
+/// A failure prints the command that runs its case again. VIRTUAL_ALL=1 tries every point of the
+/// sweeps that otherwise try a slice.
 namespace virtual_session {
 
 enum class Outcome {
   kAnyPromised,  ///< calls may return whatever they promise
-  kFullSession,  ///< nothing is lost: the calls return what they always do
-  kConnection    ///< as kAnyPromised, and of an undisturbed session only the connection is certain
+  kFullSession,  ///< nothing is lost: the calls return the usual results
+  kConnection    ///< as kAnyPromised; in undisturbed sessions only the connection is certain
 };
 
 struct Case {
@@ -29,7 +29,7 @@ struct Case {
   std::string place;  ///< what is done, and where
   std::uint64_t seed;
   std::function<void(VirtualSession&)> disturb;
-  std::function<bool(VirtualSession&)> hasStruck;  ///< asked behind the disturbed session
+  std::function<bool(VirtualSession&)> hasStruck;  ///< called after the disturbed session
   Outcome outcome = Outcome::kAnyPromised;
   Time stall{0};  ///< how long the device can keep each call waiting
 
@@ -42,12 +42,12 @@ struct Case {
   }
 };
 
-/// How many orders of the threads a sweep tries at each place: so many in a short session, so many
-/// in the long ones.
+/// How many orders of the threads a sweep tries at each place: in the short session and in the long
+/// ones.
 std::uint64_t ordersOf(const Script& script, std::uint64_t ofTheShort, std::uint64_t ofTheLong = 2);
 
-/// Tells the test's report how many cases there were, in how many the disturbance came to pass, and
-/// how long each export took at most.
+/// Records in the test's report how many cases there were, in how many the disturbance occurred,
+/// and how long each export took at most.
 class Sweep : public testing::Test {
  protected:
   Sweep();
@@ -71,7 +71,7 @@ class Sweep : public testing::Test {
   LongestTimes longestTimes;
 };
 
-/// How many bytes of a direction an undisturbed session has.
+/// Returns how many bytes an undisturbed session has in a direction.
 std::size_t bytesOfASession(const Script& script, virtual_platform::Direction direction);
 
 constexpr virtual_platform::Direction kDirections[] = {virtual_platform::Direction::kFromIpod,

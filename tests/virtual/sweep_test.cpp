@@ -1,5 +1,5 @@
-// The iPod pulled at every byte, and orders of the threads: VIRTUAL_SEEDS=<count> tries so many of
-// a short session, and a tenth of them of the long ones.
+// The iPod is pulled at every byte, and sessions run in many orders of the threads:
+// VIRTUAL_SEEDS=<count> sets their number for the short session; the long ones have a tenth.
 #include "virtual/sweep.h"
 
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// Switches of a model that change what the iPod says: the reference session, which has every
+// Switches of a model that change what the iPod sends. The reference session, which uses every
 // export, meets each of them.
 #include <algorithm>
 #include <deque>
@@ -22,7 +22,7 @@ using Seen = std::function<bool(const History&)>;
 
 constexpr std::uint64_t kOrders = 20 / kSliceThinning;
 
-/// The one result that is another one.
+/// The only result that differs.
 struct Change {
   std::string usual;
   std::string now;
@@ -31,7 +31,7 @@ struct Change {
 struct Switch {
   const char* name;
   const char* setting;
-  const char* fault;  ///< without which the session does not meet it; "": none is needed
+  const char* fault;  ///< that the session needs to meet it; "": none
   Seen isMet;
   Outcome outcome;
   Change change = {};  ///< of a full session
@@ -66,7 +66,7 @@ Seen saysInARow(const Message& first, const Message& second) {
   };
 }
 
-/// Long after the message of this command came.
+/// Long after the message of this command.
 Seen saysLater(Lingo lingo, uint16_t command, simulator::Time atLeast, const Message& message) {
   return [=](const History& history) {
     const auto asked = findReceived(history, lingo, command);
@@ -76,7 +76,7 @@ Seen saysLater(Lingo lingo, uint16_t command, simulator::Time atLeast, const Mes
 }
 
 // The second acknowledgement of the mode and the question that is repeated after five seconds can
-// take the place of an answer. The second announcement is made because an answer was lost.
+// replace an answer. The second announcement is sent because an answer was lost.
 const Switch kSwitches[] = {
     {"BothAcknowledgementsOfTheModeInOneWrite", "mode-change-together=yes", "",
      saysInARow({0x00, 0x02, {0x06, 0x05, 0x00, 0x00, 0x01, 0x2C}}, {0x00, 0x02, {0x00, 0x05}}),

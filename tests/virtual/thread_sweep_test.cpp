@@ -31,7 +31,7 @@ void again(void (*work)(Host&), Host& host) {
     work(host);
 }
 
-/// What each thread did, whatever the others did.
+/// The results of each thread, whatever the others did.
 std::vector<std::string> roundsOf(const std::vector<std::string>& results) {
   std::vector<std::string> all;
   for (int round = 0; round < kRounds; ++round)
@@ -54,7 +54,7 @@ std::uint64_t seeds() {
 
 class ThreadSweep : public Sweep, public testing::WithParamInterface<int> {
  protected:
-  /// Beside the session of a script, so many threads that do the same.
+  /// Runs so many threads that do the same, during the session of a script.
   Case besides(const Script& script, std::uint64_t seed) const {
     const int others = GetParam() - 1;
     return {script, std::to_string(GetParam()) + "-threads", seed,
@@ -68,7 +68,7 @@ class ThreadSweep : public Sweep, public testing::WithParamInterface<int> {
 
 INSTANTIATE_TEST_SUITE_P(All, ThreadSweep, testing::Values(2, 3));
 
-// They connect and disconnect under each other's feet.
+// They connect and disconnect during each other's calls.
 TEST_P(ThreadSweep, KeepsItsPromisesToThreadsThatDoEverythingAtOnce) {
   for (std::uint64_t seed = 1; seed <= seeds(); ++seed) {
     tryCase(besides(shortScript(), seed));
@@ -95,11 +95,11 @@ TEST_F(Sweep, GivesEachThreadItsOwnAnswers) {
     });
     showReplay(session.world.trace());
     ASSERT_EQ(stuck, "");
-    EXPECT_EQ(findFault(session.beside, exportPromises()), "");
-    EXPECT_EQ(resultsOf(callsOf(session.beside, 1)),
+    EXPECT_EQ(findFault(session.meanwhile, exportPromises()), "");
+    EXPECT_EQ(resultsOf(callsOf(session.meanwhile, 1)),
               roundsOf({"IpodGetName 0 Pod", "IpodGetSerialNumber 0 8K821D0ZY5N<0>",
                         "IpodIsConnect 1", "IpodConnect 0"}));
-    EXPECT_EQ(resultsOf(callsOf(session.beside, 2)),
+    EXPECT_EQ(resultsOf(callsOf(session.meanwhile, 2)),
               roundsOf({"IpodGetCurrentPlayStatus 0 2", "IpodGetTrackIndex 1 0",
                         "IpodGetTrackInfo 0 0 Anna First Able <5>Rock UnKnown",
                         "IpodGetShuffleMode 0 1"}));

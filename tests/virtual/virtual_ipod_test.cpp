@@ -1,4 +1,4 @@
-// How an iPod in a virtual world is pulled while it is written to.
+// An iPod on the deterministic platform is pulled while a thread writes to it.
 #include "virtual/virtual_ipod.h"
 
 #include <gtest/gtest.h>
@@ -34,7 +34,7 @@ class VirtualIpodTest : public testing::Test {
   VirtualWorld world{1};
 };
 
-TEST_F(VirtualIpodTest, TakesNoMoreUntilItIsPulled) {
+TEST_F(VirtualIpodTest, AcceptsNoMoreBytesUntilItIsPulled) {
   cable.stopReading(9, milliseconds(700), Loss::kGone);
   EXPECT_EQ(world.run([&] {
     const HANDLE device = openDevice();
@@ -63,7 +63,7 @@ TEST_F(VirtualIpodTest, LetsAFlushWaitForWhatItDoesNotTake) {
             "");
 }
 
-TEST_F(VirtualIpodTest, LetsAWriteThatWaitsGoWhenTheDeviceIsClosed) {
+TEST_F(VirtualIpodTest, ReleasesAWaitingWriteWhenTheDeviceIsClosed) {
   cable.stopReading(0, milliseconds(700), Loss::kSilence);
   HANDLE device = nullptr;
   world.spawn([&] {

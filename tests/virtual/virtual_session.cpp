@@ -52,7 +52,7 @@ void VirtualSession::spawn(const std::function<void(Host&)>& others) {
   world.spawn([this, others, thread = ++spawned] {
     Host host(world, thread);
     others(host);
-    beside.insert(beside.end(), host.calls().begin(), host.calls().end());
+    meanwhile.insert(meanwhile.end(), host.calls().begin(), host.calls().end());
     --running;
   });
 }

@@ -10,11 +10,11 @@
 #include "virtual/virtual_ipod.h"
 #include "virtual/virtual_world.h"
 
-/// Sessions of a host with a simulated iPod in a virtual world.
+/// Sessions of a host with a simulated iPod on the deterministic platform.
 namespace virtual_session {
 
 /// The iPod of a script, plugged at its device. What the library prints is in the world's trace.
-/// The current directory, a host's own, gets the script's logo.
+/// The script's logo is written to the current directory, which belongs to the host.
 class VirtualSession {
  public:
   explicit VirtualSession(std::uint64_t seed, const Script& played = shortScript());
@@ -27,13 +27,12 @@ class VirtualSession {
   /// In the run: does what the script says, and returns the calls.
   Calls play();
 
-  /// In the run: has another thread of the host do something beside. Its calls are in `beside` when
-  /// it has ended.
+  /// In the run: starts another thread of the host. Its calls are in `meanwhile` when it has ended.
   void spawn(const std::function<void(Host&)>& others);
   void awaitOthers();
-  Calls beside;
+  Calls meanwhile;
 
-  /// In the run: plugs an iPod that is well into a platform that works.
+  /// In the run: plugs the iPod without faults, and ends the failures of the platform.
   void mend();
 
   const Script& script;
@@ -47,7 +46,7 @@ class VirtualSession {
   int running = 0;
 };
 
-/// What a run must give back.
+/// What a run must release.
 struct OpenThings {
   unsigned handles = 0;
   unsigned threads = 0;
@@ -58,7 +57,7 @@ OpenThings openThings();
 bool operator==(const OpenThings& left, const OpenThings& right);
 std::ostream& operator<<(std::ostream& out, const OpenThings& things);
 
-/// Has everybody make what they keep for good.
+/// Makes the library and the platform create their permanent objects.
 void warmUp(const Script& script = shortScript());
 
 }  // namespace virtual_session

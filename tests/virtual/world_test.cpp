@@ -31,7 +31,7 @@ class Semaphore {
   const HANDLE handle;
 };
 
-// Two threads that take turns at a semaphore as the seed wants it.
+// Two threads that take a semaphore in the order that the seed decides.
 Trace contestedRun(std::uint64_t seed) {
   VirtualWorld world(seed);
   const Semaphore semaphore(1);
@@ -56,7 +56,7 @@ TEST(VirtualWorld, WithAnotherSeedRunsInAnotherOrder) {
   EXPECT_NE(contestedRun(7), contestedRun(8));
 }
 
-TEST(VirtualWorld, TellsWhatThePlatformWasAsked) {
+TEST(VirtualWorld, RecordsTheCallsOfThePlatform) {
   VirtualWorld world(1);
   EXPECT_EQ(world.run([] {
     const Semaphore semaphore(1);
@@ -75,7 +75,8 @@ DWORD WINAPI setFlag(LPVOID flag) {
   return 0;
 }
 
-// Whether another thread has run before the call that lets it run returned, for each of some seeds.
+// Returns for each of some seeds whether the other thread has run before the call that wakes it
+// returned.
 template <class Call>
 std::vector<bool> runsBefore(Call call) {
   std::vector<bool> hasRun;
@@ -115,7 +116,7 @@ TEST(VirtualWorld, LetsAWokenThreadRunBeforeReleaseSemaphoreReturnsOrNot) {
   EXPECT_THAT(hasRun, AllOf(Contains(true), Contains(false)));
 }
 
-TEST(VirtualWorld, LetsAWatcherLookBeforeEachCall) {
+TEST(VirtualWorld, CallsAWatcherBeforeEachCall) {
   VirtualWorld world(1);
   int value = 0;
   int known = 0;
@@ -136,7 +137,7 @@ TEST(VirtualWorld, LetsAWatcherLookBeforeEachCall) {
                    "1001 host 1: PostMessageW(0xffff, 0x400, 1, 2)"}));
 }
 
-TEST(VirtualWorld, CallsAHandleByTheNameThatItWasGiven) {
+TEST(VirtualWorld, ShowsAHandleByTheNameThatItWasGiven) {
   const Semaphore semaphore(1);
   nameHandle(semaphore.handle, "the door");
   VirtualWorld world(1);

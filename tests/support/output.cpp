@@ -1,8 +1,8 @@
-#include "virtual/output.h"
+#include "support/output.h"
 
 #include <cstdio>
 
-namespace virtual_session {
+namespace exports {
 
 std::string wordsOf(unsigned short unit) {
   constexpr unsigned kFirst = 0x20;
@@ -20,4 +20,4 @@ std::string Text::words() const {
   return text;
 }
 
-}  // namespace virtual_session
+}  // namespace exports

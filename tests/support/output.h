@@ -6,22 +6,24 @@
 #include <string>
 #include <vector>
 
-namespace virtual_session {
+namespace exports {
 
-/// What a call may write.
+/// An output of a call.
 class Output {
  public:
   virtual ~Output() = default;
 
-  /// Whether nothing was written but the beginning of the room.
+  /// Returns whether nothing was written except the beginning of the buffer, without a hole.
   virtual bool isIntact() const = 0;
-  /// What was written, kNothing for nothing.
+  /// Returns whether the whole buffer was written.
+  virtual bool isFull() const = 0;
+  /// Returns what was written, kNothing for nothing.
   virtual std::string words() const = 0;
 
   static constexpr const char* kNothing = "-";
 };
 
-/// Room for so many units, between guards.
+/// A buffer of `size` units between guards.
 template <class Unit>
 class Room : public Output {
  public:
@@ -34,9 +36,10 @@ class Room : public Output {
         std::count_if(units.begin(), units.end(), [](Unit unit) { return unit != untouched(); });
     return static_cast<std::size_t>(others) == written();
   }
+  bool isFull() const override { return written() == room; }
 
  protected:
-  /// How many units from the room's start on.
+  /// Returns how many units were written from the start of the buffer.
   std::size_t written() const {
     const auto* const start = units.data() + kGuard;
     return static_cast<std::size_t>(std::find(start, start + room, untouched()) - start);
@@ -44,7 +47,7 @@ class Room : public Output {
   const Unit* start() const { return units.data() + kGuard; }
 
  private:
-  static constexpr std::size_t kGuard = 16;
+  static constexpr std::size_t kGuard = 64;
   static constexpr Unit untouched() { return static_cast<Unit>(0xABCDABCDu); }
 
   const std::size_t room;
@@ -70,4 +73,4 @@ class Text final : public Room<unsigned short> {
   std::string words() const override;
 };
 
-}  // namespace virtual_session
+}  // namespace exports

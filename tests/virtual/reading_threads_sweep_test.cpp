@@ -1,4 +1,4 @@
-// The exports that take no lock beside the others, in many orders of the threads.
+// The exports that take no lock, at the same time as the others, in many orders of the threads.
 #include <ipodctl.h>
 
 #include <cstdlib>
@@ -13,7 +13,7 @@ std::uint64_t seeds() { return std::getenv("VIRTUAL_ALL") != nullptr ? 5000 : 10
 constexpr int kLooks = 40;
 constexpr DWORD kLookMilliseconds = 7;
 
-/// All that only read.
+/// All exports that only read.
 void look(Host& host) {
   for (int i = 0; i < kLooks; ++i) {
     host.call("IpodIsConnect", IpodIsConnect);
@@ -25,11 +25,11 @@ void look(Host& host) {
   }
 }
 
-using BesideSweep = Sweep;
+using ReadingThreadsSweep = Sweep;
 
-TEST_F(BesideSweep, OfThreadsThatLookLeavesTheSessionAsItIs) {
+TEST_F(ReadingThreadsSweep, OfReadingThreadsLeavesTheSessionUnchanged) {
   for (std::uint64_t seed = 1; seed <= seeds(); ++seed) {
-    tryCase({shortScript(), "beside-looks", seed,
+    tryCase({shortScript(), "reading-threads", seed,
              [](VirtualSession& session) { session.spawn(look); },
              [](VirtualSession&) { return true; }, Outcome::kFullSession});
   }
