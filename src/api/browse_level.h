@@ -16,12 +16,12 @@ constexpr RecordIndex kPlayAllEntry = -1;
 /// One list of the iPod and the host's place in it. A long list is split into tabs: while it shows
 /// them, a move goes from tab to tab, otherwise from item to item within the current tab.
 struct BrowseLevel {
-  SharedValue<Category> type;      ///< what the list holds
-  SharedValue<int32_t> count;      ///< items in the list
-  SharedValue<RecordIndex> index;  ///< current item; the host reads the variable itself
-  SharedValue<int32_t> start;      ///< first index that moves reach
-  SharedValue<int32_t> end;        ///< index after the last one that moves reach
-  SharedValue<int32_t> tab;        ///< current tab
+  SharedValue<Category> type;  ///< what the list holds
+  SharedValue<int32_t> count;  ///< items in the list
+  SharedValue<int> index;      ///< current item; an int, because the host reads it itself
+  SharedValue<int32_t> start;  ///< first index that moves reach
+  SharedValue<int32_t> end;    ///< index after the last one that moves reach
+  SharedValue<int32_t> tab;    ///< current tab
   SharedValue<int32_t> tabCount;
   SharedValue<uint8_t> tabsShown;   ///< 1: the list shows its tabs
   SharedValue<uint8_t> isTabbed;    ///< 1: the list is split into tabs
