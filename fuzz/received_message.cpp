@@ -21,14 +21,14 @@ using Extended = ExtendedInterfaceMessage;
 using General = GeneralMessage;
 
 constexpr uint32_t kUntouched = 0xA5A5A5A5;
-constexpr char kUntouchedText[] = "untouched";
+constexpr uint8_t kUntouchedText[] = {'u', 'n', 't', 'o', 'u', 'c', 'h', 'e', 'd'};
 
 template <class Value>
 void spoil(Value& value) {
   value = static_cast<Value>(kUntouched);
 }
 void spoil(ByteString& text) {
-  require(text.assign(kUntouchedText, sizeof(kUntouchedText) - 1), "no memory");
+  require(text.assign(kUntouchedText, sizeof(kUntouchedText)), "no memory");
 }
 
 template <class Value>
@@ -36,7 +36,7 @@ bool isUntouched(const Value& value) {
   return value == static_cast<Value>(kUntouched);
 }
 bool isUntouched(const ByteString& text) {
-  return text.size() == sizeof(kUntouchedText) - 1 &&
+  return text.size() == sizeof(kUntouchedText) &&
          std::equal(kUntouchedText, kUntouchedText + text.size(), text.text());
 }
 

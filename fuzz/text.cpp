@@ -54,14 +54,14 @@ bool isSame(const TextString<Unit>& text, const std::vector<char32_t>& character
 }
 
 /// Returns a copy in separate memory, so that AddressSanitizer sees a read beyond the terminator.
-std::unique_ptr<char[]> terminated(const std::string& text) {
-  std::unique_ptr<char[]> copy(new char[text.size() + 1]);
+std::unique_ptr<uint8_t[]> terminated(const std::string& text) {
+  std::unique_ptr<uint8_t[]> copy(new uint8_t[text.size() + 1]);
   std::copy_n(text.c_str(), text.size() + 1, copy.get());
   return copy;
 }
 
 void convert(const std::string& text) {
-  const std::unique_ptr<char[]> input = terminated(text);
+  const std::unique_ptr<uint8_t[]> input = terminated(text);
   ByteString narrow;
   WideString wide;
   const bool isNarrow = LingoMessage::utf8ToNarrow(input.get(), 1, narrow);
@@ -100,7 +100,7 @@ bool holds(const Units& units, int maxChars, const ByteString& text, size_t star
   for (size_t i = 0; maxChars > 0 && i < static_cast<size_t>(maxChars); ++i) {
     const size_t place = start + i;
     const unsigned short expected =
-        place < text.size() ? static_cast<uint8_t>(text[static_cast<uint32_t>(place)]) : kUnwritten;
+        place < text.size() ? text[static_cast<uint32_t>(place)] : kUnwritten;
     if (units[i] != expected) return false;
   }
   return true;
