@@ -46,7 +46,8 @@ void compare(const LogoBitmap& logo, const Bitmap& bitmap) {
     const uint8_t* const row = logo.row(y);
     require(row != nullptr, "a row is missing");
     for (uint32_t x = 0; x < shownPixels(logo.width()); ++x) {
-      const uint16_t shown = static_cast<uint16_t>(row[2 * x] | row[2 * x + 1] << 8);
+      const uint8_t* const shownPixel = row + size_t{2} * x;
+      const auto shown = static_cast<uint16_t>(shownPixel[0] | shownPixel[1] << 8);
       require(shown == bitmap.pixel(logo.height() - 1 - y, x), "another pixel");
     }
   }

@@ -55,6 +55,7 @@ void readOptions(const std::string& text) {
   for (std::string word; words >> word;)
     arguments.push_back(word);
   std::vector<const char*> argv;
+  argv.reserve(arguments.size());
   for (const std::string& argument : arguments)
     argv.push_back(argument.c_str());
   mayRefuse([&] { simulator::parseOptions(static_cast<int>(argv.size()), argv.data()); });

@@ -22,8 +22,12 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(ENV{PKG_CONFIG_LIBDIR} ${IPODCTL_SYSROOT}/usr/lib/arm-linux-gnueabi/pkgconfig)
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${IPODCTL_SYSROOT})
-set(IPODCTL_LINKER_FLAGS
-    "-Wl,--enable-new-dtags -Wl,-rpath-link,${IPODCTL_SYSROOT}/lib/arm-linux-gnueabi -Wl,-rpath-link,${IPODCTL_SYSROOT}/usr/lib/arm-linux-gnueabi")
+set(IPODCTL_LINKER_FLAGS "-Wl,--enable-new-dtags")
+foreach(folder lib usr/lib)
+  # Quoted, because a folder above the clone can have a space in its name.
+  string(APPEND IPODCTL_LINKER_FLAGS
+    " \"-Wl,-rpath-link,${IPODCTL_SYSROOT}/${folder}/arm-linux-gnueabi\"")
+endforeach()
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${IPODCTL_LINKER_FLAGS}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${IPODCTL_LINKER_FLAGS}")
 

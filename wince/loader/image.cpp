@@ -48,7 +48,7 @@ Problem Image::load(const std::string& path) {
   for (const auto step : {&Image::readHeaders, &Image::map, &Image::relocate, &Image::bindImports,
                           &Image::protect, &Image::attach}) {
     const Problem problem = (this->*step)();
-    if (!problem.empty()) return path + ": " + problem;
+    if (!problem.empty()) return std::string(path).append(": ").append(problem);
   }
   return {};
 }
@@ -112,7 +112,7 @@ Problem Image::relocate() {
     const auto* entries =
         at<uint16_t>(directory.rva + done + static_cast<uint32_t>(sizeof(*block)), count);
     if (entries == nullptr) return "a bad block of relocations";
-    const Problem problem = relocatePage(block->page, entries, count, shift);
+    Problem problem = relocatePage(block->page, entries, count, shift);
     if (!problem.empty()) return problem;
     done += block->size;
   }
@@ -140,7 +140,7 @@ Problem Image::bindImports() {
     if (descriptor->dll == 0) return {};
     const char* const dll = textAt(descriptor->dll);
     if (dll == nullptr) return "an import of a DLL without a name";
-    const Problem problem = bindTable(dll, descriptor->names, descriptor->slots);
+    Problem problem = bindTable(dll, descriptor->names, descriptor->slots);
     if (!problem.empty()) return problem;
   }
 }

@@ -33,8 +33,8 @@ HANDLE WINAPI openDevice(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATT
   wchar_t devices[kLongestVariable] = {};
   GetEnvironmentVariableW(kVariable, devices, kLongestVariable);
   const wchar_t* const port = portOf(name, devices);
-  const HANDLE device = CreateFileW(port != nullptr ? port : name, access, share, security,
-                                    disposition, flags, templateFile);
+  HANDLE device = CreateFileW(port != nullptr ? port : name, access, share, security, disposition,
+                              flags, templateFile);
   if (port == nullptr || device == INVALID_HANDLE_VALUE) return device;
   COMMTIMEOUTS timeouts = {};
   timeouts.ReadIntervalTimeout = kSilenceMilliseconds;
