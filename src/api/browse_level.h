@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "base/shared_value.h"
-#include "lingo/database.h"
+#include "lingo/database_codes.h"
 
 namespace ipodctl {
 

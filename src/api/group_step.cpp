@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "api/browse_tree.h"
-#include "api/database.h"
+#include "api/database_requests.h"
 #include "api/library_state.h"
 #include "api/list_rules.h"
 #include "base/text_string.h"

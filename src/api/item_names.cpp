@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "api/browse_tree.h"
-#include "api/database.h"
+#include "api/database_requests.h"
 #include "api/ipodctl.h"
 #include "api/library_state.h"
 #include "api/text_output.h"

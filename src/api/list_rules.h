@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "lingo/database.h"
+#include "lingo/database_codes.h"
 
 namespace ipodctl {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "lingo/database.h"
-#include "lingo/display.h"
+#include "lingo/database_codes.h"
+#include "lingo/display_codes.h"
 #include "lingo/lingo_message.h"
-#include "lingo/playback.h"
+#include "lingo/playback_codes.h"
 
 namespace ipodctl {
 

@@ -1,4 +1,4 @@
-#include "api/database.h"
+#include "api/database_requests.h"
 
 #include <utility>
 

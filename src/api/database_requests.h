@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "base/text_string.h"
-#include "lingo/database.h"
+#include "lingo/database_codes.h"
 
 namespace ipodctl {
 
