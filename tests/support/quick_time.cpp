@@ -12,7 +12,7 @@
 namespace {
 
 constexpr DWORD kReplyTimeOut = 1000;
-constexpr DWORD kQuickTimeOut = 25;
+constexpr DWORD kQuickTimeOut = 100;
 constexpr DWORD kLongestSleep = 1;
 
 std::mutex logMutex;

@@ -18,7 +18,7 @@ class QuickSleep {
   QuickSleep& operator=(const QuickSleep&) = delete;
 };
 
-/// While a QuickTimeOuts lives, a wait of a second takes 25 ms at most, or ends as soon as
+/// While a QuickTimeOuts lives, a wait of a second takes 100 ms at most, or ends as soon as
 /// `condition` holds, if there is one: for tests in which answers do not arrive. One at a time.
 class QuickTimeOuts {
  public:
