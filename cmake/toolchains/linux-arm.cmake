@@ -20,8 +20,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-set(ENV{PKG_CONFIG_LIBDIR} ${IPODCTL_SYSROOT}/usr/lib/arm-linux-gnueabi/pkgconfig)
-set(ENV{PKG_CONFIG_SYSROOT_DIR} ${IPODCTL_SYSROOT})
 set(IPODCTL_LINKER_FLAGS "-Wl,--enable-new-dtags")
 foreach(folder lib usr/lib)
   # Quoted, because a folder above the clone can have a space in its name.
