@@ -129,9 +129,11 @@ struct SlowFarewell {
   std::atomic<bool>* done = nullptr;
 
   ~SlowFarewell() {
-    if (done == nullptr) return;
+    // A copy: MinGW frees the memory of a thread's objects before it destroys them.
+    std::atomic<bool>* const atEnd = done;
+    if (atEnd == nullptr) return;
     Sleep(50);
-    *done = true;
+    *atEnd = true;
   }
 };
 
