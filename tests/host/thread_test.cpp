@@ -129,11 +129,9 @@ struct SlowFarewell {
   std::atomic<bool>* done = nullptr;
 
   ~SlowFarewell() {
-    // A copy: MinGW frees the memory of a thread's objects before it destroys them.
-    std::atomic<bool>* const atEnd = done;
-    if (atEnd == nullptr) return;
+    if (done == nullptr) return;
     Sleep(50);
-    *atEnd = true;
+    *done = true;
   }
 };
 
