@@ -7,6 +7,10 @@ namespace {
 
 constexpr int kNoType = -1;
 
+constexpr auto kType6 = static_cast<Category>(IPOD_TYPE_6);
+constexpr auto kType7 = static_cast<Category>(IPOD_TYPE_7);
+constexpr auto kType8 = static_cast<Category>(IPOD_TYPE_8);
+
 }  // namespace
 
 Category categoryOfType(int type) {
@@ -34,11 +38,11 @@ RecordIndex firstOffered(Category category) { return category == Category::kPlay
 
 Category topLevelCategory(Category category) {
   switch (category) {
-    case Category{IPOD_TYPE_6}:
+    case kType6:
       return Category::kAudiobooks;
-    case Category{IPOD_TYPE_7}:
+    case kType7:
       return Category::kPodcasts;
-    case Category{IPOD_TYPE_8}:
+    case kType8:
       return Category::kComposers;
     default:
       return category;
