@@ -8,7 +8,7 @@ namespace ipodctl {
 std::atomic<uint8_t> debugFlag{0};
 
 void debugPrint(const char* format, ...) {
-  if (!debugFlag) return;
+  if (!isDebugging()) return;
   va_list arguments;
   va_start(arguments, format);
   vprintf(format, arguments);

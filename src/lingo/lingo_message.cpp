@@ -25,8 +25,6 @@ void copy(uint8_t* dest, const uint8_t* src, uint32_t length) {
 
 }  // namespace
 
-LingoMessage::LingoMessage(LingoId lingo) : lingoId(lingo) {}
-
 LingoMessage::~LingoMessage() = default;
 
 uint8_t LingoMessage::getLingo() const { return lingoId; }
@@ -84,23 +82,22 @@ uint16_t LingoMessage::encodeBody(uint8_t* buffer, uint32_t capacity, uint32_t c
   put(cursor, kStartByte);
   if (longForm) {
     put(cursor, kLongFormMarker);
-    put(cursor, static_cast<uint16_t>(length));
-  } else {
-    put(cursor, static_cast<uint8_t>(length));
+    put(cursor, static_cast<uint8_t>(length >> 8));
   }
+  put(cursor, static_cast<uint8_t>(length));
   put(cursor, lingoId);
-  if (commandSize == 2) {
-    put(cursor, commandId);
-  } else {
-    put(cursor, static_cast<uint8_t>(commandId));
-  }
+  if (commandSize == 2) put(cursor, static_cast<uint8_t>(commandId >> 8));
+  put(cursor, static_cast<uint8_t>(commandId));
   copy(cursor, data.get(), dataLength);
-  debugPrint("OUT-> ");
-  dump();
+  if (isDebugging()) {
+    debugPrint("OUT-> ");
+    dump();
+  }
   return bodySize;
 }
 
 void LingoMessage::dump() const {
+  if (!isDebugging()) return;
   debugPrint("Lingo=%d\tCommand=0x%x ", lingoId, commandId);
   if (data) {
     debugPrint("Data=");
