@@ -1,9 +1,9 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 
+#include "base/shared_value.h"
 #include "controller/ipod_controller_base.h"
 #include "lingo/digital_audio_message.h"
 
@@ -57,8 +57,8 @@ class IpodController : public IpodControllerBase {
   bool answersReentry(const LingoMessage& message);
   void acceptAudioAttributes(const DigitalAudioMessage& message);
 
-  std::atomic<uint32_t> sampleRate;
-  std::atomic<ResampleCallback> resampleCallback{nullptr};
+  SharedValue<uint32_t> sampleRate;
+  SharedValue<ResampleCallback> resampleCallback{nullptr};
 };
 
 }  // namespace ipodctl

@@ -29,7 +29,7 @@ int IpodController::onIncomingMessage(std::unique_ptr<LingoMessage> message) {
   if (attributes == nullptr) return 0;
   acceptAudioAttributes(*attributes);
   const ResampleCallback callback = resampleCallback;
-  if (callback != nullptr) callback(static_cast<int32_t>(sampleRate.load()));
+  if (callback != nullptr) callback(static_cast<int32_t>(sampleRate.get()));
   return 0;
 }
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <utility>
 
 #include "base/growable_array.h"
+#include "base/shared_value.h"
 #include "base/text_string.h"
 #include "controller/logo_bitmap.h"
 #include "lingo/extended_interface_message.h"
@@ -233,7 +233,7 @@ class IpodControllerBase {
   void releaseTransport();
 
   std::unique_ptr<Transport> transport;
-  std::atomic<uint8_t> identified{0};
+  SharedValue<uint8_t> identified{0};
 
   /// Messages that were taken without being destroyed; CloseIpod destroys them.
   GrowableArray<std::unique_ptr<LingoMessage>> keptMessages;
@@ -257,7 +257,7 @@ class IpodControllerBase {
   void uploadLogo();
 
   std::unique_ptr<LogoBitmap> logo;
-  std::atomic<uint8_t> waitTimedOut{0};
+  SharedValue<uint8_t> waitTimedOut{0};
 };
 
 }  // namespace ipodctl

@@ -4,6 +4,7 @@
 
 #include "base/debug_print.h"
 #include "base/os_primitives.h"
+#include "link/frame_checksum.h"
 
 namespace ipodctl {
 namespace {
@@ -39,7 +40,7 @@ bool DeviceTransport::close() {
   HANDLE opened = nullptr;
   {
     const SemaphoreHold hold(handleGuard);
-    opened = deviceHandle.load();
+    opened = deviceHandle.get();
     deviceHandle = nullptr;
   }
   if (opened != nullptr) {
@@ -50,7 +51,7 @@ bool DeviceTransport::close() {
   return true;
 }
 
-bool DeviceTransport::isOpen() const { return deviceHandle.load() != nullptr; }
+bool DeviceTransport::isOpen() const { return deviceHandle.get() != nullptr; }
 
 int DeviceTransport::readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut) {
   payloadOut = nullptr;
@@ -81,7 +82,7 @@ bool DeviceTransport::mayRead() const { return readDataActive && isOpen(); }
 /// failed; a device that reports more bytes than it was asked for has failed, too.
 bool DeviceTransport::readMore() {
   const uint32_t room = frames.freeSize();
-  const int received = readDevice(deviceHandle.load(), frames.freeArea(), room);
+  const int received = readDevice(deviceHandle.get(), frames.freeArea(), room);
   if (received < 0 || static_cast<uint32_t>(received) > room) return false;
   frames.add(static_cast<uint32_t>(received));
   return true;
@@ -102,8 +103,8 @@ bool DeviceTransport::sendMessage(const LingoMessage& message) {
 }
 
 bool DeviceTransport::writeData(const uint8_t* bytes, uint32_t count) {
-  debugPrint("%s", writingText());
-  return deviceWrite(deviceHandle.load(), bytes, count) == static_cast<int>(count);
+  if (isDebugging()) debugPrint("%s", writingText());
+  return deviceWrite(deviceHandle.get(), bytes, count) == static_cast<int>(count);
 }
 
 /// Builds the frame in txFrame. Returns its size, or 0 when the message does not encode.
@@ -113,9 +114,9 @@ uint32_t DeviceTransport::frameMessage(const LingoMessage& message) {
   uint8_t* body = txFrame + syncSize;
   const uint16_t bodySize = message.encode(body, kBodyCapacity);
   if (bodySize == 0) return 0;
-  const uint8_t checksum = computeChecksum(body + kStartSize, bodySize - 1);
+  const uint8_t checksum = frameChecksum(body + kStartSize, bodySize - 1);
   body[bodySize] = checksum;
-  debugPrint("\n======>Checksum = 0x%x\n", checksum);
+  if (isDebugging()) debugPrint("\n======>Checksum = 0x%x\n", checksum);
   return syncSize + bodySize + kChecksumSize;
 }
 

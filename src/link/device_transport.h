@@ -2,10 +2,10 @@
 
 #include <windows.h>
 
-#include <atomic>
 #include <cstdint>
 
 #include "base/semaphore.h"
+#include "base/shared_value.h"
 #include "base/text_string.h"
 #include "link/frame_reader.h"
 #include "link/transport.h"
@@ -48,7 +48,7 @@ class DeviceTransport : public Transport {
 
   const FrameKind kind;
   TextString<char> deviceName;
-  std::atomic<HANDLE> deviceHandle{nullptr};  ///< null while closed
+  SharedValue<HANDLE> deviceHandle{nullptr};  ///< null while closed
   Semaphore txGuard;                          ///< also held while the frame is written
   Semaphore handleGuard;                      ///< held to close a handle exactly once
 
