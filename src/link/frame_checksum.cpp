@@ -10,8 +10,7 @@ uint8_t frameChecksum(const uint8_t* bytes, int count) {
 }
 
 bool endsWithChecksum(const uint8_t* bytes, int count) {
-  if (count < 1) return false;
-  return frameChecksum(bytes, count - 1) == bytes[count - 1];
+  return count > 0 && frameChecksum(bytes, count) == 0;
 }
 
 }  // namespace ipodctl

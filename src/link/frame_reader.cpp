@@ -5,31 +5,87 @@
 #include "link/frame_checksum.h"
 
 namespace ipodctl {
+namespace {
 
-FrameOutcome FrameReader::next(uint8_t* dest, uint32_t capacity, uint32_t& length) {
-  if (rxCount == 0) return FrameOutcome::kNeedsMore;
-  const bool found = kind == FrameKind::kWithSyncByte ? findSyncAndStartByte() : findStartByte();
-  if (!found) {
-    rxCount = 0;  // all of it is noise
+struct Frame {
+  uint32_t payload;  ///< the lingo byte's distance from the start byte
+  uint32_t length;   ///< of the payload
+};
+
+/// Reads the length after the start byte. Returns false until the whole frame has arrived,
+/// including its checksum.
+bool locateFrame(const uint8_t* start, uint32_t arrived, Frame& frame) {
+  if (arrived < kStartSize + kShortLengthSize) return false;
+  frame = {kStartSize + kShortLengthSize, start[kStartSize]};
+  if (frame.length == kLongFormMarker) {
+    if (arrived < kStartSize + kLongLengthSize) return false;
+    const uint8_t* longLength = start + kStartSize + 1;
+    frame = {kStartSize + kLongLengthSize,
+             static_cast<uint32_t>(longLength[0]) << 8 | longLength[1]};
+  }
+  return arrived >= frame.payload + frame.length + kChecksumSize;
+}
+
+/// Returns the number of bytes after the start byte that are checked and then dropped. It reckons
+/// with a length of one byte. Of a frame in the long form the last two bytes are therefore not
+/// checked and stay in the area as noise, and the frame fails unless its other bytes happen to sum
+/// to 0.
+uint32_t checkedSize(const Frame& frame) { return kShortLengthSize + frame.length + kChecksumSize; }
+
+/// Checks a whole frame and copies its payload.
+FrameOutcome copyPayload(const uint8_t* start, const Frame& frame, uint8_t* dest,
+                         uint32_t capacity) {
+  const auto checked = static_cast<int>(checkedSize(frame));
+  if (!endsWithChecksum(start + kStartSize, checked)) return FrameOutcome::kBadChecksum;
+  if (frame.length > capacity) return FrameOutcome::kTooLarge;
+  std::memcpy(dest, start + frame.payload, frame.length);
+  return FrameOutcome::kFrame;
+}
+
+}  // namespace
+
+void FrameReader::clear() {
+  received = rxArea;
+  rxCount = 0;
+}
+
+uint8_t* FrameReader::freeArea() {
+  moveToFront();
+  return rxArea + rxCount;
+}
+
+FrameOutcome FrameReader::search(uint8_t* dest, uint32_t capacity, uint32_t& length) {
+  if (!findStart()) {
+    clear();  // all of it is noise
     return FrameOutcome::kNeedsMore;
   }
-  Frame frame{};
-  if (locateFrame(scan.index, frame)) return takeFrame(frame, dest, capacity, length);
-  makeRoom();
-  return FrameOutcome::kNeedsMore;
+  const uint8_t* start = received + scan.index;
+  Frame frame;
+  if (!locateFrame(start, rxCount - scan.index, frame)) {
+    makeRoom();
+    return FrameOutcome::kNeedsMore;
+  }
+  const FrameOutcome outcome = copyPayload(start, frame, dest, capacity);
+  if (outcome == FrameOutcome::kFrame) length = frame.length;
+  dropReceived(scan.index + kStartSize + checkedSize(frame));
+  return outcome;
+}
+
+bool FrameReader::findStart() {
+  return kind == FrameKind::kWithSyncByte ? findSyncAndStartByte() : findStartByte();
 }
 
 /// Finds a start byte directly after a sync byte. The byte after a lone sync byte is tested again,
 /// because it may be a sync byte itself.
 ///
-/// If the sync byte was the last byte received, rxArea[index] is stale. A stale start byte counts
+/// If the sync byte was the last byte received, received[index] is stale. A stale start byte counts
 /// as found, and locateFrame waits for the real one.
 ///
 /// If there is no start byte, the index stays at the end of the bytes. That many bytes of the next
 /// data are skipped.
 bool FrameReader::findSyncAndStartByte() {
   while (scan.index < rxCount) {
-    if (!scan.syncSeen && rxArea[scan.index] == kSyncByte) {
+    if (!scan.syncSeen && received[scan.index] == kSyncByte) {
       scan.syncSeen = true;
       ++scan.index;
     }
@@ -37,7 +93,7 @@ bool FrameReader::findSyncAndStartByte() {
       ++scan.index;
       continue;
     }
-    if (scan.index < kReceiveCapacity && rxArea[scan.index] == kStartByte) return true;
+    if (scan.index < kReceiveCapacity && received[scan.index] == kStartByte) return true;
     scan.syncSeen = false;
   }
   return false;
@@ -46,46 +102,11 @@ bool FrameReader::findSyncAndStartByte() {
 /// Finds the first start byte. Everything before it, sync bytes included, is noise.
 bool FrameReader::findStartByte() {
   while (scan.index < rxCount) {
-    if (rxArea[scan.index] == kStartByte) return true;
+    if (received[scan.index] == kStartByte) return true;
     ++scan.index;
   }
   scan.index = 0;
   return false;
-}
-
-/// Reads the length after the start byte. Returns false until the whole frame has arrived,
-/// including its checksum.
-bool FrameReader::locateFrame(uint32_t start, Frame& frame) const {
-  const uint32_t lengthField = start + kStartSize;
-  if (rxCount < lengthField + kShortLengthSize) return false;
-  frame = {start, lengthField + kShortLengthSize, rxArea[lengthField]};
-  if (frame.length == kLongFormMarker) {
-    if (rxCount < lengthField + kLongLengthSize) return false;
-    const uint8_t* longLength = rxArea + lengthField + 1;
-    frame = {start, lengthField + kLongLengthSize,
-             static_cast<uint32_t>(longLength[0]) << 8 | longLength[1]};
-  }
-  return rxCount >= frame.payload + frame.length + kChecksumSize;
-}
-
-/// Checks a whole frame, copies its payload and drops it from the received bytes. The check and the
-/// drop both assume a one-byte length. Of a frame in the long form the last two bytes are therefore
-/// not checked and stay in the area as noise, and the frame fails unless its other bytes happen to
-/// sum to 0.
-FrameOutcome FrameReader::takeFrame(const Frame& frame, uint8_t* dest, uint32_t capacity,
-                                    uint32_t& length) {
-  const uint32_t checked = kShortLengthSize + frame.length + kChecksumSize;
-  FrameOutcome outcome = FrameOutcome::kFrame;
-  if (!endsWithChecksum(rxArea + frame.start + kStartSize, static_cast<int>(checked))) {
-    outcome = FrameOutcome::kBadChecksum;
-  } else if (frame.length > capacity) {
-    outcome = FrameOutcome::kTooLarge;
-  } else {
-    std::memcpy(dest, rxArea + frame.payload, frame.length);
-    length = frame.length;
-  }
-  dropReceived(frame.start + kStartSize + checked);
-  return outcome;
 }
 
 /// Drops the noise before an incomplete frame if it fills the area. There is noise then, because
@@ -96,10 +117,18 @@ void FrameReader::makeRoom() {
   scan.index = 0;
 }
 
-/// Drops the first `count` received bytes; the rest move to the front.
+/// Drops the first `count` received bytes. The rest stay where they are until the next read: to
+/// move them for each frame would cost the square of a large read. The search for a sync byte
+/// reads the stale byte after the received ones, though, and that byte depends on each move.
 void FrameReader::dropReceived(uint32_t count) {
+  received += count;
   rxCount -= count;
-  std::memmove(rxArea, rxArea + count, rxCount);
+  if (kind == FrameKind::kWithSyncByte) moveToFront();
+}
+
+void FrameReader::moveToFront() {
+  if (received != rxArea) std::memmove(rxArea, received, rxCount);
+  received = rxArea;
 }
 
 }  // namespace ipodctl

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "lingo/frame_format.h"
+#include "link/frame_checksum.h"
 
 namespace ipodctl {
 
@@ -33,11 +35,11 @@ class FrameReader {
   explicit FrameReader(FrameKind frameKind) : kind(frameKind) {}
 
   /// Drops all received bytes.
-  void clear() { rxCount = 0; }
+  void clear();
 
   /// Returns where the next received bytes belong. There is room for freeSize() of them, at
   /// least 1.
-  uint8_t* freeArea() { return rxArea + rxCount; }
+  uint8_t* freeArea();
   uint32_t freeSize() const { return kReceiveCapacity - rxCount; }
 
   /// Appends `count` bytes, at most freeSize(), that were written to freeArea().
@@ -48,7 +50,10 @@ class FrameReader {
 
   /// Continues the scan. Copies the payload of a good frame to `dest` and sets `length`; both stay
   /// as they are with every other outcome.
-  FrameOutcome next(uint8_t* dest, uint32_t capacity, uint32_t& length);
+  FrameOutcome next(uint8_t* dest, uint32_t capacity, uint32_t& length) {
+    return takeShortFrame(dest, capacity, length) ? FrameOutcome::kFrame
+                                                  : search(dest, capacity, length);
+  }
 
  private:
   struct Scan {
@@ -56,23 +61,39 @@ class FrameReader {
     bool syncSeen = false;  ///< the byte before `index` is a sync byte
   };
 
-  struct Frame {
-    uint32_t start;    ///< index of the start byte
-    uint32_t payload;  ///< index of the lingo byte
-    uint32_t length;   ///< of the payload
-  };
-
+  bool takeShortFrame(uint8_t* dest, uint32_t capacity, uint32_t& length);
+  FrameOutcome search(uint8_t* dest, uint32_t capacity, uint32_t& length);
+  bool findStart();
   bool findSyncAndStartByte();
   bool findStartByte();
-  bool locateFrame(uint32_t start, Frame& frame) const;
-  FrameOutcome takeFrame(const Frame& frame, uint8_t* dest, uint32_t capacity, uint32_t& length);
   void makeRoom();
   void dropReceived(uint32_t count);
+  void moveToFront();
 
   const FrameKind kind;
   Scan scan;
-  uint32_t rxCount = 0;                   ///< valid bytes in rxArea
-  uint8_t rxArea[kReceiveCapacity] = {};  ///< beyond rxCount: stale bytes of earlier frames
+  uint8_t* received = rxArea;             ///< the first valid byte in rxArea
+  uint32_t rxCount = 0;                   ///< the number of valid bytes
+  uint8_t rxArea[kReceiveCapacity] = {};  ///< beyond the valid bytes: stale ones of earlier frames
 };
+
+/// Takes a good short frame that begins the received bytes of a link without sync bytes. Returns
+/// false, and changes nothing, for all other bytes. search would find the frame, too, with a third
+/// more instructions; nearly all frames are such.
+inline bool FrameReader::takeShortFrame(uint8_t* dest, uint32_t capacity, uint32_t& length) {
+  constexpr uint32_t kHeaderSize = kStartSize + kShortLengthSize;
+  if (kind != FrameKind::kWithoutSyncByte || rxCount < kHeaderSize) return false;
+  const uint32_t payloadSize = received[kStartSize];
+  const uint32_t frameSize = kHeaderSize + payloadSize + kChecksumSize;
+  if (received[0] != kStartByte || payloadSize == kLongFormMarker || payloadSize > capacity ||
+      frameSize > rxCount || frameChecksum(received + kStartSize, frameSize - kStartSize) != 0) {
+    return false;
+  }
+  std::memcpy(dest, received + kHeaderSize, payloadSize);
+  length = payloadSize;
+  received += frameSize;
+  rxCount -= frameSize;
+  return true;
+}
 
 }  // namespace ipodctl
