@@ -9,7 +9,7 @@ namespace ipodctl {
 /// A debugger or a test sets it.
 extern std::atomic<uint8_t> debugFlag;
 
-/// Tells whether debugFlag is set. What every frame passes asks this before it calls debugPrint.
+/// True while debugFlag is set. Code that every frame passes tests it before it calls debugPrint.
 inline bool isDebugging() { return debugFlag.load(std::memory_order_relaxed) != 0; }
 
 /// Prints as printf does while debugFlag is set, else does nothing.

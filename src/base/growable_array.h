@@ -24,9 +24,10 @@ class GrowableArray {
   const T* end() const { return items.get() + count; }
 
   /// Appends an item. Returns false, and leaves the array unchanged, when there is no memory.
-  [[nodiscard]] bool append(T item) {
+  template <class Item>
+  [[nodiscard]] bool append(Item&& item) {
     if (count == capacity && !grow()) return false;
-    items[count++] = std::move(item);
+    items[count++] = std::forward<Item>(item);
     return true;
   }
 

@@ -16,13 +16,20 @@ constexpr int32_t kMicrosecondsPerMillisecond = 1000;
 constexpr DWORD kSerialPollMilliseconds = 100;
 constexpr DWORD kDefaultStack = 0;
 
+bool isTracing() { return semTraceFlag.load(std::memory_order_relaxed) != 0; }
+
 void traceSemaphore(const char* operation, HANDLE handle, DWORD result) {
-  if (!semTraceFlag) return;
   std::printf("%s HANDLE %x ret = %d\n", operation,
               static_cast<unsigned>(reinterpret_cast<uintptr_t>(handle)), static_cast<int>(result));
 }
 
 int waitResult(DWORD result) { return result == WAIT_TIMEOUT ? -1 : static_cast<int>(result); }
+
+inline int semaphoreWait(const char* operation, HANDLE handle, DWORD milliseconds) {
+  const DWORD result = WaitForSingleObject(handle, milliseconds);
+  if (isTracing()) traceSemaphore(operation, handle, result);
+  return waitResult(result);
+}
 
 }  // namespace
 
@@ -44,19 +51,13 @@ int semMutexDelete(HANDLE handle) {
 int semMutexTake(HANDLE handle, uint32_t nanoseconds, uint32_t seconds) {
   const DWORD milliseconds =
       nanoseconds / kNanosecondsPerMillisecond + seconds * kMillisecondsPerSecond;
-  const DWORD result = WaitForSingleObject(handle, milliseconds == 0 ? INFINITE : milliseconds);
-  traceSemaphore("semMutexTake", handle, result);
-  return waitResult(result);
+  return semaphoreWait("semMutexTake", handle, milliseconds == 0 ? INFINITE : milliseconds);
 }
 
-int semMutexTryLock(HANDLE handle) {
-  const DWORD result = WaitForSingleObject(handle, 0);
-  traceSemaphore("semMutexTryLock", handle, result);
-  return waitResult(result);
-}
+int semMutexTryLock(HANDLE handle) { return semaphoreWait("semMutexTryLock", handle, 0); }
 
 int semMutexGive(HANDLE handle) {
-  traceSemaphore("semMutexGive", handle, 0);
+  if (isTracing()) traceSemaphore("semMutexGive", handle, 0);
   return ReleaseSemaphore(handle, 1, nullptr) ? 0 : -1;
 }
 
@@ -81,12 +82,14 @@ int deviceWrite(HANDLE handle, const uint8_t* bytes, uint32_t count) {
     debugPrint("COM non aperta\n");
     return -1;
   }
-  debugPrint("\n");
-  debugPrint("WRITE!!!\n");
+  if (isDebugging()) {
+    debugPrint("\n");
+    debugPrint("WRITE!!!\n");
+  }
   DWORD written = 0;
   if (!WriteFile(handle, bytes, count, &written, nullptr)) written = 0;
   FlushFileBuffers(handle);
-  debugPrint("bytes inviati %d \n", static_cast<int>(written));
+  if (isDebugging()) debugPrint("bytes inviati %d \n", static_cast<int>(written));
   return static_cast<int>(written);
 }
 

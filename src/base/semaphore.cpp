@@ -3,7 +3,7 @@
 namespace ipodctl {
 
 Semaphore::~Semaphore() {
-  if (exists()) semMutexDelete(semaphore);
+  if (exists()) semMutexDelete(handle());
 }
 
 bool Semaphore::ensure() {
@@ -16,8 +16,8 @@ bool Semaphore::ensure() {
 }
 
 void Semaphore::releaseAndClose() {
-  semMutexGive(semaphore);
-  semMutexDelete(semaphore);
+  semMutexGive(handle());
+  semMutexDelete(handle());
   semaphore = nullptr;
 }
 

@@ -25,10 +25,10 @@ class IPODCTL_CAPABILITY("semaphore") Semaphore {
   /// Returns false when the system has none left.
   bool ensure();
 
-  bool exists() const { return semaphore.load() != nullptr; }
+  bool exists() const { return handle() != nullptr; }
 
   /// Returns the system's handle; null before the semaphore was created.
-  HANDLE handle() const { return semaphore; }
+  HANDLE handle() const { return semaphore.load(std::memory_order_relaxed); }
 
   /// Releases the semaphore and closes it.
   void releaseAndClose();
@@ -69,20 +69,20 @@ class IPODCTL_SCOPED_CAPABILITY SemaphoreHold {
 };
 
 inline bool Semaphore::take(uint32_t nanoseconds, uint32_t seconds) {
-  return semMutexTake(semaphore, nanoseconds, seconds) == 0;
+  return semMutexTake(handle(), nanoseconds, seconds) == 0;
 }
 
-inline bool Semaphore::tryTake() { return semMutexTryLock(semaphore) == 0; }
+inline bool Semaphore::tryTake() { return semMutexTryLock(handle()) == 0; }
 
-inline int Semaphore::give() { return semMutexGive(semaphore); }
+inline int Semaphore::give() { return semMutexGive(handle()); }
 
 inline bool Semaphore::await(uint32_t nanoseconds, uint32_t seconds) {
-  return semMutexTake(semaphore, nanoseconds, seconds) == 0;
+  return semMutexTake(handle(), nanoseconds, seconds) == 0;
 }
 
-inline void Semaphore::signal() { semMutexGive(semaphore); }
+inline void Semaphore::signal() { semMutexGive(handle()); }
 
-inline void Semaphore::reset() { semMutexTryLock(semaphore); }
+inline void Semaphore::reset() { semMutexTryLock(handle()); }
 
 inline SemaphoreHold::SemaphoreHold(Semaphore& lock) : held(lock) {
   semMutexTake(held.handle(), 0, 0);

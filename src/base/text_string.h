@@ -31,6 +31,13 @@ class TextString {
     return true;
   }
 
+  /// Cuts the text to its first `newLength` units, at most size().
+  void shorten(uint32_t newLength) {
+    if (newLength == length) return;
+    units[newLength] = Unit{};
+    length = newLength;
+  }
+
   /// Replaces the text by a copy of `count` units. Returns false, and leaves the text unchanged,
   /// when there is no memory.
   [[nodiscard]] bool assign(const Unit* source, uint32_t count) {

@@ -94,7 +94,7 @@ class LingoMessage {
   static bool utf8ToNarrow(const uint8_t* text, uint32_t length, ByteString& out);
 
  protected:
-  explicit LingoMessage(LingoId lingo);
+  explicit LingoMessage(LingoId lingo) : lingoId(lingo) {}
 
   /// encode for command ids of one or two bytes.
   uint16_t encodeBody(uint8_t* buffer, uint32_t capacity, uint32_t commandSize) const;

@@ -1,6 +1,8 @@
 // The texts of LingoMessage: the iPod's UTF-8 is converted to the library's 8-bit text.
 
+#include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "lingo/lingo_message.h"
 
@@ -21,6 +23,10 @@ int presentBytes(const uint8_t* bytes, int length) {
   while (count < length && isContinuation(bytes[count]))
     ++count;
   return count;
+}
+
+uint32_t textLength(const uint8_t* text) {
+  return static_cast<uint32_t>(std::strlen(reinterpret_cast<const char*>(text)));
 }
 
 int sequenceLengthAt(const uint8_t* text) { return LingoMessage::utf8SequenceLength(*text); }
@@ -51,14 +57,27 @@ bool narrow(const WideString& wide, ByteString& text) {
 
 enum class Conversion { kWhole, kNotWhole, kNoMemory };
 
-/// Converts UTF-8 to 8-bit characters. `out` stays as it was when a character is malformed or
-/// beyond 16 bits, and without memory.
-Conversion convert(const uint8_t* text, ByteString& out) {
-  WideString wide;
-  if (!wide.resize(LingoMessage::utf8CharCount(text))) return Conversion::kNoMemory;
-  if (!widen(text, wide)) return Conversion::kNotWhole;
-  if (!out.resize(wide.size())) return Conversion::kNoMemory;
-  return narrow(wide, out) ? Conversion::kWhole : Conversion::kNotWhole;
+/// Converts at most `length` bytes of UTF-8, up to the first NUL, to 8-bit characters. `out` stays
+/// as it was when a character is malformed or beyond 16 bits, and without memory.
+Conversion convert(const uint8_t* text, uint32_t length, ByteString& out) {
+  ByteString narrowed;  // no character has fewer bytes in UTF-8
+  if (!narrowed.resize(length)) return Conversion::kNoMemory;
+  const uint8_t* end = text + length;
+  uint32_t count = 0;
+  bool allFitted = true;
+  while (text < end && *text != 0) {
+    uint32_t codePoint = *text;
+    const int size = sequenceLengthAt(text);
+    if (size > end - text) return Conversion::kNotWhole;
+    text += codePoint < 0x80 ? 1 : LingoMessage::utf8DecodeChar(text, size, codePoint);
+    if (codePoint >= kWideLimit) return Conversion::kNotWhole;
+    const bool fits = codePoint < kNarrowLimit;
+    narrowed[count++] = fits ? static_cast<uint8_t>(codePoint) : kReplacement;
+    allFitted = allFitted && fits;
+  }
+  narrowed.shorten(count);
+  out = std::move(narrowed);
+  return allFitted ? Conversion::kWhole : Conversion::kNotWhole;
 }
 
 }  // namespace
@@ -104,13 +123,13 @@ bool LingoMessage::wideToNarrow(const WideString& wide, ByteString& text) {
 }
 
 bool LingoMessage::utf8ToNarrow(const uint8_t* text, uint32_t length, ByteString& out) {
-  return text != nullptr && length != 0 && convert(text, out) == Conversion::kWhole;
+  return text != nullptr && length != 0 &&
+         convert(text, textLength(text), out) == Conversion::kWhole;
 }
 
 bool LingoMessage::decodeText(uint32_t offset, uint32_t length, ByteString& out) const {
-  ByteString terminated;
-  return copyText(offset, length, terminated) &&
-         convert(terminated.text(), out) != Conversion::kNoMemory;
+  const uint32_t present = dataLength > offset ? dataLength - offset : 0;
+  return convert(data.get() + offset, std::min(length, present), out) != Conversion::kNoMemory;
 }
 
 bool LingoMessage::copyText(uint32_t offset, uint32_t length, ByteString& out) const {

@@ -33,9 +33,9 @@ std::unique_ptr<LingoMessage> makeMessageOf(uint8_t lingo) {
 std::unique_ptr<LingoMessage> makeMessage(uint8_t lingo, uint16_t command, const uint8_t* data,
                                           uint16_t length) {
   std::unique_ptr<LingoMessage> message = makeMessageOf(lingo);
-  if (!message) return nullptr;
+  if (!message) return message;
   message->setCommand(command);
-  if (!message->appendData(data, length)) return nullptr;
+  if (!message->setData(data, length)) message.reset();
   return message;
 }
 
@@ -46,8 +46,8 @@ std::unique_ptr<LingoMessage> makeReceivedMessage(const uint8_t* payload, uint16
   const bool wideCommand = payload[0] == kExtendedInterfaceLingo;
   const uint16_t headerSize = wideCommand ? 3 : 2;
   if (length < headerSize) return nullptr;
-  uint16_t command = payload[1];
-  if (wideCommand) LingoMessage::getUint16(payload + 1, command);
+  const auto command =
+      wideCommand ? static_cast<uint16_t>(payload[1] << 8 | payload[2]) : uint16_t{payload[1]};
   return makeMessage(payload[0], command, payload + headerSize,
                      static_cast<uint16_t>(length - headerSize));
 }

@@ -17,6 +17,7 @@ bool HandlerTable::prepare() { return listGuard.ensure(); }
 
 bool HandlerTable::add(const HandlerRecord& record) {
   const SemaphoreHold hold(listGuard);
+  handledLingoes = handledLingoes | bitOf(record.lingo);
   return handlerList.append(record);
 }
 
@@ -39,15 +40,14 @@ void HandlerTable::removeAllOf(const void* object) {
   }
 }
 
-bool HandlerTable::dispatch(std::unique_ptr<LingoMessage>& message) {
-  {
-    const SemaphoreHold hold(listGuard);
-    cursor = 0;
-  }
+bool HandlerTable::callHandlers(std::unique_ptr<LingoMessage>& message) {
+  const uint8_t lingo = message->getLingo();
+  const uint16_t command = message->getCommand();
+  startSearch();
   HandlerRecord record;
   bool handled = false;
   bool last = false;
-  while (nextFor(*message, record, last)) {
+  while (nextFor(lingo, command, record, last)) {
     handled = true;
     if (last) {
       record.handler(record.object, std::move(message));
@@ -60,22 +60,27 @@ bool HandlerTable::dispatch(std::unique_ptr<LingoMessage>& message) {
   return handled;
 }
 
+void HandlerTable::startSearch() {
+  const SemaphoreHold hold(listGuard);
+  cursor = 0;
+}
+
 /// Finds the next handler for the message and sets `last` when no other follows now. Returns false
 /// when there is none.
-bool HandlerTable::nextFor(const LingoMessage& message, HandlerRecord& found, bool& last) {
+bool HandlerTable::nextFor(uint8_t lingo, uint16_t command, HandlerRecord& found, bool& last) {
   const SemaphoreHold hold(listGuard);
-  const uint32_t index = findFrom(cursor, message);
+  const uint32_t index = findFrom(cursor, lingo, command);
   if (index == handlerList.size()) return false;
   found = handlerList[index];
   cursor = index + 1;
-  last = findFrom(cursor, message) == handlerList.size();
+  last = findFrom(cursor, lingo, command) == handlerList.size();
   return true;
 }
 
-uint32_t HandlerTable::findFrom(uint32_t start, const LingoMessage& message) const {
+uint32_t HandlerTable::findFrom(uint32_t start, uint8_t lingo, uint16_t command) const {
   uint32_t index = start;
-  while (index < handlerList.size() && (handlerList[index].lingo != message.getLingo() ||
-                                        handlerList[index].command != message.getCommand())) {
+  while (index < handlerList.size() &&
+         (handlerList[index].lingo != lingo || handlerList[index].command != command)) {
     ++index;
   }
   return index;

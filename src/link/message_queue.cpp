@@ -4,7 +4,7 @@
 
 namespace ipodctl {
 
-MessageQueue::MessageQueue(const std::atomic<uint8_t>& active) : readerActive(active) { prepare(); }
+MessageQueue::MessageQueue(const SharedValue<uint8_t>& active) : readerActive(active) { prepare(); }
 
 MessageQueue::~MessageQueue() {
   queueMutex.releaseAndClose();
@@ -19,26 +19,29 @@ bool MessageQueue::prepare() {
   return true;
 }
 
-void MessageQueue::append(std::unique_ptr<LingoMessage> message) {
-  const SemaphoreHold hold(queueMutex);
-  const bool first = messageQueue.empty();
-  if (messageQueue.append(std::move(message)) && first) messageReady.signal();
+void MessageQueue::append(std::unique_ptr<LingoMessage>&& message) {
+  bool isOnly = false;
+  {
+    const SemaphoreHold hold(queueMutex);
+    isOnly = messageQueue.append(std::move(message)) && messageQueue.size() == 1;
+  }
+  if (isOnly) messageReady.signal();
 }
 
 bool MessageQueue::awaitSignal(uint32_t nanoseconds, uint32_t seconds) {
   return messageReady.await(nanoseconds, seconds);
 }
 
-std::unique_ptr<LingoMessage> MessageQueue::takeFirst() {
-  const SemaphoreHold hold(queueMutex);
-  if (messageQueue.empty()) return nullptr;
-  std::unique_ptr<LingoMessage> oldest = messageQueue.removeAt(0);
-  if (messageQueue.empty()) {
-    resetSignal();
-  } else {
-    messageReady.signal();
+bool MessageQueue::takeFirst(std::unique_ptr<LingoMessage>& oldest) {
+  uint32_t left = 0;
+  {
+    const SemaphoreHold hold(queueMutex);
+    if (messageQueue.empty()) return false;
+    oldest = messageQueue.takeFirst();
+    left = messageQueue.size();
   }
-  return oldest;
+  if (left > 0) messageReady.signal();
+  return true;
 }
 
 void MessageQueue::flush() {

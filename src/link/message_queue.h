@@ -1,11 +1,11 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 
-#include "base/growable_array.h"
+#include "base/fifo.h"
 #include "base/semaphore.h"
+#include "base/shared_value.h"
 #include "lingo/lingo_message.h"
 
 namespace ipodctl {
@@ -13,12 +13,14 @@ namespace ipodctl {
 /// The received messages that no handler took, oldest first. The reader thread appends messages;
 /// the host's threads remove them. `queueMutex` is held for a few steps only. `messageReady` is a
 /// signal. It is set while the queue holds messages and while the reader is stopped. A waiter
-/// consumes the signal before it removes a message. Another thread may empty and refill the queue
-/// in between.
+/// consumes the signal before it removes a message.
+///
+/// The signal is set after the lock is released, so that the thread that it wakes finds the lock
+/// free. Another thread can empty the queue before that; the signal is then set without a message.
 class MessageQueue {
  public:
   /// `readerActive` is 0 while no reader runs.
-  explicit MessageQueue(const std::atomic<uint8_t>& readerActive);
+  explicit MessageQueue(const SharedValue<uint8_t>& readerActive);
   ~MessageQueue();
   MessageQueue(const MessageQueue&) = delete;
   MessageQueue& operator=(const MessageQueue&) = delete;
@@ -29,15 +31,15 @@ class MessageQueue {
   Semaphore& lock() { return queueMutex; }
 
   /// Appends a message, and signals it if it is the only one. Without memory the message is lost.
-  void append(std::unique_ptr<LingoMessage> message);
+  void append(std::unique_ptr<LingoMessage>&& message);
 
   /// Waits for the signal as long as semMutexTake does, and consumes it. Returns false after the
   /// time.
   bool awaitSignal(uint32_t nanoseconds, uint32_t seconds);
 
-  /// Removes and returns the oldest message; null when there is none. Then the signal is set if
-  /// other messages remain, and reset if none do.
-  std::unique_ptr<LingoMessage> takeFirst();
+  /// Removes the oldest message. Returns false when there is none. Sets the signal if other
+  /// messages remain.
+  bool takeFirst(std::unique_ptr<LingoMessage>& oldest);
 
   /// Destroys all messages, starting with the oldest, and resets their signal.
   void flush();
@@ -52,10 +54,10 @@ class MessageQueue {
  private:
   void resetSignal() IPODCTL_REQUIRES(queueMutex);
 
-  const std::atomic<uint8_t>& readerActive;
+  const SharedValue<uint8_t>& readerActive;
   Semaphore queueMutex;
   Semaphore messageReady;
-  GrowableArray<std::unique_ptr<LingoMessage>> messageQueue IPODCTL_GUARDED_BY(queueMutex);
+  Fifo<std::unique_ptr<LingoMessage>> messageQueue IPODCTL_GUARDED_BY(queueMutex);
 };
 
 }  // namespace ipodctl

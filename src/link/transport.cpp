@@ -12,7 +12,12 @@ namespace ipodctl {
 namespace {
 
 constexpr int kStopWaits = 3;
-constexpr int32_t kStopWaitMicroseconds = 100000;
+constexpr uint32_t kStopWaitNanoseconds = 100000000;
+
+/// A signal without a message comes from a message that another thread removed. Only one can be
+/// left from before the wait.
+constexpr int kSignalWaits = 2;
+
 constexpr uint32_t kReaderEndMilliseconds = 1000;
 constexpr uint32_t kReaderPollMilliseconds = 100;
 
@@ -28,7 +33,8 @@ Transport::Transport() {
 Transport::~Transport() { TransportRegistry::instance().remove(this); }
 
 bool Transport::prepare() {
-  return messages.prepare() && handlers.prepare() && TransportRegistry::instance().add(this);
+  return messages.prepare() && handlers.prepare() && readerEnded.ensure() &&
+         TransportRegistry::instance().add(this);
 }
 
 void Transport::releaseLocksOfKilledReader() {
@@ -55,6 +61,7 @@ bool Transport::startReadData() {
   // Set it first: a late wake() for the previous reader then leaves the signal alone.
   readDataActive = 1;
   messages.clearSignal();
+  readerEnded.reset();
   readerInside = 1;
   threadCreate(readerThread, threadEntry, this);
   if (readerThread != nullptr) return true;
@@ -69,7 +76,7 @@ bool Transport::stopReadData() {
   close();
   messages.wake();
   for (int i = 0; i < kStopWaits && !threadExited; ++i)
-    taskSleepMicro(kStopWaitMicroseconds);
+    readerEnded.await(kStopWaitNanoseconds, 0);
   return true;
 }
 
@@ -97,15 +104,16 @@ void Transport::thReadDataLocal() {
   receiveMessages();
   debugPrint("exit from thReadDataLocal\n");
   threadExited = 1;
+  readerEnded.signal();
   messages.wake();
 }
 
 void Transport::receiveMessages() {
   while (readDataActive) {
-    debugPrint("begin READ....\n");
+    if (isDebugging()) debugPrint("begin READ....\n");
     uint8_t* payload = nullptr;
     const int length = readFrame(rxPayload, kPayloadCapacity, payload);
-    debugPrint("received msg dim %d\n", length);
+    if (isDebugging()) debugPrint("received msg dim %d\n", length);
     if (length <= 0 || payload == nullptr) {
       readDataActive = 0;
       threadExited = 1;
@@ -119,18 +127,21 @@ void Transport::receiveMessages() {
 void Transport::deliver(const uint8_t* payload, uint16_t length) {
   std::unique_ptr<LingoMessage> message = makeReceivedMessage(payload, length);
   if (!message) return;
-  message->dump();
+  if (isDebugging()) message->dump();
   if (!handlers.dispatch(message)) messages.append(std::move(message));
 }
 
 std::unique_ptr<LingoMessage> Transport::getMessage(uint32_t nanoseconds, uint32_t seconds) {
-  if (!readDataActive && threadExited) return nullptr;
-  if (!messages.awaitSignal(nanoseconds, seconds)) return nullptr;
-  if (!readDataActive || threadExited) {
-    messages.wake();  // the other waiters must notice the stop, too
-    return nullptr;
+  std::unique_ptr<LingoMessage> message;
+  if (!readDataActive && threadExited) return message;
+  for (int i = 0; i < kSignalWaits && messages.awaitSignal(nanoseconds, seconds); ++i) {
+    if (!readDataActive || threadExited) {
+      messages.wake();  // the other waiters must notice the stop, too
+      break;
+    }
+    if (messages.takeFirst(message)) break;
   }
-  return messages.takeFirst();
+  return message;
 }
 
 int Transport::flushMessages() {

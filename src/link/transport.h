@@ -2,10 +2,10 @@
 
 #include <windows.h>
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 
+#include "base/shared_value.h"
 #include "lingo/frame_format.h"
 #include "lingo/lingo_message.h"
 #include "link/handler_table.h"
@@ -110,7 +110,7 @@ class Transport {
   /// calls it again. Returns false when the system has no room; the transport does not open then.
   virtual bool prepare();
 
-  std::atomic<uint8_t> readDataActive{0};
+  SharedValue<uint8_t> readDataActive{0};
   ReaderLocks readerLocks;
 
   /// The payload of the frame just read. Reader thread only.
@@ -121,8 +121,9 @@ class Transport {
   void receiveMessages();
   void deliver(const uint8_t* payload, uint16_t length);
 
-  std::atomic<uint8_t> threadExited{1};
-  std::atomic<uint8_t> readerInside{0};  ///< from startReadData to the reader's last step
+  SharedValue<uint8_t> threadExited{1};
+  SharedValue<uint8_t> readerInside{0};  ///< from startReadData to the reader's last step
+  Semaphore readerEnded;                 ///< set at the reader's end
   HANDLE readerThread = nullptr;
   MessageQueue messages{readDataActive};
   HandlerTable handlers;

@@ -35,6 +35,23 @@ TEST(TextString, HoldsZerosAfterAResize) {
   EXPECT_EQ(text.text()[3], '\0');
 }
 
+TEST(TextString, IsCutToItsFirstUnits) {
+  ByteString text = byteString("before");
+  text.shorten(2);
+  EXPECT_EQ(textOf(text), "be");
+  EXPECT_EQ(text.text()[2], '\0');
+  text.shorten(2);
+  EXPECT_EQ(textOf(text), "be");
+  text.shorten(0);
+  EXPECT_TRUE(text.empty());
+}
+
+TEST(TextString, IsCutToNothingWhenItHasNothing) {
+  ByteString text;
+  text.shorten(0);
+  EXPECT_TRUE(text.empty());
+}
+
 TEST(TextString, IsEmptyAfterAnAssignOfNoUnits) {
   ByteString text = byteString("before");
   ASSERT_TRUE(text.assign(nullptr, 0));

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "base/fifo.h"
 #include "base/growable_array.h"
 #include "lingo/digital_audio_message.h"
 #include "lingo/extended_interface_message.h"
@@ -331,6 +332,22 @@ TEST(GrowableArrayWithoutMemory, StaysAsItWas) {
     EXPECT_EQ(array[static_cast<uint32_t>(i)], i);
   EXPECT_TRUE(array.append(next));
   EXPECT_EQ(array.size(), static_cast<uint32_t>(next) + 1);
+}
+
+TEST(FifoWithoutMemory, StaysAsItWas) {
+  Fifo<int> fifo;
+  int next = 0;
+  {
+    const MemoryLimit memory({1, true});
+    while (fifo.append(next))
+      ++next;
+    EXPECT_TRUE(memory.struck());
+  }
+  ASSERT_GT(next, 0);
+  ASSERT_EQ(fifo.size(), static_cast<uint32_t>(next));
+  EXPECT_TRUE(fifo.append(next));
+  for (int i = 0; i <= next; ++i)
+    EXPECT_EQ(fifo.takeFirst(), i);
 }
 
 TEST(GrowableArrayWithoutMemory, ReleasesTheItemThatItCouldNotTake) {

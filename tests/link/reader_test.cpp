@@ -87,6 +87,18 @@ TEST_F(Reader, LetsGetMessageWaitForTheGivenTime) {
   platform.runThread();
 }
 
+TEST_F(Reader, LetsGetMessageWaitAgainOnceAfterASignalWithoutAMessage) {
+  platform.arrive(kFrame1 + kFrame2);
+  meanwhile([&] {
+    platform.releasedByName = "semaphore 1";  // the queue's lock
+    platform.afterRelease = [&] { transport->flushMessages(); };
+    EXPECT_EQ(takenCommand(*transport), 1);
+    EXPECT_FALSE(platform.afterRelease);
+    EXPECT_EQ(waited([&] { EXPECT_EQ(transport->getMessage(0, 1), nullptr); }), 1000u);
+  });
+  platform.runThread();
+}
+
 TEST_F(Reader, LetsGetMessageWaitWithoutLimitUntilItIsStopped) {
   bool stopped = false;
   meanwhile([&] {
