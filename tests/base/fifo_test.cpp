@@ -69,7 +69,7 @@ TEST(Fifo, DestroysItsItemsFromTheFirstOnWhenItIsCleared) {
   EXPECT_TRUE(fifo.empty());
 }
 
-TEST(Fifo, LeavesNothingBehindWhereAnItemWasTaken) {
+TEST(Fifo, KeepsNoItemThatWasTaken) {
   std::vector<int> destroyed;
   {
     Fifo<std::unique_ptr<Witness>> fifo;
