@@ -20,6 +20,7 @@ THUNK = """\
     ldr ip, 1f
     ldr pc, [ip]
 1:  .word __imp_{name}
+    .size {name}, . - {name}
     .section .iat.{dll}.{name}, "aw", %progbits
     .global __imp_{name}
 __imp_{name}:
