@@ -4,6 +4,7 @@
 #include <sys/mman.h>
 #include <windows.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -20,6 +21,13 @@ constexpr uint32_t kPage = 0x1000;
 
 uint32_t addressOf(const void* pointer) {
   return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(pointer));
+}
+
+/// Returns where the image is to be mapped; null: the system chooses. It is taken from the
+/// environment, so that a profiler knows the addresses before the program starts.
+void* wantedAddress() {
+  const char* const text = std::getenv("IPODCTL_IMAGE_ADDRESS");
+  return text != nullptr ? reinterpret_cast<void*>(std::strtoul(text, nullptr, 0)) : nullptr;
 }
 
 uint32_t wholePages(uint32_t size) { return (size + kPage - 1) / kPage * kPage; }
@@ -87,10 +95,12 @@ Problem Image::readHeaders() {
 
 Problem Image::map() {
   size = headers->imageSize;
+  void* const wanted = wantedAddress();
   void* const place =
-      mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+      mmap(wanted, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (place == MAP_FAILED) return "no memory";
   memory = static_cast<uint8_t*>(place);
+  if (wanted != nullptr && place != wanted) return "IPODCTL_IMAGE_ADDRESS is not free";
   if (addressOf(memory) == headers->imageBase) return "mapped at its preferred address by chance";
   for (uint32_t i = 0; i < headers->sectionCount; ++i) {
     const SectionHeader& section = sections[i];
