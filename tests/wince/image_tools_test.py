@@ -72,7 +72,7 @@ class ImportThunks(unittest.TestCase):
 
     def test_jump_through_a_slot(self):
         text = make_imports.source("coredll", ["Sleep"])
-        self.assertIn("Sleep:\n    ldr ip, 1f\n    ldr pc, [ip]\n1:  .word __imp_Sleep\n", text)
+        self.assertIn("Sleep:\n    ldr ip, 1f\n    ldr ip, [ip]\n    bx ip\n1:  .word __imp_Sleep\n", text)
         self.assertIn('.section .iat.coredll.Sleep, "aw"', text)
 
 

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Writes the assembler source of a DLL's import thunks: make_imports.py DLL LIST > SOURCE.S
 
-LIST has one function name on each line; '#' begins a comment. Each function gets a thunk, which jumps to
-the address in its slot of the import address table. The linker drops the thunks that nobody calls,
-and their slots with them.
+LIST has one function name on each line; '#' begins a comment. Each function gets a thunk, which
+jumps to the address in its slot of the import address table. The jump is bx: a function of the
+platform can be Thumb code, to which ARMv4T changes only with bx. The linker drops the thunks that
+nobody calls, and their slots with them.
 """
 
 import pathlib
@@ -18,7 +19,8 @@ THUNK = """\
     .type {name}, %function
 {name}:
     ldr ip, 1f
-    ldr pc, [ip]
+    ldr ip, [ip]
+    bx ip
 1:  .word __imp_{name}
     .size {name}, . - {name}
     .section .iat.{dll}.{name}, "aw", %progbits
