@@ -11,6 +11,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "wince/image"))
 
 import import_library
+import make_exports
 import make_imports
 import pe_image
 import write_image
@@ -48,6 +49,13 @@ class ExportDirectory(unittest.TestCase):
     def test_refuses_an_ordinal_that_is_used_twice(self):
         with self.assertRaisesRegex(ValueError, "repeat"):
             pe_image.export_directory(0x3000, "a.dll", {"A": (1, 0), "B": (1, 0)})
+
+
+class ExportRoom(unittest.TestCase):
+    def test_has_the_size_of_the_directory(self):
+        # 40 bytes, 4 + 4 + 2 for each of two exports, "a.dll", "Zoe" and "Amy" with their zeros.
+        self.assertIn("exportDirectory:\n    .space 74\nexportDirectoryEnd:\n",
+                      make_exports.source("EXPORTS\n  Zoe @1\n  Amy @2\n", "a.dll"))
 
 
 class ImportDirectory(unittest.TestCase):
@@ -113,14 +121,22 @@ class LinkedFile(unittest.TestCase):
         .global __imp_Sleep
     __imp_Sleep:
         .word 0
+        .section .rodata.exports
+        .global exportDirectory, exportDirectoryEnd
+    exportDirectory:
+        .space {room}
+    exportDirectoryEnd:
         .bss
         .space 4
     """
 
-    def image(self, text="", definition="    IpodConnect @1\n", architecture="armv4t"):
+    # Of the export directory: 40 bytes, 10 for the export, "a.dll" and "IpodConnect" with their zeros.
+    ROOM = 68
+
+    def image(self, text="", definition="    IpodConnect @1\n", architecture="armv4t", room=ROOM):
         with tempfile.TemporaryDirectory() as folder:
             folder = pathlib.Path(folder)
-            (folder / "a.s").write_text(self.SOURCE.format(text=text))
+            (folder / "a.s").write_text(self.SOURCE.format(text=text, room=room))
             subprocess.run(["arm-none-eabi-as", "-march=" + architecture, "a.s", "-o", "a.o"],
                            cwd=folder, check=True)
             subprocess.run(["arm-none-eabi-ld", "--emit-relocs", "-T",
@@ -150,6 +166,10 @@ class LinkedFile(unittest.TestCase):
     def test_with_an_address_across_words_is_refused(self):
         with self.assertRaisesRegex(write_image.BadInput, "is not in a whole word"):
             self.image(".byte 0\n .4byte known\n .align")
+
+    def test_with_too_little_room_for_the_exports_is_refused(self):
+        with self.assertRaisesRegex(write_image.BadInput, "export directory has another size"):
+            self.image(room=self.ROOM - 4)
 
     def test_without_an_export_is_refused(self):
         with self.assertRaisesRegex(write_image.BadInput, "no IpodPlay in the linked file"):

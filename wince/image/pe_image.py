@@ -53,7 +53,7 @@ class Section:
 
 
 def export_directory(rva, dll, exports):
-    """Returns the content of the export section. `exports` maps a name to its ordinal and its address."""
+    """Returns the export directory. `exports` maps a name to its ordinal and its address."""
     ordinals = [ordinal for ordinal, _ in exports.values()]
     base, count = min(ordinals), max(ordinals) - min(ordinals) + 1
     if sorted(ordinals) != list(range(base, base + count)):

@@ -143,10 +143,20 @@ def bind_imports(linked, section):
     }
 
 
-def added_section(sections, name, content_at, flags):
-    """Adds a section after the others. Its content depends on its address."""
+def fill_exports(linked, section, dll, exports):
+    """Writes the export directory into the room that make_exports.py has left for it."""
+    rva = linked.rva("exportDirectory")
+    directory = pe.export_directory(rva, dll, exports)
+    if linked.rva("exportDirectoryEnd") - rva != len(directory):
+        raise BadInput("the room for the export directory has another size")
+    begin = rva - section.rva
+    section.data[begin:begin + len(directory)] = directory
+    return {pe.EXPORTS: (rva, len(directory))}
+
+
+def added_section(sections, name, data, flags):
+    """Adds a section after the others."""
     rva = max(section.end for section in sections.values())
-    data = content_at(rva)
     sections[name] = pe.Section(name, rva, data, len(data), flags)
     return rva, len(data)
 
@@ -158,12 +168,10 @@ def image_of(linked, definition, dll):
     directories = bind_imports(linked, sections[".idata"])
     exports = {name: (ordinal, linked.rva(name))
                for name, ordinal in ordinals_of(definition).items()}
-    directories[pe.EXPORTS] = added_section(
-        sections, ".edata", lambda rva: pe.export_directory(rva, dll, exports),
-        pe.INITIALISED | pe.READ)
+    directories.update(fill_exports(linked, sections[".rdata"], dll, exports))
     relocations = pe.relocation_directory(linked.absolute_words())
     directories[pe.RELOCATIONS] = added_section(
-        sections, ".reloc", lambda rva: relocations, pe.INITIALISED | pe.READ | pe.DISCARDABLE)
+        sections, ".reloc", relocations, pe.INITIALISED | pe.READ | pe.DISCARDABLE)
     return pe.file_of(list(sections.values()), linked.base, linked.rva("_DllMainCRTStartup"),
                       directories)
 
