@@ -10,28 +10,16 @@ std::atomic<uint8_t> semTraceFlag{0};
 
 namespace {
 
-constexpr uint32_t kNanosecondsPerMillisecond = 1000000;
-constexpr uint32_t kMillisecondsPerSecond = 1000;
 constexpr int32_t kMicrosecondsPerMillisecond = 1000;
 constexpr DWORD kSerialPollMilliseconds = 100;
 constexpr DWORD kDefaultStack = 0;
 
-bool isTracing() { return semTraceFlag.load(std::memory_order_relaxed) != 0; }
+}  // namespace
 
 void traceSemaphore(const char* operation, HANDLE handle, DWORD result) {
   std::printf("%s HANDLE %x ret = %d\n", operation,
               static_cast<unsigned>(reinterpret_cast<uintptr_t>(handle)), static_cast<int>(result));
 }
-
-int waitResult(DWORD result) { return result == WAIT_TIMEOUT ? -1 : static_cast<int>(result); }
-
-inline int semaphoreWait(const char* operation, HANDLE handle, DWORD milliseconds) {
-  const DWORD result = WaitForSingleObject(handle, milliseconds);
-  if (isTracing()) traceSemaphore(operation, handle, result);
-  return waitResult(result);
-}
-
-}  // namespace
 
 DWORD semMutexCreate(HANDLE& handle) {
   handle = CreateSemaphoreW(nullptr, 1, 1, nullptr);
@@ -46,19 +34,6 @@ bool semMutexEnsure(HANDLE& handle) {
 int semMutexDelete(HANDLE handle) {
   CloseHandle(handle);
   return 0;
-}
-
-int semMutexTake(HANDLE handle, uint32_t nanoseconds, uint32_t seconds) {
-  const DWORD milliseconds =
-      nanoseconds / kNanosecondsPerMillisecond + seconds * kMillisecondsPerSecond;
-  return semaphoreWait("semMutexTake", handle, milliseconds == 0 ? INFINITE : milliseconds);
-}
-
-int semMutexTryLock(HANDLE handle) { return semaphoreWait("semMutexTryLock", handle, 0); }
-
-int semMutexGive(HANDLE handle) {
-  if (isTracing()) traceSemaphore("semMutexGive", handle, 0);
-  return ReleaseSemaphore(handle, 1, nullptr) ? 0 : -1;
 }
 
 DWORD threadCreate(HANDLE& handle, LPTHREAD_START_ROUTINE entry, void* argument) {
