@@ -12,7 +12,7 @@ template <typename Record>
 BOOL onPort(HANDLE handle, Record* record, DWORD (SerialPort::*call)(Record&)) {
   const auto port = objectOf<SerialPort>(handle);
   if (!port) return FALSE;
-  return report(record == nullptr ? ERROR_INVALID_PARAMETER : (port.get()->*call)(*record));
+  return report(record == nullptr ? ERROR_INVALID_PARAMETER : ((*port).*call)(*record));
 }
 
 }  // namespace

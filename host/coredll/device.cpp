@@ -32,8 +32,8 @@ Moved writeSome(int terminal, const BYTE* bytes, DWORD count) {
 
 }  // namespace
 
-Device::Device(Descriptor terminal, Descriptor wakeSignal)
-    : tty(std::move(terminal)), wake(std::move(wakeSignal)) {}
+Device::Device(ObjectKind ownKind, Descriptor terminal, Descriptor wakeSignal)
+    : KernelObject(ownKind), tty(std::move(terminal)), wake(std::move(wakeSignal)) {}
 
 DWORD Device::read(BYTE* buffer, DWORD count, DWORD& read) {
   return whileOpen([&](int terminal) {

@@ -23,8 +23,10 @@ struct TransferPlan {
 /// Results are error codes of windows.h.
 class Device : public KernelObject {
  public:
+  static constexpr unsigned kKinds = kStreamDeviceKind | kSerialPortKind;
+
   /// `terminal` is non-blocking, `wakeSignal` an eventfd.
-  Device(Descriptor terminal, Descriptor wakeSignal);
+  Device(ObjectKind ownKind, Descriptor terminal, Descriptor wakeSignal);
 
   /// `read` and `written` start at 0 and count the bytes.
   DWORD read(BYTE* buffer, DWORD count, DWORD& read);

@@ -2,45 +2,59 @@
 
 #include <desk.h>
 
-#include <utility>
+#include <type_traits>
 
 namespace coredll {
 
+HandleTable processHandles;
+static_assert(std::is_trivially_destructible_v<HandleTable>, "the table is never destroyed");
+
 HANDLE HandleTable::open(std::shared_ptr<KernelObject> object) {
-  constexpr std::uintptr_t kStep = 4;
-  const std::lock_guard lock(mutex);
-  HANDLE handle = reinterpret_cast<HANDLE>(nextValue);
-  objects.emplace(handle, std::move(object));
-  nextValue += kStep;
-  return handle;
+  HandleSlot& slot = takeFree();
+  ++openHandles;
+  return reinterpret_cast<HANDLE>(slot.open(std::move(object)));
 }
 
-std::shared_ptr<KernelObject> HandleTable::find(HANDLE handle) const {
-  const std::lock_guard lock(mutex);
-  const auto found = objects.find(handle);
-  return found == objects.end() ? nullptr : found->second;
+Use<KernelObject> HandleTable::close(HANDLE handle) {
+  const auto bits = reinterpret_cast<HandleBits>(handle);
+  HandleSlot* const slot = slotOf(bits);
+  if (!slot || !slot->close(bits)) return Use<KernelObject>();
+  --openHandles;
+  return Use<KernelObject>(slot);
 }
 
-std::shared_ptr<KernelObject> HandleTable::remove(HANDLE handle) {
-  const std::lock_guard lock(mutex);
-  const auto node = objects.extract(handle);
-  return node ? std::move(node.mapped()) : nullptr;
+/// Makes slots and adds them to the free ones. The first handle with the index 0 is not used: the
+/// lower half of a handle is a thread's id, which is never 0.
+void HandleTable::addChunk() {
+  if (chunkCount == chunks.size()) throw std::bad_alloc();
+  Chunk* const chunk = new Chunk;
+  for (std::size_t i = kChunkSize; i-- > (chunkCount == 0 ? 1 : 0);) {
+    (*chunk)[i].index = chunkCount * kChunkSize + i;
+    (*chunk)[i].nextFree = std::exchange(firstFree, &(*chunk)[i]);
+  }
+  chunks[chunkCount++].store(chunk, std::memory_order_release);
 }
 
-std::size_t HandleTable::size() const {
+HandleSlot& HandleTable::takeFree() {
   const std::lock_guard lock(mutex);
-  return objects.size();
+  if (firstFree == nullptr) addChunk();
+  HandleSlot& slot = *firstFree;
+  firstFree = slot.nextFree;
+  return slot;
 }
 
-HandleTable& handles() {
-  static HandleTable& table = *new HandleTable;
-  return table;
+void HandleTable::recycle(HandleSlot& slot) {
+  // Destroyed after the lock is released: the object's destructor may take time.
+  const std::shared_ptr<KernelObject> object = slot.removeObject();
+  if (!slot.canBeReused()) return;
+  const std::lock_guard lock(mutex);
+  slot.nextFree = std::exchange(firstFree, &slot);
 }
 
 }  // namespace coredll
 
 BOOL WINAPI CloseHandle(HANDLE object) {
-  const auto closed = coredll::handles().remove(object);
+  const auto closed = coredll::handles().close(object);
   if (!closed) return coredll::fail(ERROR_INVALID_HANDLE, FALSE);
   closed->close();
   return TRUE;

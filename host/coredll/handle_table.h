@@ -3,47 +3,111 @@
 
 #include <windows.h>
 
+#include <array>
+#include <atomic>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <new>
-#include <unordered_map>
+#include <utility>
 
+#include "handle_slot.h"
 #include "kernel_object.h"
 #include "last_error.h"
 
 namespace coredll {
 
+template <typename Kind>
+class Use;
+
 /// An object lives while its handle is open or a call is in it.
 class HandleTable {
  public:
-  /// Returns a new handle. Throws std::bad_alloc.
+  constexpr HandleTable() = default;
+  HandleTable(const HandleTable&) = delete;
+  HandleTable& operator=(const HandleTable&) = delete;
+
+  /// Returns a new handle. Throws std::bad_alloc, also when as many handles are open as can be.
   HANDLE open(std::shared_ptr<KernelObject> object);
 
-  /// Returns null when the handle is not open.
-  std::shared_ptr<KernelObject> find(HANDLE handle) const;
+  /// Returns the handle's object, or none when the handle is not open or its object is of another
+  /// kind.
+  template <typename Kind>
+  Use<Kind> find(HANDLE handle);
 
-  /// Removes the handle and returns its object; null when it is not open.
-  std::shared_ptr<KernelObject> remove(HANDLE handle);
+  /// Closes the handle and returns its object; none when it is not open.
+  Use<KernelObject> close(HANDLE handle);
 
-  std::size_t size() const;
+  /// Ends a use.
+  void leave(HandleSlot& slot) {
+    if (slot.leave()) recycle(slot);
+  }
+
+  std::size_t size() const { return openHandles; }
 
  private:
-  mutable std::mutex mutex;
-  /// Values only increase, so that a stale handle never refers to another object. Guarded by mutex.
-  std::uintptr_t nextValue = 0x100;
-  std::unordered_map<HANDLE, std::shared_ptr<KernelObject>> objects;
+  static constexpr std::size_t kChunkSize = 256;
+  using Chunk = std::array<HandleSlot, kChunkSize>;
+
+  /// Returns null for a value that cannot be a handle.
+  HandleSlot* slotOf(HandleBits handle) const {
+    if (handle % (1u << kIndexShift) != 0) return nullptr;
+    const std::size_t index = handle >> kIndexShift & kIndexMask;
+    Chunk* const chunk = chunks[index / kChunkSize].load(std::memory_order_acquire);
+    return chunk ? &(*chunk)[index % kChunkSize] : nullptr;
+  }
+
+  void addChunk();
+  HandleSlot& takeFree();
+  void recycle(HandleSlot& slot);
+
+  /// Chunks are never freed, so that a stale handle can be looked up at any time.
+  std::array<std::atomic<Chunk*>, (kIndexMask + 1) / kChunkSize> chunks{};
+  std::atomic<std::size_t> openHandles{0};
+  std::mutex mutex;
+  std::size_t chunkCount = 0;       ///< guarded by mutex
+  HandleSlot* firstFree = nullptr;  ///< guarded by mutex
 };
 
-/// The table is never destroyed: threads may still use it while the process ends.
-HandleTable& handles();
+/// Never destroyed: threads may still use it while the process ends.
+extern HandleTable processHandles;
 
-/// Returns the handle's object. Returns null, with the last error set, when there is none or it is
+inline HandleTable& handles() { return processHandles; }
+
+/// Keeps a handle's object alive during a call. Empty when there is none.
+template <typename Kind>
+class Use {
+ public:
+  explicit Use(HandleSlot* entered = nullptr) : slot(entered) {}
+  Use(Use&& other) noexcept : slot(std::exchange(other.slot, nullptr)) {}
+  Use& operator=(Use&& other) = delete;
+  ~Use() {
+    if (slot) handles().leave(*slot);
+  }
+
+  explicit operator bool() const { return slot != nullptr; }
+  Kind& operator*() const { return static_cast<Kind&>(slot->held()); }
+  Kind* operator->() const { return &**this; }
+
+ private:
+  HandleSlot* slot;
+};
+
+template <typename Kind>
+Use<Kind> HandleTable::find(HANDLE handle) {
+  const auto bits = reinterpret_cast<HandleBits>(handle);
+  HandleSlot* const slot = slotOf(bits);
+  if (!slot || !slot->enter(bits)) return Use<Kind>();
+  if (slot->held().isOneOf(Kind::kKinds)) return Use<Kind>(slot);
+  leave(*slot);
+  return Use<Kind>();
+}
+
+/// Returns the handle's object. Returns none, with the last error set, when there is none or it is
 /// of another kind.
 template <typename Kind>
-std::shared_ptr<Kind> objectOf(HANDLE handle) {
-  auto object = std::dynamic_pointer_cast<Kind>(handles().find(handle));
+Use<Kind> objectOf(HANDLE handle) {
+  Use<Kind> object = handles().find<Kind>(handle);
   if (!object) SetLastError(ERROR_INVALID_HANDLE);
   return object;
 }

@@ -9,7 +9,10 @@ namespace {
 
 class Semaphore : public Waitable {
  public:
-  Semaphore(LONG initialCount, LONG maximumCount) : count(initialCount), maximum(maximumCount) {}
+  static constexpr unsigned kKinds = kSemaphoreKind;
+
+  Semaphore(LONG initialCount, LONG maximumCount)
+      : Waitable(kSemaphoreKind), count(initialCount), maximum(maximumCount) {}
 
   // Returns the previous count; a value below 0 when the release would exceed the maximum.
   LONG release(LONG releaseCount) {

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <mutex>
+#include <utility>
 
 #include "device.h"
 
@@ -11,7 +12,10 @@ namespace coredll {
 
 class SerialPort final : public Device {
  public:
-  using Device::Device;
+  static constexpr unsigned kKinds = kSerialPortKind;
+
+  SerialPort(Descriptor terminal, Descriptor wakeSignal)
+      : Device(kSerialPortKind, std::move(terminal), std::move(wakeSignal)) {}
 
   /// Results are error codes of windows.h.
   DWORD getState(DCB& state);

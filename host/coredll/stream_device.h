@@ -1,13 +1,16 @@
 // A device that delivers bytes as they arrive: the iPod's stream driver.
 #pragma once
 
+#include <utility>
+
 #include "device.h"
 
 namespace coredll {
 
 class StreamDevice final : public Device {
  public:
-  using Device::Device;
+  StreamDevice(Descriptor terminal, Descriptor wakeSignal)
+      : Device(kStreamDeviceKind, std::move(terminal), std::move(wakeSignal)) {}
 
  protected:
   TransferPlan planRead(DWORD) override { return {1, std::nullopt, std::nullopt}; }

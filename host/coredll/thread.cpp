@@ -17,6 +17,8 @@ std::atomic<unsigned> runningThreads{0};
 
 class Thread : public Waitable {
  public:
+  Thread() : Waitable(kThreadKind) {}
+
   void end() {
     const std::lock_guard lock(mutex);
     --runningThreads;

@@ -13,6 +13,10 @@ namespace coredll {
 
 class Waitable : public KernelObject {
  public:
+  static constexpr unsigned kKinds = kSemaphoreKind | kThreadKind;
+
+  using KernelObject::KernelObject;
+
   /// Returns WaitForSingleObject's result; with WAIT_FAILED the last error is set.
   DWORD wait(const Deadline& deadline);
 

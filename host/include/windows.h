@@ -91,7 +91,8 @@ void WINAPI SetLastError(DWORD error);
  * Handles (semaphores, threads, devices) are opaque. A value refers to one object from its creation
  * to its CloseHandle and is not used again in the process, so a stale copy is recognised. With a
  * handle that is NULL, closed, invalid or of another kind every function below returns its failure
- * result and sets ERROR_INVALID_HANDLE. All of them may be called on any thread.
+ * result and sets ERROR_INVALID_HANDLE. While 65535 handles are open, every function that makes one
+ * fails with ERROR_NOT_ENOUGH_MEMORY. All of them may be called on any thread.
  */
 
 /*

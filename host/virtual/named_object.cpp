@@ -11,9 +11,9 @@ std::string NamedObject::name() {
   VirtualWorld* const world = VirtualWorld::current();
   if (world != nullptr && namedIn != world->id()) {
     namedIn = world->id();
-    number = world->nextNumber(kind);
+    number = world->nextNumber(kindWord);
   }
-  return kind + (" " + std::to_string(number));
+  return kindWord + (" " + std::to_string(number));
 }
 
 void NamedObject::close() {
@@ -23,7 +23,7 @@ void NamedObject::close() {
 }
 
 void nameHandle(HANDLE handle, const std::string& name) {
-  const auto object = std::dynamic_pointer_cast<NamedObject>(coredll::handles().find(handle));
+  const auto object = coredll::handles().find<NamedObject>(handle);
   if (object) object->rename(name);
 }
 

@@ -14,7 +14,8 @@ namespace virtual_platform {
 /// in the order in which the world meets them. It does not depend on the handle's value.
 class NamedObject : public coredll::KernelObject {
  public:
-  explicit NamedObject(const char* objectKind) : kind(objectKind) {}
+  NamedObject(coredll::ObjectKind ownKind, const char* word)
+      : KernelObject(ownKind), kindWord(word) {}
 
   std::string name();
   /// Sets the name in every world from now on.
@@ -25,7 +26,7 @@ class NamedObject : public coredll::KernelObject {
   bool isClosed = false;
 
  private:
-  const char* const kind;
+  const char* const kindWord;
   std::uint64_t namedIn = 0;  ///< the world's id
   unsigned number = 0;
   std::string givenName;

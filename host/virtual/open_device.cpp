@@ -55,7 +55,7 @@ struct OpenDevice::Transfer {
 };
 
 OpenDevice::OpenDevice(VirtualDevice& opened, bool isPort)
-    : NamedObject("device"),
+    : NamedObject(isPort ? coredll::kSerialPortKind : coredll::kStreamDeviceKind, "device"),
       isSerialPort(isPort),
       state(initialState()),
       device(opened),

@@ -15,6 +15,8 @@ namespace virtual_platform {
 /// its device is gone.
 class OpenDevice final : public NamedObject {
  public:
+  static constexpr unsigned kKinds = coredll::kStreamDeviceKind | coredll::kSerialPortKind;
+
   OpenDevice(VirtualDevice& opened, bool isPort);
 
   /// `moved` starts at 0 and counts the bytes.

@@ -10,8 +10,12 @@ namespace {
 
 class Semaphore final : public Waitable {
  public:
+  static constexpr unsigned kKinds = coredll::kSemaphoreKind;
+
   Semaphore(LONG initialCount, LONG maximumCount)
-      : Waitable("semaphore"), count(initialCount), maximum(maximumCount) {}
+      : Waitable(coredll::kSemaphoreKind, "semaphore"),
+        count(initialCount),
+        maximum(maximumCount) {}
 
   // Returns the previous count; a value below 0 when the release would exceed the maximum.
   LONG release(LONG releaseCount) {

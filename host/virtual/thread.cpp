@@ -12,7 +12,7 @@ namespace {
 
 class Thread final : public Waitable {
  public:
-  Thread() : Waitable("thread") {}
+  Thread() : Waitable(coredll::kThreadKind, "thread") {}
   void end() { ended = true; }
 
  protected:

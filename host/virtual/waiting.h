@@ -9,6 +9,8 @@ namespace virtual_platform {
 
 class Waitable : public NamedObject {
  public:
+  static constexpr unsigned kKinds = coredll::kSemaphoreKind | coredll::kThreadKind;
+
   using NamedObject::NamedObject;
 
   /// Returns WaitForSingleObject's result; with WAIT_FAILED the last error is set.

@@ -88,12 +88,67 @@ TEST(DeviceHandle, CannotBeWaitedForOrReleased) {
 
 TEST(StaleHandle, NeverRefersToALaterObject) {
   std::set<HANDLE> values;
-  for (int i = 0; i < 10000; ++i) {
+  for (int i = 0; i < 20000; ++i) {
     const HANDLE semaphore = newSemaphore();
     EXPECT_TRUE(CloseHandle(semaphore));
     values.insert(semaphore);
   }
-  EXPECT_EQ(values.size(), 10000u);
+  EXPECT_EQ(values.size(), 20000u);
+}
+
+TEST(StaleHandle, IsRefusedWhileLaterObjectsAreOpen) {
+  const HANDLE stale = newSemaphore(1);
+  EXPECT_TRUE(CloseHandle(stale));
+  const OwnedHandle later(newSemaphore(1));
+  SetLastError(ERROR_SUCCESS);
+  EXPECT_EQ(WaitForSingleObject(stale, 0), WAIT_FAILED);
+  EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+  EXPECT_FALSE(CloseHandle(stale));
+  EXPECT_EQ(WaitForSingleObject(later.get(), 0), WAIT_OBJECT_0);
+}
+
+/// Another thread waits again and again with handles that are being closed or were closed.
+TEST(StaleHandle, ReachesNoLaterObjectWhileItIsUsed) {
+  std::atomic<HANDLE> shared{nullptr};
+  std::atomic<bool> isOver{false};
+  std::atomic<int> waits{0};
+  BackgroundCall user([&] {
+    for (; !isOver; ++waits)
+      WaitForSingleObject(shared, 0);
+    return true;
+  });
+  int lost = 0;
+  const host_test::Patience patience;
+  for (int round = 0; (round < 20000 || waits < 20000) && !patience.isOver(); ++round) {
+    OwnedHandle known(newSemaphore(1));
+    shared = known.get();
+    EXPECT_TRUE(known.close());
+    const OwnedHandle unknown(newSemaphore(1));
+    for (int i = 0; i < 10; ++i) {
+      if (WaitForSingleObject(unknown.get(), 0) != WAIT_OBJECT_0) ++lost;
+      ReleaseSemaphore(unknown.get(), 1, nullptr);
+    }
+  }
+  isOver = true;
+  EXPECT_TRUE(user.result());
+  EXPECT_FALSE(patience.isOver());
+  EXPECT_EQ(lost, 0);
+}
+
+TEST(Handle, IsRefusedWhenTooManyAreOpen) {
+  constexpr std::size_t kMost = 65535;
+  std::set<HANDLE> open;
+  while (const HANDLE semaphore = newSemaphore(1)) {
+    ASSERT_TRUE(open.insert(semaphore).second);
+    ASSERT_LE(open.size(), kMost);
+  }
+  EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
+  EXPECT_EQ(deskOpenHandles(), kMost);
+  for (const HANDLE semaphore : open) {
+    EXPECT_EQ(WaitForSingleObject(semaphore, 0), WAIT_OBJECT_0);
+    EXPECT_TRUE(CloseHandle(semaphore));
+  }
+  EXPECT_TRUE(OwnedHandle(newSemaphore()).isOpen());
 }
 
 TEST(CloseHandle, EndsTheWaitsForASemaphore) {
