@@ -15,6 +15,18 @@ HANDLE HandleTable::open(std::shared_ptr<KernelObject> object) {
   return reinterpret_cast<HANDLE>(slot.open(std::move(object)));
 }
 
+HandleSlot* HandleTable::enter(HANDLE handle, unsigned kinds) {
+  const auto bits = reinterpret_cast<HandleBits>(handle);
+  HandleSlot* const slot = slotOf(bits);
+  if (!slot || !slot->enter(bits)) return nullptr;
+  return slot->held().isOneOf(kinds) ? slot : refuse(*slot);
+}
+
+HandleSlot* HandleTable::refuse(HandleSlot& slot) {
+  leave(slot);
+  return nullptr;
+}
+
 Use<KernelObject> HandleTable::close(HANDLE handle) {
   const auto bits = reinterpret_cast<HandleBits>(handle);
   HandleSlot* const slot = slotOf(bits);

@@ -30,10 +30,9 @@ class HandleTable {
   /// Returns a new handle. Throws std::bad_alloc, also when as many handles are open as can be.
   HANDLE open(std::shared_ptr<KernelObject> object);
 
-  /// Returns the handle's object, or none when the handle is not open or its object is of another
-  /// kind.
-  template <typename Kind>
-  Use<Kind> find(HANDLE handle);
+  /// Begins a use of the handle's object. Returns null when the handle is not open or its object is
+  /// not one of these kinds.
+  HandleSlot* enter(HANDLE handle, unsigned kinds);
 
   /// Closes the handle and returns its object; none when it is not open.
   Use<KernelObject> close(HANDLE handle);
@@ -57,6 +56,7 @@ class HandleTable {
     return chunk ? &(*chunk)[index % kChunkSize] : nullptr;
   }
 
+  HandleSlot* refuse(HandleSlot& slot);
   void addChunk();
   HandleSlot& takeFree();
   void recycle(HandleSlot& slot);
@@ -93,23 +93,13 @@ class Use {
   HandleSlot* slot;
 };
 
-template <typename Kind>
-Use<Kind> HandleTable::find(HANDLE handle) {
-  const auto bits = reinterpret_cast<HandleBits>(handle);
-  HandleSlot* const slot = slotOf(bits);
-  if (!slot || !slot->enter(bits)) return Use<Kind>();
-  if (slot->held().isOneOf(Kind::kKinds)) return Use<Kind>(slot);
-  leave(*slot);
-  return Use<Kind>();
-}
-
 /// Returns the handle's object. Returns none, with the last error set, when there is none or it is
 /// of another kind.
 template <typename Kind>
 Use<Kind> objectOf(HANDLE handle) {
-  Use<Kind> object = handles().find<Kind>(handle);
-  if (!object) SetLastError(ERROR_INVALID_HANDLE);
-  return object;
+  HandleSlot* const slot = handles().enter(handle, Kind::kKinds);
+  if (!slot) SetLastError(ERROR_INVALID_HANDLE);
+  return Use<Kind>(slot);
 }
 
 /// Returns the handle that `make` returns. Returns `failure`, with the last error set, when `make`

@@ -7,32 +7,17 @@
 namespace coredll {
 namespace {
 
-class Semaphore : public Waitable {
+class Semaphore final : public Waitable {
  public:
   static constexpr unsigned kKinds = kSemaphoreKind;
 
   Semaphore(LONG initialCount, LONG maximumCount)
-      : Waitable(kSemaphoreKind), count(initialCount), maximum(maximumCount) {}
+      : Waitable(kSemaphoreKind, initialCount, 1), maximum(maximumCount) {}
 
-  // Returns the previous count; a value below 0 when the release would exceed the maximum.
-  LONG release(LONG releaseCount) {
-    const std::lock_guard lock(mutex);
-    if (releaseCount > maximum - count) return -1;
-    const LONG before = count;
-    count += releaseCount;
-    changed.notify_all();
-    return before;
-  }
-
- protected:
-  bool take() override {
-    if (count == 0) return false;
-    --count;
-    return true;
-  }
+  /// Returns an error code of windows.h.
+  DWORD release(LONG releaseCount, LONG& before) { return add(releaseCount, maximum, before); }
 
  private:
-  LONG count;  // guarded by mutex
   const LONG maximum;
 };
 
@@ -54,8 +39,8 @@ BOOL WINAPI ReleaseSemaphore(HANDLE semaphore, LONG releaseCount, LPLONG previou
   const auto released = coredll::objectOf<coredll::Semaphore>(semaphore);
   if (!released) return FALSE;
   if (releaseCount < 1) return coredll::fail(ERROR_INVALID_PARAMETER, FALSE);
-  const LONG before = released->release(releaseCount);
-  if (before < 0) return coredll::fail(ERROR_TOO_MANY_POSTS, FALSE);
-  if (previousCount != nullptr) *previousCount = before;
-  return TRUE;
+  LONG before = 0;
+  const DWORD error = released->release(releaseCount, before);
+  if (error == ERROR_SUCCESS && previousCount != nullptr) *previousCount = before;
+  return coredll::report(error);
 }

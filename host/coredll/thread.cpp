@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <exception>
+#include <limits>
 #include <thread>
 #include <utility>
 
@@ -15,22 +16,17 @@ namespace {
 
 std::atomic<unsigned> runningThreads{0};
 
-class Thread : public Waitable {
+/// A wait takes nothing, so that the object stays signalled.
+class Thread final : public Waitable {
  public:
-  Thread() : Waitable(kThreadKind) {}
+  Thread() : Waitable(kThreadKind, 0, 0) {}
 
   void end() {
-    const std::lock_guard lock(mutex);
+    constexpr LONG kEnoughForEveryWait = std::numeric_limits<LONG>::max();
     --runningThreads;
-    ended = true;
-    changed.notify_all();
+    LONG before = 0;
+    add(kEnoughForEveryWait, kEnoughForEveryWait, before);
   }
-
- protected:
-  bool take() override { return ended; }
-
- private:
-  bool ended = false;  // guarded by mutex
 };
 
 /// Signals a thread's object when the thread ends. It is constructed before the thread function

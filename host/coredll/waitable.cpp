@@ -1,33 +1,34 @@
 #include "waitable.h"
 
+#include <limits>
+
+#include "clock.h"
 #include "handle_table.h"
-#include "last_error.h"
 
 namespace coredll {
 
-DWORD Waitable::wait(const Deadline& deadline) {
-  std::unique_lock lock(mutex);
-  bool isTaken = false;
-  const auto isOver = [&] { return closed || (isTaken = take()); };
-  if (!deadline) {
-    changed.wait(lock, isOver);
-  } else if (!changed.wait_until(lock, *deadline, isOver)) {
-    return WAIT_TIMEOUT;
-  }
-  return isTaken ? WAIT_OBJECT_0 : fail(ERROR_INVALID_HANDLE, WAIT_FAILED);
+void Waitable::close() {
+  count = kClosed;
+  wakeWaiting(std::numeric_limits<LONG>::max());
 }
 
-void Waitable::close() {
-  const std::lock_guard lock(mutex);
-  closed = true;
-  changed.notify_all();
+/// Does the same as take(), but waits while the count is 0. Reads the clock only here: most waits
+/// do not sleep.
+LONG Waitable::takeWithin(DWORD milliseconds) {
+  const Deadline deadline = milliseconds == INFINITE ? Deadline() : deadlineIn(milliseconds);
+  // Counted first, and the kernel compares the count later: either it has changed by then, or the
+  // thread that changes it sees this one waiting.
+  ++waiting;
+  LONG before = 0;
+  for (bool isInTime = true; before == 0 && isInTime; before = take())
+    isInTime = sleepWhile(count, 0, deadline);
+  --waiting;
+  return before;
 }
 
 }  // namespace coredll
 
 DWORD WINAPI WaitForSingleObject(HANDLE object, DWORD milliseconds) {
   const auto waitable = coredll::objectOf<coredll::Waitable>(object);
-  if (!waitable) return WAIT_FAILED;
-  if (milliseconds == INFINITE) return waitable->wait(std::nullopt);
-  return waitable->wait(coredll::deadlineIn(milliseconds));
+  return waitable ? waitable->wait(milliseconds) : WAIT_FAILED;
 }

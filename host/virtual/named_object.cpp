@@ -23,7 +23,7 @@ void NamedObject::close() {
 }
 
 void nameHandle(HANDLE handle, const std::string& name) {
-  const auto object = coredll::handles().find<NamedObject>(handle);
+  const coredll::Use<NamedObject> object(coredll::handles().enter(handle, NamedObject::kKinds));
   if (object) object->rename(name);
 }
 

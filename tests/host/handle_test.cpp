@@ -1,6 +1,11 @@
 // What the Linux host's platform promises about handles in addition to every Windows.
 #include <desk.h>
 #include <gtest/gtest.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <windows.h>
 
 #include <atomic>
@@ -150,6 +155,30 @@ TEST(Handle, IsRefusedWhenTooManyAreOpen) {
   }
   EXPECT_TRUE(OwnedHandle(newSemaphore()).isOpen());
 }
+
+// The emulator and ThreadSanitizer make system calls of their own.
+#if !defined(TEST_EMULATOR) && !defined(__SANITIZE_THREAD__)
+/// From here on the kernel kills the thread that makes a system call, except for exit.
+void forbidSystemCalls() { prctl(PR_SET_SECCOMP, SECCOMP_MODE_STRICT); }
+
+TEST(Semaphore, MakesNoSystemCallWhileNobodyWaits) {
+  const OwnedHandle semaphore(newSemaphore(1));
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    forbidSystemCalls();
+    const bool isTaken = WaitForSingleObject(semaphore.get(), INFINITE) == WAIT_OBJECT_0 &&
+                         WaitForSingleObject(semaphore.get(), 0) == WAIT_TIMEOUT;
+    const bool isReleased = ReleaseSemaphore(semaphore.get(), 1, nullptr) != FALSE &&
+                            ReleaseSemaphore(semaphore.get(), 1, nullptr) == FALSE;
+    const bool isTakenInTime = WaitForSingleObject(semaphore.get(), 1000) == WAIT_OBJECT_0;
+    syscall(SYS_exit, isTaken && isReleased && isTakenInTime ? 0 : 1);
+  }
+  int status = -1;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+#endif
 
 TEST(CloseHandle, EndsTheWaitsForASemaphore) {
   OwnedHandle semaphore(newSemaphore());

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <atomic>
 #include <chrono>
 #include <ostream>
 
@@ -173,6 +174,60 @@ TEST(WaitForSingleObject, WithoutLimitEndsForOneThreadPerCount) {
     EXPECT_EQ(WaitForSingleObject(thread, kDeadline), WAIT_OBJECT_0);
     EXPECT_TRUE(CloseHandle(thread));
   }
+}
+
+/// Passes one count to and fro.
+DWORD WINAPI returnEveryCount(LPVOID parameter) {
+  auto& relay = *static_cast<Relay*>(parameter);
+  for (int i = 0; i < 5000; ++i) {
+    if (WaitForSingleObject(relay.from.handle, INFINITE) != WAIT_OBJECT_0) return 1;
+    ReleaseSemaphore(relay.to.handle, 1, nullptr);
+  }
+  return 0;
+}
+
+TEST(WaitForSingleObject, NoticesEveryReleaseOfTheOtherThread) {
+  Relay relay;
+  const HANDLE thread = startThread(returnEveryCount, &relay);
+  for (int i = 0; i < 5000; ++i) {
+    EXPECT_TRUE(ReleaseSemaphore(relay.from.handle, 1, nullptr));
+    ASSERT_EQ(WaitForSingleObject(relay.to.handle, kDeadline), WAIT_OBJECT_0);
+  }
+  EXPECT_EQ(WaitForSingleObject(thread, kDeadline), WAIT_OBJECT_0);
+  EXPECT_TRUE(CloseHandle(thread));
+}
+
+/// Counts that threads take while they are added.
+struct Harvest {
+  Semaphore counts{0, 150000};
+  std::atomic<bool> isOver{false};
+  std::atomic<int> taken{0};
+};
+
+DWORD WINAPI takeWithShortWaits(LPVOID parameter) {
+  auto& harvest = *static_cast<Harvest*>(parameter);
+  while (!harvest.isOver) {
+    if (WaitForSingleObject(harvest.counts.handle, 1) == WAIT_OBJECT_0) ++harvest.taken;
+  }
+  return 0;
+}
+
+TEST(WaitForSingleObject, TakesEachCountOnce) {
+  Harvest harvest;
+  HANDLE threads[3] = {};
+  for (HANDLE& thread : threads)
+    thread = startThread(takeWithShortWaits, &harvest);
+  for (int i = 0; i < 150000; ++i)
+    ReleaseSemaphore(harvest.counts.handle, 1, nullptr);
+  harvest.isOver = true;
+  for (const HANDLE thread : threads) {
+    EXPECT_EQ(WaitForSingleObject(thread, kDeadline), WAIT_OBJECT_0);
+    EXPECT_TRUE(CloseHandle(thread));
+  }
+  int left = 0;
+  while (WaitForSingleObject(harvest.counts.handle, 0) == WAIT_OBJECT_0)
+    ++left;
+  EXPECT_EQ(harvest.taken + left, 150000);
 }
 
 struct GuardedNumber {
