@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "terminal.h"
+
 namespace coredll {
 namespace {
 
@@ -33,7 +35,10 @@ Moved writeSome(int terminal, const BYTE* bytes, DWORD count) {
 }  // namespace
 
 Device::Device(ObjectKind ownKind, Descriptor terminal, Descriptor wakeSignal)
-    : KernelObject(ownKind), tty(std::move(terminal)), wake(std::move(wakeSignal)) {}
+    : KernelObject(ownKind),
+      tty(std::move(terminal)),
+      wakeEvent(std::move(wakeSignal)),
+      hasQueue(hasOutputQueue(tty.get())) {}
 
 DWORD Device::read(BYTE* buffer, DWORD count, DWORD& read) {
   return whileOpen([&](int terminal) {
@@ -54,24 +59,31 @@ DWORD Device::write(const BYTE* bytes, DWORD count, DWORD& written) {
 }
 
 DWORD Device::flush() {
-  // The kernel wakes no thread when the queue becomes empty.
-  constexpr TimeLimit kLookAgain = 2;
-  return whileOpen([&](int terminal) {
-    for (;;) {
-      int queued = 0;
-      if (ioctl(terminal, TIOCOUTQ, &queued) != 0) return ERROR_GEN_FAILURE;
-      if (queued == 0) return ERROR_SUCCESS;
-      const Readiness readiness = waitFor(0, deadlineIn(kLookAgain));
-      if (readiness == Readiness::kClosed) return ERROR_OPERATION_ABORTED;
-      if (readiness == Readiness::kGone) return ERROR_GEN_FAILURE;
-    }
+  return whileOpen([&](int) {
+    if (hasQueue) return drain();
+    return isGone ? ERROR_GEN_FAILURE : ERROR_SUCCESS;
   });
 }
 
+/// Waits until the queue is empty.
+DWORD Device::drain() {
+  // The kernel wakes no thread when the queue becomes empty.
+  constexpr TimeLimit kLookAgain = 2;
+  for (;;) {
+    int queued = 0;
+    if (ioctl(tty.get(), TIOCOUTQ, &queued) != 0) return ERROR_GEN_FAILURE;
+    if (queued == 0) return ERROR_SUCCESS;
+    const Readiness readiness = waitFor(0, deadlineIn(kLookAgain));
+    if (readiness == Readiness::kClosed) return ERROR_OPERATION_ABORTED;
+    if (readiness == Readiness::kGone) return ERROR_GEN_FAILURE;
+  }
+}
+
 void Device::close() {
-  isClosing = true;
-  eventfd_write(wake.get(), 1);
-  const std::lock_guard alone(inUse);
+  callsInside += kClosing;
+  eventfd_write(wakeEvent.get(), 1);
+  for (LONG calls = 0; (calls = callsInside) != kClosing;)
+    sleepWhile(callsInside, calls, std::nullopt);
   tty = Descriptor();
 }
 
@@ -79,11 +91,17 @@ template <typename MoveSome>
 DWORD Device::transfer(const TransferPlan& plan, short event, MoveSome moveSome, DWORD& moved) {
   const Deadline end = deadlineIn(plan.total);
   Deadline deadline = end;
-  Readiness readiness = isClosing ? Readiness::kClosed : Readiness::kReady;
+  // Most reads are made before a byte has arrived, and most writes find room.
+  const bool waitsFirst = event == POLLIN && plan.enough > 0;
+  Readiness readiness = isClosing() ? Readiness::kClosed : Readiness::kReady;
+  if (waitsFirst) readiness = waitFor(event, deadline);
   for (;;) {
     if (readiness == Readiness::kClosed) return ERROR_OPERATION_ABORTED;
     const Moved more = moveSome();
-    if (!more || (*more == 0 && readiness == Readiness::kGone)) return ERROR_GEN_FAILURE;
+    if (!more || (*more == 0 && readiness == Readiness::kGone)) {
+      isGone = true;
+      return ERROR_GEN_FAILURE;
+    }
     moved += *more;
     if (moved >= plan.enough || readiness == Readiness::kTimedOut) return ERROR_SUCCESS;
     if (*more > 0) deadline = earlier(end, deadlineIn(plan.interval));
@@ -92,7 +110,7 @@ DWORD Device::transfer(const TransferPlan& plan, short event, MoveSome moveSome,
 }
 
 Device::Readiness Device::waitFor(short events, const Deadline& deadline) const {
-  pollfd watched[] = {{tty.get(), events, 0}, {wake.get(), POLLIN, 0}};
+  pollfd watched[] = {{tty.get(), events, 0}, {wakeEvent.get(), POLLIN, 0}};
   poll(watched, std::size(watched), pollTimeout(deadline));
   if (watched[1].revents != 0) return Readiness::kClosed;
   if ((watched[0].revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) return Readiness::kGone;

@@ -5,10 +5,10 @@
 
 #include <atomic>
 #include <mutex>
-#include <shared_mutex>
 
 #include "clock.h"
 #include "descriptor.h"
+#include "futex.h"
 #include "kernel_object.h"
 
 namespace coredll {
@@ -43,23 +43,44 @@ class Device : public KernelObject {
   /// Runs `call` with the terminal's descriptor, which stays open until it returns.
   template <typename Call>
   DWORD whileOpen(Call call) {
-    const std::shared_lock use(inUse);
-    return isClosing ? ERROR_OPERATION_ABORTED : call(tty.get());
+    const Inside inside(callsInside);
+    return isClosing() ? ERROR_OPERATION_ABORTED : call(tty.get());
   }
 
  private:
   enum class Readiness { kReady, kGone, kTimedOut, kClosed };
+
+  /// Added to the number of calls when the device is closed.
+  static constexpr LONG kClosing = 0x40000000;
+
+  /// Counts a call that is in the device. The last one that leaves wakes close().
+  class Inside {
+   public:
+    explicit Inside(std::atomic<LONG>& number) : calls(number) { ++calls; }
+    Inside(const Inside&) = delete;
+    Inside& operator=(const Inside&) = delete;
+    ~Inside() {
+      if (--calls == kClosing) wake(calls, 1);
+    }
+
+   private:
+    std::atomic<LONG>& calls;
+  };
+
+  bool isClosing() const { return callsInside >= kClosing; }
 
   Readiness waitFor(short events, const Deadline& deadline) const;
 
   template <typename MoveSome>
   DWORD transfer(const TransferPlan& plan, short event, MoveSome moveSome, DWORD& moved);
 
+  DWORD drain();
+
   Descriptor tty;
-  Descriptor wake;  ///< readable from close() on
-  std::atomic<bool> isClosing{false};
-  std::shared_mutex
-      inUse;  ///< shared by the calls in the device, exclusive while the terminal is closed
+  Descriptor wakeEvent;             ///< readable from close() on
+  const bool hasQueue;              ///< the system queues what is written
+  std::atomic<bool> isGone{false};  ///< a read or a write has found that the other side has closed
+  std::atomic<LONG> callsInside{0};
   std::mutex writeTurn;
 };
 

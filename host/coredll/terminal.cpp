@@ -60,6 +60,8 @@ bool makeRaw(int terminal) {
 
 }  // namespace
 
+bool hasOutputQueue(int terminal) { return !isPseudoTerminal(terminal); }
+
 Descriptor openTerminal(const std::string& path) {
   Descriptor terminal(::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
   if (!terminal.isOpen()) return fail(openError(errno), Descriptor());

@@ -11,4 +11,7 @@ namespace coredll {
 /// on failure.
 Descriptor openTerminal(const std::string& path);
 
+/// Returns whether the system queues what is written. A pseudo-terminal's other end has it at once.
+bool hasOutputQueue(int terminal);
+
 }  // namespace coredll

@@ -212,7 +212,7 @@ BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD count, LPDWORD written,
  * Waits until everything written has left the system's output queue for the device. Returns FALSE
  * when the handle is closed meanwhile (ERROR_OPERATION_ABORTED) or the other side has closed
  * (ERROR_GEN_FAILURE). A pseudo-terminal has no such queue: the call does not wait until the other
- * end has read the bytes.
+ * end has read the bytes, and it fails only after a read or a write has failed.
  */
 BOOL WINAPI FlushFileBuffers(HANDLE file);
 

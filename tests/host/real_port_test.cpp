@@ -1,5 +1,6 @@
 // A pseudo-terminal does not have the output queue, the RTS line and the exclusive mode of a real
-// port. This program replaces ioctl() and fstat(), so that the platform sees them.
+// port. This program replaces ioctl() and fstat(), so that the platform sees them. It also replaces
+// read(), to count the reads that find nothing.
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -9,6 +10,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdarg>
 #include <optional>
 #include <utility>
@@ -24,12 +26,17 @@ enum class Rts { kNeverDriven, kLowered, kRaised };
 /// Bytes in the queue; each query finds `drainedByLook` fewer than the previous one.
 std::atomic<int> queued{0};
 std::atomic<int> drainedByLook{0};
+std::atomic<int> looks{0};
+std::atomic<int> emptyReads{0};
 std::atomic<Rts> rts{Rts::kNeverDriven};
 std::atomic<bool> isExclusive{false};
 std::atomic<bool> isRealPort{false};
 
 void see(unsigned long request, void* argument) {
-  if (request == TIOCOUTQ) *static_cast<int*>(argument) = queued.fetch_sub(drainedByLook);
+  if (request == TIOCOUTQ) {
+    ++looks;
+    *static_cast<int*>(argument) = queued.fetch_sub(drainedByLook);
+  }
   if (request == TIOCEXCL) isExclusive = true;
   if (request != TIOCMBIS && request != TIOCMBIC) return;
   EXPECT_EQ(*static_cast<const int*>(argument), TIOCM_RTS);
@@ -56,6 +63,12 @@ extern "C" int fstat(int descriptor, struct stat* status) noexcept {
   return result;
 }
 
+extern "C" ssize_t read(int descriptor, void* buffer, size_t count) {
+  const ssize_t result = syscall(SYS_read, descriptor, buffer, count);
+  if (result < 0 && errno == EAGAIN) ++emptyReads;
+  return result;
+}
+
 namespace {
 
 using host_test::BackgroundCall;
@@ -66,7 +79,12 @@ using host_test::PtyPair;
 
 class OutputQueue : public testing::Test {
  protected:
-  void SetUp() override { setQueue(0, 0); }
+  void SetUp() override {
+    setQueue(0, 0);
+    isRealPort = true;
+    port = OwnedHandle(openDevice(u"COM1:"));
+    isRealPort = false;
+  }
 
   static void setQueue(int bytes, int drained) {
     queued = bytes;
@@ -85,7 +103,7 @@ class OutputQueue : public testing::Test {
 
   PtyPair wire;
   DeviceMapping devices{"COM1:", wire};
-  OwnedHandle port{openDevice(u"COM1:")};
+  OwnedHandle port{nullptr};
 };
 
 TEST_F(OutputQueue, IsWaitedForUntilItIsEmpty) {
@@ -119,6 +137,28 @@ TEST_F(OutputQueue, StuckDoesNotBlockAFlushAfterHangUp) {
   EXPECT_TRUE(flush.waitUntilBlocked());
   wire.hangUp();
   EXPECT_EQ(flush.result(), Flushed(FALSE, ERROR_GEN_FAILURE));
+}
+
+TEST(PseudoTerminal, IsNotAskedForItsOutputQueueBecauseItHasNone) {
+  const PtyPair wire;
+  const DeviceMapping devices("IPD1:", wire);
+  const OwnedHandle device(openDevice(u"IPD1:"));
+  looks = 0;
+  EXPECT_EQ(host_test::writeDevice(device.get(), {1}), host_test::success({1}));
+  EXPECT_TRUE(FlushFileBuffers(device.get()));
+  EXPECT_EQ(looks, 0);
+}
+
+TEST(StreamDevice, ReadsOnlyWhenBytesHaveArrived) {
+  PtyPair wire;
+  const DeviceMapping devices("IPD1:", wire);
+  const OwnedHandle device(openDevice(u"IPD1:"));
+  emptyReads = 0;
+  BackgroundCall read([handle = device.get()] { return host_test::readDevice(handle, 100); });
+  EXPECT_TRUE(read.waitUntilBlocked());
+  EXPECT_TRUE(wire.send({0x55}));
+  EXPECT_EQ(read.result(), host_test::success({0x55}));
+  EXPECT_EQ(emptyReads, 0);
 }
 
 TEST(ExclusiveMode, IsSetOnlyOnRealPortsBecauseAPseudoTerminalWouldKeepIt) {
