@@ -157,7 +157,7 @@ TEST(Handle, IsRefusedWhenTooManyAreOpen) {
   EXPECT_TRUE(OwnedHandle(newSemaphore()).isOpen());
 }
 
-// The emulator and ThreadSanitizer make system calls of their own.
+// The emulator and ThreadSanitizer make other system calls.
 #if !defined(TEST_EMULATOR) && !defined(__SANITIZE_THREAD__)
 /// From here on the kernel kills the thread that makes a system call, except for exit.
 void forbidSystemCalls() { prctl(PR_SET_SECCOMP, SECCOMP_MODE_STRICT); }
