@@ -12,9 +12,9 @@ SortOrder orderOfAllTracks(TrackOrder order) {
 
 }  // namespace
 
-DeviceState::DeviceState(Personality model, MusicLibrary library, uint32_t seed)
+DeviceState::DeviceState(Personality model, std::shared_ptr<const Catalogue> music, uint32_t seed)
     : personality(std::move(model)),
-      catalogue(std::move(library)),
+      sharedCatalogue(std::move(music)),
       random(seed),
       faultChance(~seed),
       database(catalogue, orderOfAllTracks(personality.trackOrder)),

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "database/database.h"
 #include "device/personality.h"
 #include "device/timers.h"
@@ -10,7 +12,7 @@ namespace simulator {
 /// The state that the lingoes of one iPod share: its parts, its mode, and the functions that send
 /// messages.
 struct DeviceState {
-  DeviceState(Personality model, MusicLibrary library, uint32_t seed);
+  DeviceState(Personality model, std::shared_ptr<const Catalogue> music, uint32_t seed);
   DeviceState(const DeviceState&) = delete;
   DeviceState& operator=(const DeviceState&) = delete;
 
@@ -43,7 +45,8 @@ struct DeviceState {
   void pendAndDo(Time stated, const std::function<void()>& action);
 
   Personality personality;
-  Catalogue catalogue;
+  const std::shared_ptr<const Catalogue> sharedCatalogue;
+  const Catalogue& catalogue = *sharedCatalogue;
   Random random;
   Random faultChance;  ///< separate, so that faults do not change the shuffled order
   Database database;

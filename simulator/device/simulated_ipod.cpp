@@ -28,7 +28,12 @@ void spoilFrame(Bytes& frame, const Fate& fate) {
 }  // namespace
 
 SimulatedIpod::SimulatedIpod(Personality personality, MusicLibrary library, uint32_t seed)
-    : state(std::move(personality), std::move(library), seed),
+    : SimulatedIpod(std::move(personality), std::make_shared<const Catalogue>(std::move(library)),
+                    seed) {}
+
+SimulatedIpod::SimulatedIpod(Personality personality, std::shared_ptr<const Catalogue> music,
+                             uint32_t seed)
+    : state(std::move(personality), std::move(music), seed),
       audio(state),
       identification(state, audio),
       general(state, identification),
@@ -169,6 +174,7 @@ void SimulatedIpod::settle() {
 }
 
 void SimulatedIpod::noteWaste(FrameDecoder::Waste waste, ByteView bytes) {
+  if (!isObserved()) return;
   const std::string shown = ": " + hexText(bytes, kShownWaste);
   switch (waste) {
     case FrameDecoder::Waste::kBadChecksum:
@@ -181,6 +187,7 @@ void SimulatedIpod::noteWaste(FrameDecoder::Waste waste, ByteView bytes) {
 }
 
 void SimulatedIpod::noteStrike(const Fault& fault) {
+  if (!isObserved()) return;
   const Message request{fault.target.lingo.value_or(0), fault.target.command.value_or(0), {}};
   note(Traffic::Kind::kFault, request, faultText(fault));
 }
@@ -215,7 +222,7 @@ void SimulatedIpod::takeMessage(const Message& message) {
 
 void SimulatedIpod::transmit(Outgoing outgoing) {
   if (!plugged() || isSilent) return;
-  const Message intended = outgoing.message;
+  const Message intended = isObserved() ? outgoing.message : Message{};
   const Fate fate = state.faults.decide(outgoing, kind);
   if (fate.silenceAfter || fate.sleepNotice) return fallSilent(fate.sleepNotice);
   for (uint32_t n = 0; n < fate.notificationsBefore; ++n) {
@@ -232,7 +239,7 @@ void SimulatedIpod::transmit(Outgoing outgoing) {
 void SimulatedIpod::post(const Outgoing& outgoing, const Fate& fate) {
   if (!plugged() || isSilent) return;
   Parcel parcel;
-  parcel.message = outgoing.message;
+  if (isObserved()) parcel.message = outgoing.message;
   parcel.note = fate.note;
   parcel.bytes = frameOf(outgoing.message, fate);
   parcel.together = fate.together || outgoing.together;
@@ -327,9 +334,10 @@ void SimulatedIpod::startOver() {
 }
 
 void SimulatedIpod::note(Traffic::Kind trafficKind, const Message& message, std::string text) {
+  if (!isObserved()) return;
   past.push_back({state.now, trafficKind, message, std::move(text)});
-  if (past.size() > kHistoryLimit) past.pop_front();
   if (trace) trace(past.back());
+  if (past.size() > (hasHistory ? kHistoryLimit : 0)) past.pop_front();
 }
 
 size_t SimulatedIpod::countTraffic(Traffic::Kind trafficKind, Lingo lingo, uint16_t command) const {

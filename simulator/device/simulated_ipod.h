@@ -40,6 +40,8 @@ class SimulatedIpod {
   };
 
   explicit SimulatedIpod(Personality personality, MusicLibrary library, uint32_t seed = 1);
+  /// The catalogue may be that of other iPods, too: many iPods with the same music start faster.
+  SimulatedIpod(Personality personality, std::shared_ptr<const Catalogue> music, uint32_t seed = 1);
   SimulatedIpod(const SimulatedIpod&) = delete;
   SimulatedIpod& operator=(const SimulatedIpod&) = delete;
 
@@ -88,6 +90,8 @@ class SimulatedIpod {
   FrameDecoder::Counters frameCounters() const;
   /// Returns the latest kHistoryLimit messages of both directions and other events, oldest first.
   const std::deque<Traffic>& history() const { return past; }
+  /// Keeps no history from now on. That saves time.
+  void keepNoHistory() { hasHistory = false; }
   static constexpr size_t kHistoryLimit = 10000;
   /// Returns the number of messages of this kind in the history.
   size_t countReceived(Lingo lingo, uint16_t command) const;
@@ -116,6 +120,8 @@ class SimulatedIpod {
 
   void step(Time now);
   void settle();
+  /// Returns whether somebody can read what happens.
+  bool isObserved() const { return hasHistory || trace; }
   void noteWaste(FrameDecoder::Waste waste, ByteView bytes);
   void noteStrike(const Fault& fault);
   void takePayload(ByteView payload);
@@ -151,6 +157,7 @@ class SimulatedIpod {
   size_t imagesSeen = 0;
   Counters tally;
   std::deque<Traffic> past;
+  bool hasHistory = true;
   std::function<void(const Traffic&)> trace;
   std::function<void(const Picture&)> imageHook;
 };

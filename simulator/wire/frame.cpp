@@ -23,7 +23,9 @@ uint8_t frameChecksum(ByteView lengthAndPayload) {
 
 Bytes encodeFrame(FrameKind kind, ByteView payload, LengthForm form) {
   const ByteView body = payload.prefix(kLongFormLimit);
+  constexpr size_t kMostAround = 6;  // sync byte, start byte, long length, checksum
   Bytes frame;
+  frame.reserve(body.size() + kMostAround);
   if (kind == FrameKind::kSerial) frame.push_back(kSyncByte);
   frame.push_back(kStartByte);
   const size_t lengthOffset = frame.size();

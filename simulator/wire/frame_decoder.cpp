@@ -84,7 +84,9 @@ void FrameDecoder::report(Waste waste, ByteView bytes) const {
 }
 
 void FrameDecoder::beginPacket() {
+  constexpr size_t kUsualSize = 64;  // bytes
   reportNoise();
+  packet.reserve(kUsualSize);
   packet.push_back(kStartByte);
   state = State::kLength;
 }
@@ -112,17 +114,29 @@ void FrameDecoder::takePayload(uint8_t byte) {
   if (payload.size() == length) state = State::kChecksum;
 }
 
+/// Gives the memory of a packet to the next one, unless that has begun.
+void FrameDecoder::reuse(Bytes& old, Bytes& next) {
+  if (!next.empty()) return;
+  old.clear();
+  next.swap(old);
+}
+
 void FrameDecoder::takeChecksum(uint8_t byte, const std::function<void(ByteView)>& onPayload) {
   const bool isGood = ((sum + byte) & 0xFF) == 0;
-  const Bytes body = std::move(payload);
-  const Bytes whole = std::move(packet);
+  Bytes body;
+  Bytes whole;
+  body.swap(payload);
+  whole.swap(packet);
   clear();
   if (!isGood) {
     ++tally.badChecksums;
-    return report(Waste::kBadChecksum, whole);
+    report(Waste::kBadChecksum, whole);
+  } else {
+    ++tally.packets;
+    onPayload(body);
   }
-  ++tally.packets;
-  onPayload(body);
+  reuse(body, payload);
+  reuse(whole, packet);
 }
 
 }  // namespace simulator

@@ -57,6 +57,7 @@ class FrameDecoder {
   void beginPayload();
   void takePayload(uint8_t byte);
   void takeChecksum(uint8_t byte, const std::function<void(ByteView)>& onPayload);
+  static void reuse(Bytes& old, Bytes& next);
   void skip(uint8_t byte);
   void reportNoise();
   void report(Waste waste, ByteView bytes) const;

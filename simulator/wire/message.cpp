@@ -27,6 +27,7 @@ Bytes messagePayload(const Message& message) {
     writer.u8(static_cast<uint8_t>(message.command));
   }
   Bytes payload = writer.take();
+  payload.reserve(payload.size() + message.data.size());
   payload.insert(payload.end(), message.data.begin(), message.data.end());
   return payload;
 }

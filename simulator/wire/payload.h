@@ -29,6 +29,10 @@ class PayloadReader {
 /// Writes big-endian numbers and texts one after the other.
 class PayloadWriter {
  public:
+  PayloadWriter() {
+    constexpr size_t kUsualSize = 32;
+    bytes.reserve(kUsualSize);
+  }
   PayloadWriter& u8(uint8_t value) { return number(value, 1); }
   PayloadWriter& u16(uint16_t value) { return number(value, 2); }
   PayloadWriter& u32(uint32_t value) { return number(value, 4); }
