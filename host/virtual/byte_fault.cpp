@@ -8,11 +8,15 @@ void SpoiledLine::spoil(const ByteFault& byteFault) {
   struck = false;
 }
 
-std::vector<BYTE> SpoiledLine::carry(const BYTE* bytes, std::size_t count) {
-  std::vector<BYTE> arrived;
-  for (std::size_t i = 0; i < count; ++i)
-    carryByte(bytes[i], arrived);
-  return arrived;
+void SpoiledLine::carry(const BYTE* bytes, std::size_t count, std::vector<BYTE>& arrived) {
+  const std::size_t before = arrived.size();
+  arrived.insert(arrived.end(), bytes, bytes + count);
+  if (!fault || struck) return;
+  const std::vector<BYTE> intended(arrived.begin() + static_cast<std::ptrdiff_t>(before),
+                                   arrived.end());
+  arrived.resize(before);
+  for (const BYTE byte : intended)
+    carryByte(byte, arrived);
 }
 
 void SpoiledLine::carryByte(BYTE byte, std::vector<BYTE>& arrived) {

@@ -24,7 +24,13 @@ class SpoiledLine {
   void heal() { fault.reset(); }
   bool hasStruck() const { return struck; }
 
-  std::vector<BYTE> carry(const BYTE* bytes, std::size_t count);
+  std::vector<BYTE> carry(const BYTE* bytes, std::size_t count) {
+    std::vector<BYTE> arrived;
+    carry(bytes, count, arrived);
+    return arrived;
+  }
+  /// Appends what arrives of these bytes.
+  void carry(const BYTE* bytes, std::size_t count, std::vector<BYTE>& arrived);
 
  private:
   void carryByte(BYTE byte, std::vector<BYTE>& arrived);

@@ -4,8 +4,6 @@
 #include <cstdio>
 #include <utility>
 
-#include "virtual_world.h"
-
 namespace virtual_platform {
 
 std::string text(const char* format, ...) {
@@ -43,11 +41,12 @@ std::optional<Time> deadlineIn(DWORD milliseconds) {
   return now() + std::chrono::milliseconds(milliseconds);
 }
 
-bool await(const std::string& what, std::optional<Time> deadline, std::function<bool()> isOver,
-           std::function<std::optional<Time>()> nextChange) {
+bool await(std::function<std::string()> what, std::optional<Time> deadline,
+           std::function<bool()> isOver, std::function<std::optional<Time>()> nextChange) {
   VirtualWorld* const world = VirtualWorld::current();
   if (world == nullptr) return isOver();
-  return world->threads().await({what, deadline, std::move(isOver), std::move(nextChange)});
+  return world->threads().await(
+      {std::move(what), deadline, std::move(isOver), std::move(nextChange)});
 }
 
 }  // namespace virtual_platform

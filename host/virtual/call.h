@@ -6,8 +6,10 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "virtual_time.h"
+#include "virtual_world.h"
 
 namespace virtual_platform {
 
@@ -23,6 +25,15 @@ void yieldCall();
 /// Adds the call to the trace of the world, if one runs.
 void note(const std::string& call);
 
+/// Does the same with the text that `call` returns, which is made only for a trace that is kept.
+template <typename Call, typename = decltype(std::declval<Call>()())>
+void note(const Call& call) {
+  VirtualWorld* const world = VirtualWorld::current();
+  if (world == nullptr) return;
+  world->look();
+  if (world->keepsTrace()) world->write(call());
+}
+
 Time now();
 
 /// No value: without limit. INFINITE milliseconds give no value.
@@ -30,7 +41,7 @@ std::optional<Time> deadlineIn(DWORD milliseconds);
 
 /// Lets other threads run until `isOver`. Returns false when the deadline passes first, and outside
 /// of a world when it would have to wait.
-bool await(const std::string& what, std::optional<Time> deadline, std::function<bool()> isOver,
-           std::function<std::optional<Time>()> nextChange = nullptr);
+bool await(std::function<std::string()> what, std::optional<Time> deadline,
+           std::function<bool()> isOver, std::function<std::optional<Time>()> nextChange = nullptr);
 
 }  // namespace virtual_platform

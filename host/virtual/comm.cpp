@@ -18,7 +18,8 @@ BOOL onPort(const char* function, HANDLE handle, Record* record, Call call) {
   if (!port->isSerialPort) return coredll::fail(ERROR_INVALID_HANDLE, FALSE);
   beginCall();
   const DWORD error = record == nullptr ? ERROR_INVALID_PARAMETER : call(*port);
-  note(text("%s(%s): error %u", function, port->name().c_str(), error));
+  port->meet();
+  note([&] { return text("%s(%s): error %u", function, port->name().c_str(), error); });
   return coredll::report(error);
 }
 

@@ -77,6 +77,7 @@ void Fiber::switchTo(Fiber& next) {
 
 void Fiber::leaveTo(Fiber& next) {
   isInside = false;
+  stack->forgetFrames(__builtin_frame_address(0));
   swap(next, nullptr);
 }
 
@@ -92,7 +93,25 @@ void Fiber::swap(Fiber& next, void** fakeStack) {
   left = &marks;
   beginSwitch(fakeStack, next.marks);
   switchThreadMark(next.marks.threadMark);
-  swapcontext(&context, &next.context);
+  exchange(next);
 }
+
+#if defined(VIRTUAL_QUICK_SWITCH) && defined(__clang__) && defined(__x86_64__)
+/// swapcontext calls the system to exchange the signal masks, but no fiber changes its mask. Only
+/// the first switch to a fiber needs its context.
+void Fiber::exchange(Fiber& next) {
+  if (__builtin_setjmp(place) != 0) return;
+  hasPlace = true;
+  next.continueThere();
+  std::abort();  // so that the call above is not a jump that drops the frame of this function
+}
+
+void Fiber::continueThere() {
+  if (hasPlace) __builtin_longjmp(place, 1);
+  setcontext(&context);
+}
+#else
+void Fiber::exchange(Fiber& next) { swapcontext(&context, &next.context); }
+#endif
 
 }  // namespace virtual_platform

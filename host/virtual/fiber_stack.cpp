@@ -2,6 +2,8 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <new>
 #include <vector>
 
@@ -29,13 +31,6 @@ void* mapStack() {
   return static_cast<char*>(area) + kGuardSize;
 }
 
-/// Clears the marks of the previous fiber, which never returned from its first functions.
-void forgetFrames([[maybe_unused]] void* bottom) {
-#if defined(__SANITIZE_ADDRESS__)
-  __asan_unpoison_memory_region(bottom, kStackSize);
-#endif
-}
-
 }  // namespace
 
 FiberStack::FiberStack() {
@@ -46,7 +41,16 @@ FiberStack::FiberStack() {
   }
   lowest = spare.back();
   spare.pop_back();
-  forgetFrames(lowest);
+}
+
+void FiberStack::forgetFrames([[maybe_unused]] const void* last) {
+#if defined(__SANITIZE_ADDRESS__)
+  constexpr std::size_t kStillToBeCalled = 4096;  // bytes
+  const auto begin = reinterpret_cast<std::uintptr_t>(lowest);
+  const auto frame = reinterpret_cast<std::uintptr_t>(last);
+  const std::uintptr_t from = std::max(begin, frame - kStillToBeCalled);
+  __asan_unpoison_memory_region(reinterpret_cast<void*>(from), begin + kStackSize - from);
+#endif
 }
 
 FiberStack::~FiberStack() {

@@ -19,6 +19,10 @@ class FiberStack {
   /// still use its variables.
   void keep();
 
+  /// Clears a sanitizer's marks of the functions of the fiber, which ends at the frame `last` and
+  /// never returns from them.
+  void forgetFrames(const void* last);
+
   void* bottom() const { return lowest; }
   static std::size_t size();  ///< bytes
 

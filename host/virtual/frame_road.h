@@ -33,6 +33,8 @@ class FrameRoad {
   /// Drops the frames that have not arrived yet.
   void clear() { underWay.clear(); }
 
+  /// Returns whether a frame that is sent now arrives at once, as it is, before all others.
+  bool isEmpty() const { return !rewriter && underWay.empty(); }
   void send(Time now, const simulator::Bytes& frame);
   std::vector<simulator::Bytes> takeArrived(Time now);
   std::optional<Time> nextArrival() const;

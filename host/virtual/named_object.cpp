@@ -1,25 +1,28 @@
 #include "named_object.h"
 
 #include "call.h"
-#include "coredll/handle_table.h"
 #include "virtual_world.h"
 
 namespace virtual_platform {
 
+void NamedObject::meet() {
+  VirtualWorld* const world = VirtualWorld::current();
+  if (world == nullptr || namedIn == world->id() || !givenName.empty()) return;
+  namedIn = world->id();
+  number = world->nextNumber(kindWord);
+}
+
 std::string NamedObject::name() {
   if (!givenName.empty()) return givenName;
-  VirtualWorld* const world = VirtualWorld::current();
-  if (world != nullptr && namedIn != world->id()) {
-    namedIn = world->id();
-    number = world->nextNumber(kindWord);
-  }
+  meet();
   return kindWord + (" " + std::to_string(number));
 }
 
 void NamedObject::close() {
   beginCall();
   isClosed = true;
-  note("CloseHandle(" + name() + ")");
+  meet();
+  note([this] { return "CloseHandle(" + name() + ")"; });
 }
 
 void nameHandle(HANDLE handle, const std::string& name) {

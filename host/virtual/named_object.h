@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "coredll/kernel_object.h"
+#include "coredll/handle_table.h"
 
 namespace virtual_platform {
 
@@ -17,6 +17,8 @@ class NamedObject : public coredll::KernelObject {
   NamedObject(coredll::ObjectKind ownKind, const char* word)
       : KernelObject(ownKind), kindWord(word) {}
 
+  /// Gives the object its number in the running world, unless it has one.
+  void meet();
   std::string name();
   /// Sets the name in every world from now on.
   void rename(const std::string& name) { givenName = name; }

@@ -1,7 +1,6 @@
 #include "open_device.h"
 
 #include <algorithm>
-#include <functional>
 
 #include "call.h"
 #include "coredll/comm_timeouts.h"
@@ -13,9 +12,6 @@ namespace {
 
 constexpr DWORD kUsualSpeed = 9600;
 constexpr BYTE kUsualByteSize = 8;
-
-/// A driver at the end of its data needs some time to answer.
-constexpr Time kEndOfFileTime = std::chrono::milliseconds(1);
 
 DCB initialState() {
   DCB state = {};
@@ -42,6 +38,18 @@ std::string shown(const BYTE* bytes, DWORD count) {
   return count > kMostShown ? words + " ..." : words;
 }
 
+/// These find the failures once, because a look-up by name takes longer than the rest of a call.
+Failures& failuresOfTransfers(bool areReads) {
+  static Failures& reads = failuresOf("ReadFile");
+  static Failures& writes = failuresOf("WriteFile");
+  return areReads ? reads : writes;
+}
+
+Failures& failuresOfFlushes() {
+  static Failures& flushes = failuresOf("FlushFileBuffers");
+  return flushes;
+}
+
 constexpr coredll::TransferPlan kReadWhatComes{1, std::nullopt, std::nullopt};
 
 }  // namespace
@@ -49,9 +57,9 @@ constexpr coredll::TransferPlan kReadWhatComes{1, std::nullopt, std::nullopt};
 struct OpenDevice::Transfer {
   bool isRead;
   coredll::TransferPlan plan;
-  std::string call;
-  const BYTE* bytes;
-  std::function<std::size_t(DWORD)> moveRest;
+  DWORD count;
+  BYTE* into;        // of a read
+  const BYTE* from;  // of a write
 };
 
 OpenDevice::OpenDevice(VirtualDevice& opened, bool isPort)
@@ -66,9 +74,7 @@ OpenDevice::OpenDevice(VirtualDevice& opened, bool isPort)
 
 DWORD OpenDevice::read(BYTE* buffer, DWORD count, DWORD& moved) {
   const Transfer transfer{true, isSerialPort ? coredll::readPlan(timeouts, count) : kReadWhatComes,
-                          text("ReadFile(%s, %u)", name().c_str(), count), buffer, [&](DWORD done) {
-                            return device.read(now(), buffer + done, count - done);
-                          }};
+                          count, buffer, nullptr};
   const DWORD error = run(transfer, moved);
   if (error != ERROR_SUCCESS) moved = 0;
   return error;
@@ -76,10 +82,8 @@ DWORD OpenDevice::read(BYTE* buffer, DWORD count, DWORD& moved) {
 
 DWORD OpenDevice::write(const BYTE* bytes, DWORD count, DWORD& moved) {
   const coredll::TransferPlan whole{count, std::nullopt, std::nullopt};
-  const Transfer transfer{false, isSerialPort ? coredll::writePlan(timeouts, count) : whole,
-                          text("WriteFile(%s, %u)", name().c_str(), count), bytes, [&](DWORD done) {
-                            return device.write(now(), bytes + done, count - done);
-                          }};
+  const Transfer transfer{false, isSerialPort ? coredll::writePlan(timeouts, count) : whole, count,
+                          nullptr, bytes};
   return run(transfer, moved);
 }
 
@@ -92,30 +96,33 @@ DWORD OpenDevice::flush() {
   if (isClosed || !isHere()) {
     error = ERROR_OPERATION_ABORTED;
   } else if (device.writeReadiness(now()) == Readiness::kFailed ||
-             failuresOf("FlushFileBuffers").strikesNext()) {
+             failuresOfFlushes().strikesNext()) {
     error = ERROR_GEN_FAILURE;
   }
-  note(text("FlushFileBuffers(%s): error %u", name().c_str(), error));
+  meet();
+  note([&] { return text("FlushFileBuffers(%s): error %u", name().c_str(), error); });
   return error;
 }
 
 /// Waits until what was written has been sent, which is when more could be written.
 void OpenDevice::awaitWritten() {
-  await(
-      "FlushFileBuffers(" + name() + ")", std::nullopt,
-      [this] { return isClosed || device.writeReadiness(now()) != Readiness::kWaits; },
-      [this] { return device.nextWake(); });
+  meet();
+  await([this] { return "FlushFileBuffers(" + name() + ")"; }, std::nullopt,
+        [this] { return isClosed || device.writeReadiness(now()) != Readiness::kWaits; },
+        [this] { return device.nextWake(); });
 }
 
 void OpenDevice::close() {
   NamedObject::close();
-  await("CloseHandle(" + name() + ")", std::nullopt, [this] { return callsInside == 0; });
+  await([this] { return "CloseHandle(" + name() + ")"; }, std::nullopt,
+        [this] { return callsInside == 0; });
   if (!isHere()) return;
   device.closed(now());
   VirtualWorld::current()->setOpen(device, false);
 }
 
 DWORD OpenDevice::run(const Transfer& transfer, DWORD& moved) {
+  meet();
   beginCall();
   ++callsInside;
   DWORD error = ERROR_OPERATION_ABORTED;
@@ -127,14 +134,31 @@ DWORD OpenDevice::run(const Transfer& transfer, DWORD& moved) {
   }
   if (transfer.isRead && error == ERROR_GEN_FAILURE && moved > 0) error = ERROR_SUCCESS;
   --callsInside;
-  note(text("%s: error %u, %u bytes", transfer.call.c_str(), error, moved) +
-       shown(transfer.bytes, moved));
+  note([&] {
+    const BYTE* const bytes = transfer.isRead ? transfer.into : transfer.from;
+    return text("%s: error %u, %u bytes", shownCall(transfer).c_str(), error, moved) +
+           shown(bytes, moved);
+  });
   return error;
+}
+
+std::string OpenDevice::shownCall(const Transfer& transfer) {
+  const char* const function = transfer.isRead ? "ReadFile" : "WriteFile";
+  return text("%s(%s, %u)", function, name().c_str(), transfer.count);
+}
+
+/// Moves what can be moved after the first `done` bytes.
+DWORD OpenDevice::move(const Transfer& transfer, DWORD done) {
+  const DWORD rest = transfer.count - done;
+  const std::size_t moved = transfer.isRead ? device.read(now(), transfer.into + done, rest)
+                                            : device.write(now(), transfer.from + done, rest);
+  return static_cast<DWORD>(moved);
 }
 
 /// Waits until no other thread writes, so that writes do not mix.
 DWORD OpenDevice::awaitTurn(const Transfer& transfer) {
-  await(transfer.call, std::nullopt, [this] { return isClosed || !isWriting; });
+  await([&] { return shownCall(transfer); }, std::nullopt,
+        [this] { return isClosed || !isWriting; });
   return isClosed ? ERROR_OPERATION_ABORTED : ERROR_SUCCESS;
 }
 
@@ -145,7 +169,7 @@ Readiness OpenDevice::readiness(const Transfer& transfer) {
 DWORD OpenDevice::transferAll(const Transfer& transfer, DWORD& moved) {
   const std::optional<Time> end = endOf(transfer.plan.total);
   std::optional<Time> deadline = end;
-  if (failuresOf(transfer.isRead ? "ReadFile" : "WriteFile").strikesNext()) {
+  if (failuresOfTransfers(transfer.isRead).strikesNext()) {
     return isClosed ? ERROR_OPERATION_ABORTED : ERROR_GEN_FAILURE;
   }
   const auto wake = [this] { return device.nextWake(); };
@@ -153,17 +177,17 @@ DWORD OpenDevice::transferAll(const Transfer& transfer, DWORD& moved) {
     const Readiness found = readiness(transfer);
     if (found == Readiness::kFailed) return ERROR_GEN_FAILURE;
     if (found == Readiness::kEnded) {
-      await(transfer.call, now() + kEndOfFileTime, [this] { return isClosed; });
+      await([&] { return shownCall(transfer); }, now() + device.endOfFileTime(),
+            [this] { return isClosed; });
       return isClosed ? ERROR_OPERATION_ABORTED : ERROR_SUCCESS;
     }
     if (found == Readiness::kReady) {
-      moved += static_cast<DWORD>(transfer.moveRest(moved));
+      moved += move(transfer, moved);
       deadline = earlier(end, endOf(transfer.plan.interval));
     }
     if (moved >= transfer.plan.enough || !isInTime) return ERROR_SUCCESS;
-    isInTime = await(
-        transfer.call, deadline,
-        [&] { return isClosed || readiness(transfer) != Readiness::kWaits; }, wake);
+    isInTime = await([&] { return shownCall(transfer); }, deadline,
+                     [&] { return isClosed || readiness(transfer) != Readiness::kWaits; }, wake);
   }
   return ERROR_OPERATION_ABORTED;
 }

@@ -33,6 +33,8 @@ class OpenDevice final : public NamedObject {
   struct Transfer;
 
   DWORD run(const Transfer& transfer, DWORD& moved);
+  std::string shownCall(const Transfer& transfer);
+  DWORD move(const Transfer& transfer, DWORD done);
   void awaitWritten();
   DWORD awaitTurn(const Transfer& transfer);
   Readiness readiness(const Transfer& transfer);

@@ -102,17 +102,20 @@ void Scheduler::preemptAfter(Owner owner, unsigned switches) {
 }
 
 bool Scheduler::await(Wait wait) {
-  const auto isOver = wait.isOver;
-  if (isOver()) return true;
+  if (wait.isOver()) return true;
   if (wait.deadline && *wait.deadline <= clock) return false;
   Thread& self = *current;
-  self.wait = std::move(wait);
+  self.wait.emplace(std::move(wait));
   switchFrom(self);
+  const bool isOver = self.wait->isOver();
   self.wait.reset();
-  return isOver();
+  return isOver;
 }
 
-std::string Scheduler::threadName() const { return current ? current->name : "outside"; }
+const std::string& Scheduler::threadName() const {
+  static const std::string& outsideName = *new std::string("outside");
+  return current ? current->name : outsideName;
+}
 
 DWORD& Scheduler::lastError() { return current->lastError; }
 
@@ -187,7 +190,7 @@ std::string Scheduler::complaint() const {
       callsSinceJump > kMostCalls ? "calls without an end:" : "threads that do not end:";
   for (const auto& thread : threads) {
     if (thread->ended) continue;
-    text += " " + thread->name + " " + (thread->wait ? "in " + thread->wait->what : "runs") + ";";
+    text += " " + thread->name + " " + (thread->wait ? "in " + thread->wait->what() : "runs") + ";";
   }
   return text;
 }

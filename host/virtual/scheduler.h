@@ -20,9 +20,9 @@ enum class Owner { kHost, kLibrary };
 
 /// What a thread waits for.
 struct Wait {
-  std::string what;              ///< for the report of a run that cannot continue
-  std::optional<Time> deadline;  ///< no value: without limit
-  std::function<bool()> isOver;  ///< must not switch threads
+  std::function<std::string()> what;  ///< for the report of a run that cannot continue
+  std::optional<Time> deadline;       ///< no value: without limit
+  std::function<bool()> isOver;       ///< must not switch threads
   std::function<std::optional<Time>()>
       nextChange;  ///< when isOver may change by itself; may be null
 };
@@ -66,7 +66,7 @@ class Scheduler {
   bool await(Wait wait);
 
   Time now() const { return clock; }
-  std::string threadName() const;
+  const std::string& threadName() const;
   DWORD& lastError();
   unsigned libraryThreads() const { return running[static_cast<int>(Owner::kLibrary)]; }
 

@@ -6,7 +6,6 @@
 #include "waiting.h"
 
 namespace virtual_platform {
-namespace {
 
 class Semaphore final : public Waitable {
  public:
@@ -22,7 +21,10 @@ class Semaphore final : public Waitable {
     beginCall();
     const LONG before = releaseCount > maximum - count ? -1 : count;
     if (before >= 0) count += releaseCount;
-    note(text("ReleaseSemaphore(%s, %d) from %d", name().c_str(), releaseCount, before));
+    meet();
+    note([&] {
+      return text("ReleaseSemaphore(%s, %d) from %d", name().c_str(), releaseCount, before);
+    });
     yieldCall();
     return before;
   }
@@ -36,15 +38,21 @@ class Semaphore final : public Waitable {
   const LONG maximum;
 };
 
+namespace {
+
 HANDLE createSemaphore(LONG initialCount, LONG maximumCount) {
   beginCall();
-  if (failuresOf("CreateSemaphoreW").strikesNext()) {
+  static Failures& failures = failuresOf("CreateSemaphoreW");
+  if (failures.strikesNext()) {
     note("CreateSemaphoreW() fails");
     return coredll::fail<HANDLE>(ERROR_NOT_ENOUGH_MEMORY, nullptr);
   }
   const auto semaphore = std::make_shared<Semaphore>(initialCount, maximumCount);
-  note(
-      text("CreateSemaphoreW(%d, %d) = %s", initialCount, maximumCount, semaphore->name().c_str()));
+  semaphore->meet();
+  note([&] {
+    return text("CreateSemaphoreW(%d, %d) = %s", initialCount, maximumCount,
+                semaphore->name().c_str());
+  });
   return coredll::handles().open(semaphore);
 }
 

@@ -32,11 +32,12 @@ HANDLE createThread(VirtualWorld& world, LPTHREAD_START_ROUTINE start, LPVOID pa
   const auto thread = std::make_shared<Thread>();
   HANDLE handle = coredll::handles().open(thread);
   if (threadId != nullptr) *threadId = static_cast<DWORD>(reinterpret_cast<uintptr_t>(handle));
-  note("CreateThread() = " + thread->name());
+  thread->meet();
+  note([&] { return "CreateThread() = " + thread->name(); });
   const auto body = [thread, start, parameter] {
     start(parameter);
     thread->end();
-    note(thread->name() + " ends");
+    note([&] { return thread->name() + " ends"; });
   };
   world.threads().spawn(Owner::kLibrary, body, [thread] { thread->end(); });
   // A thread that its world has abandoned does not run any more.
@@ -68,7 +69,7 @@ HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES, DWORD, LPTHREAD_START_ROUTINE 
 }
 
 void WINAPI Sleep(DWORD milliseconds) {
-  const std::string call = "Sleep(" + std::to_string(milliseconds) + ")";
+  const auto call = [=] { return "Sleep(" + std::to_string(milliseconds) + ")"; };
   virtual_platform::beginCall();
   virtual_platform::await(call, virtual_platform::deadlineIn(milliseconds), [] { return false; });
   virtual_platform::note(call);

@@ -34,6 +34,9 @@ class VirtualDevice {
   virtual std::size_t read(Time now, BYTE* buffer, std::size_t count) = 0;
   virtual std::size_t write(Time now, const BYTE* bytes, std::size_t count) = 0;
 
+  /// Returns how long a read of no bytes takes at the end of the data.
+  virtual Time endOfFileTime() const { return std::chrono::milliseconds(1); }
+
   /// Returns when the readiness may change by itself, if ever.
   virtual std::optional<Time> nextWake() const = 0;
 };

@@ -4,6 +4,12 @@
 
 namespace virtual_platform {
 
+namespace {
+
+bool isDue(std::optional<Time> moment, Time now) { return moment && *moment <= now; }
+
+}  // namespace
+
 VirtualIpod::VirtualIpod(simulator::SimulatedIpod& device, simulator::FrameKind frames)
     : ipod(device), kind(frames) {
   plug(Time(0));
@@ -100,8 +106,12 @@ std::size_t VirtualIpod::read(Time now, BYTE* buffer, std::size_t count) {
 std::size_t VirtualIpod::write(Time now, const BYTE* bytes, std::size_t count) {
   if (!isPlugged()) return count;
   const std::size_t most = untilCut(Direction::kToIpod, untilStop(count));
-  const std::vector<BYTE> arrived = lines[indexOf(Direction::kToIpod)].carry(bytes, most);
+  std::vector<BYTE> arrived;
+  arrived.swap(written);
+  lines[indexOf(Direction::kToIpod)].carry(bytes, most, arrived);
   ipod.receive(now, {arrived.data(), arrived.size()});
+  arrived.clear();
+  written.swap(arrived);
   pass(now, Direction::kToIpod, most);
   ends[indexOf(Direction::kToIpod)].push_back(passed(Direction::kToIpod));
   return most;
@@ -149,9 +159,12 @@ void VirtualIpod::pass(Time now, Direction direction, std::size_t count) {
 
 void VirtualIpod::fetch(Time now) {
   pullWhenDue(now);
-  for (const simulator::Bytes& bytes : ipod.takeOutput(now)) {
-    if (isOpen && isPlugged()) takeFrame(now, bytes);
+  if (isDue(ipod.nextWake(), now)) {
+    for (const simulator::Bytes& bytes : ipod.takeOutput(now)) {
+      if (isOpen && isPlugged()) takeFrame(now, bytes);
+    }
   }
+  if (!isDue(road.nextArrival(), now)) return;
   for (const simulator::Bytes& bytes : road.takeArrived(now))
     append(now, bytes);
 }
@@ -161,6 +174,7 @@ void VirtualIpod::takeFrame(Time now, const simulator::Bytes& bytes) {
     deferred = bytes;
     return;
   }
+  if (deferred.empty() && road.isEmpty()) return append(now, bytes);
   road.send(now, bytes);
   if (deferred.empty()) return;
   road.send(now, deferred);
@@ -170,11 +184,10 @@ void VirtualIpod::takeFrame(Time now, const simulator::Bytes& bytes) {
 
 void VirtualIpod::append(Time now, const simulator::Bytes& bytes) {
   if (unread.empty() && delivery.gathering > Time(0)) heldUntil = now + delivery.gathering;
-  const std::vector<BYTE> arrived =
-      lines[indexOf(Direction::kFromIpod)].carry(bytes.data(), bytes.size());
-  unread.insert(unread.end(), arrived.begin(), arrived.end());
+  const std::size_t before = unread.size();
+  lines[indexOf(Direction::kFromIpod)].carry(bytes.data(), bytes.size(), unread);
   auto& fromIpod = ends[indexOf(Direction::kFromIpod)];
-  fromIpod.push_back((fromIpod.empty() ? 0 : fromIpod.back()) + arrived.size());
+  fromIpod.push_back((fromIpod.empty() ? 0 : fromIpod.back()) + unread.size() - before);
 }
 
 }  // namespace virtual_platform

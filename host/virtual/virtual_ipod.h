@@ -130,6 +130,7 @@ class VirtualIpod final : public VirtualDevice {
   std::optional<Time> heldUntil;  ///< nothing can be read before this time
   bool isOpen = false;
   std::vector<BYTE> unread;
+  std::vector<BYTE> written;  ///< empty; the memory of the last write, for the next one
 };
 
 }  // namespace virtual_platform

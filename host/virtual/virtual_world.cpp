@@ -12,7 +12,6 @@
 namespace virtual_platform {
 namespace {
 
-VirtualWorld* running = nullptr;
 std::uint64_t worlds = 0;
 
 std::string upper(std::string name) {
@@ -24,6 +23,7 @@ std::string upper(std::string name) {
 /// These record messages and audio calls that have no other receiver. They are called with the sink
 /// locked, so they must not switch threads.
 void noteMessage(void* world, HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (!static_cast<VirtualWorld*>(world)->keepsTrace()) return;
   static_cast<VirtualWorld*>(world)->note(
       text("PostMessageW(0x%llx, 0x%x, %llu, %lld)",
            static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(window)), message,
@@ -31,6 +31,7 @@ void noteMessage(void* world, HWND window, UINT message, WPARAM wParam, LPARAM l
 }
 
 void noteAudio(void* world, const IsochplayCall* call) {
+  if (!static_cast<VirtualWorld*>(world)->keepsTrace()) return;
   static_cast<VirtualWorld*>(world)->note(call->text);
 }
 
@@ -62,8 +63,6 @@ std::string VirtualWorld::run(std::function<void()> host) {
   return failure;
 }
 
-VirtualWorld* VirtualWorld::current() { return running; }
-
 VirtualDevice* VirtualWorld::findDevice(const std::string& name) const {
   const auto found = devices.find(upper(name));
   return found == devices.end() ? nullptr : found->second;
@@ -77,12 +76,13 @@ void VirtualWorld::setOpen(const VirtualDevice& device, bool isOpenNow) {
   }
 }
 
-void VirtualWorld::look() {
-  if (watcher) watcher();
-}
-
 void VirtualWorld::note(const std::string& call) {
   look();
+  if (isTraced) write(call);
+}
+
+/// Adds a line without a look.
+void VirtualWorld::write(const std::string& call) {
   const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(now()).count();
   calls.push_back(std::to_string(microseconds) + " " + scheduler.threadName() + ": " + call);
 }

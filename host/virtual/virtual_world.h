@@ -48,6 +48,9 @@ class VirtualWorld {
 
   Time now() const { return scheduler.now(); }
 
+  /// Keeps no trace. The texts of a trace take most of the time of a call of the platform.
+  void keepNoTrace() { isTraced = false; }
+  bool keepsTrace() const { return isTraced; }
   /// The calls of the platform and their results, in order.
   const std::vector<std::string>& trace() const { return calls; }
 
@@ -56,26 +59,32 @@ class VirtualWorld {
   void watch(std::function<void()> onLook) { watcher = std::move(onLook); }
 
   /// Returns the running world, for the platform's functions; null outside of run().
-  static VirtualWorld* current();
+  static VirtualWorld* current() { return running; }
   Scheduler& threads() { return scheduler; }
   const Scheduler& threads() const { return scheduler; }
   VirtualDevice* findDevice(const std::string& name) const;
   void setOpen(const VirtualDevice& device, bool isOpenNow);
   bool isOpen(const VirtualDevice& device) const { return openDevices.count(&device) > 0; }
-  void look();
+  void look() {
+    if (watcher) watcher();
+  }
   void note(const std::string& call);
+  void write(const std::string& call);
   std::uint64_t id() const { return worldId; }
   unsigned nextNumber(const std::string& kind) { return ++numbers[kind]; }
   /// Adds a call for the end of the world, for threads that have not ended.
   void atEnd(std::function<void()> call) { endings.push_back(std::move(call)); }
 
  private:
+  static inline VirtualWorld* running = nullptr;
+
   const std::uint64_t worldId;
   Scheduler scheduler;
   std::map<std::string, VirtualDevice*> devices;
   std::set<const VirtualDevice*> openDevices;
   std::map<std::string, unsigned> numbers;
   std::vector<std::string> calls;
+  bool isTraced = true;
   std::vector<std::function<void()>> endings;
   std::function<void()> watcher;
 };

@@ -6,8 +6,10 @@
 namespace virtual_platform {
 
 DWORD Waitable::wait(DWORD milliseconds) {
-  const std::string call =
-      "WaitForSingleObject(" + name() + ", " + std::to_string(milliseconds) + ")";
+  meet();
+  const auto call = [&] {
+    return "WaitForSingleObject(" + name() + ", " + std::to_string(milliseconds) + ")";
+  };
   beginCall();
   const bool isOver =
       await(call, deadlineIn(milliseconds), [this] { return isClosed || isSignalled(); });
@@ -19,7 +21,7 @@ DWORD Waitable::wait(DWORD milliseconds) {
     take();
     result = WAIT_OBJECT_0;
   }
-  note(call + " = " + std::to_string(result));
+  note([&] { return call() + " = " + std::to_string(result); });
   return result;
 }
 
