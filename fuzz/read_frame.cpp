@@ -34,11 +34,14 @@ bool operator==(const Event& left, const Event& right) {
 
 /// The place of the next start byte; the stream's size when there is none.
 size_t startIn(const Bytes& stream, size_t from, bool isSerial) {
-  for (size_t at = from; at < stream.size(); ++at) {
-    if (stream[at] != kStart) continue;
-    if (!isSerial || (at > from && stream[at - 1] == kSync)) return at;
+  const auto end = stream.end();
+  auto at = std::min(stream.begin() + static_cast<std::ptrdiff_t>(from), end);
+  const auto begin = at;
+  while ((at = std::find(at, end, kStart)) != end) {
+    if (!isSerial || (at > begin && at[-1] == kSync)) break;
+    ++at;
   }
-  return stream.size();
+  return static_cast<size_t>(at - stream.begin());
 }
 
 /// The check assumes a length of one byte, even where it has two more: see takeFrame.
@@ -104,17 +107,25 @@ void requireInStream(const std::vector<Event>& events, const Bytes& stream) {
 
 class Link {
  public:
-  Link(FrameKind kind, size_t largestPayload)
-      : reader(new FrameReader(kind)), dest(largestPayload) {
-    reader->beginFrame();
+  Link(bool isSerial, size_t largestPayload)
+      : reader(readerOf(isSerial)), capacity(largestPayload), dest(new uint8_t[capacity]) {
+    reader.beginFrame();
+  }
+  Link(const Link&) = delete;
+  Link& operator=(const Link&) = delete;
+  /// Leaves the reader as a new one is: its area has only bytes of value 0.
+  ~Link() {
+    reader.clear();
+    std::memset(reader.freeArea(), 0, filled);
   }
 
   /// Receives a piece, or as much of it as there is room for. Returns the number of bytes received.
   size_t receive(const uint8_t* bytes, size_t count) {
-    require(reader->freeSize() > 0, "the link is full and reads no more");
-    const size_t moved = std::min<size_t>(count, reader->freeSize());
-    if (moved > 0) std::memcpy(reader->freeArea(), bytes, moved);
-    reader->add(static_cast<uint32_t>(moved));
+    require(reader.freeSize() > 0, "the link is full and reads no more");
+    const size_t moved = std::min<size_t>(count, reader.freeSize());
+    if (moved > 0) std::memcpy(reader.freeArea(), bytes, moved);
+    reader.add(static_cast<uint32_t>(moved));
+    filled = std::max<size_t>(filled, kArea - reader.freeSize());
     takeEvents();
     return moved;
   }
@@ -122,20 +133,28 @@ class Link {
   std::vector<Event> events;
 
  private:
+  /// Returns one of two readers for all inputs: to make one takes longer than most inputs.
+  static FrameReader& readerOf(bool isSerial) {
+    static FrameReader& usb = *new FrameReader(FrameKind::kWithoutSyncByte);
+    static FrameReader& serial = *new FrameReader(FrameKind::kWithSyncByte);
+    return isSerial ? serial : usb;
+  }
+
   void takeEvents() {
     for (;;) {
       uint32_t length = 0;
-      const auto capacity = static_cast<uint32_t>(dest.size());
-      const FrameOutcome outcome = reader->next(dest.data(), capacity, length);
+      const FrameOutcome outcome = reader.next(dest.get(), static_cast<uint32_t>(capacity), length);
       if (outcome == FrameOutcome::kNeedsMore) return;
-      require(length <= dest.size(), "a payload is longer than its destination");
-      events.push_back({outcome, Bytes(dest.begin(), dest.begin() + length)});
-      reader->beginFrame();
+      require(length <= capacity, "a payload is longer than its destination");
+      events.push_back({outcome, Bytes(dest.get(), dest.get() + length)});
+      reader.beginFrame();
     }
   }
 
-  const std::unique_ptr<FrameReader> reader;
-  Bytes dest;
+  FrameReader& reader;
+  const size_t capacity;
+  const std::unique_ptr<uint8_t[]> dest;
+  size_t filled = 0;  ///< the bytes of the reader's area that were used
 };
 
 std::vector<Event> eventsOf(Link& link, const Bytes& stream, const std::vector<size_t>& pieces) {
@@ -184,7 +203,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Bytes stream(noise);
   const Bytes said = input.ConsumeRemainingBytes<uint8_t>();
   stream.insert(stream.end(), said.begin(), said.end());
-  Link link(isSerial ? FrameKind::kWithSyncByte : FrameKind::kWithoutSyncByte, capacity);
+  Link link(isSerial, capacity);
   const std::vector<Event> events = eventsOf(link, stream, pieces);
   // Where a serial link's bytes are cut decides about frames: a sync byte may lose the next one.
   const bool isWhole = pieces.empty() && stream.size() <= kArea;

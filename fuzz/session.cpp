@@ -18,6 +18,7 @@
 #include "support/counted_heap.h"
 #include "support/require.h"
 #include "support/script.h"
+#include "virtual/call.h"
 
 namespace {
 
@@ -73,8 +74,8 @@ class Scenario {
       for (size_t lane = 1; lane < kLanes; ++lane)
         start(lane);
       follow(lanes[0]);
-      while (lanesRunning > 0)
-        Sleep(10);
+      virtual_platform::await([] { return std::string("the other lanes"); }, std::nullopt,
+                              [this] { return lanesRunning == 0; });
       mend(scene);
       playWell();
     });
@@ -116,7 +117,7 @@ class Scenario {
     callExport(step.operation, step.arguments);
     const Time took = scene.world.now() - begin;
     require(took <= (hasGroupStep ? kLongestGroupStep : kLongestCall),
-            std::string(exportName(step.operation)) + " lasted too long");
+            [&] { return std::string(exportName(step.operation)) + " lasted too long"; });
   }
 
   Scene scene;

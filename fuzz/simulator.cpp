@@ -1,6 +1,7 @@
 // A hostile accessory at the simulated iPod's cable.
 
 #include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,8 +23,7 @@ using simulator::Time;
 /// An accessory that follows a script.
 class Accessory {
  public:
-  explicit Accessory(const std::string& preset)
-      : ipod(simulator::personality(preset), simulator::smallLibrary()) {
+  explicit Accessory(const std::string& preset) : ipod(simulator::personality(preset), music()) {
     plug(FrameKind::kUsb);
   }
 
@@ -50,6 +50,13 @@ class Accessory {
   }
 
  private:
+  /// Returns the music of every input. It never changes.
+  static std::shared_ptr<const simulator::Catalogue> music() {
+    static const auto same =
+        std::make_shared<const simulator::Catalogue>(simulator::smallLibrary());
+    return same;
+  }
+
   enum Operation { kSay, kSayRaw, kHangUp, kUnplug, kPlug, kWait, kPress, kRate, kFault, kCount };
 
   void doStep(Script::Step& step) {

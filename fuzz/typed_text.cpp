@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -67,7 +68,8 @@ void readCommand(const std::string& text) {
   std::string name;
   std::istringstream(text) >> name;
   if (name == "plug") return;
-  simulator::SimulatedIpod ipod(simulator::Personality{}, simulator::smallLibrary());
+  static const auto music = std::make_shared<const simulator::Catalogue>(simulator::smallLibrary());
+  simulator::SimulatedIpod ipod(simulator::Personality{}, music);
   simulator::PtyIpod pty(ipod, simulator::FrameKind::kUsb);
   doCommand(pty, text);
 }

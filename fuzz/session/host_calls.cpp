@@ -102,6 +102,8 @@ int setSameIpod(Script& script) {
   return 0;
 }
 
+int command(Script& script) { return IpodCommand(numberFrom(script)); }
+
 int firstItem(Script& script) {
   const int descend = numberFrom(script);
   const int type = numberFrom(script);
@@ -124,7 +126,7 @@ constexpr Export kCalls[kExports] = {
     {"isIpodAudioPresent", INT_MIN, INT_MAX, audioPresent},
     {"IpodSetSameIpod", 0, 0, setSameIpod},
     {"IpodValidateUpDownTree", 0, 0, [](S&) { return IpodValidateUpDownTree(); }},
-    {"IpodCommand", 0, 0, [](S& s) { return IpodCommand(numberFrom(s)); }},
+    {"IpodCommand", 0, 0, command},
     {"IpodSongPlay", 0, 0, [](S& s) { return IpodSongPlay(numberFrom(s)); }},
     {"IpodSongGetNumElem", 0, 0, [](S& s) { return readNumber(s, IpodSongGetNumElem, anything); }},
     {"IpodGetTrackIndex", 0, 1, [](S& s) { return readNumber(s, IpodGetTrackIndex, anything); }},
@@ -166,13 +168,13 @@ void callExport(uint8_t number, Script arguments) {
   const Export& each = kCalls[number];
   const int result = each.call(arguments);
   require(result >= each.least && result <= each.most,
-          std::string(each.name) + " returned " + std::to_string(result));
+          [&] { return std::string(each.name) + " returned " + std::to_string(result); });
 }
 
 const char* exportName(uint8_t number) { return kCalls[number].name; }
 
 bool isGroupStep(uint8_t number, Script arguments) {
-  if (std::string(exportName(number)) != "IpodCommand") return false;
-  const int command = numberFrom(arguments);
-  return command == IPOD_PREVIOUS_GROUP || command == IPOD_NEXT_GROUP;
+  if (kCalls[number].call != command) return false;
+  const int wanted = numberFrom(arguments);
+  return wanted == IPOD_PREVIOUS_GROUP || wanted == IPOD_NEXT_GROUP;
 }

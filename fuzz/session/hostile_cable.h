@@ -41,6 +41,8 @@ class HostileCable final : public virtual_platform::VirtualDevice {
   virtual_platform::Readiness writeReadiness(virtual_platform::Time now) override;
   std::size_t read(virtual_platform::Time now, BYTE* buffer, std::size_t count) override;
   std::size_t write(virtual_platform::Time now, const BYTE* bytes, std::size_t count) override;
+  /// Long, because a reader without an iPod does nothing but such reads.
+  virtual_platform::Time endOfFileTime() const override { return std::chrono::milliseconds(100); }
   std::optional<virtual_platform::Time> nextWake() const override { return real.nextWake(); }
 
  private:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "device/simulated_ipod.h"
 #include "session/hostile_cable.h"
 #include "support/small_library.h"
@@ -8,13 +10,24 @@
 
 /// A virtual world with a simulated iPod and a hostile cable.
 struct Scene {
-  explicit Scene(uint64_t seed) : world(seed) { world.addDevice("IPD1:", hostile); }
+  explicit Scene(uint64_t seed) : world(seed) {
+    world.addDevice("IPD1:", hostile);
+    world.keepNoTrace();
+    ipod.keepNoHistory();
+  }
   Scene(const Scene&) = delete;
   Scene& operator=(const Scene&) = delete;
 
   virtual_platform::Time now() const { return world.now(); }
 
-  simulator::SimulatedIpod ipod{simulator::Personality{}, simulator::smallLibrary()};
+  /// Returns the music of every scene. It never changes.
+  static std::shared_ptr<const simulator::Catalogue> music() {
+    static const auto same =
+        std::make_shared<const simulator::Catalogue>(simulator::smallLibrary());
+    return same;
+  }
+
+  simulator::SimulatedIpod ipod{simulator::Personality{}, music()};
   virtual_platform::VirtualIpod cable{ipod, simulator::FrameKind::kUsb};
   HostileCable hostile{cable};
   virtual_platform::VirtualWorld world;
