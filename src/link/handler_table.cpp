@@ -17,8 +17,9 @@ bool HandlerTable::prepare() { return listGuard.ensure(); }
 
 bool HandlerTable::add(const HandlerRecord& record) {
   const SemaphoreHold hold(listGuard);
-  handledLingoes = handledLingoes | bitOf(record.lingo);
-  return handlerList.append(record);
+  if (!handlerList.append(record)) return false;
+  noteLingoes();
+  return true;
 }
 
 bool HandlerTable::remove(const HandlerRecord& record) {
@@ -89,6 +90,14 @@ uint32_t HandlerTable::findFrom(uint32_t start, uint8_t lingo, uint16_t command)
 void HandlerTable::removeAt(uint32_t index) {
   handlerList.removeAt(index);
   if (index < cursor) --cursor;
+  noteLingoes();
+}
+
+void HandlerTable::noteLingoes() {
+  uint32_t lingoes = 0;
+  for (const HandlerRecord& record : handlerList)
+    lingoes |= bitOf(record.lingo);
+  handledLingoes = lingoes;
 }
 
 }  // namespace ipodctl

@@ -62,8 +62,9 @@ class HandlerTable {
   uint32_t findFrom(uint32_t start, uint8_t lingo, uint16_t command) const
       IPODCTL_REQUIRES(listGuard);
   void removeAt(uint32_t index) IPODCTL_REQUIRES(listGuard);
+  void noteLingoes() IPODCTL_REQUIRES(listGuard);
 
-  /// A bit for each lingo that ever had a handler. Replies are of another lingo than the messages
+  /// A bit for each lingo that has a handler. Replies are of another lingo than the messages
   /// with handlers, and so need no lock: two kernel calls fewer of a dozen a request.
   SharedValue<uint32_t> handledLingoes{0};
 
