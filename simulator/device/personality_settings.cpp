@@ -168,14 +168,14 @@ std::string valuesOf(const Setting& setting) {
   return all;
 }
 
-[[noreturn]] void refuse(const std::string& text, const std::string& why) {
+[[noreturn]] void refuseSetting(const std::string& text, const std::string& why) {
   throw std::invalid_argument("setting '" + text + "': " + why);
 }
 
 const Setting& find(const std::string& name, const std::string& text) {
   const auto found = std::find_if(settings().begin(), settings().end(),
                                   [&](const Setting& each) { return name == each.name; });
-  if (found == settings().end()) refuse(text, "there is no switch '" + name + "'");
+  if (found == settings().end()) refuseSetting(text, "there is no switch '" + name + "'");
   return *found;
 }
 
@@ -186,14 +186,14 @@ uint32_t parseNumber(const Setting& setting, const std::string& value, const std
                                   [](char letter) { return letter >= '0' && letter <= '9'; });
   const uint32_t number = digits ? static_cast<uint32_t>(std::stoul(value)) : 0;
   if (!digits || number < setting.least || number > setting.most) {
-    refuse(text, "write a number, " + valuesOf(setting));
+    refuseSetting(text, "write a number, " + valuesOf(setting));
   }
   return number;
 }
 
 uint32_t parseWord(const Setting& setting, const std::string& value, const std::string& text) {
   const auto word = std::find(setting.words.begin(), setting.words.end(), value);
-  if (word == setting.words.end()) refuse(text, "write one of " + valuesOf(setting));
+  if (word == setting.words.end()) refuseSetting(text, "write one of " + valuesOf(setting));
   return static_cast<uint32_t>(word - setting.words.begin());
 }
 
@@ -201,7 +201,7 @@ uint32_t parseWord(const Setting& setting, const std::string& value, const std::
 
 void applySetting(Personality& personality, const std::string& text) {
   const size_t equals = text.find('=');
-  if (equals == std::string::npos) refuse(text, "write it as NAME=VALUE");
+  if (equals == std::string::npos) refuseSetting(text, "write it as NAME=VALUE");
   const Setting& setting = find(text.substr(0, equals), text);
   const std::string value = text.substr(equals + 1);
   setting.assign(personality, setting.words.empty() ? parseNumber(setting, value, text)

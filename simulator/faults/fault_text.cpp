@@ -15,7 +15,7 @@ namespace {
 
 constexpr double kMostPercent = 100;
 
-[[noreturn]] void refuse(const std::string& text, const std::string& why) {
+[[noreturn]] void refuseFault(const std::string& text, const std::string& why) {
   throw std::invalid_argument("fault '" + text + "': " + why);
 }
 
@@ -34,21 +34,21 @@ long long parseInteger(const std::string& number, int base, const std::string& t
   char* end = nullptr;
   const long long value = std::strtoll(number.c_str(), &end, base);
   const bool isWhole = !number.empty() && *end == '\0' && number.find(' ') == std::string::npos;
-  if (!isWhole) refuse(text, "'" + number + "' is not a number");
+  if (!isWhole) refuseFault(text, "'" + number + "' is not a number");
   return value;
 }
 
 uint32_t parseNumber(const std::string& number, const std::string& text) {
   const bool isHexadecimal = number.rfind("0x", 0) == 0;
   const long long value = parseInteger(number, isHexadecimal ? 16 : 10, text);
-  if (value < INT32_MIN || value > UINT32_MAX) refuse(text, "'" + number + "' is too large");
+  if (value < INT32_MIN || value > UINT32_MAX) refuseFault(text, "'" + number + "' is too large");
   return static_cast<uint32_t>(value);
 }
 
 std::optional<uint16_t> parseId(const std::string& id, long long most, const std::string& text) {
   if (id == "*") return std::nullopt;
   const long long value = parseInteger(id, 16, text);
-  if (value < 0 || value > most) refuse(text, "'" + id + "' is not an id");
+  if (value < 0 || value > most) refuseFault(text, "'" + id + "' is not an id");
   return static_cast<uint16_t>(value);
 }
 
@@ -56,14 +56,14 @@ void parseOrdinal(const std::string& ordinal, FaultTarget& target, const std::st
   const bool isOnwards = !ordinal.empty() && ordinal.back() == '+';
   const std::string digits = isOnwards ? ordinal.substr(0, ordinal.size() - 1) : ordinal;
   const long long number = parseInteger(digits, 10, text);
-  if (number < 1 || number > INT32_MAX) refuse(text, "replies are counted from 1");
+  if (number < 1 || number > INT32_MAX) refuseFault(text, "replies are counted from 1");
   target = isOnwards ? target.from(static_cast<uint32_t>(number))
                      : target.nth(static_cast<uint32_t>(number));
 }
 
 FaultTarget parseTarget(const std::string& address, const std::string& text) {
   const auto [command, ordinal] = cutAt(address, '#');
-  if (!has(command, ':')) refuse(text, "write the reply as LINGO:COMMAND, like 04:001A");
+  if (!has(command, ':')) refuseFault(text, "write the reply as LINGO:COMMAND, like 04:001A");
   const auto [lingo, id] = cutAt(command, ':');
   FaultTarget target;
   const std::optional<uint16_t> lingoId = parseId(lingo, 0xFF, text);
@@ -75,13 +75,13 @@ FaultTarget parseTarget(const std::string& address, const std::string& text) {
 
 const FaultRow& parseKind(const std::string& name, const std::string& text) {
   const FaultRow* row = findFaultRow(name);
-  if (row == nullptr) refuse(text, "there is no fault '" + name + "'");
+  if (row == nullptr) refuseFault(text, "there is no fault '" + name + "'");
   return *row;
 }
 
 void parseValues(const FaultRow& row, const std::string& values, Fault& fault,
                  const std::string& text) {
-  if (*row.values == '\0') refuse(text, std::string(row.name) + " takes no value");
+  if (*row.values == '\0') refuseFault(text, std::string(row.name) + " takes no value");
   const auto [first, second] = cutAt(values, '/');
   fault.value = parseNumber(first, text);
   if (has(values, '/')) fault.value2 = parseNumber(second, text);
@@ -127,13 +127,13 @@ RandomFaults parseRandom(const std::string& values, const std::string& text) {
   char* end = nullptr;
   const double chance = std::strtod(percent.c_str(), &end);
   const bool isValid = !percent.empty() && *end == '\0' && chance >= 0 && chance <= kMostPercent;
-  if (!isValid) refuse(text, "write the chance in percent, from 0 to 100");
+  if (!isValid) refuseFault(text, "write the chance in percent, from 0 to 100");
   RandomFaults faults;
   faults.perThousand = static_cast<uint32_t>(std::lround(chance * 10));
   std::istringstream list(names);
   for (std::string name; std::getline(list, name, ',');) {
     const FaultRow& row = parseKind(name, text);
-    if (row.stage != FaultStage::kReply) refuse(text, name + " cannot strike at random");
+    if (row.stage != FaultStage::kReply) refuseFault(text, name + " cannot strike at random");
     faults.kinds.push_back(row.kind);
   }
   return faults;
@@ -150,7 +150,7 @@ Fault parseFault(const std::string& text) {
   if (has(what, '=')) {
     parseValues(row, values, fault, text);
   } else if (*row.values != '\0' && *row.values != '[') {
-    refuse(text, "write it as " + usageOf(row));
+    refuseFault(text, "write it as " + usageOf(row));
   }
   if (has(text, '@')) fault.target = parseTarget(address, text);
   return fault;

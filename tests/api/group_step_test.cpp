@@ -8,6 +8,7 @@ using namespace ipodctl;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+namespace group_step {
 namespace {
 
 constexpr int kPreviousGroup = 12;
@@ -525,3 +526,4 @@ TEST_F(BelowARecordTest, RefersToTheSnapshotWhateverTheHostBrowses) {
 }
 
 }  // namespace
+}  // namespace group_step

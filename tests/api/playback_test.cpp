@@ -7,6 +7,7 @@ using namespace ipodctl;
 
 using testing::ElementsAre;
 
+namespace playback {
 namespace {
 
 constexpr char kTracks[] = "05";
@@ -293,3 +294,4 @@ TEST_F(PlayInformationTest, NullPointersAreNotWrittenThrough) {
 }
 
 }  // namespace
+}  // namespace playback

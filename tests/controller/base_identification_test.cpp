@@ -6,7 +6,7 @@
 #include "controller/controller_test.h"
 #include "support/console.h"
 
-namespace ipodctl {
+namespace ipodctl::base_identification {
 namespace {
 
 constexpr const char* kIdentify = "55 0E 00 13 00 00 00 01 00 00 00 00 00 00 00 00";
@@ -181,4 +181,4 @@ TEST(BaseIdentificationWithoutALink, PrintsItInDebug) {
 }
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::base_identification

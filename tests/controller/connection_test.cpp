@@ -4,7 +4,7 @@
 #include "controller/logo_file.h"
 #include "support/console.h"
 
-namespace ipodctl {
+namespace ipodctl::connection {
 namespace {
 
 constexpr const char* kIdentify = "55 0E 00 13 00 00 04 11 00 00 00 00 00 00 00 00";
@@ -212,4 +212,4 @@ TEST_F(BaseIpodIdentification, RunsTheBaseHandshake) {
 }
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::connection

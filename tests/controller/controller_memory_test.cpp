@@ -12,7 +12,7 @@
 #include "support/memory_limit.h"
 #include "support/row_name.h"
 
-namespace ipodctl {
+namespace ipodctl::controller_memory {
 namespace {
 
 using Controller = Scripted<IpodController>;
@@ -289,4 +289,4 @@ TEST(ConstructionWithoutMemory, MakesAControllerThatDoesNotConnect) {
 }
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::controller_memory

@@ -6,7 +6,7 @@
 #include "controller/controller_test.h"
 #include "support/console.h"
 
-namespace ipodctl {
+namespace ipodctl::identification {
 namespace {
 
 constexpr const char* kIdentify = "55 0E 00 13 00 00 04 11 00 00 00 00 00 00 00 00";
@@ -297,4 +297,4 @@ TEST(IdentificationWithoutALink, PrintsItInDebug) {
 }
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::identification

@@ -8,7 +8,7 @@
 #include "controller/logo_file.h"
 #include "support/console.h"
 
-namespace ipodctl {
+namespace ipodctl::logo_upload {
 namespace {
 
 constexpr const char* kIdentify = "55 0E 00 13 00 00 04 11 00 00 00 00 00 00 00 00";
@@ -246,4 +246,4 @@ TEST_F(LogoUpload, DoesNotUseUpTheLogo) {
 }
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::logo_upload

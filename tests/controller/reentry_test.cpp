@@ -5,7 +5,7 @@
 #include "controller/controller_test.h"
 #include "support/console.h"
 
-namespace ipodctl {
+namespace ipodctl::reentry {
 namespace {
 
 const Bytes kGetSampleRates = {0x0A, 0x02};
@@ -148,4 +148,4 @@ TEST_F(Reentry, PrintsNothingOutsideDebug) {
 }
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::reentry

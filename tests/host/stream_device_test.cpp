@@ -8,6 +8,7 @@
 #include "support/device_calls.h"
 #include "support/pty_pair.h"
 
+namespace stream_device {
 namespace {
 
 using host_test::BackgroundCall;
@@ -251,3 +252,4 @@ TEST_F(StreamDevice, CloseIsReportedToTheOtherSide) {
 }
 
 }  // namespace
+}  // namespace stream_device

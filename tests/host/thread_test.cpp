@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 
+namespace thread {
 namespace {
 
 constexpr DWORD kDeadline = 10000;  // milliseconds
@@ -200,3 +201,4 @@ TEST(Sleep, OfZeroMillisecondsReturnsAtOnce) {
 }
 
 }  // namespace
+}  // namespace thread

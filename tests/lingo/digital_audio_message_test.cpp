@@ -5,7 +5,7 @@
 #include "lingo/command_rows.h"
 #include "support/message_bytes.h"
 
-namespace ipodctl {
+namespace ipodctl::digital_audio_message {
 namespace {
 
 TEST(DigitalAudioMessage, StartsAsAnEmptyMessageOfLingoTen) {
@@ -131,4 +131,4 @@ INSTANTIATE_TEST_SUITE_P(Notifications, DigitalAudioDecoder, testing::ValuesIn(k
                          rowName<Decoded>);
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::digital_audio_message

@@ -5,7 +5,7 @@
 #include "lingo/command_rows.h"
 #include "support/message_bytes.h"
 
-namespace ipodctl {
+namespace ipodctl::extended_interface_message {
 namespace {
 
 using namespace std::string_literals;
@@ -339,4 +339,4 @@ INSTANTIATE_TEST_SUITE_P(Commands, TextReplies, testing::ValuesIn(kTextReplies),
                          rowName<TextReply>);
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::extended_interface_message

@@ -7,7 +7,7 @@
 #include "lingo/command_rows.h"
 #include "support/message_bytes.h"
 
-namespace ipodctl {
+namespace ipodctl::general_message {
 namespace {
 
 using namespace std::string_literals;
@@ -284,4 +284,4 @@ TEST(GetAccessoryInfo, OfAnotherCommandIsRefusedAndLeavesTheQuestion) {
 }
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::general_message

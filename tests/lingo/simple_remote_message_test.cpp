@@ -6,7 +6,7 @@
 #include "support/console.h"
 #include "support/message_bytes.h"
 
-namespace ipodctl {
+namespace ipodctl::simple_remote_message {
 namespace {
 
 TEST(SimpleRemoteMessage, StartsAsAnEmptyMessageOfLingoTwo) {
@@ -94,4 +94,4 @@ TEST(ContextButtonStatus, SetsItsCommandOnAUsedMessage) {
 }
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::simple_remote_message

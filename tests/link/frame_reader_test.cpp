@@ -11,7 +11,7 @@
 #include "support/bytes.h"
 #include "support/row_name.h"
 
-namespace ipodctl {
+namespace ipodctl::frame_reader {
 namespace {
 
 constexpr uint32_t kArea = 200000;
@@ -614,4 +614,4 @@ TEST_F(SerialFrameReader, DiscardsALoneSyncByteAfterAReadOfNoBytes) {
 }
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::frame_reader

@@ -10,7 +10,7 @@
 #include "support/row_name.h"
 #include "support/scripted_platform.h"
 
-namespace ipodctl {
+namespace ipodctl::frame_receive {
 namespace {
 
 using testing::Each;
@@ -274,4 +274,4 @@ TEST_F(ReadUsbFrame, ReadsAgainAtOnceAfterAReadOfNoBytes) {
 }
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::frame_receive

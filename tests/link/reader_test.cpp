@@ -9,7 +9,7 @@
 #include "support/console.h"
 #include "support/scripted_platform.h"
 
-namespace ipodctl {
+namespace ipodctl::reader {
 namespace {
 
 using testing::ElementsAre;
@@ -549,4 +549,4 @@ TEST_F(KilledReader, NeverBlocksDestruction) {
 }
 
 }  // namespace
-}  // namespace ipodctl
+}  // namespace ipodctl::reader

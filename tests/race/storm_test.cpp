@@ -23,9 +23,7 @@ constexpr unsigned kSpareSeconds = 120;
 using Random = std::mt19937;
 using Pause = StoppableThread::Pause;
 
-Pause upTo(Random& random, unsigned milliseconds) {
-  return Pause(random() % (1000 * milliseconds));
-}
+Pause upTo(Random& random, unsigned longest) { return Pause(random() % (1000 * longest)); }
 
 std::chrono::seconds wantedTime() {
   const char* const wanted = std::getenv("RACE_SECONDS");

@@ -3,7 +3,7 @@
 #include "bench.h"
 #include "hex.h"
 
-namespace simulator {
+namespace simulator::identification {
 namespace {
 
 const char* const kAnnounce = "00 13 00 00 04 11 00 00 00 00 00 00 00 00";
@@ -249,4 +249,4 @@ TEST(DigitalAudio, BytesAfterTheLastWholeRateAreIgnored) {
 }
 
 }  // namespace
-}  // namespace simulator
+}  // namespace simulator::identification

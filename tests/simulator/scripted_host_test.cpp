@@ -5,7 +5,7 @@
 #include "host_end.h"
 #include "link/pty_ipod.h"
 
-namespace simulator {
+namespace simulator::scripted_host {
 namespace {
 
 /// Conversations frame by frame, as on a USB link; on a serial line each frame has FF before it.
@@ -148,4 +148,4 @@ TEST_P(SilentAttempts, IdentifiesInTheAttemptAfterThem) {
 INSTANTIATE_TEST_SUITE_P(All, SilentAttempts, testing::Values(0u, 1u, 2u, 3u));
 
 }  // namespace
-}  // namespace simulator
+}  // namespace simulator::scripted_host

@@ -4,7 +4,7 @@
 #include "support/replay.h"
 #include "virtual/sweep.h"
 
-namespace virtual_session {
+namespace virtual_session::byte_sweep {
 namespace {
 
 using virtual_platform::ByteFault;
@@ -61,4 +61,4 @@ TEST_P(ByteSweep, SpoilsEveryByte) {
 }
 
 }  // namespace
-}  // namespace virtual_session
+}  // namespace virtual_session::byte_sweep

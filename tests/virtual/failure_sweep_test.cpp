@@ -8,7 +8,7 @@
 #include "support/replay.h"
 #include "virtual/sweep.h"
 
-namespace virtual_session {
+namespace virtual_session::failure_sweep {
 namespace {
 
 using virtual_platform::FailurePoint;
@@ -88,4 +88,4 @@ INSTANTIATE_TEST_SUITE_P(All, AllocationFailureSweep,
 TEST_P(AllocationFailureSweep, FailsEveryAllocation) { failEach(); }
 
 }  // namespace
-}  // namespace virtual_session
+}  // namespace virtual_session::failure_sweep

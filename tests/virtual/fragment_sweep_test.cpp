@@ -4,7 +4,7 @@
 
 #include "virtual/sweep.h"
 
-namespace virtual_session {
+namespace virtual_session::fragment_sweep {
 namespace {
 
 using std::chrono::milliseconds;
@@ -97,4 +97,4 @@ TEST_P(FragmentSweep, ReadsEverythingThatIsThereAtOnce) {
 }
 
 }  // namespace
-}  // namespace virtual_session
+}  // namespace virtual_session::fragment_sweep

@@ -4,7 +4,7 @@
 #include "support/replay.h"
 #include "virtual/sweep.h"
 
-namespace virtual_session {
+namespace virtual_session::frame_sweep {
 namespace {
 
 using simulator::Fault;
@@ -94,4 +94,4 @@ TEST_P(SwapSweep, SwapsEveryFrameWithTheNext) {
 }
 
 }  // namespace
-}  // namespace virtual_session
+}  // namespace virtual_session::frame_sweep

@@ -15,7 +15,7 @@
 
 using namespace ipodctl;
 
-namespace virtual_session {
+namespace virtual_session::preemption {
 namespace {
 
 using std::chrono::milliseconds;
@@ -207,4 +207,4 @@ TEST_F(MessagesOfTwoThreads, LeaveNoSignalWithoutAMessage) {
 }
 
 }  // namespace
-}  // namespace virtual_session
+}  // namespace virtual_session::preemption

@@ -16,7 +16,7 @@
 
 using namespace ipodctl;
 
-namespace virtual_session {
+namespace virtual_session::repetition {
 namespace {
 
 using virtual_platform::ComingFrame;
@@ -139,4 +139,4 @@ TEST_P(Repetition, OfASessionIsTheSameAfterEveryOther) {
 }
 
 }  // namespace
-}  // namespace virtual_session
+}  // namespace virtual_session::repetition

@@ -7,7 +7,7 @@
 #include "support/replay.h"
 #include "virtual/sweep.h"
 
-namespace virtual_session {
+namespace virtual_session::stall_sweep {
 namespace {
 
 using std::chrono::milliseconds;
@@ -112,4 +112,4 @@ TEST_P(CompanionSweep, DisconnectEndsAfterTheStall) {
 }
 
 }  // namespace
-}  // namespace virtual_session
+}  // namespace virtual_session::stall_sweep

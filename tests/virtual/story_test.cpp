@@ -15,7 +15,7 @@
 
 using namespace ipodctl;
 
-namespace virtual_session {
+namespace virtual_session::story {
 namespace {
 
 using testing::ElementsAreArray;
@@ -313,4 +313,4 @@ TEST_F(Story, OfTheTexts) {
 }
 
 }  // namespace
-}  // namespace virtual_session
+}  // namespace virtual_session::story

@@ -7,7 +7,7 @@
 #include "support/replay.h"
 #include "virtual/sweep.h"
 
-namespace virtual_session {
+namespace virtual_session::thread_sweep {
 namespace {
 
 constexpr int kRounds = 3;
@@ -109,4 +109,4 @@ TEST_F(Sweep, GivesEachThreadItsOwnAnswers) {
 }
 
 }  // namespace
-}  // namespace virtual_session
+}  // namespace virtual_session::thread_sweep
