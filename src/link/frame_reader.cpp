@@ -49,11 +49,6 @@ void FrameReader::clear() {
   rxCount = 0;
 }
 
-uint8_t* FrameReader::freeArea() {
-  moveToFront();
-  return rxArea + rxCount;
-}
-
 FrameOutcome FrameReader::search(uint8_t* dest, uint32_t capacity, uint32_t& length) {
   if (!findStart()) {
     clear();  // all of it is noise
@@ -127,7 +122,7 @@ void FrameReader::dropReceived(uint32_t count) {
 }
 
 void FrameReader::moveToFront() {
-  if (received != rxArea) std::memmove(rxArea, received, rxCount);
+  std::memmove(rxArea, received, rxCount);
   received = rxArea;
 }
 

@@ -39,7 +39,10 @@ class FrameReader {
 
   /// Returns where the next received bytes belong. There is room for freeSize() of them, at
   /// least 1.
-  uint8_t* freeArea();
+  uint8_t* freeArea() {
+    if (received != rxArea) moveToFront();
+    return rxArea + rxCount;
+  }
   uint32_t freeSize() const { return kReceiveCapacity - rxCount; }
 
   /// Appends `count` bytes, at most freeSize(), that were written to freeArea().
@@ -51,8 +54,8 @@ class FrameReader {
   /// Continues the scan. Copies the payload of a good frame to `dest` and sets `length`; both stay
   /// as they are with every other outcome.
   FrameOutcome next(uint8_t* dest, uint32_t capacity, uint32_t& length) {
-    return takeShortFrame(dest, capacity, length) ? FrameOutcome::kFrame
-                                                  : search(dest, capacity, length);
+    return startsWithShortFrame() ? nextShortFrame(dest, capacity, length)
+                                  : search(dest, capacity, length);
   }
 
  private:
@@ -61,7 +64,8 @@ class FrameReader {
     bool syncSeen = false;  ///< the byte before `index` is a sync byte
   };
 
-  bool takeShortFrame(uint8_t* dest, uint32_t capacity, uint32_t& length);
+  bool startsWithShortFrame() const;
+  FrameOutcome nextShortFrame(uint8_t* dest, uint32_t capacity, uint32_t& length);
   FrameOutcome search(uint8_t* dest, uint32_t capacity, uint32_t& length);
   bool findStart();
   bool findSyncAndStartByte();
@@ -77,23 +81,28 @@ class FrameReader {
   uint8_t rxArea[kReceiveCapacity] = {};  ///< beyond the valid bytes: stale ones of earlier frames
 };
 
-/// Takes a good short frame that begins the received bytes of a link without sync bytes. Returns
-/// false, and changes nothing, for all other bytes. search would find the frame, too, with a third
-/// more instructions; nearly all frames are such.
-inline bool FrameReader::takeShortFrame(uint8_t* dest, uint32_t capacity, uint32_t& length) {
+/// Nearly all frames are short and begin the received bytes of a link without sync bytes. search
+/// finds them, too, with a third more instructions.
+inline bool FrameReader::startsWithShortFrame() const {
+  return kind == FrameKind::kWithoutSyncByte && rxCount >= kStartSize + kShortLengthSize &&
+         received[0] == kStartByte && received[kStartSize] != kLongFormMarker;
+}
+
+/// As search does for a frame that startsWithShortFrame() has found.
+inline FrameOutcome FrameReader::nextShortFrame(uint8_t* dest, uint32_t capacity,
+                                                uint32_t& length) {
   constexpr uint32_t kHeaderSize = kStartSize + kShortLengthSize;
-  if (kind != FrameKind::kWithoutSyncByte || rxCount < kHeaderSize) return false;
   const uint32_t payloadSize = received[kStartSize];
   const uint32_t frameSize = kHeaderSize + payloadSize + kChecksumSize;
-  if (received[0] != kStartByte || payloadSize == kLongFormMarker || payloadSize > capacity ||
-      frameSize > rxCount || frameChecksum(received + kStartSize, frameSize - kStartSize) != 0) {
-    return false;
+  if (frameSize > rxCount) return FrameOutcome::kNeedsMore;
+  if (payloadSize > capacity || frameChecksum(received + kStartSize, frameSize - kStartSize) != 0) {
+    return search(dest, capacity, length);
   }
   std::memcpy(dest, received + kHeaderSize, payloadSize);
   length = payloadSize;
   received += frameSize;
   rxCount -= frameSize;
-  return true;
+  return FrameOutcome::kFrame;
 }
 
 }  // namespace ipodctl
