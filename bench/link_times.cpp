@@ -1,4 +1,4 @@
-// The link's work in time, for people. What scripts/test checks are counts: see link_cost.cpp.
+// The link's work in time, for people. scripts/test checks only what link_cost.cpp can count.
 
 #include <benchmark/benchmark.h>
 
