@@ -95,7 +95,8 @@ inline FrameOutcome FrameReader::nextShortFrame(uint8_t* dest, uint32_t capacity
   const uint32_t payloadSize = received[kStartSize];
   const uint32_t frameSize = kHeaderSize + payloadSize + kChecksumSize;
   if (frameSize > rxCount) return FrameOutcome::kNeedsMore;
-  if (payloadSize > capacity || frameChecksum(received + kStartSize, frameSize - kStartSize) != 0) {
+  const auto checked = static_cast<int>(frameSize - kStartSize);
+  if (payloadSize > capacity || !endsWithChecksum(received + kStartSize, checked)) {
     return search(dest, capacity, length);
   }
   std::memcpy(dest, received + kHeaderSize, payloadSize);
