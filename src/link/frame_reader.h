@@ -96,7 +96,7 @@ inline FrameOutcome FrameReader::nextShortFrame(uint8_t* dest, uint32_t capacity
   const uint32_t frameSize = kHeaderSize + payloadSize + kChecksumSize;
   if (frameSize > rxCount) return FrameOutcome::kNeedsMore;
   const auto checked = static_cast<int>(frameSize - kStartSize);
-  if (payloadSize > capacity || !endsWithChecksum(received + kStartSize, checked)) {
+  if (payloadSize > capacity || frameChecksum(received + kStartSize, checked) != 0) {
     return search(dest, capacity, length);
   }
   std::memcpy(dest, received + kHeaderSize, payloadSize);
