@@ -27,10 +27,10 @@ class Fifo {
 
   /// Removes and returns the first item; the queue is not empty.
   T takeFirst() {
-    T& first = items[head];
+    const uint32_t first = head;
     head = place(1);
     --count;
-    return std::move(first);
+    return std::move(items[first]);
   }
 
   /// Destroys all items, starting with the first one.
