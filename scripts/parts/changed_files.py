@@ -7,9 +7,9 @@ import subprocess
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 SHARED_BRANCHES = ("@{upstream}", "origin/HEAD", "origin/main", "origin/master", "main", "master")
 # What the build for Linux compiles or reads.
-BUILT = ("src/", "host/", "simulator/", "headunit/", "examples/", "tests/", "cmake/")
+BUILT = ("src/", "host/", "simulator/", "headunit/", "examples/", "tests/", "bench/", "cmake/")
 BUILD_FILES = ("CMakeLists.txt", "CMakePresets.json", "scripts/make-test-music")
-NOT_BUILT = ("tests/mutants/", "tests/wince/", "tests/windows/", "cmake/toolchains/")
+NOT_BUILT = ("bench/arm/", "tests/mutants/", "tests/wince/", "tests/windows/", "cmake/toolchains/")
 LINTED = ("src/", "host/", "simulator/", "headunit/")
 # The steps of scripts/test that alone check a folder.
 ONLY_STEPS = {"fuzz/": "fuzz", "wince/": "wince arm lint", "windows/": "windows lint",
