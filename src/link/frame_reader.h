@@ -81,14 +81,14 @@ class FrameReader {
   uint8_t rxArea[kReceiveCapacity] = {};  ///< beyond the valid bytes: stale ones of earlier frames
 };
 
-/// Nearly all frames are short and begin the received bytes of a link without sync bytes. search
-/// finds them, too, with a third more instructions.
+/// True for nearly all frames of a link without sync bytes. search would find such a frame, too,
+/// with a third more instructions.
 inline bool FrameReader::startsWithShortFrame() const {
   return kind == FrameKind::kWithoutSyncByte && rxCount >= kStartSize + kShortLengthSize &&
          received[0] == kStartByte && received[kStartSize] != kLongFormMarker;
 }
 
-/// As search does for a frame that startsWithShortFrame() has found.
+/// Does what search does, for bytes that start with a short frame.
 inline FrameOutcome FrameReader::nextShortFrame(uint8_t* dest, uint32_t capacity,
                                                 uint32_t& length) {
   constexpr uint32_t kHeaderSize = kStartSize + kShortLengthSize;

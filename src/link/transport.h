@@ -51,7 +51,8 @@ class Transport {
   virtual int readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut) = 0;
 
   /// Removes the oldest queued message. Waits for one as long as semMutexTake does (0 and 0: for
-  /// ever). Returns null after that time, and once the reader has stopped.
+  /// ever). Returns null after that time, and once the reader has stopped. If another thread
+  /// removes the message that ended the wait, the wait starts again, once.
   virtual std::unique_ptr<LingoMessage> getMessage(uint32_t nanoseconds, uint32_t seconds);
 
   virtual bool isOpen() const = 0;
