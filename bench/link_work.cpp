@@ -8,12 +8,12 @@
 #include <memory>
 #include <random>
 #include <string>
-#include <vector>
 
 #include "lingo/extended_interface_message.h"
 #include "link/frame_checksum.h"
 #include "link/usb_transport.h"
 #include "stub_platform.h"
+#include "wire_frame.h"
 
 namespace bench {
 namespace {
@@ -25,25 +25,18 @@ using ipodctl::UsbTransport;
 constexpr int kCapacity = 65535;
 
 /// ReturnCategorizedDatabaseRecord with a name that fills the payload.
-std::vector<uint8_t> recordFrame(uint32_t payloadSize) {
-  constexpr uint8_t kHead[] = {0x04, 0x00, 0x1B, 0x00, 0x00, 0x00, 0x01};
-  std::vector<uint8_t> frame(payloadSize + 3, 'a');
-  frame[0] = 0x55;
-  frame[1] = static_cast<uint8_t>(payloadSize);
-  std::memcpy(frame.data() + 2, kHead, sizeof(kHead));
-  frame[payloadSize + 1] = 0;
-  uint8_t sum = 0;
-  for (uint32_t i = 1; i < payloadSize + 2; ++i)
-    sum = static_cast<uint8_t>(sum + frame[i]);
-  frame[payloadSize + 2] = static_cast<uint8_t>(-sum);
-  return frame;
+Bytes recordFrame(uint32_t payloadSize) {
+  Bytes payload = {0x04, 0x00, 0x1B, 0x00, 0x00, 0x00, 0x01};
+  payload.resize(payloadSize, 'a');
+  payload.back() = 0;
+  return frameOf(payload);
 }
 
-std::vector<uint8_t> junkOf(const std::string& kind) {
+Bytes junkOf(const std::string& kind) {
   constexpr size_t kSize = 1 << 20;
-  if (kind == "start") return std::vector<uint8_t>(kSize, 0x55);
-  if (kind == "sync") return std::vector<uint8_t>(kSize, 0xFF);
-  std::vector<uint8_t> junk(kSize);
+  if (kind == "start") return Bytes(kSize, 0x55);
+  if (kind == "sync") return Bytes(kSize, 0xFF);
+  Bytes junk(kSize);
   std::mt19937 random(1);
   for (uint8_t& byte : junk)
     byte = static_cast<uint8_t>(random());
@@ -61,7 +54,7 @@ std::unique_ptr<UsbTransport> openedLink() {
 
 void frame(uint32_t size, uint64_t count) {
   const auto link = openedLink();
-  const std::vector<uint8_t> data(size, 'a');
+  const Bytes data(size, 'a');
   ExtendedInterfaceMessage message;
   message.setCommand(0x0020);
   message.appendData(data.data(), static_cast<uint16_t>(size));
@@ -141,8 +134,8 @@ void queue(uint64_t count) {
 }
 
 void copyAndSum(uint32_t size, uint64_t count) {
-  const std::vector<uint8_t> source = recordFrame(size);
-  std::vector<uint8_t> copy(source.size());
+  const Bytes source = recordFrame(size);
+  Bytes copy(source.size());
   volatile uint8_t checked = 0;
   for (uint64_t i = 0; i < count; ++i) {
     std::memcpy(copy.data(), source.data(), source.size());

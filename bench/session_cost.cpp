@@ -4,7 +4,8 @@
 // usage: session_cost WORK COUNT
 //
 //   status COUNT      connects and asks for the play status COUNT times
-//   records COUNT     connects and retrieves COUNT records at once, five times
+//   records COUNT     connects, retrieves COUNT records at once at least five times, and prints the
+//                     processor's time for a record
 //   compare COUNT     asks COUNT times as the library does and COUNT times as the floor does, in
 //                     turns of 100, and prints the ratio of the times
 //   disconnect COUNT  connects and disconnects COUNT times and prints the longest disconnect

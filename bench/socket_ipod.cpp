@@ -21,22 +21,15 @@
 #include <string>
 #include <vector>
 
+#include "wire_frame.h"
+
 namespace {
 
-using Bytes = std::vector<uint8_t>;
+using bench::Bytes;
+using bench::frameOf;
 
 constexpr char kPath[] = "/socket";
 int hostSocket = -1;
-
-Bytes frameOf(const Bytes& payload) {
-  Bytes frame = {0x55, static_cast<uint8_t>(payload.size())};
-  frame.insert(frame.end(), payload.begin(), payload.end());
-  uint8_t sum = 0;
-  for (size_t i = 1; i < frame.size(); ++i)
-    sum = static_cast<uint8_t>(sum + frame[i]);
-  frame.push_back(static_cast<uint8_t>(-sum));
-  return frame;
-}
 
 void append(Bytes& bytes, const Bytes& more) {
   bytes.insert(bytes.end(), more.begin(), more.end());
