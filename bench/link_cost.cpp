@@ -27,6 +27,7 @@ int main(int argc, char** argv) {
       {"device", [&] { bench::device(size, readSize, count); }},
       {"path", [&] { bench::path(size, readSize, count); }},
       {"junk", [&] { bench::junk(kind, readSize, count); }},
+      {"junk-device", [&] { bench::junkDevice(kind, readSize, count); }},
       {"queue", [&] { bench::queue(count); }},
       {"floor", [&] { bench::copyAndSum(size, count); }},
   };

@@ -104,18 +104,35 @@ void path(uint32_t size, uint32_t readSize, uint64_t count) {
   link->thReadDataLocal();
 }
 
-void junk(const std::string& kind, uint32_t readSize, uint64_t count) {
-  const auto link = openedLink();
+namespace {
+
+/// The device delivers `count` bytes of junk and then fails.
+void deliverJunk(const std::string& kind, uint32_t readSize, uint64_t count) {
   stub::deliver(junkOf(kind), readSize);
   uint64_t left = count;
-  stub::beforeRead([&] {
+  stub::beforeRead([left, readSize]() mutable {
     if (left < readSize) return false;
     left -= readSize;
     return true;
   });
+}
+
+}  // namespace
+
+void junk(const std::string& kind, uint32_t readSize, uint64_t count) {
+  const auto link = openedLink();
+  deliverJunk(kind, readSize, count);
   static uint8_t payload[kCapacity];
   uint8_t* received = nullptr;
   while (link->readFrame(payload, kCapacity, received) >= 0) {
+  }
+}
+
+void junkDevice(const std::string& kind, uint32_t readSize, uint64_t count) {
+  deliverJunk(kind, readSize, count);
+  static uint8_t bytes[200000];
+  DWORD got = 0;
+  while (ReadFile(reinterpret_cast<HANDLE>(4), bytes, readSize, &got, nullptr)) {
   }
 }
 

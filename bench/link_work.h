@@ -25,6 +25,9 @@ void path(uint32_t size, uint32_t readSize, uint64_t count);
 /// Reads `count` bytes of junk: "start" bytes (55), "sync" bytes (FF) or "random" ones.
 void junk(const std::string& kind, uint32_t readSize, uint64_t count);
 
+/// Only reads the junk from the device: the part of junk() that is not the link's.
+void junkDevice(const std::string& kind, uint32_t readSize, uint64_t count);
+
 /// Receives `count` messages before it takes the first one.
 void queue(uint64_t count);
 

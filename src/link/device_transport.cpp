@@ -53,6 +53,10 @@ bool DeviceTransport::close() {
 
 bool DeviceTransport::isOpen() const { return deviceHandle.get() != nullptr; }
 
+inline bool DeviceTransport::mayRead() const {
+  return readDataActive && deviceHandle.get() != nullptr;
+}
+
 int DeviceTransport::readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut) {
   payloadOut = nullptr;
   if (capacity < 1 || dest == nullptr) return -1;
@@ -75,8 +79,6 @@ int DeviceTransport::readFrame(uint8_t* dest, int capacity, uint8_t*& payloadOut
   }
   return -1;
 }
-
-bool DeviceTransport::mayRead() const { return readDataActive && isOpen(); }
 
 /// Appends what the device delivers to the received bytes. Returns false when the device has
 /// failed; a device that reports more bytes than it was asked for has failed, too.

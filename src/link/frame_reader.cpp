@@ -8,22 +8,21 @@ namespace ipodctl {
 namespace {
 
 struct Frame {
-  uint32_t payload;  ///< the lingo byte's distance from the start byte
-  uint32_t length;   ///< of the payload
+  uint32_t payload = 0;  ///< the lingo byte's distance from the start byte
+  uint32_t length = 0;   ///< of the payload
+
+  uint32_t size() const { return payload + length + kChecksumSize; }
 };
 
-/// Reads the length after the start byte. Returns false until the whole frame has arrived,
-/// including its checksum.
-bool locateFrame(const uint8_t* start, uint32_t arrived, Frame& frame) {
+/// Reads the length after the start byte. Returns false until it has arrived.
+bool readLength(const uint8_t* start, uint32_t arrived, Frame& frame) {
   if (arrived < kStartSize + kShortLengthSize) return false;
   frame = {kStartSize + kShortLengthSize, start[kStartSize]};
-  if (frame.length == kLongFormMarker) {
-    if (arrived < kStartSize + kLongLengthSize) return false;
-    const uint8_t* longLength = start + kStartSize + 1;
-    frame = {kStartSize + kLongLengthSize,
-             static_cast<uint32_t>(longLength[0]) << 8 | longLength[1]};
-  }
-  return arrived >= frame.payload + frame.length + kChecksumSize;
+  if (frame.length != kLongFormMarker) return true;
+  if (arrived < kStartSize + kLongLengthSize) return false;
+  const uint8_t* longLength = start + kStartSize + 1;
+  frame = {kStartSize + kLongLengthSize, static_cast<uint32_t>(longLength[0]) << 8 | longLength[1]};
+  return true;
 }
 
 /// Returns the number of bytes after the start byte that are checked and then dropped. It reckons
@@ -49,36 +48,15 @@ void FrameReader::clear() {
   rxCount = 0;
 }
 
-FrameOutcome FrameReader::search(uint8_t* dest, uint32_t capacity, uint32_t& length) {
-  if (!findStart()) {
-    clear();  // all of it is noise
-    return FrameOutcome::kNeedsMore;
-  }
-  const uint8_t* start = received + scan.index;
-  Frame frame;
-  if (!locateFrame(start, rxCount - scan.index, frame)) {
-    makeRoom();
-    return FrameOutcome::kNeedsMore;
-  }
-  const FrameOutcome outcome = copyPayload(start, frame, dest, capacity);
-  if (outcome == FrameOutcome::kFrame) length = frame.length;
-  dropReceived(scan.index + kStartSize + checkedSize(frame));
-  return outcome;
-}
-
-bool FrameReader::findStart() {
-  return kind == FrameKind::kWithSyncByte ? findSyncAndStartByte() : findStartByte();
-}
-
 /// Finds a start byte directly after a sync byte. The byte after a lone sync byte is tested again,
 /// because it may be a sync byte itself.
 ///
 /// If the sync byte was the last byte received, received[index] is stale. A stale start byte counts
-/// as found, and locateFrame waits for the real one.
+/// as found, and readLength waits for the real one.
 ///
 /// If there is no start byte, the index stays at the end of the bytes. That many bytes of the next
 /// data are skipped.
-bool FrameReader::findSyncAndStartByte() {
+inline bool FrameReader::findSyncAndStartByte() {
   while (scan.index < rxCount) {
     if (!scan.syncSeen && received[scan.index] == kSyncByte) {
       scan.syncSeen = true;
@@ -95,7 +73,7 @@ bool FrameReader::findSyncAndStartByte() {
 }
 
 /// Finds the first start byte. Everything before it, sync bytes included, is noise.
-bool FrameReader::findStartByte() {
+inline bool FrameReader::findStartByte() {
   while (scan.index < rxCount) {
     if (received[scan.index] == kStartByte) return true;
     ++scan.index;
@@ -104,12 +82,39 @@ bool FrameReader::findStartByte() {
   return false;
 }
 
-/// Drops the noise before an incomplete frame if it fills the area. There is noise then, because
-/// the area is larger than every frame.
-void FrameReader::makeRoom() {
-  if (rxCount < kReceiveCapacity) return;
-  dropReceived(scan.index);
-  scan.index = 0;
+inline bool FrameReader::findStart() {
+  return kind == FrameKind::kWithSyncByte ? findSyncAndStartByte() : findStartByte();
+}
+
+FrameOutcome FrameReader::search(uint8_t* dest, uint32_t capacity, uint32_t& length) {
+  if (findStart()) return takeFrame(dest, capacity, length);
+  clear();  // all of it is noise
+  return FrameOutcome::kNeedsMore;
+}
+
+/// Takes the frame that begins at the index, if it has arrived as a whole.
+FrameOutcome FrameReader::takeFrame(uint8_t* dest, uint32_t capacity, uint32_t& length) {
+  const uint8_t* start = received + scan.index;
+  const uint32_t arrived = rxCount - scan.index;
+  Frame frame;
+  if (!readLength(start, arrived, frame)) return waitFor(0);
+  if (arrived < frame.size()) return waitFor(scan.index + frame.size());
+  const FrameOutcome outcome = copyPayload(start, frame, dest, capacity);
+  if (outcome == FrameOutcome::kFrame) length = frame.length;
+  dropReceived(scan.index + kStartSize + checkedSize(frame));
+  return outcome;
+}
+
+/// Waits until `count` bytes have arrived, or until the area is full. A full area has noise before
+/// the frame, because it is larger than every frame; the noise is dropped.
+FrameOutcome FrameReader::waitFor(uint32_t count) {
+  scan.enough = count < kReceiveCapacity ? count : kReceiveCapacity;
+  if (rxCount == kReceiveCapacity) {
+    dropReceived(scan.index);
+    scan.index = 0;
+    scan.enough = 0;
+  }
+  return FrameOutcome::kNeedsMore;
 }
 
 /// Drops the first `count` received bytes. The rest stay where they are until the next read: to

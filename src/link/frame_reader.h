@@ -54,6 +54,7 @@ class FrameReader {
   /// Continues the scan. Copies the payload of a good frame to `dest` and sets `length`; both stay
   /// as they are with every other outcome.
   FrameOutcome next(uint8_t* dest, uint32_t capacity, uint32_t& length) {
+    if (rxCount < scan.enough) return FrameOutcome::kNeedsMore;
     return startsWithShortFrame() ? nextShortFrame(dest, capacity, length)
                                   : search(dest, capacity, length);
   }
@@ -62,15 +63,17 @@ class FrameReader {
   struct Scan {
     uint32_t index = 0;
     bool syncSeen = false;  ///< the byte before `index` is a sync byte
+    uint32_t enough = 0;    ///< fewer received bytes are not yet worth a look
   };
 
   bool startsWithShortFrame() const;
   FrameOutcome nextShortFrame(uint8_t* dest, uint32_t capacity, uint32_t& length);
   FrameOutcome search(uint8_t* dest, uint32_t capacity, uint32_t& length);
+  FrameOutcome takeFrame(uint8_t* dest, uint32_t capacity, uint32_t& length);
   bool findStart();
   bool findSyncAndStartByte();
   bool findStartByte();
-  void makeRoom();
+  FrameOutcome waitFor(uint32_t count);
   void dropReceived(uint32_t count);
   void moveToFront();
 
