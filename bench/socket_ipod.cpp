@@ -168,7 +168,8 @@ SocketIpod::~SocketIpod() {
 }  // namespace bench
 
 // What the platform asks of a terminal, answered for the socket. The platform's calls find these
-// functions before those of the C library.
+// functions before those of the C library, whose parameters have reserved names.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" {
 
 int open(const char* path, int flags, ...) {
@@ -219,3 +220,4 @@ int ioctl(int descriptor, unsigned long request, ...) noexcept {
   return real<int(int, unsigned long, void*)>("ioctl")(descriptor, request, argument);
 }
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)

@@ -14,7 +14,7 @@ uint32_t largestRead = 0;
 size_t position = 0;
 std::function<bool()> readAhead;
 
-const HANDLE kAnyHandle = reinterpret_cast<HANDLE>(4);
+HANDLE anyHandle() { return reinterpret_cast<HANDLE>(4); }
 
 }  // namespace
 
@@ -26,7 +26,7 @@ void stub::deliver(std::vector<uint8_t> stream, uint32_t readSize) {
 
 void stub::beforeRead(std::function<bool()> before) { readAhead = std::move(before); }
 
-HANDLE WINAPI CreateSemaphoreW(LPSECURITY_ATTRIBUTES, LONG, LONG, LPCWSTR) { return kAnyHandle; }
+HANDLE WINAPI CreateSemaphoreW(LPSECURITY_ATTRIBUTES, LONG, LONG, LPCWSTR) { return anyHandle(); }
 
 DWORD WINAPI WaitForSingleObject(HANDLE, DWORD) { return WAIT_OBJECT_0; }
 
@@ -34,7 +34,7 @@ BOOL WINAPI ReleaseSemaphore(HANDLE, LONG, LPLONG) { return TRUE; }
 
 HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES, DWORD, LPTHREAD_START_ROUTINE, LPVOID, DWORD,
                            LPDWORD) {
-  return kAnyHandle;
+  return anyHandle();
 }
 
 BOOL WINAPI CloseHandle(HANDLE) { return TRUE; }
@@ -44,7 +44,7 @@ DWORD WINAPI GetLastError() { return 0; }
 void WINAPI Sleep(DWORD) {}
 
 HANDLE WINAPI CreateFileW(LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) {
-  return kAnyHandle;
+  return anyHandle();
 }
 
 BOOL WINAPI ReadFile(HANDLE, LPVOID buffer, DWORD count, LPDWORD read, LPOVERLAPPED) {

@@ -7,10 +7,11 @@ import subprocess
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 SHARED_BRANCHES = ("@{upstream}", "origin/HEAD", "origin/main", "origin/master", "main", "master")
 # What the build for Linux compiles or reads.
-BUILT = ("src/", "host/", "simulator/", "headunit/", "examples/", "tests/", "bench/", "cmake/")
+BUILT = ("src/", "host/", "trace/", "simulator/", "tools/", "headunit/", "examples/", "tests/", "bench/",
+         "cmake/")
 BUILD_FILES = ("CMakeLists.txt", "CMakePresets.json", "scripts/make-test-music")
 NOT_BUILT = ("bench/arm/", "tests/mutants/", "tests/wince/", "tests/windows/", "cmake/toolchains/")
-LINTED = ("src/", "host/", "simulator/", "headunit/")
+LINTED = ("src/", "host/", "trace/", "simulator/", "tools/", "headunit/", "bench/")
 # The steps of scripts/test that alone check a folder.
 ONLY_STEPS = {"fuzz/": "fuzz", "wince/": "wince arm lint", "windows/": "windows lint",
               "tests/wince/": "wince arm", "tests/windows/": "windows", "cmake/toolchains/": "windows wince arm"}
