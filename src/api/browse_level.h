@@ -42,7 +42,7 @@ struct BrowseLevel {
 
   bool isEmpty() const { return count <= 0; }
   bool showsTabs() const { return tabsShown == 1; }
-  bool onPlayAllTab() const { return showsTabs() && tab == kPlayAllEntry; }
+  bool onPlayAllTab() const { return tab == kPlayAllEntry; }  ///< while it shows tabs
   bool onPlayAllEntry() const { return hasPlayAll == 1 && index == kPlayAllEntry; }
 
   /// True on the play-all tab or, in a list that does not show tabs, on the play-all entry.

@@ -99,6 +99,16 @@ TEST_F(Reader, LetsGetMessageWaitAgainOnceAfterASignalWithoutAMessage) {
   platform.runThread();
 }
 
+TEST_F(Reader, LetsGetMessageWaitNotMoreThanTwice) {
+  meanwhile([&] {
+    // Two signals, and each time the lock of the empty queue.
+    platform.waitResults = {WAIT_OBJECT_0, WAIT_OBJECT_0, WAIT_OBJECT_0, WAIT_OBJECT_0};
+    EXPECT_EQ(waited([&] { EXPECT_EQ(transport->getMessage(0, 1), nullptr); }), 0u);
+    EXPECT_THAT(platform.waitResults, IsEmpty());
+  });
+  platform.runThread();
+}
+
 TEST_F(Reader, LetsGetMessageWaitWithoutLimitUntilItIsStopped) {
   bool stopped = false;
   meanwhile([&] {
