@@ -192,10 +192,10 @@ void WINAPI Sleep(DWORD milliseconds);
  * pseudo-terminal is also closed to other programs (TIOCEXCL), except to the superuser.
  *
  * Returns INVALID_HANDLE_VALUE with ERROR_FILE_NOT_FOUND when the name has no entry, its path is
- * not a terminal, or there is no connection, ERROR_SHARING_VIOLATION when the terminal is already open, ERROR_ACCESS_DENIED
- * when the user may not open it, ERROR_TOO_MANY_OPEN_FILES or ERROR_NOT_ENOUGH_MEMORY, and
- * ERROR_INVALID_PARAMETER for anything but GENERIC_READ | GENERIC_WRITE, share 0, OPEN_EXISTING,
- * flags 0 and no template. Attributes are ignored.
+ * not a terminal, or there is no connection, ERROR_SHARING_VIOLATION when the terminal is already
+ * open, ERROR_ACCESS_DENIED when the user may not open it, ERROR_TOO_MANY_OPEN_FILES or
+ * ERROR_NOT_ENOUGH_MEMORY, and ERROR_INVALID_PARAMETER for anything but GENERIC_READ |
+ * GENERIC_WRITE, share 0, OPEN_EXISTING, flags 0 and no template. Attributes are ignored.
  */
 HANDLE WINAPI CreateFileW(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES attributes,
                           DWORD disposition, DWORD flags, HANDLE templateFile);
