@@ -3,12 +3,14 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdint>
 #include <utility>
 
+#include "recorder.h"
 #include "terminal.h"
 
 namespace coredll {
@@ -18,43 +20,67 @@ namespace {
 /// side has closed.
 using Moved = std::optional<DWORD>;
 
-Moved readSome(int terminal, BYTE* buffer, DWORD count) {
-  const ssize_t result = ::read(terminal, buffer, count);
-  if (result > 0) return static_cast<DWORD>(result);
+Moved readSome(const std::string& name, int wire, BYTE* buffer, DWORD count) {
+  const ssize_t result = ::read(wire, buffer, count);
+  if (result > 0) {
+    const auto read = static_cast<DWORD>(result);
+    if (mayRecord()) recordRead(name, buffer, read);
+    return read;
+  }
   const bool isRetryable = result < 0 && (errno == EAGAIN || errno == EINTR);
   return isRetryable ? Moved(0) : std::nullopt;
 }
 
-Moved writeSome(int terminal, const BYTE* bytes, DWORD count) {
-  const ssize_t result = ::write(terminal, bytes, count);
+/// A socket whose other side has closed would also send a signal, which ends the program.
+ssize_t writeNow(int wire, bool isSocket, const BYTE* bytes, DWORD count) {
+  return isSocket ? ::send(wire, bytes, count, MSG_NOSIGNAL) : ::write(wire, bytes, count);
+}
+
+Moved writeSome(const std::string& name, int wire, bool isSocket, const BYTE* bytes, DWORD count) {
+  const auto write = [&] { return writeNow(wire, isSocket, bytes, count); };
+  const ssize_t result = mayRecord() ? recordWrite(name, bytes, write) : write();
   if (result >= 0) return static_cast<DWORD>(result);
   const bool isRetryable = errno == EAGAIN || errno == EINTR;
   return isRetryable ? Moved(0) : std::nullopt;
 }
 
+/// Returns `error`, and records it if the device has failed. A call that the program's own close
+/// ends has not failed.
+DWORD recorded(const std::string& name, DWORD error, trace::Event failure) {
+  const bool isFailure = error != ERROR_SUCCESS && error != ERROR_OPERATION_ABORTED;
+  if (isFailure && mayRecord()) recordEvent(name, failure, error);
+  return error;
+}
+
 }  // namespace
 
-Device::Device(ObjectKind ownKind, Descriptor terminal, Descriptor wakeSignal)
+Device::Device(ObjectKind ownKind, std::string openedName, WireDescriptor wireEnd,
+               Descriptor wakeSignal)
     : KernelObject(ownKind),
-      tty(std::move(terminal)),
+      name(std::move(openedName)),
+      wire(std::move(wireEnd.descriptor)),
+      isSocket(wireEnd.isSocket),
       wakeEvent(std::move(wakeSignal)),
-      hasQueue(hasOutputQueue(tty.get())) {}
+      hasQueue(!isSocket && hasOutputQueue(wire.get())) {}
 
 DWORD Device::read(BYTE* buffer, DWORD count, DWORD& read) {
-  return whileOpen([&](int terminal) {
-    const auto readRest = [&] { return readSome(terminal, buffer + read, count - read); };
+  return whileOpen([&](int end) {
+    const auto readRest = [&] { return readSome(name, end, buffer + read, count - read); };
     const DWORD error = transfer(planRead(count), POLLIN, readRest, read);
     if (error == ERROR_GEN_FAILURE && read > 0) return ERROR_SUCCESS;
     if (error != ERROR_SUCCESS) read = 0;
-    return error;
+    return recorded(name, error, trace::Event::kReadFailed);
   });
 }
 
 DWORD Device::write(const BYTE* bytes, DWORD count, DWORD& written) {
-  return whileOpen([&](int terminal) {
+  return whileOpen([&](int end) {
     const std::lock_guard turn(writeTurn);
-    const auto writeRest = [&] { return writeSome(terminal, bytes + written, count - written); };
-    return transfer(planWrite(count), POLLOUT, writeRest, written);
+    const auto writeRest = [&] {
+      return writeSome(name, end, isSocket, bytes + written, count - written);
+    };
+    const DWORD error = transfer(planWrite(count), POLLOUT, writeRest, written);
+    return recorded(name, error, trace::Event::kWriteFailed);
   });
 }
 
@@ -71,7 +97,7 @@ DWORD Device::drain() {
   constexpr TimeLimit kLookAgain = 2;
   for (;;) {
     int queued = 0;
-    if (ioctl(tty.get(), TIOCOUTQ, &queued) != 0) return ERROR_GEN_FAILURE;
+    if (ioctl(wire.get(), TIOCOUTQ, &queued) != 0) return ERROR_GEN_FAILURE;
     if (queued == 0) return ERROR_SUCCESS;
     const Readiness readiness = waitFor(0, deadlineIn(kLookAgain));
     if (readiness == Readiness::kClosed) return ERROR_OPERATION_ABORTED;
@@ -80,11 +106,12 @@ DWORD Device::drain() {
 }
 
 void Device::close() {
+  if (mayRecord()) recordEvent(name, trace::Event::kClosed);
   callsInside += kClosing;
   eventfd_write(wakeEvent.get(), 1);
   for (LONG calls = 0; (calls = callsInside) != kClosing;)
     sleepWhile(callsInside, calls, std::nullopt);
-  tty = Descriptor();
+  wire = Descriptor();
 }
 
 template <typename MoveSome>
@@ -110,7 +137,7 @@ DWORD Device::transfer(const TransferPlan& plan, short event, MoveSome moveSome,
 }
 
 Device::Readiness Device::waitFor(short events, const Deadline& deadline) const {
-  pollfd watched[] = {{tty.get(), events, 0}, {wakeEvent.get(), POLLIN, 0}};
+  pollfd watched[] = {{wire.get(), events, 0}, {wakeEvent.get(), POLLIN, 0}};
   poll(watched, std::size(watched), pollTimeout(deadline));
   if (watched[1].revents != 0) return Readiness::kClosed;
   if ((watched[0].revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) return Readiness::kGone;

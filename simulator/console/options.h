@@ -13,6 +13,10 @@ namespace simulator {
 /// The options of ipodsim's command line.
 struct Options {
   std::filesystem::path link = "/tmp/ipod";
+  std::string device;         ///< a terminal; empty: a pseudo-terminal, or listenAddress
+  unsigned baud = 57600;      ///< of the device
+  std::string listenAddress;  ///< numeric; empty: no TCP port
+  uint16_t listenPort = 0;    ///< 0: the system selects one
   bool serial = false;
   std::filesystem::path music;    ///< a folder; empty: none given
   std::filesystem::path library;  ///< a JSON file; empty: none given
@@ -21,6 +25,7 @@ struct Options {
   Personality personality;
   std::vector<std::string> faults;  ///< already checked
   uint32_t seed = 1;
+  std::string record;  ///< a trace file; empty: none wanted
   bool trace = false;
   bool quiet = false;
   bool interactive = false;

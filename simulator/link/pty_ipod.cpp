@@ -1,5 +1,7 @@
 #include "link/pty_ipod.h"
 
+#include "link/pty_port.h"
+
 #include <poll.h>
 #include <sys/eventfd.h>
 
@@ -16,8 +18,14 @@ constexpr Time kPullDelay = milliseconds(20);
 }  // namespace
 
 PtyIpod::PtyIpod(SimulatedIpod& device, FrameKind frames, std::filesystem::path linkPath)
+    : PtyIpod(
+          device, frames, [] { return std::make_unique<PtyPort>(); }, std::move(linkPath)) {}
+
+PtyIpod::PtyIpod(SimulatedIpod& device, FrameKind frames, PortMaker maker,
+                 std::filesystem::path linkPath)
     : ipod(device),
       kind(frames),
+      makePort(std::move(maker)),
       begin(std::chrono::steady_clock::now()),
       waker(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)),
       link(std::move(linkPath)) {
@@ -73,7 +81,7 @@ void PtyIpod::plug() {
 std::string PtyIpod::slavePath() const {
   const std::lock_guard<std::mutex> lock(mutex);
   if (!link.path().empty()) return link.path().string();
-  return port ? port->slavePath() : "";
+  return port ? port->place() : "";
 }
 
 bool PtyIpod::waitUntil(const std::function<bool(const SimulatedIpod&)>& condition, Time limit) {
@@ -92,7 +100,7 @@ void PtyIpod::run() {
     pollfd waits[] = {
         {waker.get(), POLLIN, 0},
         {port ? port->watch() : -1, POLLIN, 0},
-        {port && isAccessoryThere ? port->master() : -1, static_cast<short>(masterEvents), 0}};
+        {port && isAccessoryThere ? port->descriptor() : -1, static_cast<short>(masterEvents), 0}};
     const int limit = waitLimitMs();
     lock.unlock();
     poll(waits, std::size(waits), limit);
@@ -112,9 +120,10 @@ void PtyIpod::serve() {
 }
 
 void PtyIpod::noticeAccessory() {
-  const PtyPort::Presence presence = port->presence();
+  const Port::Presence presence = port->presence();
   isAccessoryThere = presence.open;
   if (presence.closed) changeAccessory();
+  if (isAccessoryThere) observeOpen();
 }
 
 /// Ends with the accessory that closed the slave. What it wrote is still handled, and what it did
@@ -123,15 +132,41 @@ void PtyIpod::noticeAccessory() {
 void PtyIpod::changeAccessory() {
   const Bytes last = port->read();
   isAccessoryThere = port->presence().open;
-  if (!isAccessoryThere) ipod.receive(now(), last);
+  observeOpen();
+  if (!isAccessoryThere) receive(last);
+  observeClose();
   ipod.hangUp(now());
   unwritten.clear();
   port->dropUnread();
-  if (isAccessoryThere) ipod.receive(now(), last);
+  if (!isAccessoryThere) return;
+  observeOpen();
+  receive(last);
+}
+
+void PtyIpod::observeOpen() {
+  if (observer && !isOpenObserved) observer->onOpened();
+  isOpenObserved = true;
+}
+
+void PtyIpod::observeClose() {
+  if (observer && isOpenObserved) observer->onClosed();
+  isOpenObserved = false;
 }
 
 void PtyIpod::receive() {
-  if (isAccessoryThere && ipod.plugged()) ipod.receive(now(), port->read());
+  if (isAccessoryThere && ipod.plugged()) receive(port->read());
+}
+
+void PtyIpod::receive(const Bytes& bytes) {
+  if (observer && !bytes.empty()) observer->onReceived(bytes);
+  ipod.receive(now(), bytes);
+}
+
+/// Writes as many bytes as the port accepts now, and returns their number.
+size_t PtyIpod::write(ByteView bytes) {
+  const size_t written = port->write(bytes);
+  if (observer && written > 0) observer->onSent(bytes.prefix(written));
+  return written;
 }
 
 /// Writes to the pseudo-terminal. Each write of the iPod is one write, unless the accessory reads
@@ -140,7 +175,7 @@ void PtyIpod::send() {
   flush();
   for (const Bytes& bytes : ipod.takeOutput(now())) {
     if (!port || !isAccessoryThere) continue;
-    const size_t written = unwritten.empty() ? port->write(bytes) : 0;
+    const size_t written = unwritten.empty() ? write(bytes) : 0;
     unwritten.insert(unwritten.end(), bytes.begin() + static_cast<std::ptrdiff_t>(written),
                      bytes.end());
   }
@@ -148,7 +183,7 @@ void PtyIpod::send() {
 
 void PtyIpod::flush() {
   if (unwritten.empty() || !port || !isAccessoryThere) return;
-  const size_t written = port->write(unwritten);
+  const size_t written = write(unwritten);
   unwritten.erase(unwritten.begin(), unwritten.begin() + static_cast<std::ptrdiff_t>(written));
 }
 
@@ -169,23 +204,26 @@ int PtyIpod::waitLimitMs() const {
 void PtyIpod::wake() { eventfd_write(waker.get(), 1); }
 
 void PtyIpod::openPort() {
-  port.emplace();
+  port = makePort();
   isAccessoryThere = false;
   unwritten.clear();
   pullAt.reset();
   try {
-    link.leadTo(port->slavePath());
+    link.leadTo(port->place());
   } catch (...) {
     port.reset();
     throw;
   }
+  if (observer) observer->onPlugged();
   ipod.plugIn(now(), kind);
 }
 
 void PtyIpod::closePort() {
   if (!port) return;
-  link.removeFrom(port->slavePath());
+  link.removeFrom(port->place());
   port.reset();
+  if (observer) observer->onPulled();
+  isOpenObserved = false;
   isAccessoryThere = false;
   unwritten.clear();
   pullAt.reset();
