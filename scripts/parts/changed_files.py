@@ -13,7 +13,8 @@ NOT_BUILT = ("bench/arm/", "tests/mutants/", "tests/wince/", "tests/windows/", "
 LINTED = ("src/", "host/", "simulator/", "headunit/")
 # The steps of scripts/test that alone check a folder.
 ONLY_STEPS = {"fuzz/": "fuzz", "wince/": "wince arm lint", "windows/": "windows lint",
-              "recorder/": "wince arm windows lint", "tests/wince/": "wince arm", "tests/windows/": "windows", "cmake/toolchains/": "windows wince arm"}
+              "recorder/": "wince arm windows lint", "tests/wince/": "wince arm",
+              "tests/windows/": "windows", "cmake/toolchains/": "windows wince arm"}
 
 
 def git(*arguments):
