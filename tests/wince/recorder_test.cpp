@@ -174,6 +174,16 @@ TEST_F(Recorder, RecordsAnOpenThatFails) {
   EXPECT_EQ(runAndAwait(" IPD1: open failed 2\n"), -1) << "there is no iPod";
 }
 
+TEST_F(Recorder, TakesNoTimeThatARequestNotices) {
+  ipod.folder.putLogo();
+  const int with = runHost({});
+  const Variable plain("IPODCTL_IMAGE", PLAIN_IMAGE);
+  const int without = runHost({});
+  EXPECT_GE(without, 0) << errors;
+  EXPECT_LT(with, kSlowWriteMilliseconds);
+  std::printf("longest request %d ms, without a recorder %d ms\n", with, without);
+}
+
 TEST_F(Recorder, CountsTheLinesThatASlowCardCosts) {
   ipod.folder.putLogo();
   set("buffer = 8192\n");
