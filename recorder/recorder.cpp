@@ -195,15 +195,19 @@ void Recorder::writeUntilIdle() {
 /// Returns false when there are lines that could not be written.
 bool Recorder::writeLines() {
   if (!file.isOpen() && !openFile()) return false;
-  bool isWritten = false;
-  bool hasMore = true;
-  while (hasMore) {
+  bool isWritten = true;
+  while (isWritten && hasMore()) {
     isWritten = writePieces();
-    const Hold hold(lock);
-    hasMore = isWritten && hold.isHeld() && lines.noteLost();
+    file.flush();
   }
-  file.flush();
   return isWritten;
+}
+
+/// Returns whether there is text for the file. Lines that were lost since the last text are noted.
+bool Recorder::hasMore() {
+  const Hold hold(lock);
+  if (hold.isHeld()) lines.noteLost();
+  return lines.text().used() > 0;
 }
 
 bool Recorder::writePieces() {

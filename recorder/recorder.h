@@ -59,6 +59,7 @@ class Recorder {
   static DWORD WINAPI writeInThread(LPVOID recorder);
   void writeUntilIdle();
   bool writeLines();
+  bool hasMore();
   bool writePieces();
   bool openFile();
   bool isIdle();
