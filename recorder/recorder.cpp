@@ -123,6 +123,7 @@ void Recorder::openFailed(LPCWSTR name, DWORD error) {
     OpenDevice device;
     copyDeviceName(name, device.name);
     lines.event(device.name, trace::Event::kOpenFailed, error);
+    ReleaseSemaphore(wake, 1, nullptr);
   });
 }
 
