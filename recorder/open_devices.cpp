@@ -34,7 +34,7 @@ bool isDeviceName(const WCHAR* name) {
 void copyDeviceName(const WCHAR* name, char (&out)[trace::kDeviceSize + 1]) {
   constexpr WCHAR kLastAscii = 0x7F;
   size_t length = 0;
-  for (; name[length] != 0 && length < trace::kDeviceSize; ++length)
+  for (; length < trace::kDeviceSize && name[length] != 0; ++length)
     out[length] = name[length] < kLastAscii ? static_cast<char>(name[length]) : '?';
   out[length] = 0;
 }
