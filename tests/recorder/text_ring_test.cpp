@@ -75,7 +75,7 @@ TEST_F(TextRingTest, HasNoRoomWithoutMemory) {
 }
 
 TEST_F(TextRingTest, KeepsTheOrderBetweenTwoThreads) {
-  constexpr int kBytes = 100000;
+  constexpr int kBytes = 10000;
   std::thread appending([this] {
     for (int i = 0; i < kBytes;) {
       const char digit = static_cast<char>('0' + i % 10);
