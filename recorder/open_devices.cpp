@@ -1,7 +1,5 @@
 #include "recorder/open_devices.h"
 
-#include <cstring>
-
 namespace recorder {
 namespace {
 
@@ -45,7 +43,8 @@ bool OpenDevices::add(HANDLE handle, const char* name) {
   *place = {};
   place->handle = handle;
   place->number = ++openings;
-  std::memcpy(place->name, name, sizeof place->name);
+  for (size_t i = 0; i < trace::kDeviceSize && name[i] != 0; ++i)
+    place->name[i] = name[i];
   return true;
 }
 
