@@ -14,7 +14,8 @@ NOT_BUILT = ("bench/arm/", "tests/mutants/", "tests/wince/", "tests/windows/", "
 LINTED = ("src/", "host/", "trace/", "simulator/", "tools/", "headunit/", "bench/")
 # The steps of scripts/test that alone check a folder.
 ONLY_STEPS = {"fuzz/": "fuzz", "wince/": "wince arm lint", "windows/": "windows lint",
-              "tests/wince/": "wince arm", "tests/windows/": "windows", "cmake/toolchains/": "windows wince arm"}
+              "recorder/": "wince arm windows lint", "tests/wince/": "wince arm",
+              "tests/windows/": "windows", "cmake/toolchains/": "windows wince arm"}
 
 
 def git(*arguments):

@@ -6,10 +6,16 @@ import re
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
+def exports_of(definition):
+    """Returns the name, the function and the ordinal of each export of a module-definition file's
+    text. "NAME=FUNCTION @ORDINAL" exports a function under another name."""
+    rows = re.findall(r"^\s+(\w+)(?:=(\w+))? @(\d+)", definition, re.MULTILINE)
+    return [(name, function or name, int(ordinal)) for name, function, ordinal in rows]
+
+
 def ordinals_of(definition):
     """Returns the names and ordinals of a module-definition file's text."""
-    return {name: int(ordinal)
-            for name, ordinal in re.findall(r"^\s+(\w+) @(\d+)", definition, re.MULTILINE)}
+    return {name: ordinal for name, _, ordinal in exports_of(definition)}
 
 
 def promised_ordinals():

@@ -14,7 +14,7 @@ from elftools.elf.relocation import RelocationSection
 
 import pe_image as pe
 import project_scripts
-from export_lists import ordinals_of
+from export_lists import exports_of
 
 IMPORTED_DLLS = ("coredll", "isochplay")
 
@@ -166,8 +166,8 @@ def image_of(linked, definition, dll):
     linked.check_attributes()
     sections = loaded_sections(linked)
     directories = bind_imports(linked, sections[".idata"])
-    exports = {name: (ordinal, linked.rva(name))
-               for name, ordinal in ordinals_of(definition).items()}
+    exports = {name: (ordinal, linked.rva(function))
+               for name, function, ordinal in exports_of(definition)}
     directories.update(fill_exports(linked, sections[".rdata"], dll, exports))
     relocations = pe.relocation_directory(linked.absolute_words())
     directories[pe.RELOCATIONS] = added_section(

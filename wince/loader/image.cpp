@@ -6,10 +6,13 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
+#include "loader/device_functions.h"
 #include "loader/format.h"
+#include "loader/modules.h"
 
 namespace loader {
 
@@ -47,9 +50,12 @@ Image::~Image() {
     entry(memory, DLL_PROCESS_DETACH, nullptr);
   }
   if (memory != nullptr) munmap(memory, size);
+  for (const auto& [name, dll] : dlls)
+    releaseModule(dll);
 }
 
 Problem Image::load(const std::string& path) {
+  filePath = path;
   std::ifstream stream(path, std::ios::binary);
   if (!stream) return path + " cannot be read";
   file.assign(std::istreambuf_iterator<char>(stream), {});
@@ -150,12 +156,31 @@ Problem Image::bindImports() {
     if (descriptor->dll == 0) return {};
     const char* const dll = textAt(descriptor->dll);
     if (dll == nullptr) return "an import of a DLL without a name";
-    Problem problem = bindTable(dll, descriptor->names, descriptor->slots);
+    Problem problem = useDll(dll);
+    if (problem.empty()) problem = bindTable(dll, descriptor->names, descriptor->slots);
     if (!problem.empty()) return problem;
   }
 }
 
-Problem Image::bindTable(const char* dll, uint32_t namesRva, uint32_t slotsRva) {
+Problem Image::useDll(const std::string& dll) {
+  const std::filesystem::path path = std::filesystem::path(filePath).parent_path() / dll;
+  if (dlls.count(dll) > 0 || !exists(path)) return {};
+  Problem problem;
+  Image* const image = useModule(path.string(), problem);
+  if (image != nullptr) dlls[dll] = image;
+  return problem;
+}
+
+/// Returns null when the DLL has no such function.
+void* Image::functionOf(const std::string& dll, const char* name) {
+  const auto found = dlls.find(dll);
+  if (found != dlls.end()) return found->second->find(name);
+  void* function = moduleFunction(name);
+  if (function == nullptr && use == Kind::kModule) function = deviceFunction(name);
+  return function != nullptr ? function : dlsym(RTLD_DEFAULT, name);
+}
+
+Problem Image::bindTable(const std::string& dll, uint32_t namesRva, uint32_t slotsRva) {
   for (uint32_t offset = 0;; offset += 4) {
     const auto* entry = at<uint32_t>(namesRva + offset);
     auto* const slot = at<uint32_t>(slotsRva + offset);
@@ -163,9 +188,9 @@ Problem Image::bindTable(const char* dll, uint32_t namesRva, uint32_t slotsRva) 
     if (*entry == 0) return {};
     const char* const name =
         (*entry & kByOrdinal) == 0 ? textAt(*entry + kImportNameOffset) : nullptr;
-    void* const function = name != nullptr ? dlsym(RTLD_DEFAULT, name) : nullptr;
+    void* const function = name != nullptr ? functionOf(dll, name) : nullptr;
     if (function == nullptr)
-      return std::string(dll) + " has no " + (name != nullptr ? name : "function of this ordinal");
+      return dll + " has no " + (name != nullptr ? name : "function of this ordinal");
     *slot = addressOf(function);
   }
 }

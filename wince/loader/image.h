@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -11,10 +12,16 @@ using Problem = std::string;
 
 /// A DLL of Windows CE for ARM in the memory of an ARM Linux process: mapped away from its
 /// preferred address, relocated, bound to the functions of this process, its pages protected as its
-/// sections require. It is attached when it is loaded and detached when it is destroyed.
+/// sections require. It is attached when it is loaded and detached when it is destroyed. A DLL that
+/// it imports and whose file is in its folder is loaded, too.
 class Image {
  public:
-  Image() = default;
+  enum class Kind {
+    kLibrary,  ///< it finds the functions of coredll in the process
+    kModule,   ///< another image uses it; some of its functions are those of a device's coredll
+  };
+
+  explicit Image(Kind kindOfUse = Kind::kLibrary) : use(kindOfUse) {}
   ~Image();
   Image(const Image&) = delete;
   Image& operator=(const Image&) = delete;
@@ -24,6 +31,9 @@ class Image {
 
   /// Returns an exported function; null when there is none of this name.
   void* find(const std::string& name) const;
+
+  /// Returns the address at which it is; null when it is not mapped.
+  void* base() const { return memory; }
 
  private:
   using EntryPoint = int (*)(void* module, uint32_t reason, void* reserved);
@@ -41,8 +51,14 @@ class Image {
   T* at(uint32_t rva, uint32_t count = 1) const;
   const char* textAt(uint32_t rva) const;
   Problem relocatePage(uint32_t page, const uint16_t* entries, uint32_t count, uint32_t shift);
-  Problem bindTable(const char* dll, uint32_t namesRva, uint32_t slotsRva);
+  Problem bindTable(const std::string& dll, uint32_t namesRva, uint32_t slotsRva);
 
+  void* functionOf(const std::string& dll, const char* name);
+  Problem useDll(const std::string& dll);
+
+  const Kind use;
+  std::string filePath;
+  std::map<std::string, Image*> dlls;  ///< those in its folder, by name
   std::vector<uint8_t> file;
   const struct Headers* headers = nullptr;
   const struct SectionHeader* sections = nullptr;

@@ -59,7 +59,8 @@ BOOL WINAPI readDevice(HANDLE device, LPVOID buffer, DWORD maximum, LPDWORD rece
 }  // namespace
 
 int streamDriverInstall() {
-  const HMODULE library = GetModuleHandleW(L"ipodctl.dll");
+  const HMODULE recorder = GetModuleHandleW(L"ipodtrace.dll");
+  const HMODULE library = recorder != nullptr ? recorder : GetModuleHandleW(L"ipodctl.dll");
   if (library == nullptr) return 0;
   const bool opens = replaceImport(library, "CreateFileW", reinterpret_cast<ULONG_PTR>(openDevice));
   const bool reads = replaceImport(library, "ReadFile", reinterpret_cast<ULONG_PTR>(readDevice));

@@ -7,7 +7,8 @@
  * Only a serial port can be opened. The DLL replaces two functions that ipodctl.dll imports:
  * CreateFileW, only for the names in the variable, and ReadFile, so that a read fails when the
  * other end of the port has closed. For the system such a port is only silent. The system's
- * functions write and close.
+ * functions write and close. If the recorder ipodtrace.dll is loaded, its imports are replaced
+ * instead, so that it sees the calls first.
  */
 #pragma once
 
