@@ -5,6 +5,9 @@
 
 #include "iaptrace/command_line.h"
 #include "iaptrace/decode.h"
+#include "iaptrace/pcapng.h"
+#include "iaptrace/redact.h"
+#include "iaptrace/stats.h"
 #include "trace/trace_parser.h"
 #include "wire/printable.h"
 
@@ -19,6 +22,9 @@ struct Subcommand {
 
 constexpr Subcommand kSubcommands[] = {
     {"decode", "One line a message: time, direction, command, fields", &runDecode},
+    {"stats", "How often and how fast each command was answered; a timeline", &runStats},
+    {"redact", "Replace names, titles and serial numbers", &runRedact},
+    {"pcapng", "Convert to a capture file for Wireshark", &runPcapng},
 };
 
 constexpr char kFooter[] =
