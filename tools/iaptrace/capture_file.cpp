@@ -19,8 +19,8 @@ constexpr uint16_t kComment = 1;
 constexpr uint16_t kInterfaceName = 2;
 constexpr uint16_t kPacketFlags = 2;
 constexpr uint16_t kTimeResolution = 9;
-constexpr uint32_t kInbound = 1;
-constexpr uint32_t kOutbound = 2;
+constexpr char kInbound = 1;
+constexpr char kOutbound = 2;
 
 /// Builds a block. Its numbers have their low byte first.
 class Block {
