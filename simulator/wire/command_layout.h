@@ -67,7 +67,4 @@ const char* nameOf(const NamedValue* values, uint32_t value);
 /// Returns the name of a lingo as "ExtendedInterface"; null when it is not known.
 const char* lingoName(uint8_t lingo);
 
-/// Returns the meaning of an acknowledgement's status; null when it is not known.
-const char* statusName(uint8_t status);
-
 }  // namespace simulator
