@@ -143,6 +143,35 @@ TEST(Check, IgnoresAReadThatFailsBecauseTheHostClosesTheDevice) {
               IsEmpty());
 }
 
+TEST(Check, FindsNothingInAHostThatOnlyPressesButtons) {
+  EXPECT_THAT(causesIn("# 0.000100 COM1: open ok\n"
+                       "0.100000 COM1: > FF 55 03 00 01 02 FA\n"
+                       "1.200000 COM1: > FF 55 03 02 00 01 FA\n"
+                       "2.300000 COM1: > FF 55 03 02 00 00 FB\n"
+                       "5.000000 COM1: > FF 55 03 02 00 01 FA\n"),
+              IsEmpty());
+}
+
+TEST(Check, FindsNothingInAHostThatUsesAnotherLingoThanTheExtendedInterface) {
+  EXPECT_THAT(causesIn("# 0.000100 COM1: open ok\n"
+                       "0.100000 COM1: > FF 55 0E 00 13 00 00 00 09 00 00 00 00 00 00 00 00 D6\n"
+                       "0.100100 COM1: < FF 55 04 00 02 00 13 E7\n"
+                       "0.200000 COM1: > FF 55 02 03 08 F3\n"
+                       "0.200100 COM1: < FF 55 03 03 09 00 F1\n"
+                       "# 9.000000 COM1: close\n"),
+              IsEmpty());
+}
+
+TEST(Check, FindsNothingInAHostThatUnderstandsLongFrames) {
+  std::string text;
+  for (int i = 0; i < 300; ++i)
+    text += " 78";
+  EXPECT_THAT(causesIn(kConnected + "2.000000 IPD1: > 55 07 04 00 20 00 00 00 00 D5\n" +
+                       "2.000100 IPD1: < 55 00 01 2F 04 00 21" + text + " 0B\n" + "3.000000" +
+                       kAskIndex + "3.000100" + kIndex),
+              IsEmpty());
+}
+
 TEST(Check, ReportsASecondConnectionOfTheSameTraceAlone) {
   EXPECT_THAT(causesIn(kConnected + closedAt("3.000000") + "# 4.000000 IPD1: open failed 2\n"),
               ElementsAre("device-missing"));
@@ -219,6 +248,14 @@ TEST(Check, FindsAWrongSpeedInTheHostsBytesAtTheIpodsEnd) {
                        "1.200000 COM1: > F8 00 80 1C E0 FE 00 9C\n"
                        "2.300000 COM1: > F8 00 80 1C E0 FE 00 9C\n"),
               ElementsAre("wrong-speed"));
+}
+
+TEST(Check, FindsAWrongSpeedAlthoughSomeBytesLookLikeADamagedFrame) {
+  EXPECT_THAT(
+      causesIn(kOpened + announced("0.100000") + "0.101000 IPD1: < F8 00 80 1C E0 FE 00 9C\n" +
+               announced("1.200000") + "1.201000 IPD1: < F8 55 03 00 99 00 55\n" +
+               announced("2.300000") + "2.301000 IPD1: < F8 00 80 1C E0 FE 00 9C\n"),
+      ElementsAre("wrong-speed"));
 }
 
 TEST(Check, FindsABadChecksum) {
@@ -328,6 +365,12 @@ TEST(Check, NotesAModeThatIsAcknowledgedTwice) {
                             kAskIndex + "1.500100" + kIndex;
   EXPECT_THAT(causesIn(lines), IsEmpty());
   EXPECT_THAT(notesIn(lines), Contains(HasSubstr("acknowledged a change of the mode twice")));
+}
+
+TEST(Check, NotesAModeThatIsAcknowledgedOnceTooOften) {
+  const std::string lines = kConnected + "0.101400 IPD1: < 55 04 00 02 00 05 F5\n";
+  EXPECT_THAT(causesIn(lines), IsEmpty());
+  EXPECT_THAT(notesIn(lines), Contains(HasSubstr("more often than the host asked")));
 }
 
 // ---------------------------------------------------------------- requests and answers
