@@ -250,6 +250,27 @@ TEST(Check, FindsAWrongSpeedInTheHostsBytesAtTheIpodsEnd) {
               ElementsAre("wrong-speed"));
 }
 
+TEST(Check, DoesNotTakeTheRestOfAFrameForAWrongSpeed) {
+  EXPECT_THAT(causesIn("0.100000 COM1: > 11 00 00 00 00 00 00 00 00 CA\n"), IsEmpty());
+}
+
+TEST(Check, FindsASilentIpodWhereOneHasAnsweredWithoutSyncBytes) {
+  EXPECT_THAT(causesIn("# 0.000100 COM2: open ok\n"
+                       "0.100000 COM2: > 55 03 04 00 1E DB\n"
+                       "0.100100 COM2: < 55 07 04 00 1F 00 00 00 02 D4\n"
+                       "# 0.200000 COM2: close\n"
+                       "# 1.000100 COM2: open ok\n" +
+                       announced("1.100000", "COM2:") + announced("2.200000", "COM2:") +
+                       announced("3.300000", "COM2:")),
+              ElementsAre("silent"));
+}
+
+TEST(Check, DoesNotJudgeTheSyncByteByASingleFrame) {
+  EXPECT_THAT(causesIn("0.100000 IPD1: < 55 04 00 02 00 05 F5\n"
+                       "0.200000 IPD1: > FF 55 03 04 00 1E DB\n"),
+              IsEmpty());
+}
+
 TEST(Check, FindsAWrongSpeedAlthoughSomeBytesLookLikeADamagedFrame) {
   EXPECT_THAT(
       causesIn(kOpened + announced("0.100000") + "0.101000 IPD1: < F8 00 80 1C E0 FE 00 9C\n" +
@@ -353,6 +374,13 @@ TEST(Check, FindsARequestWhileTheModeIsPending) {
   EXPECT_THAT(diagnosisOf(lines).findings[0].lines, ElementsAre(15u, 16u, 17u, 19u));
 }
 
+TEST(Check, FindsARequestDuringWhichTheModeIsAcknowledged) {
+  EXPECT_THAT(causesIn(kPendingMode + "0.401200" + kReset +
+                       "0.401300 IPD1: < 55 04 00 02 00 05 F5\n"
+                       "0.401400 IPD1: < 55 06 04 00 01 00 00 16 DF\n"),
+              ElementsAre("mode-change-pending"));
+}
+
 TEST(Check, FindsAModeThatStaysPending) {
   EXPECT_THAT(causesIn(kPendingMode + "# 5.000000 IPD1: close\n"),
               ElementsAre("mode-change-pending"));
@@ -425,6 +453,25 @@ TEST(Check, DoesNotGuessWhyOneRequestIsNotAnswered) {
   EXPECT_THAT(diagnosisOf(lines).findings[0].lines, ElementsAre(17u));
 }
 
+TEST(Check, DoesNotGuessWhyTheLastRequestIsNotAnswered) {
+  EXPECT_THAT(causesIn(kConnected + "2.000000" + kAskIndex + closedAt("5.000000")),
+              ElementsAre("unknown"));
+}
+
+TEST(Check, ExpectsNoAnswersOutsideTheMode) {
+  EXPECT_THAT(causesIn(kConnected + "2.000000" + kExit +
+                       "2.000100 IPD1: < 55 04 00 02 00 06 F4\n3.000000" + kAskIndex +
+                       "5.000000 IPD1: > 55 02 00 03 FB\n"
+                       "5.000100 IPD1: < 55 03 00 04 00 F9\n"),
+              IsEmpty());
+}
+
+TEST(Check, TakesAnUnansweredQuestionForTheScreenForNoFault) {
+  EXPECT_THAT(causesIn(kConnected + "2.000000 IPD1: > 55 03 04 00 39 C0\n3.000000" + kAskIndex +
+                       "3.000100" + kIndex),
+              IsEmpty());
+}
+
 // ---------------------------------------------------------------- the sample rate
 
 constexpr char kNewRate[] = " IPD1: < 55 0E 0A 04 00 00 BB 80 00 00 00 00 00 00 00 00 A9\n";
@@ -435,6 +482,13 @@ TEST(Check, FindsARateThatTheHostDoesNotAcknowledge) {
   EXPECT_THAT(
       causesIn(kConnected + "2.000000" + kNewRate + "4.000000" + kAskIndex + "4.000100" + kIndex),
       ElementsAre("rate-not-acknowledged"));
+}
+
+TEST(Check, ReportsOnlyTheConnectionThatFailed) {
+  EXPECT_THAT(
+      causesIn(kOpened + attemptWithoutAudio("0") + attemptWithoutAudio("1") +
+               attemptWithoutAudio("2") + "2.400000" + kNewRate + "# 6.000000 IPD1: close\n"),
+      ElementsAre("stopped-at-sample-rates"));
 }
 
 TEST(Check, FindsARateThatTheAudioLibraryDoesNotFollow) {
@@ -461,6 +515,11 @@ TEST(Check, SaysNothingAboutAudioThatWasNotRecorded) {
 TEST(Check, FindsAPulledCable) {
   EXPECT_THAT(causesIn(kConnected + "# 2.000000 IPD1: read-failed 31\n# 2.000100 IPD1: close\n"),
               ElementsAre("lost-after-connected"));
+}
+
+TEST(Check, FindsASilentIpodBeforeTheCableIsPulled) {
+  EXPECT_THAT(causesIn(threeAnnouncements() + "# 4.000000 IPD1: read-failed 31\n"),
+              ElementsAre("silent"));
 }
 
 TEST(Check, NamesTheStageAfterWhichTheIpodIsLost) {
