@@ -122,6 +122,12 @@ TEST(Check, FindsNothingInAHostThatSendsSeveralRequestsBeforeItReads) {
               IsEmpty());
 }
 
+TEST(Check, FindsNothingWhereTheAnswerIsRecordedBeforeItsRequest) {
+  EXPECT_THAT(causesIn(kConnected + "2.000100" + kIndex + "2.000200" + kAskIndex + "4.000100" +
+                       kShuffle + "4.000300" + kAskShuffle + closedAt("6.000000")),
+              IsEmpty());
+}
+
 TEST(Check, FindsNothingInASerialLineWithSyncBytes) {
   EXPECT_THAT(causesIn("# 0.000100 COM2: open ok\n"
                        "0.100000 COM2: > ff 55 0e 00 13 00 00 00 01 00 00 00 00 00 00 00 00 de\n"

@@ -200,6 +200,39 @@ void findFailure(Session& session) {
   }
 }
 
+/// The unanswered request that the message answers, when it is recorded just after the message.
+std::optional<size_t> requestRecordedAfter(const Conversation& items, size_t answer,
+                                           const std::set<size_t>& unanswered) {
+  constexpr trace::Time kAtOnce = std::chrono::milliseconds(5);
+  constexpr size_t kLookedAt = 4;
+  for (size_t i = answer + 1; i < items.size() && i <= answer + kLookedAt; ++i) {
+    if (items[i].at - items[answer].at > kAtOnce) break;
+    if (unanswered.count(i) > 0 && answers(items[answer].message, items[i].message)) return i;
+  }
+  return std::nullopt;
+}
+
+/// Puts answers after their requests. A recorder that notes a write when it is over can note the
+/// answer first.
+void putAnswersAfterRequests(Session& session) {
+  std::set<size_t> unanswered;
+  for (const Exchange& exchange : session.exchanges.all) {
+    const bool isHosts = session.items[exchange.request].sender == Sender::kHost;
+    if (isHosts && !exchange.isAnswered()) unanswered.insert(exchange.request);
+  }
+  bool isChanged = false;
+  const std::vector<size_t>& early = session.exchanges.unexpected;
+  for (auto answer = early.rbegin(); answer != early.rend(); ++answer) {
+    const auto request = requestRecordedAfter(session.items, *answer, unanswered);
+    if (!request) continue;
+    const auto first = session.items.begin() + static_cast<ptrdiff_t>(*answer);
+    std::rotate(first, first + 1, session.items.begin() + static_cast<ptrdiff_t>(*request) + 1);
+    unanswered.erase(*request);
+    isChanged = true;
+  }
+  if (isChanged) session.exchanges = exchangesOf(session.items);
+}
+
 /// Cuts a device's conversation into sessions.
 class SessionCutter {
  public:
@@ -242,6 +275,7 @@ class SessionCutter {
       current.ended = at;
       current.isClosed = isClosed;
       current.exchanges = exchangesOf(current.items);
+      putAnswersAfterRequests(current);
       findLastMessages(current);
       findAttempts(current);
       findConnection(current);
