@@ -11,6 +11,9 @@ std::optional<int> parse(CLI::App& app, const Arguments& arguments) {
   } catch (const CLI::CallForHelp&) {
     std::cout << app.help();
     return kDone;
+  } catch (const CLI::CallForVersion& version) {
+    std::cout << version.what() << '\n';
+    return kDone;
   } catch (const CLI::ParseError& error) {
     throw UsageError(std::string(error.what()) + ". Try " + app.get_name() + " --help.");
   }

@@ -43,7 +43,7 @@ void printRow(const CommandStatistics& row, std::ostream& out) {
   if (row.latencies.empty()) {
     std::snprintf(numbers, sizeof numbers, "%6zu %10s %10s %10s", row.count, "-", "-", "-");
   } else {
-    std::snprintf(numbers, sizeof numbers, "%6zu %10.1f %10.1f %10.1f", row.count,
+    std::snprintf(numbers, sizeof numbers, "%6zu %10.2f %10.2f %10.2f", row.count,
                   msOf(row.latencies.front()), msOf(row.median()), msOf(row.latencies.back()));
   }
   const std::string name = lingoText(row.lingo) + " " + commandText(row);
@@ -60,7 +60,7 @@ void printConnection(const ConnectionStatistics& connection, std::ostream& out) 
   out << line << '\n';
   trace::Time before = connection.opened;
   for (const Milestone& each : connection.milestones) {
-    std::snprintf(line, sizeof line, "  %-16s %10.1f ms  (+%.1f ms, line %zu)", each.stage.c_str(),
+    std::snprintf(line, sizeof line, "  %-16s %10.2f ms  (+%.2f ms, line %zu)", each.stage.c_str(),
                   msOf(each.at - connection.opened), msOf(each.at - before), each.line);
     out << line << '\n';
     before = each.at;

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "iaptrace/annotation.h"
+#include "iaptrace/time_text.h"
 #include "wire/command_layout.h"
 #include "wire/command_names.h"
 #include "wire/printable.h"
@@ -68,9 +69,7 @@ std::string secondsText(trace::Time at) {
   return text;
 }
 
-std::string msText(trace::Time latency) {
-  return number(static_cast<double>(latency.count()) / 1000) + " ms";
-}
+std::string msText(trace::Time latency) { return millisecondsText(latency); }
 
 std::string laneName(uint8_t lingo) {
   const char* name = simulator::lingoName(lingo);
@@ -114,10 +113,10 @@ class Drawing {
     return kLeft + (kRight - kLeft) * static_cast<double>(at.count()) / 1e6 / longest;
   }
 
-  /// From 0.1 ms at the bottom to 10 s at the top.
+  /// From 0.01 ms at the bottom to 10 s at the top.
   static double y(trace::Time latency) {
-    const double ms = std::clamp(static_cast<double>(latency.count()) / 1000, 0.1, 10000.0);
-    return kLatencyTop + kLatencyHeight * (1 - (std::log10(ms) + 1) / 5);
+    const double ms = std::clamp(static_cast<double>(latency.count()) / 1000, 0.01, 10000.0);
+    return kLatencyTop + kLatencyHeight * (1 - (std::log10(ms) + 2) / 6);
   }
 
   void begin() {
@@ -166,12 +165,12 @@ class Drawing {
                   {kIpodColour, "iPod"},
                   {kUnaskedColour, "unsolicited"},
                   {kFaultColour, "refused, unanswered, damaged"}};
-    double at = 800;
+    double at = 740;
     for (const auto& each : legend) {
       out << "<circle cx=\"" << number(at) << "\" cy=\"30\" r=\"5\" fill=\"" << each.colour
           << "\"/>\n";
       text(at + 10, 34, each.name);
-      at += 34 + 7 * static_cast<double>(std::string(each.name).size());
+      at += 34 + 6.2 * static_cast<double>(std::string(each.name).size());
     }
   }
 
@@ -212,6 +211,10 @@ class Drawing {
         }
         from = step.at;
       }
+      if (each.isConnected) {
+        text(x(from) + 6, kStagesTop + 17, "connected after " + msText(from - each.opened),
+             "fill=\"#15803d\"");
+      }
     }
   }
 
@@ -221,7 +224,7 @@ class Drawing {
     static constexpr struct {
       int64_t micros;
       const char* label;
-    } kMarks[] = {{100, "0.1 ms"},   {1000, "1 ms"},   {10000, "10 ms"},
+    } kMarks[] = {{10, "0.01 ms"},   {100, "0.1 ms"},  {1000, "1 ms"},    {10000, "10 ms"},
                   {100000, "0.1 s"}, {1000000, "1 s"}, {10000000, "10 s"}};
     for (const auto& each : kMarks) {
       const double at = y(trace::Time(each.micros));
