@@ -122,6 +122,7 @@ Stage furthestStage(const std::vector<Attempt>& failed) {
 
 std::vector<size_t> linesOfAttempts(const Session& session, const std::vector<Attempt>& failed) {
   std::vector<size_t> lines;
+  lines.reserve(failed.size() + 1);
   for (const Attempt& attempt : failed)
     lines.push_back(session.items[attempt.announcement].firstLine);
   const std::optional<size_t> last = session.lastIpodMessage;
