@@ -1,0 +1,60 @@
+// The program ipodctl.
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <iostream>
+
+#include "ipodctl/doctor.h"
+
+namespace {
+
+constexpr char kDescription[] = "Works with an iPod through the library ipodctl.\n";
+
+constexpr char kDoctorDescription[] =
+    "Connects an iPod, walks a short session, and says step by step what works, what\n"
+    "fails and why. Connecting stops what the iPod plays.\n";
+
+constexpr char kDoctorExamples[] =
+    "Examples:\n"
+    "  ipodctl doctor                                        the iPod of IPODCTL_DEVICES\n"
+    "  ipodctl doctor --device /tmp/ipod                     a simulated iPod\n"
+    "  ipodctl doctor --device serial:/dev/ttyUSB0@57600     a serial line\n"
+    "  ipodctl doctor --device /dev/ttyUSB0 --probe          which frames and speed it needs\n"
+    "\n"
+    "Exit status: 0 when everything works, 1 when something fails, 2 for a wrong\n"
+    "command line.\n";
+
+void describeDoctor(CLI::App& app, tool::DoctorOptions& options) {
+  app.footer(kDoctorExamples);
+  app.add_option("--device", options.device, "Where IPD1: leads; default: as IPODCTL_DEVICES says")
+      ->type_name("PATH|serial:PATH@BAUD|tcp:HOST:PORT");
+  app.add_option("--trace", options.trace, "The file to record to; default: a new temporary file")
+      ->type_name("FILE");
+  app.add_flag("--probe", options.probe,
+               "If the iPod does not answer, try other frames and speeds (at most 40 s)");
+  app.add_flag("--yes", options.yes, "Do not ask before the connection");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);
+  CLI::App app(kDescription, "ipodctl");
+  app.set_version_flag("--version", "ipodctl " IPODCTL_VERSION, "Print the version and exit");
+  app.require_subcommand(1);
+  tool::DoctorOptions options;
+  CLI::App* doctor = app.add_subcommand("doctor", kDoctorDescription);
+  describeDoctor(*doctor, options);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    std::cout << app.help();
+    return tool::kHealthy;
+  } catch (const CLI::CallForVersion& version) {
+    std::cout << version.what() << '\n';
+    return tool::kHealthy;
+  } catch (const CLI::ParseError& error) {
+    std::cerr << "ipodctl: " << error.what() << "\nTry ipodctl --help.\n";
+    return tool::kWrongUsage;
+  }
+  return tool::runDoctor(options);
+}
