@@ -6,12 +6,14 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <memory>
 
 #include "console/commands.h"
 #include "console/options.h"
 #include "database/resized_library.h"
 #include "faults/fault_text.h"
 #include "link/pty_ipod.h"
+#include "link/trace_recorder.h"
 #include "music/built_in_library.h"
 #include "music/json_library.h"
 #include "music/music_folder.h"
@@ -126,6 +128,19 @@ class InputLines {
   std::string pending;
 };
 
+/// Returns null when nothing is to be recorded. A file that cannot be written is reported, and the
+/// iPod runs anyway.
+std::unique_ptr<TraceRecorder> makeRecorder(const Options& options) {
+  if (options.record.empty()) return nullptr;
+  try {
+    return std::make_unique<TraceRecorder>(options.record,
+                                           options.serial ? "COM1:" : "IPD1:", complain);
+  } catch (const trace::TraceFileError& error) {
+    complain(error.what());
+    return nullptr;
+  }
+}
+
 void runUntilEnded(PtyIpod& pty, const FileDescriptor& signals, bool isInteractive) {
   InputLines input;
   pollfd waits[] = {{signals.get(), POLLIN, 0}, {isInteractive ? STDIN_FILENO : -1, POLLIN, 0}};
@@ -142,7 +157,9 @@ void run(const Options& options) {
   SimulatedIpod ipod(options.personality, resized(std::move(music.library), options), options.seed);
   for (const std::string& fault : options.faults)
     addFault(ipod.faults(), fault);
+  const std::unique_ptr<TraceRecorder> recorder = makeRecorder(options);
   PtyIpod pty(ipod, options.serial ? FrameKind::kSerial : FrameKind::kUsb, options.link);
+  if (recorder) pty.observe(*recorder);
   pty.start();
   pty.access([&](SimulatedIpod& device) {
     connectOutputs(device, options);

@@ -102,6 +102,17 @@ size_t eventLine(char* out, Place place, Event event, uint32_t code) {
   return line.finish();
 }
 
+size_t commentLine(char* out, Place place, const char* text) {
+  Line line(out);
+  line.text("# ", 2);
+  line.time(place.micros);
+  line.character(' ');
+  line.name(place.device);
+  line.character(' ');
+  line.text(text, kBytesALine);
+  return line.finish();
+}
+
 size_t audioLine(char* out, uint64_t micros, const char* call) {
   Line line(out);
   line.text("# ", 2);

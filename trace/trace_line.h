@@ -45,5 +45,7 @@ size_t dataLine(char* out, Place place, Direction direction, const uint8_t* byte
 size_t eventLine(char* out, Place place, Event event, uint32_t code = 0);
 /// "# SECONDS.MICROS audio CALL VALUES"; `call` is the call and its values, at most kBytesALine.
 size_t audioLine(char* out, uint64_t micros, const char* call);
+/// "# SECONDS.MICROS DEVICE TEXT", a comment for a person; at most kBytesALine of `text`.
+size_t commentLine(char* out, Place place, const char* text);
 
 }  // namespace trace

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "recorder.h"
 #include "terminal.h"
 
 namespace coredll {
@@ -18,43 +19,61 @@ namespace {
 /// side has closed.
 using Moved = std::optional<DWORD>;
 
-Moved readSome(int terminal, BYTE* buffer, DWORD count) {
+Moved readSome(const std::string& name, int terminal, BYTE* buffer, DWORD count) {
   const ssize_t result = ::read(terminal, buffer, count);
-  if (result > 0) return static_cast<DWORD>(result);
+  if (result > 0) {
+    const auto read = static_cast<DWORD>(result);
+    if (mayRecord()) recordRead(name, buffer, read);
+    return read;
+  }
   const bool isRetryable = result < 0 && (errno == EAGAIN || errno == EINTR);
   return isRetryable ? Moved(0) : std::nullopt;
 }
 
-Moved writeSome(int terminal, const BYTE* bytes, DWORD count) {
-  const ssize_t result = ::write(terminal, bytes, count);
+Moved writeSome(const std::string& name, int terminal, const BYTE* bytes, DWORD count) {
+  const auto write = [&] { return ::write(terminal, bytes, count); };
+  const ssize_t result = mayRecord() ? recordWrite(name, bytes, write) : write();
   if (result >= 0) return static_cast<DWORD>(result);
   const bool isRetryable = errno == EAGAIN || errno == EINTR;
   return isRetryable ? Moved(0) : std::nullopt;
 }
 
+/// Returns `error`, and records it if the device has failed. A call that the program's own close
+/// ends has not failed.
+DWORD recorded(const std::string& name, DWORD error, trace::Event failure) {
+  const bool isFailure = error != ERROR_SUCCESS && error != ERROR_OPERATION_ABORTED;
+  if (isFailure && mayRecord()) recordEvent(name, failure, error);
+  return error;
+}
+
 }  // namespace
 
-Device::Device(ObjectKind ownKind, Descriptor terminal, Descriptor wakeSignal)
+Device::Device(ObjectKind ownKind, std::string openedName, Descriptor terminal,
+               Descriptor wakeSignal)
     : KernelObject(ownKind),
+      name(std::move(openedName)),
       tty(std::move(terminal)),
       wakeEvent(std::move(wakeSignal)),
       hasQueue(hasOutputQueue(tty.get())) {}
 
 DWORD Device::read(BYTE* buffer, DWORD count, DWORD& read) {
   return whileOpen([&](int terminal) {
-    const auto readRest = [&] { return readSome(terminal, buffer + read, count - read); };
+    const auto readRest = [&] { return readSome(name, terminal, buffer + read, count - read); };
     const DWORD error = transfer(planRead(count), POLLIN, readRest, read);
     if (error == ERROR_GEN_FAILURE && read > 0) return ERROR_SUCCESS;
     if (error != ERROR_SUCCESS) read = 0;
-    return error;
+    return recorded(name, error, trace::Event::kReadFailed);
   });
 }
 
 DWORD Device::write(const BYTE* bytes, DWORD count, DWORD& written) {
   return whileOpen([&](int terminal) {
     const std::lock_guard turn(writeTurn);
-    const auto writeRest = [&] { return writeSome(terminal, bytes + written, count - written); };
-    return transfer(planWrite(count), POLLOUT, writeRest, written);
+    const auto writeRest = [&] {
+      return writeSome(name, terminal, bytes + written, count - written);
+    };
+    const DWORD error = transfer(planWrite(count), POLLOUT, writeRest, written);
+    return recorded(name, error, trace::Event::kWriteFailed);
   });
 }
 
@@ -80,6 +99,7 @@ DWORD Device::drain() {
 }
 
 void Device::close() {
+  if (mayRecord()) recordEvent(name, trace::Event::kClosed);
   callsInside += kClosing;
   eventfd_write(wakeEvent.get(), 1);
   for (LONG calls = 0; (calls = callsInside) != kClosing;)

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <string>
 
 #include "clock.h"
 #include "descriptor.h"
@@ -25,8 +26,9 @@ class Device : public KernelObject {
  public:
   static constexpr unsigned kKinds = kStreamDeviceKind | kSerialPortKind;
 
-  /// `terminal` is non-blocking, `wakeSignal` an eventfd.
-  Device(ObjectKind ownKind, Descriptor terminal, Descriptor wakeSignal);
+  /// `openedName` is the one that the program opened, `terminal` is non-blocking, `wakeSignal` an
+  /// eventfd.
+  Device(ObjectKind ownKind, std::string openedName, Descriptor terminal, Descriptor wakeSignal);
 
   /// `read` and `written` start at 0 and count the bytes.
   DWORD read(BYTE* buffer, DWORD count, DWORD& read);
@@ -76,6 +78,7 @@ class Device : public KernelObject {
 
   DWORD drain();
 
+  const std::string name;
   Descriptor tty;
   Descriptor wakeEvent;             ///< readable from close() on
   const bool hasQueue;              ///< the system queues what is written

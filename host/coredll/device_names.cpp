@@ -30,21 +30,20 @@ bool isSameName(std::string_view first, std::string_view second) {
          strncasecmp(first.data(), second.data(), first.size()) == 0;
 }
 
-/// Returns an empty text when the name has a character that no device name has.
+}  // namespace
+
 std::string narrowed(LPCWSTR name) {
-  constexpr WCHAR kLastAscii = 0x7f;
+  constexpr WCHAR kFirstVisible = 0x20;
+  constexpr WCHAR kLastVisible = 0x7e;
   std::string narrow;
   for (; *name != 0; ++name) {
-    if (*name > kLastAscii) return {};
-    narrow.push_back(static_cast<char>(*name));
+    const bool isVisible = *name >= kFirstVisible && *name <= kLastVisible;
+    narrow.push_back(isVisible ? static_cast<char>(*name) : '?');
   }
   return narrow;
 }
 
-}  // namespace
-
-std::optional<DeviceEntry> findDevice(LPCWSTR name) {
-  const std::string wanted = narrowed(name);
+std::optional<DeviceEntry> findDevice(const std::string& wanted) {
   const char* const variable = std::getenv("IPODCTL_DEVICES");
   if (wanted.empty() || variable == nullptr) return std::nullopt;
   for (std::string_view entries = variable; !entries.empty();) {

@@ -8,6 +8,7 @@
 #include "device_names.h"
 #include "handle_table.h"
 #include "last_error.h"
+#include "recorder.h"
 #include "serial_port.h"
 #include "stream_device.h"
 #include "terminal.h"
@@ -16,19 +17,35 @@
 namespace coredll {
 namespace {
 
-std::shared_ptr<Device> makeDevice(bool isSerialPort, Descriptor terminal, Descriptor wake) {
-  if (isSerialPort) return std::make_shared<SerialPort>(std::move(terminal), std::move(wake));
-  return std::make_shared<StreamDevice>(std::move(terminal), std::move(wake));
+std::shared_ptr<Device> makeDevice(const std::string& name, bool isSerialPort, Descriptor terminal,
+                                   Descriptor wake) {
+  if (isSerialPort) return std::make_shared<SerialPort>(name, std::move(terminal), std::move(wake));
+  return std::make_shared<StreamDevice>(name, std::move(terminal), std::move(wake));
 }
 
-HANDLE openDevice(LPCWSTR name) {
+HANDLE openDevice(const std::string& name) {
   const auto entry = findDevice(name);
   if (!entry) return fail(ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
   Descriptor terminal = openTerminal(entry->path);
   if (!terminal.isOpen()) return INVALID_HANDLE_VALUE;
   Descriptor wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
   if (!wake.isOpen()) return fail(ERROR_TOO_MANY_OPEN_FILES, INVALID_HANDLE_VALUE);
-  return handles().open(makeDevice(entry->isSerialPort, std::move(terminal), std::move(wake)));
+  return handles().open(
+      makeDevice(name, entry->isSerialPort, std::move(terminal), std::move(wake)));
+}
+
+/// Opens a device and records the result.
+HANDLE openRecorded(LPCWSTR wideName) {
+  const std::string name = narrowed(wideName);
+  lookForTrace();
+  HANDLE opened = newHandle(INVALID_HANDLE_VALUE, [&] { return openDevice(name); });
+  if (!mayRecord()) return opened;
+  if (opened == INVALID_HANDLE_VALUE) {
+    recordEvent(name, trace::Event::kOpenFailed, GetLastError());
+  } else {
+    recordEvent(name, trace::Event::kOpened);
+  }
+  return opened;
 }
 
 }  // namespace
@@ -41,7 +58,7 @@ HANDLE WINAPI CreateFileW(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_AT
   if (name == nullptr || !isSupported) {
     return coredll::fail(ERROR_INVALID_PARAMETER, INVALID_HANDLE_VALUE);
   }
-  return coredll::newHandle(INVALID_HANDLE_VALUE, [&] { return coredll::openDevice(name); });
+  return coredll::newHandle(INVALID_HANDLE_VALUE, [&] { return coredll::openRecorded(name); });
 }
 
 BOOL WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD count, LPDWORD read,

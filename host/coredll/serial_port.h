@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <mutex>
+#include <string>
 #include <utility>
 
 #include "device.h"
@@ -14,8 +15,9 @@ class SerialPort final : public Device {
  public:
   static constexpr unsigned kKinds = kSerialPortKind;
 
-  SerialPort(Descriptor terminal, Descriptor wakeSignal)
-      : Device(kSerialPortKind, std::move(terminal), std::move(wakeSignal)) {}
+  SerialPort(std::string openedName, Descriptor terminal, Descriptor wakeSignal)
+      : Device(kSerialPortKind, std::move(openedName), std::move(terminal), std::move(wakeSignal)) {
+  }
 
   /// Results are error codes of windows.h.
   DWORD getState(DCB& state);

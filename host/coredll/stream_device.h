@@ -1,6 +1,7 @@
 // A device that delivers bytes as they arrive: the iPod's stream driver.
 #pragma once
 
+#include <string>
 #include <utility>
 
 #include "device.h"
@@ -9,8 +10,9 @@ namespace coredll {
 
 class StreamDevice final : public Device {
  public:
-  StreamDevice(Descriptor terminal, Descriptor wakeSignal)
-      : Device(kStreamDeviceKind, std::move(terminal), std::move(wakeSignal)) {}
+  StreamDevice(std::string openedName, Descriptor terminal, Descriptor wakeSignal)
+      : Device(kStreamDeviceKind, std::move(openedName), std::move(terminal),
+               std::move(wakeSignal)) {}
 
  protected:
   TransferPlan planRead(DWORD) override { return {1, std::nullopt, std::nullopt}; }

@@ -1,7 +1,8 @@
 /*
  * The functions of the Linux host's platform that Windows CE does not have: they receive posted
- * window messages, and return the numbers of open handles and running threads. Host programs and
- * tests on Linux may use them; the library never does. All functions may be called on any thread.
+ * window messages, return the numbers of open handles and running threads, and record calls of the
+ * audio library. Host programs and tests on Linux may use them; the library never does. All
+ * functions may be called on any thread.
  */
 #pragma once
 
@@ -30,6 +31,12 @@ unsigned deskOpenHandles(void);
  * signalled is not included.
  */
 unsigned deskRunningThreads(void);
+
+/*
+ * Adds a call of the audio library to the trace: the function and its `count` values. Does nothing
+ * unless the environment variable IPODCTL_TRACE names a file (see CreateFileW).
+ */
+void deskTraceAudio(const char* function, const int* values, unsigned count);
 
 #ifdef __cplusplus
 }

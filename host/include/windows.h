@@ -171,6 +171,10 @@ void WINAPI Sleep(DWORD milliseconds);
  *   ignored, and so are entries without '='. Of two entries for one name the first is used. The
  *   environment must not be changed during the call.
  *
+ * When the environment variable IPODCTL_TRACE names a file, the bytes and events of all devices are
+ * recorded there, from the first call of the audio library or the first open on. It is also looked
+ * at at each open: another file begins a new trace, no file ends the recording.
+ *
  * The terminal is made raw (8 data bits, no echo, nothing translated) and keeps its speed. Bytes
  * that arrived before the open and were not read can still be read. An flock() of the terminal
  * makes the open exclusive among the users of this function. A terminal that is not a

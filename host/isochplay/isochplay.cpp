@@ -1,8 +1,11 @@
 #include "isochplay.h"
 
+#include <desk.h>
+
 #include <atomic>
 #include <cstddef>
 #include <cstdio>
+#include <initializer_list>
 #include <iterator>
 
 #include "common/guarded_sink.h"
@@ -14,6 +17,16 @@ constexpr std::size_t kTextSize = 128;
 
 std::atomic<int> results[] = {0, 0, 0, 0, 0, 1};
 static_assert(std::size(results) == kIpodAudioPresent + 1, "a result for each function");
+
+constexpr const char* kNames[] = {
+    "SelectZeroBandwithInterface",
+    "SelectFullBandwithInterface",
+    "StartIpodAudioPlay",
+    "StopIpodAudioPlay",
+    "SelectFrequency",
+    "IpodAudioPresent",
+};
+static_assert(std::size(kNames) == std::size(results), "a name for each function");
 
 /// Never destroyed: threads may still play while the process ends.
 GuardedSink<IsochplaySink>& sink() {
@@ -28,7 +41,9 @@ IsochplayCall callOf(IsochplayFunction function, const char* text) {
   return call;
 }
 
-int tell(const IsochplayCall& call) {
+/// `values` are the call's arguments, for a trace.
+int tell(const IsochplayCall& call, std::initializer_list<int> values = {}) {
+  deskTraceAudio(kNames[call.function], values.begin(), static_cast<unsigned>(values.size()));
   if (!sink().call(&call)) std::fprintf(stderr, "isochplay: %s\n", call.text);
   return results[call.function];
 }
@@ -52,7 +67,9 @@ int WINAPI StartIpodAudioPlay(const WAVEFORMATEX* format) {
   }
   IsochplayCall call = callOf(kStartIpodAudioPlay, text);
   call.format = format;
-  return tell(call);
+  if (format == nullptr) return tell(call);
+  return tell(
+      call, {static_cast<int>(format->nSamplesPerSec), format->nChannels, format->wBitsPerSample});
 }
 
 int WINAPI StopIpodAudioPlay() { return tell(callOf(kStopIpodAudioPlay, "StopIpodAudioPlay()")); }
@@ -62,7 +79,7 @@ int WINAPI SelectFrequency(int sampleRate) {
   std::snprintf(text, sizeof text, "SelectFrequency(%d Hz)", sampleRate);
   IsochplayCall call = callOf(kSelectFrequency, text);
   call.sampleRate = sampleRate;
-  return tell(call);
+  return tell(call, {sampleRate});
 }
 
 int WINAPI IpodAudioPresent(int first, int second, int third, int fourth) {
@@ -74,7 +91,7 @@ int WINAPI IpodAudioPresent(int first, int second, int third, int fourth) {
   call.words[1] = second;
   call.words[2] = third;
   call.words[3] = fourth;
-  return tell(call);
+  return tell(call, {first, second, third, fourth});
 }
 
 void isochplaySetSink(IsochplaySink newSink, void* context) { sink().set(newSink, context); }

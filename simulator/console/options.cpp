@@ -155,6 +155,8 @@ void describeModel(CLI::App& app, Options& options, RawOptions& raw) {
 void describeOutput(CLI::App& app, Options& options, RawOptions& raw) {
   app.add_option("--screen", options.screen, "Write the screen there when an image was uploaded")
       ->type_name("FILE.png");
+  app.add_option("--record", options.record, "Write every byte to a trace file, for iaptrace")
+      ->type_name("FILE");
   app.add_flag("--trace", options.trace, "Show every message, and bytes that form none");
   app.add_flag("--quiet", options.quiet, "Print only that the iPod is ready, and what fails");
   app.add_flag("--interactive", options.interactive, "Take commands on standard input; try help");

@@ -21,6 +21,7 @@ struct Options {
   Personality personality;
   std::vector<std::string> faults;  ///< already checked
   uint32_t seed = 1;
+  std::string record;  ///< a trace file; empty: none wanted
   bool trace = false;
   bool quiet = false;
   bool interactive = false;

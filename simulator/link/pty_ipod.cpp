@@ -115,6 +115,7 @@ void PtyIpod::noticeAccessory() {
   const PtyPort::Presence presence = port->presence();
   isAccessoryThere = presence.open;
   if (presence.closed) changeAccessory();
+  if (isAccessoryThere) observeOpen();
 }
 
 /// Ends with the accessory that closed the slave. What it wrote is still handled, and what it did
@@ -123,15 +124,41 @@ void PtyIpod::noticeAccessory() {
 void PtyIpod::changeAccessory() {
   const Bytes last = port->read();
   isAccessoryThere = port->presence().open;
-  if (!isAccessoryThere) ipod.receive(now(), last);
+  observeOpen();
+  if (!isAccessoryThere) receive(last);
+  observeClose();
   ipod.hangUp(now());
   unwritten.clear();
   port->dropUnread();
-  if (isAccessoryThere) ipod.receive(now(), last);
+  if (!isAccessoryThere) return;
+  observeOpen();
+  receive(last);
+}
+
+void PtyIpod::observeOpen() {
+  if (observer && !isOpenObserved) observer->onOpened();
+  isOpenObserved = true;
+}
+
+void PtyIpod::observeClose() {
+  if (observer && isOpenObserved) observer->onClosed();
+  isOpenObserved = false;
 }
 
 void PtyIpod::receive() {
-  if (isAccessoryThere && ipod.plugged()) ipod.receive(now(), port->read());
+  if (isAccessoryThere && ipod.plugged()) receive(port->read());
+}
+
+void PtyIpod::receive(const Bytes& bytes) {
+  if (observer && !bytes.empty()) observer->onReceived(bytes);
+  ipod.receive(now(), bytes);
+}
+
+/// Writes as many bytes as the port accepts now, and returns their number.
+size_t PtyIpod::write(ByteView bytes) {
+  const size_t written = port->write(bytes);
+  if (observer && written > 0) observer->onSent(bytes.prefix(written));
+  return written;
 }
 
 /// Writes to the pseudo-terminal. Each write of the iPod is one write, unless the accessory reads
@@ -140,7 +167,7 @@ void PtyIpod::send() {
   flush();
   for (const Bytes& bytes : ipod.takeOutput(now())) {
     if (!port || !isAccessoryThere) continue;
-    const size_t written = unwritten.empty() ? port->write(bytes) : 0;
+    const size_t written = unwritten.empty() ? write(bytes) : 0;
     unwritten.insert(unwritten.end(), bytes.begin() + static_cast<std::ptrdiff_t>(written),
                      bytes.end());
   }
@@ -148,7 +175,7 @@ void PtyIpod::send() {
 
 void PtyIpod::flush() {
   if (unwritten.empty() || !port || !isAccessoryThere) return;
-  const size_t written = port->write(unwritten);
+  const size_t written = write(unwritten);
   unwritten.erase(unwritten.begin(), unwritten.begin() + static_cast<std::ptrdiff_t>(written));
 }
 
@@ -179,6 +206,7 @@ void PtyIpod::openPort() {
     port.reset();
     throw;
   }
+  if (observer) observer->onPlugged();
   ipod.plugIn(now(), kind);
 }
 
@@ -186,6 +214,8 @@ void PtyIpod::closePort() {
   if (!port) return;
   link.removeFrom(port->slavePath());
   port.reset();
+  if (observer) observer->onPulled();
+  isOpenObserved = false;
   isAccessoryThere = false;
   unwritten.clear();
   pullAt.reset();

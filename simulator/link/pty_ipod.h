@@ -9,6 +9,7 @@
 #include "device/simulated_ipod.h"
 #include "link/ipod_link.h"
 #include "link/pty_port.h"
+#include "link/wire_observer.h"
 
 namespace simulator {
 
@@ -31,6 +32,9 @@ class PtyIpod {
   ~PtyIpod();
   PtyIpod(const PtyIpod&) = delete;
   PtyIpod& operator=(const PtyIpod&) = delete;
+
+  /// Reports to `watching` what crosses the wire. It must outlive this. Call it before start().
+  void observe(WireObserver& watching) { observer = &watching; }
 
   /// Plugs the iPod in and starts its thread. Throws std::system_error when there is no
   /// pseudo-terminal, LinkError when there can be no link.
@@ -77,7 +81,11 @@ class PtyIpod {
   void serve();
   void noticeAccessory();
   void changeAccessory();
+  void observeOpen();
+  void observeClose();
   void receive();
+  void receive(const Bytes& bytes);
+  size_t write(ByteView bytes);
   void send();
   void flush();
   void pullWhenDue();
@@ -89,6 +97,7 @@ class PtyIpod {
   SimulatedIpod& ipod;
   const FrameKind kind;
   const std::chrono::steady_clock::time_point begin;
+  WireObserver* observer = nullptr;
   FileDescriptor waker;  ///< an event counter that ends the thread's poll
 
   mutable std::mutex mutex;  ///< guards everything below, and the iPod
@@ -96,6 +105,7 @@ class PtyIpod {
   IpodLink link;                ///< claimed while the thread runs
   std::optional<PtyPort> port;  ///< while the cable is plugged
   bool isAccessoryThere = false;
+  bool isOpenObserved = false;  ///< the observer knows of the accessory
   Bytes unwritten;
   std::optional<Time> pullAt;  ///< the iPod is unplugged: when its port is to be closed
   bool isRunning = false;

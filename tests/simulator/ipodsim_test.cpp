@@ -7,6 +7,7 @@
 #include "hex.h"
 #include "host_end.h"
 #include "support/program.h"
+#include "support/recorded_trace.h"
 #include "support/temporary_folder.h"
 
 namespace simulator {
@@ -186,6 +187,60 @@ TEST_F(IpodsimTest, CommandsUnplugAndPlug) {
   HostEnd again(link.string());
   ASSERT_TRUE(again.write(kAskName));
   EXPECT_EQ(again.read(9), "55 06 00 08 5A 6F 65 00 C4");
+}
+
+TEST_F(IpodsimTest, RecordsTheWireAsTheAccessorySeesIt) {
+  const std::string file = (folder / "car.trace").string();
+  auto program = runReady({"--interactive", "--name", "Zoe", "--record", file});
+  {
+    HostEnd host(link.string());
+    ASSERT_TRUE(host.write(kAskName));
+    EXPECT_EQ(host.read(9), "55 06 00 08 5A 6F 65 00 C4");
+  }
+  EXPECT_TRUE(program->readUntil(" -- the accessory closed the link"));
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write("55 02 00 03 FB"));
+  EXPECT_EQ(host.read(6), "55 03 00 04 00 F9");
+  program->type("unplug");
+  EXPECT_TRUE(program->readUntil("unplugged"));
+  program->type("plug");
+  program->type("quit");
+  EXPECT_EQ(program->waitForEnd(), 0);
+  EXPECT_EQ(recorded::textsOf(file),
+            (recorded::Lines{"# IPD1: the iPod is plugged in", "# IPD1: open ok",
+                             "IPD1: > 55 02 00 07 F7", "IPD1: < 55 06 00 08 5A 6F 65 00 C4",
+                             "# IPD1: close", "# IPD1: open ok", "IPD1: > 55 02 00 03 FB",
+                             "IPD1: < 55 03 00 04 00 F9", "# IPD1: the cable is pulled",
+                             "# IPD1: read-failed 31", "# IPD1: the iPod is plugged in",
+                             "# IPD1: the cable is pulled"}));
+  EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
+}
+
+TEST_F(IpodsimTest, RecordsASerialLineUnderItsName) {
+  const std::string file = (folder / "car.trace").string();
+  auto program = runReady({"--serial", "--interactive", "--quiet", "--record", file});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write("FF 55 02 00 03 FB"));
+  EXPECT_EQ(host.read(7), "FF 55 03 00 04 00 F9");
+  program->type("quit");
+  EXPECT_EQ(program->waitForEnd(), 0);
+  const recorded::Lines lines = recorded::textsOf(file);
+  ASSERT_GE(lines.size(), 4u);
+  EXPECT_EQ(lines[2], "COM1: > FF 55 02 00 03 FB");
+  EXPECT_EQ(lines[3], "COM1: < FF 55 03 00 04 00 F9");
+}
+
+TEST_F(IpodsimTest, RunsWithoutARecordWhoseFileCannotBeWritten) {
+  const fs::path file = folder / "precious";
+  std::ofstream(file) << "precious";
+  auto program = runReady({"--name", "Zoe", "--record", file.string()});
+  EXPECT_EQ(program->errors(), "ipodsim: cannot record to " + file.string() +
+                                   ": it is there and is not a trace; name another file, or "
+                                   "remove it\n");
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write(kAskName));
+  EXPECT_EQ(host.read(9), "55 06 00 08 5A 6F 65 00 C4");
+  EXPECT_EQ(fs::file_size(file), 8u);
 }
 
 TEST_F(IpodsimTest, CommandsPlayAndShowTheStatus) {

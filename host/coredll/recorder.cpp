@@ -1,0 +1,145 @@
+#include "recorder.h"
+
+#include <desk.h>
+#include <pthread.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <optional>
+#include <utility>
+
+#include "complaint.h"
+#include "trace/trace_file_writer.h"
+
+namespace coredll {
+
+std::atomic<bool> mayBeRecording{true};
+
+namespace {
+
+using trace::TraceFileError;
+using trace::TraceFileWriter;
+
+/// The trace of this process, if IPODCTL_TRACE names one.
+class Recording {
+ public:
+  /// Returns the trace, or null.
+  std::shared_ptr<TraceFileWriter> current() {
+    const std::lock_guard lock(mutex);
+    if (!path) look();
+    return writer;
+  }
+
+  void look() {
+    const char* const variable = std::getenv("IPODCTL_TRACE");
+    const std::string wanted = variable != nullptr ? variable : "";
+    if (path && *path == wanted) return;
+    path = wanted;
+    writer.reset();
+    if (!wanted.empty()) begin();
+    mayBeRecording = writer != nullptr;
+  }
+
+  void lookAgain() {
+    const std::lock_guard lock(mutex);
+    look();
+  }
+
+  /// Writes what was recorded. At the end of the process.
+  void finish() {
+    const std::lock_guard lock(mutex);
+    if (writer) writer->finish();
+  }
+
+  /// For a process that was forked: the writing thread is in its parent, to which the file belongs.
+  void forget() {
+    mayBeRecording = false;
+    new std::shared_ptr<TraceFileWriter>(std::move(writer));
+  }
+
+  void lockForFork() { mutex.lock(); }
+  void unlockAfterFork() { mutex.unlock(); }
+
+ private:
+  void begin() {
+    try {
+      writer = std::make_shared<TraceFileWriter>(
+          *path, [](const std::string& text) { complainOnce("IPODCTL_TRACE: " + text); });
+    } catch (const TraceFileError& error) {
+      complainOnce(std::string("IPODCTL_TRACE: ") + error.what());
+    }
+  }
+
+  std::mutex mutex;
+  std::optional<std::string> path;          ///< guarded by mutex; no value: not looked at yet
+  std::shared_ptr<TraceFileWriter> writer;  ///< guarded by mutex
+};
+
+/// Never destroyed: threads may still use it while the process ends.
+Recording& recording() {
+  static auto& ofProcess = *[] {
+    auto* const made = new Recording;
+    pthread_atfork([] { recording().lockForFork(); }, [] { recording().unlockAfterFork(); },
+                   [] {
+                     recording().forget();
+                     recording().unlockAfterFork();
+                   });
+    return made;
+  }();
+  return ofProcess;
+}
+
+/// Runs `record` with a step of the trace, if there is a trace.
+template <typename Record>
+void inStep(Record record) {
+  const auto writer = recording().current();
+  if (!writer) return;
+  TraceFileWriter::Step step(*writer);
+  record(step);
+}
+
+/// Runs after the library's end, and before the process has gone.
+__attribute__((destructor)) void writeTheRest() {
+  if (mayRecord()) recording().finish();
+}
+
+}  // namespace
+
+void lookForTrace() { recording().lookAgain(); }
+
+void recordRead(const std::string& device, const BYTE* bytes, DWORD count) {
+  inStep([&](TraceFileWriter::Step& step) {
+    step.data(device.c_str(), trace::Direction::kRead, bytes, count);
+  });
+}
+
+void recordEvent(const std::string& device, trace::Event event, DWORD code) {
+  inStep([&](TraceFileWriter::Step& step) { step.event(device.c_str(), event, code); });
+}
+
+ssize_t recordWrite(const std::string& device, const BYTE* bytes,
+                    const std::function<ssize_t()>& write) {
+  const auto writer = recording().current();
+  if (!writer) return write();
+  TraceFileWriter::Step step(*writer);
+  const ssize_t written = write();
+  const int error = errno;
+  if (written > 0) {
+    step.data(device.c_str(), trace::Direction::kWritten, bytes, static_cast<size_t>(written));
+  }
+  errno = error;
+  return written;
+}
+
+}  // namespace coredll
+
+void deskTraceAudio(const char* function, const int* values, unsigned count) {
+  if (!coredll::mayRecord()) return;
+  std::string call = function;
+  for (unsigned i = 0; i < count; ++i)
+    call += ' ' + std::to_string(values[i]);
+  coredll::inStep([&](trace::TraceFileWriter::Step& step) { step.audio(call.c_str()); });
+}

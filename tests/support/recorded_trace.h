@@ -1,0 +1,45 @@
+// A trace file, for tests of recorders.
+#pragma once
+
+#include <fstream>
+#include <optional>
+#include <regex>
+#include <string>
+#include <vector>
+
+namespace recorded {
+
+using Lines = std::vector<std::string>;
+
+inline Lines linesOf(const std::string& path) {
+  std::ifstream file(path);
+  Lines lines;
+  for (std::string line; std::getline(file, line);)
+    lines.push_back(line);
+  return lines;
+}
+
+/// A line with a time.
+struct Entry {
+  double seconds;
+  std::string text;  ///< without the time: "IPD1: < 55", "# IPD1: close"
+};
+
+/// Returns no value for a line without a time.
+inline std::optional<Entry> entryOf(const std::string& line) {
+  static const std::regex kTimed(R"((# )?(\d+\.\d{6}) (.*))");
+  std::smatch parts;
+  if (!std::regex_match(line, parts, kTimed)) return std::nullopt;
+  return Entry{std::stod(parts[2]), parts[1].str() + parts[3].str()};
+}
+
+/// Returns the lines with a time, without it.
+inline Lines textsOf(const std::string& path) {
+  Lines texts;
+  for (const std::string& line : linesOf(path)) {
+    if (const auto entry = entryOf(line)) texts.push_back(entry->text);
+  }
+  return texts;
+}
+
+}  // namespace recorded
