@@ -57,29 +57,48 @@ class Lines {
   size_t next = 0;
 };
 
-/// Returns the records of a device. An answer that the recorder wrote before its request, at the
-/// same time, is moved after it.
-std::vector<const Record*> recordsOf(const trace::Trace& records, const std::string& device,
-                                     const Conversation& items) {
+/// Finds answers that a recorder wrote before their requests.
+class SwappedLines {
+ public:
+  explicit SwappedLines(const Conversation& conversation)
+      : items(conversation), exchanges(exchangesOf(conversation)) {}
+
+  /// Puts the records of these answers after those of their requests.
+  void putInOrder(std::vector<const Record*>& records) const {
+    for (const size_t reply : exchanges.unexpected) {
+      if (!isBeforeItsRequest(reply)) continue;
+      const auto isFirst = [&](const Record* a, const Record* b) {
+        return a->kind == Record::Kind::kRead && a->line == items[reply].line &&
+               b->kind == Record::Kind::kWritten && b->line == items[reply + 1].line;
+      };
+      const auto found = std::adjacent_find(records.begin(), records.end(), isFirst);
+      if (found != records.end()) std::swap(*found, *(found + 1));
+    }
+  }
+
+ private:
+  bool isBeforeItsRequest(size_t reply) const {
+    const size_t next = reply + 1;
+    return next < items.size() && items[next].isFrom(Sender::kHost) && items[next].isMessage() &&
+           items[next].at - items[reply].at <= kSwapped &&
+           answers(items[reply].message, items[next].message) && isUnanswered(next);
+  }
+
+  bool isUnanswered(size_t request) const {
+    const auto isBefore = [](const Exchange& one, size_t item) { return one.request < item; };
+    const auto found =
+        std::lower_bound(exchanges.all.begin(), exchanges.all.end(), request, isBefore);
+    return found != exchanges.all.end() && found->request == request && !found->isAnswered();
+  }
+
+  const Conversation& items;
+  const Exchanges exchanges;
+};
+
+std::vector<const Record*> recordsOf(const trace::Trace& records, const std::string& device) {
   std::vector<const Record*> mine;
   for (const Record& record : records) {
     if (record.kind != Record::Kind::kAudio && record.device == device) mine.push_back(&record);
-  }
-  const auto isAt = [](const Record* record, const Item& item, Record::Kind kind) {
-    return record->kind == kind && record->line == item.line && item.isMessage();
-  };
-  for (const size_t index : exchangesOf(items).unexpected) {
-    if (index + 1 >= items.size()) continue;
-    const Item& reply = items[index];
-    const Item& request = items[index + 1];
-    const bool isSwapped = request.isFrom(Sender::kHost) && request.at - reply.at <= kSwapped &&
-                           answers(reply.message, request.message);
-    for (size_t i = 1; isSwapped && i < mine.size(); ++i) {
-      if (isAt(mine[i - 1], reply, Record::Kind::kRead) &&
-          isAt(mine[i], request, Record::Kind::kWritten)) {
-        std::swap(mine[i - 1], mine[i]);
-      }
-    }
   }
   return mine;
 }
@@ -163,18 +182,36 @@ class Planner {
     if (!isOpen) open(record);
     const bool isBegun = fromIpod.isContinued(record.line - 1);
     const std::vector<const Item*> ended = fromIpod.endingIn(record.line);
-    Step& step = append(record, Step::Kind::kIpodSends);
-    step.bytes = record.bytes;
-    judgeTime(step);
     const bool isWhole = !isBegun && !fromIpod.isContinued(record.line);
-    step.isAnswer = isWhole && std::all_of(ended.begin(), ended.end(), isUseless);
+    if (isWhole && std::all_of(ended.begin(), ended.end(), isPlainMessage)) {
+      for (const Item* item : ended)
+        addIpodSends(record, item->bytes, {item});
+    } else {
+      addIpodSends(record, record.bytes, ended);
+    }
+  }
+
+  void addIpodSends(const Record& record, const Bytes& bytes,
+                    const std::vector<const Item*>& ended) {
+    Step& step = append(record, Step::Kind::kIpodSends);
+    step.bytes = bytes;
+    judgeTime(step);
+    step.isAnswer =
+        ended.size() == 1 && isPlainMessage(ended.front()) && isUseless(ended.front()->message);
     for (const Item* item : ended)
       follow(step, *item);
   }
 
-  /// Returns whether the library discards the message with its next request.
-  static bool isUseless(const Item* item) {
-    return item->isMessage() && !isQuestion(item->message) && !isAudioNotification(item->message);
+  /// Returns whether the item's bytes are all that is on the wire for it.
+  static bool isPlainMessage(const Item* item) {
+    return item->isMessage() && !item->hasSync && item->firstLine == item->line;
+  }
+
+  /// Returns whether the library discards the message with its next request. It answers questions,
+  /// and when the iPod enters the extended mode by itself.
+  static bool isUseless(const Message& message) {
+    return !isQuestion(message) && !isAudioNotification(message) &&
+           !message.is(Lingo::kGeneral, simulator::kReturnRemoteUiMode);
   }
 
   /// Follows what a message of the iPod does to the host's wait. The library takes each one for its
@@ -182,15 +219,33 @@ class Planner {
   void follow(Step& step, const Item& item) {
     if (!item.isMessage() || isAudioNotification(item.message)) return;
     beginWait(step);
-    isConcluded = request && concludes(item.message, *request);
+    isConcluded = request && (isConcluded || concludes(item.message, *request));
   }
 
-  /// Returns whether the host waits for nothing after this answer.
+  /// Returns whether the host waits for nothing after this message. It waits for several answers to
+  /// the requests of the list, and for one of any kind to others.
   static bool concludes(const Message& reply, const Message& request) {
-    const bool hasMoreAnswers =
-        request.is(Lingo::kGeneral, simulator::kIdentifyDeviceLingoes) ||
-        request.is(Lingo::kExtendedInterface, simulator::kRetrieveCategorizedDatabaseRecords);
-    return !hasMoreAnswers && answers(reply, request) && statusOf(reply).value_or(0) == 0;
+    if (isAcknowledged(request)) return answers(reply, request) && statusOf(reply) == 0;
+    return !request.is(Lingo::kGeneral, simulator::kIdentifyDeviceLingoes) &&
+           !request.is(Lingo::kExtendedInterface, simulator::kRetrieveCategorizedDatabaseRecords);
+  }
+
+  /// Returns whether the library waits until this request is acknowledged with status 0.
+  static bool isAcknowledged(const Message& request) {
+    using namespace simulator;
+    constexpr uint16_t kCommands[] = {kResetDbSelection,
+                                      kSelectDbRecord,
+                                      kSetPlayStatusChangeNotification,
+                                      kPlayCurrentSelection,
+                                      kPlayControl,
+                                      kSetShuffle,
+                                      kSetRepeat,
+                                      kSetDisplayImage,
+                                      kSetCurrentPlayingTrack,
+                                      kSelectSortDbRecord};
+    return request.lingo == static_cast<uint8_t>(Lingo::kExtendedInterface) &&
+           std::find(std::begin(kCommands), std::end(kCommands), request.command) !=
+               std::end(kCommands);
   }
 
   void beginWait(Step& step) {
@@ -213,6 +268,60 @@ class Planner {
   bool isConcluded = false;        ///< it was answered, and the host waits for nothing
 };
 
+/// Finds out what the library did with the answers that followed when it had already taken one.
+/// Two of its threads decided that in microseconds, so that the next time it could be otherwise.
+class SpareAnswers {
+ public:
+  explicit SpareAnswers(Plan& plan) : steps(plan) {}
+
+  void settle() {
+    for (size_t i = 0; i < steps.size(); ++i) {
+      const bool isCandidate = steps[i].isAnswer && !steps[i].isAwaited;
+      const size_t next = isCandidate ? requestAfter(i) : steps.size();
+      if (next == steps.size()) continue;
+      if (isAnsweredAfter(next)) {
+        steps[i].isSpare = true;
+      } else if (isFollowedAtOnce(next)) {
+        moveAfter(i, next);
+      }
+    }
+  }
+
+ private:
+  /// Returns the next request; the number of steps if the connection ends before it.
+  size_t requestAfter(size_t index) const {
+    for (size_t i = index + 1; i < steps.size(); ++i) {
+      if (steps[i].isRequest()) return i;
+      if (!steps[i].isOfIpod() && !steps[i].isHostAnswer()) break;
+    }
+    return steps.size();
+  }
+
+  /// Returns whether the iPod sends anything between the request and the next one.
+  bool isAnsweredAfter(size_t request) const {
+    const size_t end = std::min(requestAfter(request), steps.size());
+    return std::any_of(steps.begin() + static_cast<ptrdiff_t>(request),
+                       steps.begin() + static_cast<ptrdiff_t>(end), [](const Step& step) {
+                         return step.kind == Step::Kind::kIpodSends && step.isAnswer;
+                       });
+  }
+
+  /// Returns whether the host had no time to wait for the answer: it has taken another one for it.
+  bool isFollowedAtOnce(size_t request) const {
+    const size_t following = requestAfter(request);
+    return following < steps.size() && steps[following].gap < kHostWait && steps[request].message &&
+           expectsAnswer(Sender::kHost, *steps[request].message);
+  }
+
+  void moveAfter(size_t index, size_t request) {
+    const auto first = steps.begin() + static_cast<ptrdiff_t>(index);
+    std::rotate(first, first + 1, steps.begin() + static_cast<ptrdiff_t>(request) + 1);
+    steps[request].gap = Time(0);
+  }
+
+  Plan& steps;
+};
+
 }  // namespace
 
 bool isHostAnswer(const Message& message) {
@@ -223,7 +332,11 @@ bool isHostAnswer(const Message& message) {
 
 Plan planOf(const trace::Trace& records, const std::string& device) {
   const Conversation items = conversationOf(records, device);
-  return Planner(items).plan(recordsOf(records, device, items));
+  std::vector<const Record*> ordered = recordsOf(records, device);
+  SwappedLines(items).putInOrder(ordered);
+  Plan plan = Planner(items).plan(ordered);
+  SpareAnswers(plan).settle();
+  return plan;
 }
 
 }  // namespace iaptrace

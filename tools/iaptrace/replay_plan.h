@@ -24,7 +24,7 @@ struct Step {
     kHostCannotOpen,  ///< the host tries to open the device, and fails
     kHostCloses,
     kHostSends,    ///< one message of the host, or bytes that are none
-    kIpodSends,    ///< the bytes of one read of the host
+    kIpodSends,    ///< the bytes of one read of the host, or one message of several in it
     kCablePulled,  ///< the host's read or write fails
   };
 
@@ -36,6 +36,9 @@ struct Step {
 
   /// kIpodSends: whether a host that has sent its next request has no more use for these bytes.
   bool isAnswer = false;
+  /// kIpodSends: an answer that the library discarded, because it had taken another one before. It
+  /// is sent only while the library is between two requests.
+  bool isSpare = false;
   /// Whether the host's wait began with this step: its request, or a message for which it waited.
   bool beginsWait = false;
   /// kIpodSends, kCablePulled: it followed after the host's wait was over.

@@ -19,6 +19,8 @@ constexpr Time kSurelyLate = milliseconds(1200);
 constexpr Time kSurelyInTime = milliseconds(900);
 /// An answer after a shorter pause was on its way when the host sent its next request.
 constexpr Time kOnItsWay = milliseconds(50);
+/// A host that sends nothing for this long is between two requests.
+constexpr Time kBetweenRequests = milliseconds(20);
 /// The time in which the host reads what was sent before the cable is pulled.
 constexpr Time kPullDelay = milliseconds(100);
 /// The longest time until the host's other thread answers the iPod.
@@ -241,11 +243,11 @@ void ReplayedIpod::overtake(const Step& step) {
   if (step.isRequest() && step.message) ++missingCount;
   if (step.kind != Kind::kIpodSends) return;
   const bool isUseless =
-      step.isAnswer && (step.isLate || step.gap >= kOnItsWay || isAfterMissing());
+      step.isAnswer && (step.isSpare || step.isLate || step.gap >= kOnItsWay || isAfterMissing());
   if (isUseless) {
     ++droppedCount;
   } else {
-    send(step.bytes);
+    send(step);
   }
 }
 
@@ -264,7 +266,7 @@ bool ReplayedIpod::repeat(const Step& arrived) {
   if (same == answered.rend()) return false;
   ++extraCount;
   for (size_t i = *same + 1; i < at && !plan[i].isRequest(); ++i) {
-    if (plan[i].isAnswer) send(plan[i].bytes);
+    if (plan[i].isAnswer) send(plan[i]);
   }
   return true;
 }
@@ -281,8 +283,14 @@ bool ReplayedIpod::pullBecauseOf(Time now) {
   return true;
 }
 
-void ReplayedIpod::send(const Bytes& bytes) {
-  actions.push_back({Action::Kind::kSend, bytes});
+/// Sends what one read of the host had in one write.
+void ReplayedIpod::send(const Step& step) {
+  const bool isTogether =
+      sentLine == step.line && !actions.empty() && actions.back().kind == Action::Kind::kSend;
+  if (!isTogether) actions.push_back({Action::Kind::kSend, {}});
+  Bytes& bytes = actions.back().bytes;
+  bytes.insert(bytes.end(), step.bytes.begin(), step.bytes.end());
+  sentLine = step.line;
   ++sentCount;
 }
 
@@ -343,7 +351,7 @@ bool ReplayedIpod::act(Time now) {
   if (step.kind == Kind::kCablePulled) {
     pull(now);
   } else {
-    send(step.bytes);
+    send(step);
     pass(now);
   }
   return true;
@@ -382,6 +390,7 @@ Time ReplayedIpod::dueOf(const Step& step) const {
   Time due = passedAt + pause;
   if (!step.isLate) due = std::min(due, std::max(waitBegan + kSurelyInTime, passedAt));
   if (step.isLate && step.isAwaited) due = std::max(due, waitBegan + kSurelyLate);
+  if (step.isSpare) due = std::max(due, passedAt + kBetweenRequests);
   const bool wasSent = at > 0 && plan[at - 1].kind == Kind::kIpodSends;
   if (step.kind == Kind::kCablePulled && wasSent) due = std::max(due, passedAt + kPullDelay);
   return due;
@@ -429,7 +438,7 @@ void ReplayedIpod::differFromNothing(const Step& arrived) {
 }
 
 std::string ReplayedIpod::summary() const {
-  std::string text = counted(sentCount, "write", "writes") + " of the iPod and " +
+  std::string text = counted(sentCount, "message", "messages") + " of the iPod and " +
                      counted(matchedCount, "message", "messages") + " of the host as in the trace";
   if (missingCount > 0) text += ", " + std::to_string(missingCount) + " of the host missing";
   if (extraCount > 0) text += ", " + std::to_string(extraCount) + " of the host in addition";

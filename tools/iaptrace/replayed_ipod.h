@@ -97,7 +97,7 @@ class ReplayedIpod {
   bool step(Time now);
   bool isHostThrough(Time now) const;
   bool act(Time now);
-  void send(const Bytes& bytes);
+  void send(const Step& step);
   void pull(Time now);
   void offer(Action::Kind kind);
   bool passIf(bool isDone, Time now);
@@ -129,6 +129,7 @@ class ReplayedIpod {
 
   State current = State::kPlaying;
   std::string reason;
+  size_t sentLine = 0;  ///< of the last bytes that were sent
   size_t sentCount = 0;
   size_t droppedCount = 0;
   size_t matchedCount = 0;
