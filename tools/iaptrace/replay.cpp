@@ -2,23 +2,18 @@
 
 #include <sys/signalfd.h>
 
-#include <CLI/CLI.hpp>
-#include <algorithm>
 #include <csignal>
-#include <cstdio>
 #include <iostream>
-#include <stdexcept>
 
+#include "iaptrace/command_line.h"
 #include "iaptrace/replay_as_host.h"
 #include "iaptrace/replay_cable.h"
-#include "iaptrace/replayed_host.h"
-#include "iaptrace/replayed_ipod.h"
+#include "iaptrace/trace_source.h"
 #include "trace/trace_parser.h"
+#include "wire/printable.h"
 
 namespace iaptrace {
 namespace {
-
-enum ReplayStatus { kPlayed = 0, kNotPlayed = 1, kWrongUsage = 2 };
 
 constexpr char kReplayDescription[] =
     "Plays the iPod of a trace to a host, without the iPod. The host opens the link\n"
@@ -36,25 +31,17 @@ constexpr char kReplayNotes[] =
     "\n"
     "Examples:\n"
     "  iaptrace replay car.trace --link ./ipod --speed max\n"
-    "  iaptrace replay car.trace --as-host --link /tmp/ipod\n"
-    "\n"
-    "Exit status: 0 played to the end; 1 the host or the iPod differs, or does not go\n"
-    "on; 2 wrong usage or an unreadable file.\n";
+    "  iaptrace replay car.trace --as-host --link /tmp/ipod\n";
 
 struct ReplayOptions {
   std::string file;
   std::string link = "/tmp/ipod";
-  std::string device;  ///< of --as-host; empty: the link
-  std::string of;      ///< the device in the trace; empty: the only one
+  std::string device;
   std::string speed = "1";
   double patience = 10;
   bool isStrict = false;
   bool isHost = false;
 };
-
-[[noreturn]] void refuseUsage(const std::string& why) {
-  throw std::invalid_argument(why + "\nTry iaptrace replay --help.");
-}
 
 /// Returns the speed; 0 for "max".
 double speedOf(const std::string& text) {
@@ -69,57 +56,33 @@ double speedOf(const std::string& text) {
     end = 0;
   }
   const bool isUsable = end > 0 && end == text.size() && speed >= kSlowest && speed <= kFastest;
-  if (!isUsable) refuseUsage("--speed is max or a number from 0.01 to 1000");
-  return speed;
+  if (isUsable) return speed;
+  throw UsageError(
+      "--speed: write max, or a number from 0.01 to 1000. Try iaptrace replay --help.");
 }
 
-void describeReplay(CLI::App& app, ReplayOptions& options) {
+void describe(CLI::App& app, ReplayOptions& options) {
+  constexpr double kLeastPatience = 0.1;
   constexpr double kMostPatience = 3600;
+  app.footer(kReplayNotes);
   app.add_option("FILE", options.file, "The trace; - is standard input")->required();
-  CLI::Option* link = app.add_option("--link", options.link, "Where the host finds the iPod");
-  link->capture_default_str()->type_name("PATH");
-  app.add_flag("--strict", options.isStrict, "The host must send the same bytes");
+  app.add_option("--device", options.device, "The device, when the trace has several")
+      ->type_name("NAME");
+  app.add_option("--link", options.link, "Where the host finds the iPod")
+      ->capture_default_str()
+      ->type_name("PATH");
+  CLI::Option* strict =
+      app.add_flag("--strict", options.isStrict, "The host must send the same bytes");
   app.add_option("--speed", options.speed, "Divides the pauses; max: none that nothing needs")
       ->capture_default_str()
       ->type_name("N|max");
-  app.add_option("--patience", options.patience, "How long the host may do nothing")
+  app.add_option("--patience", options.patience, "How long the other end may do nothing")
       ->capture_default_str()
       ->type_name("SECONDS")
-      ->check(CLI::Range(0.1, kMostPatience));
-  app.add_option("--of", options.of, "The device, if the trace has several")->type_name("NAME");
-  CLI::Option* asHost =
-      app.add_flag("--as-host", options.isHost, "Plays the host to an iPod at the link instead");
-  app.add_option("--device", options.device, "The terminal device of that iPod")
-      ->type_name("PATH")
-      ->needs(asHost)
-      ->excludes(link);
-}
-
-/// Returns false when only the help was wanted.
-bool parseReplay(const std::vector<std::string>& arguments, ReplayOptions& options) {
-  CLI::App app(kReplayDescription, "iaptrace replay");
-  app.footer(kReplayNotes);
-  describeReplay(app, options);
-  try {
-    app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
-  } catch (const CLI::CallForHelp&) {
-    std::cout << app.help();
-    return false;
-  } catch (const CLI::ParseError& error) {
-    refuseUsage(error.what());
-  }
-  return true;
-}
-
-std::string deviceOf(const trace::Trace& records, const std::string& wanted) {
-  const std::vector<std::string> names = trace::devicesOf(records);
-  if (names.empty()) refuseUsage("the trace has no device, so there is nothing to play");
-  if (wanted.empty() && names.size() == 1) return names.front();
-  if (std::find(names.begin(), names.end(), wanted) != names.end()) return wanted;
-  std::string known;
-  for (const std::string& name : names)
-    known += " " + name;
-  refuseUsage("write --of with one of the trace's devices:" + known);
+      ->check(CLI::Range(kLeastPatience, kMostPatience));
+  app.add_flag("--as-host", options.isHost,
+               "Plays the host, to the iPod at the link or terminal device PATH")
+      ->excludes(strict);
 }
 
 /// Returns a descriptor that receives the signals that end the program.
@@ -129,7 +92,6 @@ simulator::FileDescriptor catchEndingSignals() {
   sigaddset(&ending, SIGINT);
   sigaddset(&ending, SIGTERM);
   sigprocmask(SIG_BLOCK, &ending, nullptr);
-  std::signal(SIGPIPE, SIG_IGN);
   return simulator::FileDescriptor(signalfd(-1, &ending, SFD_CLOEXEC));
 }
 
@@ -137,12 +99,7 @@ simulator::Time secondsOf(double number) {
   return std::chrono::duration_cast<simulator::Time>(std::chrono::duration<double>(number));
 }
 
-void sayLine(const std::string& text) {
-  std::printf("%s\n", text.c_str());
-  std::fflush(stdout);
-}
-
-void complainLine(const std::string& text) { std::fprintf(stderr, "iaptrace: %s\n", text.c_str()); }
+void sayLine(const std::string& text) { std::cout << simulator::printable(text) << std::endl; }
 
 int playIpod(const ReplayOptions& options, Plan plan) {
   const simulator::FileDescriptor signals = catchEndingSignals();
@@ -151,13 +108,16 @@ int playIpod(const ReplayOptions& options, Plan plan) {
   settings.speed = speedOf(options.speed);
   settings.patience = secondsOf(options.patience);
   ReplayedIpod ipod(std::move(plan), settings);
-  ReplayCable cable(ipod, options.link);
-  sayLine("iPod ready on " + options.link);
-  if (!cable.run(signals.get())) return kPlayed;
+  try {
+    ReplayCable cable(ipod, options.link);
+    sayLine("iPod ready on " + options.link);
+    if (!cable.run(signals.get())) return kDone;
+  } catch (const simulator::LinkError& error) {
+    throw Failure(error.what() + std::string(". Try iaptrace replay --link PATH."));
+  }
   sayLine(ipod.summary());
-  if (ipod.state() == ReplayedIpod::State::kEnded) return kPlayed;
-  complainLine(ipod.failure());
-  return kNotPlayed;
+  if (ipod.state() == ReplayedIpod::State::kEnded) return kDone;
+  throw Failure(ipod.failure());
 }
 
 int playHost(const ReplayOptions& options, Conversation conversation) {
@@ -165,44 +125,30 @@ int playHost(const ReplayOptions& options, Conversation conversation) {
   ReplayedHost::Settings settings;
   settings.speed = speedOf(options.speed);
   ReplayedHost host(std::move(conversation), settings);
-  const std::string& path = options.device.empty() ? options.link : options.device;
-  if (!replayAsHost(host, path, signals.get())) return kPlayed;
+  if (!replayAsHost(host, options.link, signals.get())) return kDone;
   const std::vector<std::string> differences = host.differences();
   for (const std::string& line : differences)
     sayLine(line);
-  sayLine(std::to_string(host.sentCount()) + " messages sent, " +
-          std::to_string(differences.size()) + " answered in another way");
-  return differences.empty() ? kPlayed : kNotPlayed;
-}
-
-int playTrace(const ReplayOptions& options) {
-  const trace::Trace records = trace::readTrace(options.file);
-  const std::string device = deviceOf(records, options.of);
-  if (options.isHost) return playHost(options, conversationOf(records, device));
-  return playIpod(options, planOf(records, device));
+  const size_t count = differences.size();
+  sayLine(std::to_string(host.sentCount()) + " messages sent; " +
+          (count == 0 ? "the iPod answers as in the trace"
+                      : std::to_string(count) + (count == 1 ? " difference" : " differences")));
+  return differences.empty() ? kDone : kFailed;
 }
 
 }  // namespace
 
 int runReplay(const std::vector<std::string>& arguments) {
-  try {
-    ReplayOptions options;
-    if (!parseReplay(arguments, options)) return kPlayed;
-    speedOf(options.speed);
-    return playTrace(options);
-  } catch (const std::invalid_argument& error) {
-    complainLine(error.what());
-    return kWrongUsage;
-  } catch (const trace::ParseError& error) {
-    complainLine(error.what());
-    return kWrongUsage;
-  } catch (const simulator::LinkError& error) {
-    complainLine(error.what() + std::string("\nTry iaptrace replay --link PATH."));
-    return kNotPlayed;
-  } catch (const std::exception& error) {
-    complainLine(error.what());
-    return kNotPlayed;
-  }
+  CLI::App app(kReplayDescription, "iaptrace replay");
+  ReplayOptions options;
+  describe(app, options);
+  if (const auto status = parse(app, arguments)) return *status;
+  speedOf(options.speed);
+  const trace::Trace records = trace::readTrace(options.file);
+  const std::string device = deviceOf(records, options.device, options.file);
+  if (device.empty()) throw UsageError(options.file + " has no device. There is nothing to play.");
+  if (options.isHost) return playHost(options, conversationOf(records, device));
+  return playIpod(options, planOf(records, device));
 }
 
 }  // namespace iaptrace

@@ -5,8 +5,8 @@
 
 namespace iaptrace {
 
-/// Runs "iaptrace replay" and returns its exit status: 0 played to the end, 1 the host or the iPod
-/// differs or does not go on, 2 wrong usage or an unreadable file.
+/// Plays the iPod of a trace to a host, or its host to an iPod. Returns kFailed when the other end
+/// differs or does not go on.
 int runReplay(const std::vector<std::string>& arguments);
 
 }  // namespace iaptrace
