@@ -107,6 +107,8 @@ function(ipodctl_test name)
   if(NOT ARG_LABEL)
     set(ARG_LABEL unit)
   endif()
+  # No test connects to an iPod that the person at this machine has started.
+  set(environment "IPODCTL_DEVICES=" ${ARG_ENVIRONMENT})
   ipodctl_program(${name} SOURCES ${ARG_SOURCES} LIBRARIES ${ARG_LIBRARIES})
   if(ARG_WITHOUT_THREADS AND IPODCTL_SANITIZE STREQUAL "thread")
     set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL TRUE)
@@ -120,7 +122,7 @@ function(ipodctl_test name)
     string(JOIN ":" filter -*DeathTest* ${ARG_EXCEPT})
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 --gtest_filter=${filter})
     set_tests_properties(${name} PROPERTIES LABELS ${ARG_LABEL} TIMEOUT 600
-                                            ENVIRONMENT "${ARG_ENVIRONMENT}")
+                                            ENVIRONMENT "${environment}")
     # The sessions mostly wait; other tests run meanwhile.
     if(ARG_LABEL STREQUAL "session")
       set_tests_properties(${name} PROPERTIES COST 100)
@@ -130,12 +132,12 @@ function(ipodctl_test name)
   # Starting a program with a sanitizer costs more than most tests, too.
   if(IPODCTL_SANITIZE AND ARG_LABEL STREQUAL "unit")
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
-    set_tests_properties(${name} PROPERTIES LABELS unit TIMEOUT 300 ENVIRONMENT "${ARG_ENVIRONMENT}")
+    set_tests_properties(${name} PROPERTIES LABELS unit TIMEOUT 300 ENVIRONMENT "${environment}")
     return()
   endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
                        PROPERTIES LABELS ${ARG_LABEL} TIMEOUT ${IPODCTL_TEST_SECONDS}
-                                  ENVIRONMENT "${ARG_ENVIRONMENT}")
+                                  ENVIRONMENT "${environment}")
 endfunction()
 
 # image_test(NAME): runs the test program also on the image for Windows CE, which a replacement of

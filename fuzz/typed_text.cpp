@@ -16,7 +16,9 @@
 
 #include "console/commands.h"
 #include "console/options.h"
+#include "coredll/device_map.h"
 #include "coredll/device_names.h"
+#include "coredll/open_failure.h"
 #include "device/personality_settings.h"
 #include "faults/fault_text.h"
 #include "support/require.h"
@@ -74,14 +76,26 @@ void readCommand(const std::string& text) {
   doCommand(pty, text);
 }
 
+/// Checks that what an entry leads to is complete, or is refused with a message for the user.
+void readEnd(const std::string& text) {
+  try {
+    const coredll::WireEnd end = coredll::wireEndOf(text);
+    const bool isSocket = end.kind == coredll::WireEnd::Kind::kSocket;
+    require(isSocket ? !end.host.empty() && !end.port.empty() : !end.path.empty(), "no end");
+  } catch (const coredll::OpenFailure& refused) {
+    require(*refused.what() != '\0', "refused without a reason");
+  }
+}
+
 void readDevices(const std::string& text) {
   setenv("IPODCTL_DEVICES", text.c_str(), 1);
   for (const std::u16string_view name : {u"IPD1:", u"COM1:", u""}) {
     std::vector<WCHAR> wide(name.begin(), name.end());
     wide.push_back(0);
-    const auto entry = coredll::findDevice(wide.data());
+    const auto entry = coredll::findDevice(coredll::narrowed(wide.data()));
     require(!entry || text.find(entry->path) != std::string::npos, "a path that nobody wrote");
     require(!entry || entry->isSerialPort == (name == u"COM1:"), "another kind of port");
+    if (entry) readEnd(entry->path);
   }
 }
 

@@ -13,6 +13,9 @@
 #include "database/resized_library.h"
 #include "faults/fault_text.h"
 #include "link/pty_ipod.h"
+#include "link/pty_port.h"
+#include "link/socket_port.h"
+#include "link/terminal_port.h"
 #include "link/trace_recorder.h"
 #include "music/built_in_library.h"
 #include "music/json_library.h"
@@ -141,6 +144,22 @@ std::unique_ptr<TraceRecorder> makeRecorder(const Options& options) {
   }
 }
 
+bool hasLink(const Options& options) {
+  return options.device.empty() && options.listenAddress.empty();
+}
+
+PortMaker portMaker(const Options& options) {
+  if (!options.device.empty()) {
+    return [&] { return std::make_unique<TerminalPort>(options.device, options.baud, complain); };
+  }
+  if (!options.listenAddress.empty()) {
+    return [&] {
+      return std::make_unique<SocketPort>(options.listenAddress, options.listenPort, complain);
+    };
+  }
+  return [] { return std::make_unique<PtyPort>(); };
+}
+
 void runUntilEnded(PtyIpod& pty, const FileDescriptor& signals, bool isInteractive) {
   InputLines input;
   pollfd waits[] = {{signals.get(), POLLIN, 0}, {isInteractive ? STDIN_FILENO : -1, POLLIN, 0}};
@@ -158,12 +177,14 @@ void run(const Options& options) {
   for (const std::string& fault : options.faults)
     addFault(ipod.faults(), fault);
   const std::unique_ptr<TraceRecorder> recorder = makeRecorder(options);
-  PtyIpod pty(ipod, options.serial ? FrameKind::kSerial : FrameKind::kUsb, options.link);
+  PtyIpod pty(ipod, options.serial ? FrameKind::kSerial : FrameKind::kUsb, portMaker(options),
+              hasLink(options) ? options.link : std::filesystem::path());
   if (recorder) pty.observe(*recorder);
   pty.start();
+  const std::string place = pty.slavePath();
   pty.access([&](SimulatedIpod& device) {
     connectOutputs(device, options);
-    say("iPod ready on " + options.link.string());
+    say("iPod ready on " + place);
     if (!options.quiet && !music.summary.empty()) say(music.summary);
   });
   runUntilEnded(pty, signals, options.interactive);

@@ -51,6 +51,24 @@ bool putLineSettings(const DCB& state, termios& line) {
   return cfsetspeed(&line, speed->bits) == 0;
 }
 
+bool isUsualSpeed(DWORD speed) { return findValue(kSpeeds, speed) != nullptr; }
+
+std::string usualSpeeds() {
+  std::string all;
+  for (const Setting& speed : kSpeeds)
+    all += (all.empty() ? "" : " ") + std::to_string(speed.value);
+  return all;
+}
+
+void putSpeed(DWORD speed, termios& line) {
+  DCB state = {};
+  state.BaudRate = speed;
+  state.ByteSize = 8;
+  state.Parity = NOPARITY;
+  state.StopBits = ONESTOPBIT;
+  putLineSettings(state, line);
+}
+
 void getLineSettings(const termios& line, DCB& state) {
   state.BaudRate = valueOf(kSpeeds, cfgetospeed(&line));
   state.ByteSize = static_cast<BYTE>(valueOf(kByteSizes, line.c_cflag & CSIZE));

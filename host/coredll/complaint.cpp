@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <mutex>
 #include <set>
@@ -23,8 +24,18 @@ bool isNew(const std::string& text) {
   return written.size() < kMostTexts && written.insert(text).second;
 }
 
+/// Returns the text without characters that a terminal obeys.
+std::string printable(std::string text) {
+  constexpr char kDelete = 0x7f;
+  for (char& one : text) {
+    if ((one >= 0 && one < ' ') || one == kDelete) one = '?';
+  }
+  return text;
+}
+
 /// Writes the line in one call, so that other lines are not mixed into it.
-void writeLine(const std::string& line) {
+void writeLine(const std::string& text) {
+  const std::string line = "ipodctl: " + printable(text) + "\n";
   std::fflush(stdout);
   std::string_view rest = line;
   while (!rest.empty()) {
@@ -36,9 +47,22 @@ void writeLine(const std::string& line) {
 
 }  // namespace
 
+bool isDebugging() {
+  const char* const variable = std::getenv("IPODCTL_DEBUG");
+  return variable != nullptr && *variable != 0 && std::string_view(variable) != "0";
+}
+
+void sayLine(const std::string& text) noexcept {
+  try {
+    writeLine(text);
+  } catch (const std::exception&) {
+    // Without memory there is no line.
+  }
+}
+
 void complainOnce(const std::string& text) noexcept {
   try {
-    if (isNew(text)) writeLine("ipodctl: " + text + "\n");
+    if (isNew(text)) writeLine(text);
   } catch (const std::exception&) {
     // Without memory there is no line.
   }

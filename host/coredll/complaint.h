@@ -9,4 +9,9 @@ namespace coredll {
 /// line begins after what was printed to standard output, not inside it.
 void complainOnce(const std::string& text) noexcept;
 
+/// Returns whether IPODCTL_DEBUG asks for more.
+bool isDebugging();
+/// Does the same as complainOnce(), each time.
+void sayLine(const std::string& text) noexcept;
+
 }  // namespace coredll

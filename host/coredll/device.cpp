@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -19,8 +20,8 @@ namespace {
 /// side has closed.
 using Moved = std::optional<DWORD>;
 
-Moved readSome(const std::string& name, int terminal, BYTE* buffer, DWORD count) {
-  const ssize_t result = ::read(terminal, buffer, count);
+Moved readSome(const std::string& name, int wire, BYTE* buffer, DWORD count) {
+  const ssize_t result = ::read(wire, buffer, count);
   if (result > 0) {
     const auto read = static_cast<DWORD>(result);
     if (mayRecord()) recordRead(name, buffer, read);
@@ -30,8 +31,13 @@ Moved readSome(const std::string& name, int terminal, BYTE* buffer, DWORD count)
   return isRetryable ? Moved(0) : std::nullopt;
 }
 
-Moved writeSome(const std::string& name, int terminal, const BYTE* bytes, DWORD count) {
-  const auto write = [&] { return ::write(terminal, bytes, count); };
+/// A socket whose other side has closed would also send a signal, which ends the program.
+ssize_t writeNow(int wire, bool isSocket, const BYTE* bytes, DWORD count) {
+  return isSocket ? ::send(wire, bytes, count, MSG_NOSIGNAL) : ::write(wire, bytes, count);
+}
+
+Moved writeSome(const std::string& name, int wire, bool isSocket, const BYTE* bytes, DWORD count) {
+  const auto write = [&] { return writeNow(wire, isSocket, bytes, count); };
   const ssize_t result = mayRecord() ? recordWrite(name, bytes, write) : write();
   if (result >= 0) return static_cast<DWORD>(result);
   const bool isRetryable = errno == EAGAIN || errno == EINTR;
@@ -48,17 +54,18 @@ DWORD recorded(const std::string& name, DWORD error, trace::Event failure) {
 
 }  // namespace
 
-Device::Device(ObjectKind ownKind, std::string openedName, Descriptor terminal,
+Device::Device(ObjectKind ownKind, std::string openedName, WireDescriptor wireEnd,
                Descriptor wakeSignal)
     : KernelObject(ownKind),
       name(std::move(openedName)),
-      tty(std::move(terminal)),
+      wire(std::move(wireEnd.descriptor)),
+      isSocket(wireEnd.isSocket),
       wakeEvent(std::move(wakeSignal)),
-      hasQueue(hasOutputQueue(tty.get())) {}
+      hasQueue(!isSocket && hasOutputQueue(wire.get())) {}
 
 DWORD Device::read(BYTE* buffer, DWORD count, DWORD& read) {
-  return whileOpen([&](int terminal) {
-    const auto readRest = [&] { return readSome(name, terminal, buffer + read, count - read); };
+  return whileOpen([&](int end) {
+    const auto readRest = [&] { return readSome(name, end, buffer + read, count - read); };
     const DWORD error = transfer(planRead(count), POLLIN, readRest, read);
     if (error == ERROR_GEN_FAILURE && read > 0) return ERROR_SUCCESS;
     if (error != ERROR_SUCCESS) read = 0;
@@ -67,10 +74,10 @@ DWORD Device::read(BYTE* buffer, DWORD count, DWORD& read) {
 }
 
 DWORD Device::write(const BYTE* bytes, DWORD count, DWORD& written) {
-  return whileOpen([&](int terminal) {
+  return whileOpen([&](int end) {
     const std::lock_guard turn(writeTurn);
     const auto writeRest = [&] {
-      return writeSome(name, terminal, bytes + written, count - written);
+      return writeSome(name, end, isSocket, bytes + written, count - written);
     };
     const DWORD error = transfer(planWrite(count), POLLOUT, writeRest, written);
     return recorded(name, error, trace::Event::kWriteFailed);
@@ -90,7 +97,7 @@ DWORD Device::drain() {
   constexpr TimeLimit kLookAgain = 2;
   for (;;) {
     int queued = 0;
-    if (ioctl(tty.get(), TIOCOUTQ, &queued) != 0) return ERROR_GEN_FAILURE;
+    if (ioctl(wire.get(), TIOCOUTQ, &queued) != 0) return ERROR_GEN_FAILURE;
     if (queued == 0) return ERROR_SUCCESS;
     const Readiness readiness = waitFor(0, deadlineIn(kLookAgain));
     if (readiness == Readiness::kClosed) return ERROR_OPERATION_ABORTED;
@@ -104,7 +111,7 @@ void Device::close() {
   eventfd_write(wakeEvent.get(), 1);
   for (LONG calls = 0; (calls = callsInside) != kClosing;)
     sleepWhile(callsInside, calls, std::nullopt);
-  tty = Descriptor();
+  wire = Descriptor();
 }
 
 template <typename MoveSome>
@@ -130,7 +137,7 @@ DWORD Device::transfer(const TransferPlan& plan, short event, MoveSome moveSome,
 }
 
 Device::Readiness Device::waitFor(short events, const Deadline& deadline) const {
-  pollfd watched[] = {{tty.get(), events, 0}, {wakeEvent.get(), POLLIN, 0}};
+  pollfd watched[] = {{wire.get(), events, 0}, {wakeEvent.get(), POLLIN, 0}};
   poll(watched, std::size(watched), pollTimeout(deadline));
   if (watched[1].revents != 0) return Readiness::kClosed;
   if ((watched[0].revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) return Readiness::kGone;

@@ -1,4 +1,4 @@
-// An open device: a terminal, and a signal that ends every call that waits for it.
+// An open device: a terminal or a socket, and a signal that ends every call that waits for it.
 #pragma once
 
 #include <windows.h>
@@ -21,18 +21,23 @@ struct TransferPlan {
   TimeLimit interval;  ///< from each byte to the next
 };
 
+/// A terminal or a socket, non-blocking.
+struct WireDescriptor {
+  Descriptor descriptor;
+  bool isSocket;
+};
+
 /// Results are error codes of windows.h.
 class Device : public KernelObject {
  public:
   static constexpr unsigned kKinds = kStreamDeviceKind | kSerialPortKind;
 
-  /// `openedName` is the one that the program opened, `terminal` is non-blocking, `wakeSignal` an
-  /// eventfd.
-  Device(ObjectKind ownKind, std::string openedName, Descriptor terminal, Descriptor wakeSignal);
+  /// `openedName` is the one that the program opened, `wakeSignal` an eventfd.
+  Device(ObjectKind ownKind, std::string openedName, WireDescriptor wireEnd, Descriptor wakeSignal);
 
   /// `read` and `written` start at 0 and count the bytes.
-  DWORD read(BYTE* buffer, DWORD count, DWORD& read);
-  DWORD write(const BYTE* bytes, DWORD count, DWORD& written);
+  virtual DWORD read(BYTE* buffer, DWORD count, DWORD& read);
+  virtual DWORD write(const BYTE* bytes, DWORD count, DWORD& written);
   DWORD flush();
 
   /// Returns when no call is in the device any more and the terminal is closed.
@@ -42,11 +47,11 @@ class Device : public KernelObject {
   virtual TransferPlan planRead(DWORD count) = 0;
   virtual TransferPlan planWrite(DWORD count) = 0;
 
-  /// Runs `call` with the terminal's descriptor, which stays open until it returns.
+  /// Runs `call` with the wire's descriptor, which stays open until it returns.
   template <typename Call>
   DWORD whileOpen(Call call) {
     const Inside inside(callsInside);
-    return isClosing() ? ERROR_OPERATION_ABORTED : call(tty.get());
+    return isClosing() ? ERROR_OPERATION_ABORTED : call(wire.get());
   }
 
  private:
@@ -79,7 +84,8 @@ class Device : public KernelObject {
   DWORD drain();
 
   const std::string name;
-  Descriptor tty;
+  Descriptor wire;
+  const bool isSocket;
   Descriptor wakeEvent;             ///< readable from close() on
   const bool hasQueue;              ///< the system queues what is written
   std::atomic<bool> isGone{false};  ///< a read or a write has found that the other side has closed

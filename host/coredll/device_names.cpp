@@ -25,12 +25,12 @@ std::string_view takeEntry(std::string_view& entries) {
   return entry;
 }
 
+}  // namespace
+
 bool isSameName(std::string_view first, std::string_view second) {
   return first.size() == second.size() &&
          strncasecmp(first.data(), second.data(), first.size()) == 0;
 }
-
-}  // namespace
 
 std::string narrowed(LPCWSTR name) {
   constexpr WCHAR kFirstVisible = 0x20;
@@ -41,6 +41,12 @@ std::string narrowed(LPCWSTR name) {
     narrow.push_back(isVisible ? static_cast<char>(*name) : '?');
   }
   return narrow;
+}
+
+std::string deviceMap() {
+  const char* const variable = std::getenv("IPODCTL_DEVICES");
+  if (variable == nullptr) return "IPODCTL_DEVICES is not set";
+  return "IPODCTL_DEVICES=\"" + std::string(variable) + '"';
 }
 
 std::optional<DeviceEntry> findDevice(const std::string& wanted) {

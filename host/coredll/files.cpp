@@ -1,37 +1,31 @@
 // Opening, reading and writing a device.
-#include <sys/eventfd.h>
 #include <windows.h>
 
-#include <memory>
-#include <utility>
+#include <string>
 
+#include "complaint.h"
 #include "device_names.h"
+#include "device_opening.h"
 #include "handle_table.h"
 #include "last_error.h"
+#include "open_failure.h"
 #include "recorder.h"
-#include "serial_port.h"
-#include "stream_device.h"
-#include "terminal.h"
 #include "transfer.h"
 
 namespace coredll {
 namespace {
 
-std::shared_ptr<Device> makeDevice(const std::string& name, bool isSerialPort, Descriptor terminal,
-                                   Descriptor wake) {
-  if (isSerialPort) return std::make_shared<SerialPort>(name, std::move(terminal), std::move(wake));
-  return std::make_shared<StreamDevice>(name, std::move(terminal), std::move(wake));
-}
-
+/// Returns the handle of an opened device. Says why there is none.
 HANDLE openDevice(const std::string& name) {
-  const auto entry = findDevice(name);
-  if (!entry) return fail(ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
-  Descriptor terminal = openTerminal(entry->path);
-  if (!terminal.isOpen()) return INVALID_HANDLE_VALUE;
-  Descriptor wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-  if (!wake.isOpen()) return fail(ERROR_TOO_MANY_OPEN_FILES, INVALID_HANDLE_VALUE);
-  return handles().open(
-      makeDevice(name, entry->isSerialPort, std::move(terminal), std::move(wake)));
+  try {
+    return handles().open(openedDevice(name));
+  } catch (const OpenFailure& failure) {
+    complainOnce(name + " " + failure.what());
+    if (isDebugging()) {
+      sayLine(name + " is not open: error " + std::to_string(failure.code) + ", " + deviceMap());
+    }
+    return fail(failure.code, INVALID_HANDLE_VALUE);
+  }
 }
 
 /// Opens a device and records the result.

@@ -95,10 +95,14 @@ Recording& recording() {
 /// Runs `record` with a step of the trace, if there is a trace.
 template <typename Record>
 void inStep(Record record) {
-  const auto writer = recording().current();
-  if (!writer) return;
-  TraceFileWriter::Step step(*writer);
-  record(step);
+  try {
+    const auto writer = recording().current();
+    if (!writer) return;
+    TraceFileWriter::Step step(*writer);
+    record(step);
+  } catch (const std::bad_alloc&) {
+    // Without memory the trace has a gap; what is recorded goes on.
+  }
 }
 
 /// Runs after the library's end, and before the process has gone.
@@ -138,8 +142,10 @@ ssize_t recordWrite(const std::string& device, const BYTE* bytes,
 
 void deskTraceAudio(const char* function, const int* values, unsigned count) {
   if (!coredll::mayRecord()) return;
-  std::string call = function;
-  for (unsigned i = 0; i < count; ++i)
-    call += ' ' + std::to_string(values[i]);
-  coredll::inStep([&](trace::TraceFileWriter::Step& step) { step.audio(call.c_str()); });
+  coredll::inStep([&](trace::TraceFileWriter::Step& step) {
+    std::string call = function;
+    for (unsigned i = 0; i < count; ++i)
+      call += ' ' + std::to_string(values[i]);
+    step.audio(call.c_str());
+  });
 }

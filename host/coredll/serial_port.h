@@ -15,7 +15,7 @@ class SerialPort final : public Device {
  public:
   static constexpr unsigned kKinds = kSerialPortKind;
 
-  SerialPort(std::string openedName, Descriptor terminal, Descriptor wakeSignal)
+  SerialPort(std::string openedName, WireDescriptor terminal, Descriptor wakeSignal)
       : Device(kSerialPortKind, std::move(openedName), std::move(terminal), std::move(wakeSignal)) {
   }
 

@@ -8,9 +8,9 @@
 
 namespace coredll {
 
-class StreamDevice final : public Device {
+class StreamDevice : public Device {
  public:
-  StreamDevice(std::string openedName, Descriptor terminal, Descriptor wakeSignal)
+  StreamDevice(std::string openedName, WireDescriptor terminal, Descriptor wakeSignal)
       : Device(kStreamDeviceKind, std::move(openedName), std::move(terminal),
                std::move(wakeSignal)) {}
 

@@ -169,22 +169,33 @@ void WINAPI Sleep(DWORD milliseconds);
  * At each open the environment variable IPODCTL_DEVICES maps the names of devices to terminals:
  *   IPODCTL_DEVICES="IPD1:=/dev/pts/4,COM1:=/dev/ttyUSB0" Blanks around names and paths are
  *   ignored, and so are entries without '='. Of two entries for one name the first is used. The
- *   environment must not be changed during the call.
+ *   environment must not be changed during the call. When the variable is not set, IPD1: is the
+ *   pseudo-terminal that the link /tmp/ipod leads to, if the link and the pseudo-terminal belong to
+ *   this user.
+ *
+ * A stream device can also be mapped to
+ *   serial:/dev/ttyUSB0@57600  a serial line with that speed: each frame that is written gets a
+ *                              sync byte FF, and each one that is read loses it
+ *   tcp:127.0.0.1:5000         a TCP port; connecting takes at most two seconds
+ *
+ * When a device cannot be opened, standard error says why, once for each cause. With the
+ * environment variable IPODCTL_DEBUG=1 each open is a line there.
  *
  * When the environment variable IPODCTL_TRACE names a file, the bytes and events of all devices are
- * recorded there, from the first call of the audio library or the first open on. It is also looked
- * at at each open: another file begins a new trace, no file ends the recording.
+ * recorded there, from the first call of the audio library or the first open on. Of a serial line
+ * these are the bytes on the line, with the sync bytes. Each open reads the variable again: another
+ * file begins a new trace, no file ends the recording.
  *
  * The terminal is made raw (8 data bits, no echo, nothing translated) and keeps its speed. Bytes
  * that arrived before the open and were not read can still be read. An flock() of the terminal
  * makes the open exclusive among the users of this function. A terminal that is not a
  * pseudo-terminal is also closed to other programs (TIOCEXCL), except to the superuser.
  *
- * Returns INVALID_HANDLE_VALUE with ERROR_FILE_NOT_FOUND when the name has no entry or its path is
- * not a terminal, ERROR_SHARING_VIOLATION when the terminal is already open, ERROR_ACCESS_DENIED
- * when the user may not open it, ERROR_TOO_MANY_OPEN_FILES or ERROR_NOT_ENOUGH_MEMORY, and
- * ERROR_INVALID_PARAMETER for anything but GENERIC_READ | GENERIC_WRITE, share 0, OPEN_EXISTING,
- * flags 0 and no template. Attributes are ignored.
+ * Returns INVALID_HANDLE_VALUE with ERROR_FILE_NOT_FOUND when the name has no entry, its path is
+ * not a terminal, or there is no connection, ERROR_SHARING_VIOLATION when the terminal is already
+ * open, ERROR_ACCESS_DENIED when the user may not open it, ERROR_TOO_MANY_OPEN_FILES or
+ * ERROR_NOT_ENOUGH_MEMORY, and ERROR_INVALID_PARAMETER for anything but GENERIC_READ |
+ * GENERIC_WRITE, share 0, OPEN_EXISTING, flags 0 and no template. Attributes are ignored.
  */
 HANDLE WINAPI CreateFileW(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES attributes,
                           DWORD disposition, DWORD flags, HANDLE templateFile);

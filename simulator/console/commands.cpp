@@ -28,7 +28,7 @@ std::string unplug(PtyIpod& pty, const std::string&) {
 std::string plug(PtyIpod& pty, const std::string&) {
   try {
     pty.plug();
-  } catch (const LinkError& refused) {
+  } catch (const std::runtime_error& refused) {
     return refused.what();
   }
   return "plugged in on " + pty.slavePath();

@@ -1,11 +1,13 @@
 #include "console/options.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <cstdio>
 #include <iostream>
 
 #include "device/personality_settings.h"
 #include "faults/fault_text.h"
+#include "link/terminal_port.h"
 
 namespace simulator {
 
@@ -27,6 +29,11 @@ constexpr char kExamples[] =
     "  ipodsim --fault lost@04:0018#2           the second answer to 18 is lost\n"
     "  ipodsim --fault random=1                 one answer in a hundred goes wrong\n"
     "  ipodsim --interactive                    unplug it, skip, ... by typing\n"
+    "  ipodsim --device /dev/ttyUSB0 --serial   for an accessory at a serial cable\n"
+    "  ipodsim --listen 5000                    for IPD1:=tcp:127.0.0.1:5000\n"
+    "  ipodsim --record ipod.trace              every byte in a file, for iaptrace\n"
+    "\n"
+    "Nothing protects a TCP port: whoever reaches it controls the simulated iPod.\n"
     "\n"
     "Ctrl-C ends it. Exit status: 0 when it was ended, 1 when it could not run, 2 for\n"
     "a wrong command line.\n";
@@ -54,6 +61,7 @@ struct RawOptions {
   std::string version;
   std::string limits;
   std::vector<std::string> settings;
+  std::string listen;
   bool helpFaults = false;
   bool helpPersonalities = false;
 };
@@ -87,6 +95,35 @@ void setLimits(Personality& personality, const std::string& text) {
   personality.screenHeight = std::max(personality.screenHeight, personality.display.limits.height);
 }
 
+[[noreturn]] void refuseListen(const std::string& text) {
+  throw std::invalid_argument("--listen " + text +
+                              ": write a port like 5000, or an address and a port like "
+                              "192.168.1.5:5000");
+}
+
+/// Returns the text without the brackets that an IPv6 address has.
+std::string withoutBrackets(const std::string& text) {
+  const bool has = text.size() > 2 && text.front() == '[' && text.back() == ']';
+  return has ? text.substr(1, text.size() - 2) : text;
+}
+
+void setListen(Options& options, const std::string& text) {
+  const size_t colon = text.rfind(':');
+  const std::string port = colon == std::string::npos ? text : text.substr(colon + 1);
+  const auto [end, error] =
+      std::from_chars(port.data(), port.data() + port.size(), options.listenPort);
+  if (error != std::errc() || end != port.data() + port.size()) refuseListen(text);
+  options.listenAddress = "127.0.0.1";
+  if (colon != std::string::npos) options.listenAddress = withoutBrackets(text.substr(0, colon));
+  if (options.listenAddress.empty()) refuseListen(text);
+}
+
+void checkSpeed(unsigned baud) {
+  if (isTerminalSpeed(baud)) return;
+  throw std::invalid_argument("--baud " + std::to_string(baud) + ": choose one of " +
+                              terminalSpeeds());
+}
+
 /// Adds to an error message which option explains more.
 template <typename Work>
 void withHint(const char* option, Work work) {
@@ -118,10 +155,22 @@ void checkFaults(const std::vector<std::string>& faults) {
   });
 }
 
-void describeLink(CLI::App& app, Options& options) {
-  app.add_option("--link", options.link, "Where the accessory finds the iPod")
+void describeLink(CLI::App& app, Options& options, RawOptions& raw) {
+  CLI::Option* link = app.add_option("--link", options.link, "Where the accessory finds the iPod")
+                          ->capture_default_str()
+                          ->type_name("PATH");
+  CLI::Option* device =
+      app.add_option("--device", options.device, "Use a serial port instead of a pseudo-terminal")
+          ->type_name("TTY")
+          ->excludes(link);
+  app.add_option("--baud", options.baud, "Its speed")
       ->capture_default_str()
-      ->type_name("PATH");
+      ->type_name("N")
+      ->needs(device);
+  app.add_option("--listen", raw.listen, "Use a TCP port, of 127.0.0.1 unless given")
+      ->type_name("[ADDRESS:]PORT")
+      ->excludes(link)
+      ->excludes(device);
   app.add_flag("--serial", options.serial, "Serial frames instead of USB ones");
 }
 
@@ -197,7 +246,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
   CLI::App app(kDescription, "ipodsim");
   app.footer(kExamples);
   app.set_version_flag("--version", "ipodsim " IPODSIM_VERSION, "Print the version and exit");
-  describeLink(app, options);
+  describeLink(app, options, raw);
   describeMusic(app, options);
   describeModel(app, options, raw);
   describeOutput(app, options, raw);
@@ -205,6 +254,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
   if (raw.helpFaults) std::cout << kFaultUsage << faultHelp();
   if (raw.helpPersonalities) std::cout << personalitiesHelp();
   if (raw.helpFaults || raw.helpPersonalities) return std::nullopt;
+  if (!raw.listen.empty()) setListen(options, raw.listen);
+  checkSpeed(options.baud);
   options.personality = makePersonality(raw);
   checkFaults(options.faults);
   return options;

@@ -13,6 +13,10 @@ namespace simulator {
 /// The options of ipodsim's command line.
 struct Options {
   std::filesystem::path link = "/tmp/ipod";
+  std::string device;         ///< a terminal; empty: a pseudo-terminal, or listenAddress
+  unsigned baud = 57600;      ///< of the device
+  std::string listenAddress;  ///< numeric; empty: no TCP port
+  uint16_t listenPort = 0;    ///< 0: the system selects one
   bool serial = false;
   std::filesystem::path music;    ///< a folder; empty: none given
   std::filesystem::path library;  ///< a JSON file; empty: none given

@@ -1,5 +1,7 @@
 #include "link/pty_ipod.h"
 
+#include "link/pty_port.h"
+
 #include <poll.h>
 #include <sys/eventfd.h>
 
@@ -16,8 +18,14 @@ constexpr Time kPullDelay = milliseconds(20);
 }  // namespace
 
 PtyIpod::PtyIpod(SimulatedIpod& device, FrameKind frames, std::filesystem::path linkPath)
+    : PtyIpod(
+          device, frames, [] { return std::make_unique<PtyPort>(); }, std::move(linkPath)) {}
+
+PtyIpod::PtyIpod(SimulatedIpod& device, FrameKind frames, PortMaker maker,
+                 std::filesystem::path linkPath)
     : ipod(device),
       kind(frames),
+      makePort(std::move(maker)),
       begin(std::chrono::steady_clock::now()),
       waker(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)),
       link(std::move(linkPath)) {
@@ -73,7 +81,7 @@ void PtyIpod::plug() {
 std::string PtyIpod::slavePath() const {
   const std::lock_guard<std::mutex> lock(mutex);
   if (!link.path().empty()) return link.path().string();
-  return port ? port->slavePath() : "";
+  return port ? port->place() : "";
 }
 
 bool PtyIpod::waitUntil(const std::function<bool(const SimulatedIpod&)>& condition, Time limit) {
@@ -92,7 +100,7 @@ void PtyIpod::run() {
     pollfd waits[] = {
         {waker.get(), POLLIN, 0},
         {port ? port->watch() : -1, POLLIN, 0},
-        {port && isAccessoryThere ? port->master() : -1, static_cast<short>(masterEvents), 0}};
+        {port && isAccessoryThere ? port->descriptor() : -1, static_cast<short>(masterEvents), 0}};
     const int limit = waitLimitMs();
     lock.unlock();
     poll(waits, std::size(waits), limit);
@@ -112,7 +120,7 @@ void PtyIpod::serve() {
 }
 
 void PtyIpod::noticeAccessory() {
-  const PtyPort::Presence presence = port->presence();
+  const Port::Presence presence = port->presence();
   isAccessoryThere = presence.open;
   if (presence.closed) changeAccessory();
   if (isAccessoryThere) observeOpen();
@@ -196,12 +204,12 @@ int PtyIpod::waitLimitMs() const {
 void PtyIpod::wake() { eventfd_write(waker.get(), 1); }
 
 void PtyIpod::openPort() {
-  port.emplace();
+  port = makePort();
   isAccessoryThere = false;
   unwritten.clear();
   pullAt.reset();
   try {
-    link.leadTo(port->slavePath());
+    link.leadTo(port->place());
   } catch (...) {
     port.reset();
     throw;
@@ -212,7 +220,7 @@ void PtyIpod::openPort() {
 
 void PtyIpod::closePort() {
   if (!port) return;
-  link.removeFrom(port->slavePath());
+  link.removeFrom(port->place());
   port.reset();
   if (observer) observer->onPulled();
   isOpenObserved = false;

@@ -2,18 +2,19 @@
 
 #include <condition_variable>
 #include <filesystem>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <thread>
 
 #include "device/simulated_ipod.h"
 #include "link/ipod_link.h"
-#include "link/pty_port.h"
+#include "link/port.h"
 #include "link/wire_observer.h"
 
 namespace simulator {
 
-/// Runs a simulated iPod in real time at the end of a pseudo-terminal.
+/// Runs a simulated iPod in real time at the end of a pseudo-terminal, or at another port.
 ///
 ///     SimulatedIpod ipod{personality("classic"), library};
 ///     PtyIpod pty{ipod, FrameKind::kUsb, "/tmp/ipod"};
@@ -28,6 +29,9 @@ class PtyIpod {
   /// The iPod must outlive this. With a `linkPath`, a symbolic link of this name leads to the slave
   /// while the cable is plugged, and no other process gets that name from start() to stop().
   PtyIpod(SimulatedIpod& device, FrameKind frames, std::filesystem::path linkPath = {});
+  /// The same at another port than a pseudo-terminal.
+  PtyIpod(SimulatedIpod& device, FrameKind frames, PortMaker maker,
+          std::filesystem::path linkPath = {});
   /// Stops the thread, and removes the link.
   ~PtyIpod();
   PtyIpod(const PtyIpod&) = delete;
@@ -36,8 +40,8 @@ class PtyIpod {
   /// Reports to `watching` what crosses the wire. It must outlive this. Call it before start().
   void observe(WireObserver& watching) { observer = &watching; }
 
-  /// Plugs the iPod in and starts its thread. Throws std::system_error when there is no
-  /// pseudo-terminal, LinkError when there can be no link.
+  /// Plugs the iPod in and starts its thread. Throws std::system_error or PortError when there is
+  /// no port, LinkError when there can be no link.
   void start();
   void stop();
 
@@ -47,7 +51,7 @@ class PtyIpod {
   /// is plugged in. Throws like start().
   void plug();
 
-  /// Returns the path of the iPod for the accessory: the link, or the slave when there is no link.
+  /// Returns the path of the iPod for the accessory: the link, or the port when there is no link.
   /// Empty when the cable is pulled and there is no link.
   std::string slavePath() const;
 
@@ -96,14 +100,15 @@ class PtyIpod {
 
   SimulatedIpod& ipod;
   const FrameKind kind;
+  const PortMaker makePort;
   const std::chrono::steady_clock::time_point begin;
   WireObserver* observer = nullptr;
   FileDescriptor waker;  ///< an event counter that ends the thread's poll
 
   mutable std::mutex mutex;  ///< guards everything below, and the iPod
   std::condition_variable changed;
-  IpodLink link;                ///< claimed while the thread runs
-  std::optional<PtyPort> port;  ///< while the cable is plugged
+  IpodLink link;               ///< claimed while the thread runs
+  std::unique_ptr<Port> port;  ///< while the cable is plugged
   bool isAccessoryThere = false;
   bool isOpenObserved = false;  ///< the observer knows of the accessory
   Bytes unwritten;

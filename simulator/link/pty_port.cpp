@@ -52,7 +52,7 @@ PtyPort::PtyPort()
   }
 }
 
-PtyPort::Presence PtyPort::presence() {
+Port::Presence PtyPort::presence() {
   Presence now;
   alignas(inotify_event) char events[kReadSize];
   for (ssize_t size; (size = ::read(watcher.get(), events, sizeof events)) > 0;) {

@@ -1,39 +1,26 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "link/file_descriptor.h"
-#include "wire/bytes.h"
+#include "link/port.h"
 
 namespace simulator {
 
 /// The iPod's end of a pseudo-terminal whose other end, the slave, the accessory opens like a
 /// device. Nothing here blocks. Constructors throw std::system_error.
-class PtyPort {
+class PtyPort final : public Port {
  public:
   PtyPort();
 
-  const std::string& slavePath() const { return path; }
-  /// Returns the descriptor to poll for input and output while the accessory has the slave open.
-  int master() const { return masterEnd.get(); }
-  /// Returns the descriptor to poll for input at any time: it is readable when the accessory opened
-  /// or closed the slave.
-  int watch() const { return watcher.get(); }
-
-  /// The events of the slave since the last call, in their order.
-  struct Presence {
-    bool closed = false;  ///< the last process that had it open closed it
-    bool open = false;    ///< a process has it open now
-  };
-  Presence presence();
-
-  /// Returns everything that has arrived.
-  Bytes read();
-  /// Writes as many bytes as the kernel accepts now, and returns their number.
-  size_t write(ByteView bytes);
-  /// Drops what was written and not yet read.
-  void dropUnread();
+  /// Returns the path of the slave.
+  const std::string& place() const override { return path; }
+  int descriptor() const override { return masterEnd.get(); }
+  int watch() const override { return watcher.get(); }
+  Presence presence() override;
+  Bytes read() override;
+  size_t write(ByteView bytes) override;
+  void dropUnread() override;
 
  private:
   bool notice(uint32_t event);

@@ -65,6 +65,7 @@ TEST(CreateFileW, TakesTheFirstEntryOfAName) {
 
 TEST(CreateFileW, ReadsTheEnvironmentAtEachOpen) {
   const PtyPair wire;
+  const DeviceMapping nothing("");
   EXPECT_EQ(openError(u"IPD1:"), ERROR_FILE_NOT_FOUND);
   {
     const DeviceMapping devices("IPD1:", wire);

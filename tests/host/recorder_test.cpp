@@ -80,7 +80,7 @@ TEST_F(Recorder, RecordsWhatADeviceReadsAndWrites) {
   OwnedHandle device(openDevice(u"IPD1:"));
   EXPECT_EQ(writeDevice(device.get(), {0x55, 0x02, 0x00, 0x07, 0xF7}),
             success({0x55, 0x02, 0x00, 0x07, 0xF7}));
-  EXPECT_TRUE(wire.send({0x55, 0x03}));
+  EXPECT_TRUE(wire.sendAndArrive({0x55, 0x03}));
   EXPECT_EQ(readDevice(device.get(), 100), success({0x55, 0x03}));
   EXPECT_TRUE(device.close());
   EXPECT_THAT(recorded(), ElementsAre("# IPD1: open ok", "IPD1: > 55 02 00 07 F7", "IPD1: < 55 03",

@@ -1,7 +1,9 @@
 #include "host_end.h"
 
 #include <fcntl.h>
+#include <netinet/in.h>
 #include <poll.h>
+#include <sys/socket.h>
 
 #include "hex.h"
 
@@ -22,6 +24,20 @@ bool waitForInput(int descriptor, Clock::time_point end) {
 
 HostEnd::HostEnd(const std::string& path)
     : device(::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)) {}
+
+HostEnd HostEnd::connectedTo(const std::string& place) {
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<uint16_t>(std::stoi(place.substr(place.find(':') + 1))));
+  HostEnd end;
+  end.device = FileDescriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  const auto* const general = reinterpret_cast<const sockaddr*>(&address);
+  if (connect(end.device.get(), general, sizeof address) != 0) return HostEnd();
+  const int flags = fcntl(end.device.get(), F_GETFL);
+  fcntl(end.device.get(), F_SETFL, flags | O_NONBLOCK);
+  return end;
+}
 
 bool HostEnd::write(const std::string& hexBytes) {
   const Bytes bytes = hex(hexBytes);

@@ -13,6 +13,8 @@ class HostEnd {
   /// Makes a closed end. With a path it is open if there is such a device.
   HostEnd() = default;
   explicit HostEnd(const std::string& path);
+  /// Connects to a TCP port of this machine, like "127.0.0.1:5000". Closed if nobody listens.
+  static HostEnd connectedTo(const std::string& place);
 
   bool isOpen() const { return static_cast<bool>(device); }
   int descriptor() const { return device.get(); }

@@ -36,7 +36,7 @@ class IpodLinkTest : public testing::Test {
   // Returns the message for a link that cannot be made.
   std::string linkRefused() const {
     try {
-      link.leadTo(port.slavePath());
+      link.leadTo(port.place());
     } catch (const LinkError& refused) {
       return refused.what();
     }
@@ -57,9 +57,9 @@ class IpodLinkTest : public testing::Test {
 
 TEST_F(IpodLinkTest, LeadsToTheTerminalUntilItIsRemoved) {
   link.claim();
-  link.leadTo(port.slavePath());
-  EXPECT_EQ(target(), port.slavePath());
-  link.removeFrom(port.slavePath());
+  link.leadTo(port.place());
+  EXPECT_EQ(target(), port.place());
+  link.removeFrom(port.place());
   EXPECT_FALSE(fs::is_symlink(path));
 }
 
@@ -68,8 +68,8 @@ TEST_F(IpodLinkTest, DoesNothingWithoutAPath) {
   IpodLink another{fs::path()};
   none.claim();
   another.claim();
-  none.leadTo(port.slavePath());
-  none.removeFrom(port.slavePath());
+  none.leadTo(port.place());
+  none.removeFrom(port.place());
 }
 
 TEST_F(IpodLinkTest, ClaimRefusesAnotherOneAndNamesItsHolder) {
@@ -124,31 +124,31 @@ TEST_F(IpodLinkTest, FolderMustExist) {
 TEST_F(IpodLinkTest, LinkOfADeadIpodIsReplaced) {
   fs::create_symlink(kNoTerminal, path);
   EXPECT_EQ(linkRefused(), "made");
-  EXPECT_EQ(target(), port.slavePath());
+  EXPECT_EQ(target(), port.place());
 }
 
 TEST_F(IpodLinkTest, LinkOfADeadIpodIsReplacedWhoseTerminalNowBelongsToAnotherProcess) {
   const PtyPort other;
-  fs::create_symlink(other.slavePath(), path);
+  fs::create_symlink(other.place(), path);
   makeOld();
   EXPECT_EQ(linkRefused(), "made");
-  EXPECT_EQ(target(), port.slavePath());
+  EXPECT_EQ(target(), port.place());
 }
 
 TEST_F(IpodLinkTest, LinkOfADeadIpodIsReplacedWhoseTerminalIsNowOurs) {
-  fs::create_symlink(port.slavePath(), path);
+  fs::create_symlink(port.place(), path);
   EXPECT_EQ(linkRefused(), "made");
-  EXPECT_EQ(target(), port.slavePath());
+  EXPECT_EQ(target(), port.place());
 }
 
 TEST_F(IpodLinkTest, LinkToAnOlderTerminalIsKept) {
   const PtyPort other;
-  fs::create_symlink(other.slavePath(), path);
+  fs::create_symlink(other.place(), path);
   EXPECT_EQ(linkRefused(), "cannot make the link " + path.string() + ": it is there and leads to " +
-                               other.slavePath() +
+                               other.place() +
                                ", which another program serves; end that program, or use another "
                                "link");
-  EXPECT_EQ(target(), other.slavePath());
+  EXPECT_EQ(target(), other.place());
 }
 
 TEST_F(IpodLinkTest, LinkToAnythingElseIsKept) {
@@ -180,10 +180,10 @@ TEST_F(IpodLinkTest, OtherFilesOfTheFolderAreKept) {
 }
 
 TEST_F(IpodLinkTest, LinkThatNowLeadsElsewhereIsNotRemoved) {
-  link.leadTo(port.slavePath());
+  link.leadTo(port.place());
   fs::remove(path);
   fs::create_symlink("/nowhere", path);
-  link.removeFrom(port.slavePath());
+  link.removeFrom(port.place());
   EXPECT_EQ(target(), "/nowhere");
 }
 

@@ -7,6 +7,7 @@
 #include "hex.h"
 #include "host_end.h"
 #include "support/program.h"
+#include "support/pty_pair.h"
 #include "support/recorded_trace.h"
 #include "support/temporary_folder.h"
 
@@ -241,6 +242,44 @@ TEST_F(IpodsimTest, RunsWithoutARecordWhoseFileCannotBeWritten) {
   ASSERT_TRUE(host.write(kAskName));
   EXPECT_EQ(host.read(9), "55 06 00 08 5A 6F 65 00 C4");
   EXPECT_EQ(fs::file_size(file), 8u);
+}
+
+TEST_F(IpodsimTest, ListensAtATcpPort) {
+  auto program = run({"--listen", "0", "--name", "Zoe"});
+  const std::string line = program->readLine().value_or("");
+  ASSERT_EQ(line.rfind("iPod ready on 127.0.0.1:", 0), 0u) << line << program->errors();
+  HostEnd host = HostEnd::connectedTo(line.substr(std::string("iPod ready on ").size()));
+  ASSERT_TRUE(host.write(kAskName));
+  EXPECT_EQ(host.read(9), "55 06 00 08 5A 6F 65 00 C4");
+}
+
+TEST_F(IpodsimTest, UsesASerialPort) {
+  host_test::PtyPair wire;
+  auto program = run({"--device", wire.path(), "--baud", "115200", "--serial", "--name", "Zoe"});
+  EXPECT_EQ(program->readLine(), "iPod ready on " + wire.path());
+  EXPECT_TRUE(wire.send({0xFF, 0x55, 0x02, 0x00, 0x07, 0xF7}));
+  EXPECT_EQ(wire.receive(10), (Bytes{0xFF, 0x55, 0x06, 0x00, 0x08, 0x5A, 0x6F, 0x65, 0x00, 0xC4}));
+  const termios settings = wire.settings();
+  EXPECT_EQ(cfgetospeed(&settings), speed_t{B115200});
+}
+
+TEST_F(IpodsimTest, WrongPlacesAreExplained) {
+  EXPECT_EQ(refusal({"--listen", "x"}, 2),
+            "ipodsim: --listen x: write a port like 5000, or an address and a port like "
+            "192.168.1.5:5000\n");
+  for (const char* const text : {"127.0.0.1:", ":5000", "65536", "5000x"})
+    EXPECT_NE(refusal({"--listen", text}, 2).find("write a port like 5000"), std::string::npos);
+  EXPECT_NE(refusal({"--listen", "192.0.2.1:5000"}, 1).find("cannot listen on 192.0.2.1:5000"),
+            std::string::npos);
+  EXPECT_EQ(refusal({"--device", "/dev/null"}, 1),
+            "ipodsim: cannot use /dev/null: it is not a terminal; name a serial port, like "
+            "/dev/ttyUSB0\n");
+  EXPECT_EQ(refusal({"--device", "/dev/null", "--baud", "1"}, 2),
+            "ipodsim: --baud 1: choose one of 300 1200 2400 4800 9600 19200 38400 57600 115200 "
+            "230400 460800 921600\n");
+  EXPECT_NE(refusal({"--baud", "9600"}, 2).find("--device"), std::string::npos);
+  EXPECT_NE(refusal({"--listen", "5000", "--device", "/dev/null"}, 2).find("excludes"),
+            std::string::npos);
 }
 
 TEST_F(IpodsimTest, CommandsPlayAndShowTheStatus) {
