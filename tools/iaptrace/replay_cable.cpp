@@ -51,7 +51,7 @@ bool ReplayCable::run(int interruption) {
     const bool hasOutput = !unwritten.empty();
     pollfd waits[] = {{interruption, POLLIN, 0},
                       {port ? port->watch() : -1, POLLIN, 0},
-                      {port && isHostThere ? port->master() : -1,
+                      {port && isHostThere ? port->descriptor() : -1,
                        static_cast<short>(POLLIN | (hasOutput ? POLLOUT : 0)), 0},
                       {watcher ? watcher.get() : -1, POLLIN, 0}};
     poll(waits, std::size(waits), waitLimitMs());
@@ -134,8 +134,8 @@ void ReplayCable::offer() {
   if (port) return;
   pull();
   port.emplace();
-  link.leadTo(port->slavePath());
-  target = port->slavePath();
+  link.leadTo(port->place());
+  target = port->place();
 }
 
 void ReplayCable::refuse() {

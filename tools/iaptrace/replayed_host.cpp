@@ -6,7 +6,6 @@
 #include "iaptrace/replay_plan.h"
 #include "iaptrace/replayed_ipod.h"
 #include "wire/command_names.h"
-#include "wire/hex_text.h"
 
 namespace iaptrace {
 namespace {
@@ -51,13 +50,6 @@ std::string joined(const std::vector<std::string>& kinds) {
   for (const std::string& kind : kinds)
     text += (text.empty() ? "" : ", then ") + kind;
   return text.empty() ? "no answer" : text;
-}
-
-std::string textOf(const Message& message) {
-  Step step;
-  step.kind = Step::Kind::kHostSends;
-  step.message = message;
-  return describe(step);
 }
 
 }  // namespace
@@ -198,7 +190,7 @@ void ReplayedHost::takeQuestion(const Message& message) {
     ++roles[i].askedCount;
     return;
   }
-  if (unknownQuestions.size() < kMostLines) unknownQuestions.push_back(textOf(message));
+  if (unknownQuestions.size() < kMostLines) unknownQuestions.push_back(describe(message));
 }
 
 void ReplayedHost::lose(Time now) {
@@ -235,10 +227,10 @@ std::string ReplayedHost::compare(size_t index) const {
   const Role& role = roles[index];
   if (item.isFrom(Sender::kIpod)) {
     const bool isMissing = expectsAnswer(Sender::kIpod, item.message) && role.askedCount == 0;
-    return isMissing ? lineOf(item) + "this iPod did not send: " + textOf(item.message) : "";
+    return isMissing ? lineOf(item) + "this iPod did not send: " + describe(item.message) : "";
   }
   const bool isRequest = !isHostAnswer(item.message);
-  if (!role.sentAt) return isRequest ? lineOf(item) + "not sent: " + textOf(item.message) : "";
+  if (!role.sentAt) return isRequest ? lineOf(item) + "not sent: " + describe(item.message) : "";
   std::vector<std::string> then;
   std::vector<std::string> now;
   for (const size_t reply : role.replies)
@@ -246,7 +238,7 @@ std::string ReplayedHost::compare(size_t index) const {
   for (const Message& answer : role.answers)
     appendKind(now, answer);
   if (!isRequest || then == now) return "";
-  return lineOf(item) + textOf(item.message) + ": then " + joined(then) + "; now " + joined(now);
+  return lineOf(item) + describe(item.message) + ": then " + joined(then) + "; now " + joined(now);
 }
 
 }  // namespace iaptrace

@@ -1,10 +1,10 @@
 #include "iaptrace/replayed_ipod.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 #include "wire/command_names.h"
+#include "wire/fields.h"
 #include "wire/hex_text.h"
 
 namespace iaptrace {
@@ -77,13 +77,12 @@ std::string describe(const Step& step) {
   }
   if (!step.message)
     return "bytes that are no message: " + simulator::hexText(step.bytes, kShownBytes);
-  const Message& message = *step.message;
-  char ids[16];
-  std::snprintf(ids, sizeof ids, "%02X %0*X ", message.lingo,
-                static_cast<int>(2 * simulator::commandWidth(message.lingo)), message.command);
-  const std::string data =
-      message.data.empty() ? "" : " " + simulator::hexText(message.data, kShownBytes);
-  return ids + std::string(commandName(message)) + data;
+  return describe(*step.message);
+}
+
+std::string describe(const Message& message) {
+  const std::string fields = simulator::fieldsText(message);
+  return commandName(message) + (fields.empty() ? "" : " " + fields);
 }
 
 ReplayedIpod::ReplayedIpod(Plan steps, Settings how)

@@ -137,7 +137,8 @@ class ReplayedIpod {
   size_t extraCount = 0;
 };
 
-/// Returns a message as "04 0018 GetNumberCategorizedDbRecords 05", other bytes as they are.
+/// Returns what happens in a step, with a message decoded.
 std::string describe(const Step& step);
+std::string describe(const Message& message);
 
 }  // namespace iaptrace
