@@ -5,6 +5,7 @@
 
 #include "iaptrace/command_line.h"
 #include "iaptrace/decode.h"
+#include "iaptrace/personality.h"
 #include "iaptrace/replay.h"
 #include "trace/trace_parser.h"
 #include "wire/printable.h"
@@ -20,6 +21,7 @@ struct Subcommand {
 
 constexpr Subcommand kSubcommands[] = {
     {"decode", "One line a message: time, direction, command, fields", &runDecode},
+    {"personality", "The model of the iPod, as a file for ipodsim", &runPersonality},
     {"replay", "Plays the iPod of a trace to a host, without the iPod", &runReplay},
 };
 

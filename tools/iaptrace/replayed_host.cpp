@@ -123,7 +123,20 @@ Time ReplayedHost::dueOf() const {
 
 bool ReplayedHost::isSettled(size_t request) const {
   const Role& role = roles[request];
-  return !role.sentAt || (!role.replies.empty() && role.answers.size() >= role.replies.size());
+  return !role.sentAt || !wasAwaited(request) ||
+         (!role.replies.empty() && role.answers.size() >= role.replies.size());
+}
+
+/// Returns whether the host of the trace gave the iPod time for an answer.
+bool ReplayedHost::wasAwaited(size_t request) const {
+  if (!roles[request].replies.empty()) return true;
+  for (size_t i = request + 1; i < items.size(); ++i) {
+    const bool isHosts = items[i].isFrom(Sender::kHost) && !roles[i].question;
+    if (isHosts || endsConnection(items[i])) {
+      return Time(items[i].at - items[request].at) >= kUnansweredWait;
+    }
+  }
+  return false;
 }
 
 /// Sends the message. An answer to a question that was not asked is left out.
@@ -237,7 +250,7 @@ std::string ReplayedHost::compare(size_t index) const {
     appendKind(then, items[reply].message);
   for (const Message& answer : role.answers)
     appendKind(now, answer);
-  if (!isRequest || then == now) return "";
+  if (!isRequest || then == now || !wasAwaited(index)) return "";
   return lineOf(item) + describe(item.message) + ": then " + joined(then) + "; now " + joined(now);
 }
 

@@ -62,6 +62,7 @@ class ReplayedHost {
   bool step(Time now);
   Time dueOf() const;
   bool isSettled(size_t request) const;
+  bool wasAwaited(size_t request) const;
   void send(Time now);
   void pass(Time now);
   void takePayload(ByteView payload);
