@@ -139,6 +139,13 @@ class Planner {
     }
   }
 
+  /// Returns whether the bytes belong to a connection. A trace can begin within one. What was read
+  /// while the host closed the device is recorded after that.
+  bool isInConnection(const Record& record) {
+    if (steps.empty()) open(record);
+    return isOpen;
+  }
+
   Step& append(const Record& record, Step::Kind kind) {
     Step step;
     step.kind = kind;
@@ -166,7 +173,7 @@ class Planner {
   }
 
   void takeWritten(const Record& record) {
-    if (!isOpen) open(record);
+    if (!isInConnection(record)) return;
     for (const Item* item : fromHost.endingIn(record.line)) {
       Step& step = append(record, Step::Kind::kHostSends);
       step.bytes = item->bytes;
@@ -179,7 +186,7 @@ class Planner {
   }
 
   void takeRead(const Record& record) {
-    if (!isOpen) open(record);
+    if (!isInConnection(record)) return;
     const bool isBegun = fromIpod.isContinued(record.line - 1);
     const std::vector<const Item*> ended = fromIpod.endingIn(record.line);
     const bool isWhole = !isBegun && !fromIpod.isContinued(record.line);
@@ -302,7 +309,7 @@ class SpareAnswers {
     const size_t end = std::min(requestAfter(request), steps.size());
     return std::any_of(steps.begin() + static_cast<ptrdiff_t>(request),
                        steps.begin() + static_cast<ptrdiff_t>(end), [](const Step& step) {
-                         return step.kind == Step::Kind::kIpodSends && step.isAnswer;
+                         return step.kind == Step::Kind::kIpodSends && step.beginsWait;
                        });
   }
 
