@@ -74,14 +74,15 @@ void ReplayCable::notice() {
   if (port && isHostThere) ipod.receive(now(), port->read());
 }
 
-/// Returns whether another host has opened the device meanwhile. What the first one wrote is still
-/// handled, and what it did not read is dropped. Bytes that can be read after another host has come
-/// are taken for that host's.
+/// Returns whether the device was opened again meanwhile. What the first host wrote is still
+/// handled, and what it did not read is dropped. When the device is open again, bytes can be of
+/// either host: they are of the first one if the trace has a further request of it.
 bool ReplayCable::noticeClosed() {
   const Bytes last = port->read();
   const bool isOpenAgain = port->presence().open;
   if (!isHostThere) hostCame();
-  if (!isOpenAgain) ipod.receive(now(), last);
+  const bool isOfFirst = !isOpenAgain || ipod.expectsRequest();
+  if (isOfFirst) ipod.receive(now(), last);
   ipod.hostCloses(now());
   isHostThere = false;
   unwritten.clear();
@@ -89,7 +90,7 @@ bool ReplayCable::noticeClosed() {
   if (port) port->dropUnread();
   if (!isOpenAgain || !port) return false;
   hostCame();
-  ipod.receive(now(), last);
+  if (!isOfFirst) ipod.receive(now(), last);
   return true;
 }
 

@@ -65,6 +65,9 @@ class ReplayedIpod {
   void hostCloses(simulator::Time now);
   void receive(simulator::Time now, ByteView bytes);
 
+  /// Returns whether the trace has a further request of the host in this connection.
+  bool expectsRequest() const { return nextRequest().has_value(); }
+
   std::vector<Action> takeActions(simulator::Time now);
   /// Returns when takeActions() is due again without an event.
   std::optional<simulator::Time> nextWake() const;
