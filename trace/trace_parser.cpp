@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -56,7 +57,9 @@ std::optional<Time> timeOf(std::string_view word) {
 std::optional<uint8_t> byteOf(std::string_view pair) {
   const auto isHex = [](char one) { return std::isxdigit(static_cast<unsigned char>(one)) != 0; };
   if (pair.size() != 2 || !std::all_of(pair.begin(), pair.end(), isHex)) return std::nullopt;
-  return static_cast<uint8_t>(std::stoul(std::string(pair), nullptr, 16));
+  uint8_t byte = 0;
+  std::from_chars(pair.begin(), pair.end(), byte, 16);
+  return byte;
 }
 
 /// The text in quotation marks, short and without what a terminal would obey.
@@ -80,13 +83,13 @@ class Parser {
       ++line;
       takeLine(content);
     }
-    if (line == 0) refuse("the file is empty");
+    if (line == 0) refuse("the file is empty. Record the session again");
     return std::move(records);
   }
 
  private:
   [[noreturn]] void refuse(const std::string& why) const {
-    throw ParseError(line == 0 ? why : "line " + std::to_string(line) + ": " + why);
+    throw ParseError((line == 0 ? why : "line " + std::to_string(line) + ": " + why) + ".");
   }
 
   void takeLine(std::string_view content) {
@@ -98,7 +101,8 @@ class Parser {
 
   void takeMark(std::string_view content) const {
     if (content == kMark) return;
-    refuse("a trace begins with \"" + std::string(kMark) + "\", not with " + quoted(content));
+    refuse("a trace begins with \"" + std::string(kMark) + "\", not with " + quoted(content) +
+           ". Name a file that a recorder wrote");
   }
 
   void takeData(std::string_view content) {
@@ -111,7 +115,7 @@ class Parser {
     if (!at || record.device.empty() || !isData) {
       if (isCut) return;
       refuse("neither data (\"SECONDS.MICROS DEVICE < HEX\", \"... > HEX\") nor a comment: " +
-             quoted(content));
+             quoted(content) + ". Correct or remove the line");
     }
     record.kind = direction == "<" ? Record::Kind::kRead : Record::Kind::kWritten;
     while (!rest.empty())
@@ -125,7 +129,8 @@ class Parser {
     if (byte) {
       bytes.push_back(*byte);
     } else if (!(isCut && rest.empty() && pair.size() < 2)) {
-      refuse("a byte is two hexadecimal digits, not " + quoted(pair));
+      refuse("a byte is two hexadecimal digits, not " + quoted(pair) +
+             ". Correct or remove the line");
     }
   }
 
@@ -182,30 +187,37 @@ std::string contentOf(std::istream& file, const std::string& name) {
   char some[65536];
   while (file.read(some, sizeof some) || file.gcount() > 0) {
     text.append(some, static_cast<size_t>(file.gcount()));
-    if (text.size() > kLargestFile) throw ParseError(name + " is larger than 256 MB");
+    if (text.size() > kLargestFile)
+      throw ParseError(name + " is larger than 256 MB. Cut it into parts.");
   }
-  if (file.bad()) throw ParseError(name + " cannot be read");
+  if (file.bad())
+    throw ParseError(name + " cannot be read. Copy it to another place and try again.");
   return text;
-}
-
-std::string contentOf(const std::string& path) {
-  if (path == "-") return contentOf(std::cin, "standard input");
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw ParseError(path + " cannot be read: is it there, and is it a file of yours?");
-  return contentOf(file, path);
 }
 
 }  // namespace
 
 Trace parseTrace(std::string_view text) { return Parser().parse(text); }
 
-Trace readTrace(const std::string& path) {
-  const std::string text = contentOf(path);
+std::string readTraceText(const std::string& path) {
+  if (path == "-") return contentOf(std::cin, "standard input");
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) {
+    throw ParseError(path + " is a folder. Name a trace in it.");
+  }
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw ParseError(path + " cannot be read. Name a file that exists and is yours.");
+  return contentOf(file, path);
+}
+
+Trace parseTraceOf(const std::string& path, std::string_view text) {
   try {
     return parseTrace(text);
   } catch (const ParseError& error) {
     throw ParseError((path == "-" ? "standard input" : path) + ": " + error.what());
   }
 }
+
+Trace readTrace(const std::string& path) { return parseTraceOf(path, readTraceText(path)); }
 
 }  // namespace trace

@@ -25,4 +25,10 @@ Trace parseTrace(std::string_view text);
 /// when the file cannot be read.
 Trace readTrace(const std::string& path);
 
+/// Returns the text of the same. Throws ParseError when it cannot be read.
+std::string readTraceText(const std::string& path);
+
+/// Parses the text of the file. The message of a ParseError begins with the file's name.
+Trace parseTraceOf(const std::string& path, std::string_view text);
+
 }  // namespace trace

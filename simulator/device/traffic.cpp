@@ -4,13 +4,11 @@
 #include <cstdio>
 
 #include "wire/command_names.h"
-#include "wire/hex_text.h"
+#include "wire/fields.h"
 
 namespace simulator {
 
 namespace {
-
-constexpr size_t kShownBytes = 24;
 
 std::string seconds3(Time time, int width) {
   const int64_t ms = std::chrono::duration_cast<milliseconds>(time).count();
@@ -41,7 +39,8 @@ std::string describeMessage(const Message& message) {
   std::snprintf(ids, sizeof ids, "%02X %0*X ", message.lingo, digits, message.command);
   std::string text = ids;
   text += commandName(message);
-  if (!message.data.empty()) text += " " + hexText(message.data, kShownBytes);
+  const std::string fields = fieldsText(message);
+  if (!fields.empty()) text += " " + fields;
   return text;
 }
 

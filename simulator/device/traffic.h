@@ -24,7 +24,7 @@ struct Traffic {
   std::string note;  ///< the faults of the message, or a description of the event
 };
 
-/// Returns one line for a trace: seconds, direction, lingo, command and its name, data, note.
+/// Returns one line for a trace: seconds, direction, lingo, command and its name, fields, note.
 std::string describe(const Traffic& traffic);
 
 }  // namespace simulator

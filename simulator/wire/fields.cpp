@@ -12,7 +12,7 @@ namespace simulator {
 
 namespace {
 
-constexpr size_t kShownBytes = 16;
+constexpr size_t kShownBytes = 24;
 constexpr size_t kButtonBytes = 4;
 
 class FieldReader {
@@ -149,7 +149,8 @@ std::string fieldsText(const Message& message) {
   for (const Field& field : decoded.all)
     add(field.layout->name + ("=" + valueText(field, message)));
   if (decoded.isCut) add("(too short)");
-  if (!decoded.rest.empty()) add("more=" + hexText(decoded.rest, kShownBytes));
+  const char* const name = layoutOf(message) == nullptr ? "data=" : "more=";
+  if (!decoded.rest.empty()) add(name + hexText(decoded.rest, kShownBytes));
   return text;
 }
 

@@ -77,7 +77,7 @@ TEST_F(IpodsimTest, TraceShowsEveryMessage) {
   HostEnd host(link.string());
   ASSERT_TRUE(host.write("55 02 00 03 FB"));
   EXPECT_TRUE(program->readUntil(" <- 00 03 RequestRemoteUIMode"));
-  EXPECT_TRUE(program->readUntil(" -> 00 04 ReturnRemoteUIMode 00"));
+  EXPECT_TRUE(program->readUntil(" -> 00 04 ReturnRemoteUIMode mode=standard"));
   host.close();
   EXPECT_TRUE(program->readUntil(" -- the accessory closed the link"));
 }

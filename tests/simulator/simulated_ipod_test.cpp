@@ -143,10 +143,10 @@ TEST(Trace, ShowsEachMessageInOneLine) {
   bench.wait(milliseconds(5));
   EXPECT_EQ(lines, (std::vector<std::string>{
                        "     1.234 <- 00 05 EnterRemoteUIMode",
-                       "     1.234 -> 00 02 iPodAck 00 05",
-                       "     1.234 <- 04 0018 GetNumberCategorizedDbRecords 02",
+                       "     1.234 -> 00 02 iPodAck status=ok command=EnterRemoteUIMode",
+                       "     1.234 <- 04 0018 GetNumberCategorizedDbRecords category=artists",
                        "fault: late=5@04:0018#1 struck at 1.234 s (GetNumberCategorizedDbRecords)",
-                       "     1.239 -> 04 0019 ReturnNumberCategorizedDbRecords 00 00 00 03  [late]",
+                       "     1.239 -> 04 0019 ReturnNumberCategorizedDbRecords count=3  [late]",
                    }));
 }
 
@@ -229,13 +229,13 @@ TEST(Trace, ShowsFaultsWithTheirRequestIfItIsKnown) {
 TEST(Trace, CutsLongDataAndShowsItsLength) {
   const Traffic traffic{Time(0), Traffic::Kind::kSent, {0x63, 0x07, Bytes(30, 0x11)}, ""};
   EXPECT_EQ(describe(traffic),
-            "     0.000 -> 63 07 unknown 11 11 11 11 11 11 11 11 11 11 11 11 11 11 11 11 11 11 11 "
-            "11 11 11 11 11 ... (30 bytes)");
+            "     0.000 -> 63 07 unknown data=11 11 11 11 11 11 11 11 11 11 11 11 11 11 11 11 "
+            "11 11 11 11 11 11 11 11 ... (30 bytes)");
 }
 
 TEST(Trace, ShowsLostMessagesAndEvents) {
   Traffic traffic{seconds(61), Traffic::Kind::kLost, {0x00, 0x04, {0x01}}, "lost"};
-  EXPECT_EQ(describe(traffic), "    61.000 x- 00 04 ReturnRemoteUIMode 01  [lost]");
+  EXPECT_EQ(describe(traffic), "    61.000 x- 00 04 ReturnRemoteUIMode mode=extended  [lost]");
   traffic.kind = Traffic::Kind::kEvent;
   EXPECT_EQ(describe(traffic), "    61.000 -- lost");
 }

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "iaptrace/failure.h"
+
 namespace iaptrace {
 
 using Arguments = std::vector<std::string>;
@@ -24,11 +26,8 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Something that could not be done: the message is one line that says what to do next.
-class Failure : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+/// Writes to a file, or to standard output when the path is "" or "-". Throws Failure.
+void writeOutput(const std::string& path, const std::string& content);
 
 /// Parses the arguments of a subcommand. Returns the exit status when nothing else is to do: the
 /// help was printed. Throws UsageError.

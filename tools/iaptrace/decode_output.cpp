@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "iaptrace/time_text.h"
 #include "wire/command_names.h"
 #include "wire/fields.h"
 
@@ -34,12 +35,6 @@ std::string timeText(trace::Time at) {
   return text;
 }
 
-std::string latencyText(trace::Time latency) {
-  char text[32];
-  std::snprintf(text, sizeof text, "  (%.1f ms)", static_cast<double>(latency.count()) / 1000);
-  return text;
-}
-
 const char* directionOf(const Item& item) {
   if (item.kind == Item::Kind::kEvent) return "#";
   return item.sender == Sender::kHost ? ">" : "<";
@@ -48,7 +43,7 @@ const char* directionOf(const Item& item) {
 std::string textOf(const DecodedLine& line) {
   const char* const flag = line.weight == Weight::kFault ? " ! " : "   ";
   std::string text = timeText(line.at) + flag + directionOf(*line.item) + " " + line.what;
-  if (line.latency) text += latencyText(*line.latency);
+  if (line.latency) text += "  (" + millisecondsText(*line.latency) + ")";
   for (const std::string& mark : line.marks)
     text += "  [" + mark + "]";
   return text;

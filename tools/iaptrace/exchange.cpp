@@ -1,7 +1,6 @@
 #include "iaptrace/exchange.h"
 
 #include <algorithm>
-#include <iterator>
 
 #include "wire/lingo.h"
 #include "wire/payload.h"
@@ -99,6 +98,7 @@ class Pairing {
 
   Exchanges pair() {
     for (size_t i = 0; i < items.size(); ++i) {
+      if (endsTheConnection(items[i])) firstOpen = found.all.size();
       if (items[i].isMessage()) take(i);
     }
     return std::move(found);
@@ -121,8 +121,7 @@ class Pairing {
   /// The latest exchange that the message can answer, among the last ones.
   Exchange* openFor(const Item& item) {
     constexpr ptrdiff_t kLookedAt = 64;
-    const auto count =
-        std::min<ptrdiff_t>(kLookedAt, std::distance(found.all.begin(), found.all.end()));
+    const auto count = std::min(kLookedAt, static_cast<ptrdiff_t>(found.all.size() - firstOpen));
     for (auto one = found.all.rbegin(); one != found.all.rbegin() + count; ++one) {
       const Item& request = items[one->request];
       const bool fits = request.sender != item.sender && answers(item.message, request.message);
@@ -131,8 +130,15 @@ class Pairing {
     return nullptr;
   }
 
+  /// What was asked before the device was closed or opened again is not answered any more.
+  static bool endsTheConnection(const Item& item) {
+    return item.kind == Item::Kind::kEvent && (item.event.kind == trace::Record::Kind::kOpened ||
+                                               item.event.kind == trace::Record::Kind::kClosed);
+  }
+
   const Conversation& items;
   Exchanges found;
+  size_t firstOpen = 0;  ///< the first exchange of this connection
 };
 
 }  // namespace

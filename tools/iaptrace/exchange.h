@@ -35,7 +35,7 @@ struct Exchanges {
 };
 
 /// Pairs the messages of a conversation. An answer belongs to the latest open request that it can
-/// answer.
+/// answer, in the same connection: between an open and a close of the device.
 Exchanges exchangesOf(const Conversation& items);
 
 }  // namespace iaptrace

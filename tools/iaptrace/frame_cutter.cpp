@@ -66,6 +66,8 @@ FrameCutter::Frame FrameCutter::frameAt(size_t start) const {
 /// Returns where a good short frame with a known lingo begins; `end` if there is none before it.
 size_t FrameCutter::goodStartWithin(size_t from, size_t end) const {
   for (size_t start = nextStart(from); start < end; start = nextStart(start + 1)) {
+    // Summing long frames that overlap would take for ever.
+    if (start + 1 < bytes.size() && bytes[start + 1] == kLongFormMarker) continue;
     const Frame frame = frameAt(start);
     const bool isMessage = frame.isGood && !frame.isLong && frame.size > kShortHeader + 2;
     if (isMessage && isKnownLingo(bytes[start + kShortHeader])) return start;

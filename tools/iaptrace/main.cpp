@@ -5,8 +5,11 @@
 
 #include "iaptrace/command_line.h"
 #include "iaptrace/decode.h"
+#include "iaptrace/pcapng.h"
 #include "iaptrace/personality.h"
+#include "iaptrace/redact.h"
 #include "iaptrace/replay.h"
+#include "iaptrace/stats.h"
 #include "trace/trace_parser.h"
 #include "wire/printable.h"
 
@@ -21,6 +24,9 @@ struct Subcommand {
 
 constexpr Subcommand kSubcommands[] = {
     {"decode", "One line a message: time, direction, command, fields", &runDecode},
+    {"stats", "How often and how fast each command was answered; a timeline", &runStats},
+    {"redact", "Replace names, titles and serial numbers", &runRedact},
+    {"pcapng", "Convert to a capture file for Wireshark", &runPcapng},
     {"personality", "The model of the iPod, as a file for ipodsim", &runPersonality},
     {"replay", "Plays the iPod of a trace to a host, without the iPod", &runReplay},
 };
