@@ -13,6 +13,7 @@ constexpr char kUsage[] =
     "\n"
     "On a Linux host an environment variable says where the device is:\n"
     "  IPODCTL_DEVICES=\"IPD1:=/path/of/a/tty\" headunit\n"
+    "Without it, the simulated iPod is used that ipodsim has put at /tmp/ipod.\n"
     "The logo is read from logo_zel.bmp in the current directory.\n"
     "\n"
     "Exit status:\n"

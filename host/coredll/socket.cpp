@@ -63,7 +63,7 @@ class Connection {
     throw OpenFailure(ERROR_FILE_NOT_FOUND, "tcp:" + host + ":" + port + " " + why + "; " + remedy);
   }
 
-  /// The search for a name has no time limit of its own: a thread that lasts too long is left
+  /// The search for a name has no time limit: a thread that lasts too long is left
   /// alone.
   Addresses findAddresses() const {
     if (Addresses numeric = find(host, port, AI_NUMERICHOST)) return numeric;

@@ -25,7 +25,7 @@ class Port {
   /// Returns the descriptor to poll for input and output while an accessory is there.
   virtual int descriptor() const = 0;
   /// Returns the descriptor to poll for input at any time: it is readable when an accessory may
-  /// have come or gone. -1 when there is none.
+  /// have connected or left. -1 when there is none.
   virtual int watch() const = 0;
 
   /// What accessories have done since the last call, in this order.

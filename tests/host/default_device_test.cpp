@@ -2,12 +2,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "coredll/open_failure.h"
+#include "support/eventually.h"
 #include "support/pty_pair.h"
 #include "support/temporary_folder.h"
 
@@ -64,6 +66,16 @@ TEST_F(DefaultDevice, IsNotAnotherFile) {
   fs::create_symlink(wire.path(), folder / "second");
   linkTo(folder / "second");
   EXPECT_EQ(refusal(), because(link.string() + " does not lead to a pseudo-terminal"));
+}
+
+/// A shell can have the pseudo-terminal with this number now.
+TEST_F(DefaultDevice, IsNotAPseudoTerminalThatIsYoungerThanTheLink) {
+  linkTo(wire.path());
+  const std::string stale = because(link.string() + " is left from an ipodsim that has ended");
+  EXPECT_TRUE(session::eventually([&] {
+    chmod(wire.path().c_str(), 0620);  // the clock of the files moves in steps
+    return refusal() == stale;
+  }));
 }
 
 /// Only the superuser can give a file to another user.

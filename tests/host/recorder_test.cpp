@@ -7,6 +7,7 @@
 #include <unistd.h>
 #include <windows.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
@@ -256,14 +257,17 @@ TEST_F(Recorder, WritesTheRestAtTheEndOfTheProcess) {
   EXPECT_THAT(textsOf(path), ElementsAre("# IPD1: open ok", "IPD1: > 55"));
 }
 
+/// The thread that writes is in the parent: the other process must not wait for it at its end.
 TEST_F(Recorder, LeavesTheTraceOfItsParentAlone) {
   const TraceTo trace(path);
   OwnedHandle device(openDevice(u"IPD1:"));
+  const auto begin = std::chrono::steady_clock::now();
   EXPECT_EQ(inAnotherProcess([&] {
               writeDevice(device.get(), {0x55});
               return 7;
             }),
             7);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(1500));
   EXPECT_TRUE(device.close());
   EXPECT_THAT(recorded(), ElementsAre("# IPD1: open ok", "# IPD1: close"));
 }

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "iaptrace/check.h"
 #include "iaptrace/command_line.h"
 #include "iaptrace/decode.h"
 #include "iaptrace/pcapng.h"
@@ -25,6 +26,7 @@ struct Subcommand {
 constexpr Subcommand kSubcommands[] = {
     {"decode", "One line a message: time, direction, command, fields", &runDecode},
     {"stats", "How often and how fast each command was answered; a timeline", &runStats},
+    {"check", "What went wrong: the cause, the lines that show it, what to try", &runCheck},
     {"redact", "Replace names, titles and serial numbers", &runRedact},
     {"pcapng", "Convert to a capture file for Wireshark", &runPcapng},
     {"personality", "The model of the iPod, as a file for ipodsim", &runPersonality},

@@ -1,0 +1,103 @@
+// A change of the mode that is acknowledged as pending first.
+
+#include <algorithm>
+
+#include "iaptrace/check_rules.h"
+
+namespace iaptrace::checking {
+namespace {
+
+constexpr trace::Time kLongestPending = std::chrono::milliseconds(3000);
+
+/// The time in which a change of the mode is pending: between two items.
+struct PendingMode {
+  size_t request;
+  size_t pending;
+  size_t done;  ///< the final acknowledgement; the number of items when there is none
+  size_t end;   ///< the same, or the next request of a mode
+};
+
+bool isPendingAcknowledgement(const Message& message) {
+  return statusOf(message) == static_cast<uint8_t>(simulator::Status::kPending);
+}
+
+std::vector<PendingMode> pendingModesOf(const Session& session) {
+  std::vector<PendingMode> modes;
+  for (const Exchange& exchange : session.exchanges.all) {
+    if (!isGeneral(session.items[exchange.request].message, simulator::kEnterRemoteUiMode))
+      continue;
+    if (!exchange.isAnswered()) continue;
+    const size_t first = exchange.replies.front();
+    if (!isPendingAcknowledgement(session.items[first].message)) continue;
+    const size_t last = exchange.replies.back();
+    const bool isDone = !isPendingAcknowledgement(session.items[last].message);
+    if (!modes.empty()) modes.back().end = std::min(modes.back().end, exchange.request);
+    const size_t done = isDone ? last : session.items.size();
+    modes.push_back({exchange.request, first, done, done});
+  }
+  return modes;
+}
+
+/// Whether the request got no answer that is of use, because it was sent while the mode changed.
+bool isSpoilt(const Session& session, const Exchange& exchange, const PendingMode& mode) {
+  const Item& request = session.items[exchange.request];
+  const bool isInside = exchange.request > mode.pending && exchange.request < mode.end;
+  if (!isInside || !needsTheMode(request.message)) return false;
+  if (!exchange.isAnswered()) return session.waitAfter(exchange.request) >= kGaveUp;
+  const bool isRefused = resultOf(session, exchange).value_or(0) != 0;
+  // The host takes the acknowledgement of the mode for the answer.
+  return isRefused || exchange.replies.front() > mode.done;
+}
+
+/// Returns the lines of the requests that were spoilt.
+std::vector<size_t> spoiltRequests(const Session& session, const PendingMode& mode) {
+  std::vector<size_t> lines;
+  const Exchanges& exchanges = session.exchanges;
+  const auto isBefore = [](const Exchange& exchange, size_t item) {
+    return exchange.request < item;
+  };
+  auto each = std::lower_bound(exchanges.all.begin(), exchanges.all.end(), mode.pending, isBefore);
+  for (; each != exchanges.all.end() && each->request < mode.end; ++each) {
+    if (isSpoilt(session, *each, mode)) lines.push_back(session.items[each->request].firstLine);
+  }
+  return lines;
+}
+
+bool neverEnds(const Session& session, const PendingMode& mode) {
+  return mode.done == session.items.size() && !session.connected && !session.failure &&
+         session.ended - session.items[mode.pending].at >= kLongestPending;
+}
+
+}  // namespace
+
+bool isSentWhilePending(const Session& session, size_t request) {
+  for (const PendingMode& mode : pendingModesOf(session)) {
+    if (request > mode.pending && request < mode.end) return true;
+  }
+  return false;
+}
+
+void findPendingMode(const Case& trace, Diagnosis& diagnosis) {
+  for (const Session& session : trace.sessions) {
+    for (const PendingMode& mode : pendingModesOf(session)) {
+      std::vector<size_t> lines = spoiltRequests(session, mode);
+      if (lines.empty() && !neverEnds(session, mode)) continue;
+      lines.push_back(session.items[mode.request].firstLine);
+      lines.push_back(session.items[mode.pending].line);
+      if (mode.done < session.items.size()) lines.push_back(session.items[mode.done].line);
+      diagnosis.add("mode-change-pending", lines);
+    }
+  }
+}
+
+void noteModeAcknowledgedTwice(const Case& trace, Diagnosis& diagnosis) {
+  for (const Session& session : trace.sessions) {
+    for (const PendingMode& mode : pendingModesOf(session)) {
+      if (mode.done == session.items.size()) continue;
+      diagnosis.addNote("the iPod acknowledged a change of the mode twice, as pending and as done",
+                        {session.items[mode.pending].line, session.items[mode.done].line});
+    }
+  }
+}
+
+}  // namespace iaptrace::checking
