@@ -129,10 +129,12 @@ int playHost(const ReplayOptions& options, Conversation conversation) {
   const std::vector<std::string> differences = host.differences();
   for (const std::string& line : differences)
     sayLine(line);
-  const size_t count = differences.size();
-  sayLine(std::to_string(host.sentCount()) + " messages sent; " +
-          (count == 0 ? "the iPod answers as in the trace"
-                      : std::to_string(count) + (count == 1 ? " difference" : " differences")));
+  const auto counted = [](size_t count, const std::string& one) {
+    return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
+  };
+  sayLine(counted(host.sentCount(), "message") + " sent; " +
+          (differences.empty() ? "the iPod answers as in the trace"
+                               : counted(differences.size(), "difference")));
   return differences.empty() ? kDone : kFailed;
 }
 

@@ -324,6 +324,7 @@ class SpareAnswers {
     const auto first = steps.begin() + static_cast<ptrdiff_t>(index);
     std::rotate(first, first + 1, steps.begin() + static_cast<ptrdiff_t>(request) + 1);
     steps[request].gap = Time(0);
+    steps[request].isAwaited = true;
   }
 
   Plan& steps;

@@ -74,7 +74,14 @@ std::vector<ReplayedHost::Action> ReplayedHost::takeActions(Time now) {
   return std::exchange(actions, {});
 }
 
+/// Ends after the last item, when its answer has arrived or its time is over.
+bool ReplayedHost::end(Time now) {
+  over = !isInside || now >= answerDue();
+  return false;
+}
+
 bool ReplayedHost::step(Time now) {
+  if (at == items.size()) return end(now);
   const Item& item = items[at];
   const bool isHosts = item.isFrom(Sender::kHost);
   const bool isOpening = isEvent(item, Record::Kind::kOpened);
@@ -86,6 +93,7 @@ bool ReplayedHost::step(Time now) {
   if (isOpening || (isHosts && !isInside)) {
     actions.push_back({Action::Kind::kOpen, {}});
     isInside = true;
+    lastRequest.reset();
     requests.clear();
     decoder.reset();
   }
@@ -100,25 +108,24 @@ bool ReplayedHost::step(Time now) {
 
 /// Returns when the host's next step is due. Each wait for the iPod has an end.
 Time ReplayedHost::dueOf() const {
-  const Item& item = items[at];
-  const auto pause = std::chrono::duration_cast<Time>(item.at - passedItem);
+  if (at == items.size()) return answerDue();
+  const auto pause = std::chrono::duration_cast<Time>(items[at].at - passedItem);
   const double ns = settings.speed > 0 ? static_cast<double>(pause.count()) / settings.speed : 0;
-  Time due =
-      passedAt +
-      Time(static_cast<Time::rep>(std::min(ns, static_cast<double>(kLongestPauseOfHost.count()))));
+  const double most = static_cast<double>(kLongestPauseOfHost.count());
+  const Time due = passedAt + Time(static_cast<Time::rep>(std::min(ns, most)));
   const auto& question = roles[at].question;
-  const bool awaitsQuestion = question && roles[*question].askedCount == 0;
-  const bool awaitsAnswer = !question && isInside && lastRequest && !isSettled(*lastRequest);
-  if (awaitsQuestion) due = std::max(due, passedAt + pause + settings.patience);
-  if (awaitsAnswer) {
-    const Role& role = roles[*lastRequest];
-    const Time wait =
-        role.replies.empty()
-            ? kUnansweredWait
-            : Time(items[role.replies.back()].at - items[*lastRequest].at) + settings.patience;
-    due = std::max(due, *role.sentAt + wait);
-  }
-  return due;
+  if (!question) return std::max(due, answerDue());
+  const bool wasAsked = roles[*question].askedCount > 0;
+  return wasAsked ? due : std::max(due, passedAt + pause + settings.patience);
+}
+
+/// Returns until when the answer to the last request is awaited.
+Time ReplayedHost::answerDue() const {
+  if (!isInside || !lastRequest || isSettled(*lastRequest)) return passedAt;
+  const Role& role = roles[*lastRequest];
+  if (role.replies.empty()) return *role.sentAt + kUnansweredWait;
+  const trace::Time needed = items[role.replies.back()].at - items[*lastRequest].at;
+  return *role.sentAt + Time(needed) + settings.patience;
 }
 
 bool ReplayedHost::isSettled(size_t request) const {
@@ -211,9 +218,10 @@ void ReplayedHost::lose(Time now) {
 }
 
 void ReplayedHost::leaveConnection(Time now) {
-  while (!isOver() && !endsConnection(items[at]) && !isEvent(items[at], Record::Kind::kOpened))
+  while (at < items.size() && !endsConnection(items[at]) &&
+         !isEvent(items[at], Record::Kind::kOpened))
     ++at;
-  if (!isOver() && endsConnection(items[at])) pass(now);
+  if (at < items.size() && endsConnection(items[at])) pass(now);
   actions.push_back({Action::Kind::kClose, {}});
   isInside = false;
 }

@@ -40,7 +40,7 @@ class ReplayedHost {
 
   std::vector<Action> takeActions(simulator::Time now);
   std::optional<simulator::Time> nextWake() const;
-  bool isOver() const { return at == items.size(); }
+  bool isOver() const { return over; }
 
   /// Returns a line for each request that was answered in another way, and for each question that
   /// only one of both iPods asked.
@@ -60,7 +60,9 @@ class ReplayedHost {
   };
 
   bool step(Time now);
+  bool end(Time now);
   Time dueOf() const;
+  Time answerDue() const;
   bool isSettled(size_t request) const;
   bool wasAwaited(size_t request) const;
   void send(Time now);
@@ -76,6 +78,7 @@ class ReplayedHost {
   std::vector<Role> roles;  ///< of each item
   simulator::FrameDecoder decoder;
   size_t at = 0;
+  bool over = false;
   bool isInside = false;  ///< a connection
   std::optional<size_t> lastRequest;
   std::vector<size_t> requests;  ///< that were sent in this connection

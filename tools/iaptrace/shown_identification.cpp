@@ -86,6 +86,9 @@ class IdentificationFinder {
     now.isAnswered = true;
     if (*status != 0) return;
     if (now.isIgnoredBefore) shown.set("silent-before-identification", true);
+    endIdentification();
+    now = Connection();
+    now.isAnswered = true;
     now.isAccepted = true;
     now.announcedAt = announcement.request->at;
   }
@@ -204,8 +207,12 @@ class IdentificationFinder {
   void endConnection() {
     const bool wasNeverAnswered = now.ignored > 0 && !now.isAnswered;
     if (wasNeverAnswered) shown.settings.emplace("silent-identifications", now.ignored);
-    if (now.isOffered && now.wasRateTold) shown.extraAccessoryInfo = now.extra;
+    endIdentification();
     now = Connection();
+  }
+
+  void endIdentification() {
+    if (now.isOffered && now.wasRateTold) shown.extraAccessoryInfo = now.extra;
   }
 
   const Conversation& items;

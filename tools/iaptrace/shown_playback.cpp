@@ -135,16 +135,20 @@ void showNotifications(const Conversation& items, ShownPersonality& shown) {
   constexpr size_t kEnough = 3;
   constexpr int64_t kStep = 10;  // ms
   std::vector<int64_t> pauses;
-  std::optional<Time> before;
+  const Item* before = nullptr;  // the position before, without another message between
   for (const Item& item : items) {
     if (!item.isMessage() || !item.isFrom(Sender::kIpod)) continue;
+    // Another track: the pause is not the usual one.
+    if (item.message.lingo == static_cast<uint8_t>(Lingo::kDigitalAudio)) before = nullptr;
     if (!item.message.is(Lingo::kExtendedInterface, simulator::kPlayStatusChangeNotification)) {
       continue;
     }
     const uint8_t change = PayloadReader(item.message.data).u8();
     const bool isPosition = change == static_cast<uint8_t>(simulator::PlayStatusChange::kPosition);
-    if (isPosition && before) pauses.push_back((item.at - *before).count() / 1000);
-    before = isPosition ? std::optional(item.at) : std::nullopt;
+    if (isPosition && before != nullptr) {
+      pauses.push_back((item.at - before->at).count() / 1000);
+    }
+    before = isPosition ? &item : nullptr;
   }
   if (pauses.size() < kEnough) return;
   const auto [least, most] = std::minmax_element(pauses.begin(), pauses.end());
