@@ -194,7 +194,7 @@ Personality readPersonality(const std::filesystem::path& file) {
 
 const char* personalityFileHelp() {
   return "--personality FILE.json\n\n"
-         "  A model in a file, as iaptrace personality writes it from a trace. Every key can\n"
+         "  A model in a file, as iaptrace personality makes it from a trace. Any key can\n"
          "  be left out; then it is as in the model classic. Example:\n\n"
          "  {\n"
          "    \"name\": \"Zoe's iPod\",\n"
@@ -207,8 +207,8 @@ const char* personalityFileHelp() {
          "    \"extraAccessoryInfo\": [2],\n"
          "    \"settings\": {\"mode-change-pending\": 300, \"colour\": \"no\"}\n"
          "  }\n\n"
-         "  A lingo with the version null is one that it does not speak. The settings are\n"
-         "  those of --set, which can change them again.\n";
+         "  A lingo whose version is null is not spoken. The settings are those of --set,\n"
+         "  which can change them again.\n";
 }
 
 }  // namespace simulator
