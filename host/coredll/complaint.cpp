@@ -28,7 +28,7 @@ bool isNew(const std::string& text) {
 std::string printable(std::string text) {
   constexpr char kDelete = 0x7f;
   for (char& one : text) {
-    if ((one >= 0 && one < ' ') || one == kDelete) one = '?';
+    if (static_cast<unsigned char>(one) < ' ' || one == kDelete) one = '?';
   }
   return text;
 }

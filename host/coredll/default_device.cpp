@@ -40,7 +40,7 @@ std::string defaultTerminal(const std::string& link) {
   if (lstat(link.c_str(), &ofLink) != 0) refuse("there is no " + link);
   if (!S_ISLNK(ofLink.st_mode)) refuse(link + " is not a link");
   if (!isOfThisUser(ofLink)) refuse(link + " belongs to another user");
-  const std::string target = targetOf(link);
+  std::string target = targetOf(link);
   struct stat status = {};
   // The target is not followed if it is a link again.
   if (lstat(target.c_str(), &status) != 0) refuse(link + " leads to nothing");

@@ -24,6 +24,6 @@ bool isSameName(std::string_view first, std::string_view second);
 std::string deviceMap();
 
 /// Returns the entry of the CE name in the present IPODCTL_DEVICES; no value when there is none.
-std::optional<DeviceEntry> findDevice(const std::string& name);
+std::optional<DeviceEntry> findDevice(const std::string& wanted);
 
 }  // namespace coredll

@@ -1,7 +1,5 @@
 #include "isochplay.h"
 
-#include <desk.h>
-
 #include <atomic>
 #include <cstddef>
 #include <cstdio>
@@ -9,6 +7,7 @@
 #include <iterator>
 
 #include "common/guarded_sink.h"
+#include "include/desk.h"
 #include "isochplay_desk.h"
 
 namespace {

@@ -122,6 +122,12 @@ TEST(Check, FindsNothingInAHostThatSendsSeveralRequestsBeforeItReads) {
               IsEmpty());
 }
 
+TEST(Check, FindsNothingWhereTheAnswerIsRecordedBeforeItsRequest) {
+  EXPECT_THAT(causesIn(kConnected + "2.000100" + kIndex + "2.000200" + kAskIndex + "4.000100" +
+                       kShuffle + "4.000300" + kAskShuffle + closedAt("6.000000")),
+              IsEmpty());
+}
+
 TEST(Check, FindsNothingInASerialLineWithSyncBytes) {
   EXPECT_THAT(causesIn("# 0.000100 COM2: open ok\n"
                        "0.100000 COM2: > ff 55 0e 00 13 00 00 00 01 00 00 00 00 00 00 00 00 de\n"
@@ -140,6 +146,35 @@ TEST(Check, IgnoresAReadThatFailsBecauseTheHostClosesTheDevice) {
                        "# 2.000100 IPD1: read-failed 31\n# 2.000200 IPD1: close\n"),
               IsEmpty());
   EXPECT_THAT(causesIn(kConnected + "# 2.000100 IPD1: read-failed 995\n# 2.000200 IPD1: close\n"),
+              IsEmpty());
+}
+
+TEST(Check, FindsNothingInAHostThatOnlyPressesButtons) {
+  EXPECT_THAT(causesIn("# 0.000100 COM1: open ok\n"
+                       "0.100000 COM1: > FF 55 03 00 01 02 FA\n"
+                       "1.200000 COM1: > FF 55 03 02 00 01 FA\n"
+                       "2.300000 COM1: > FF 55 03 02 00 00 FB\n"
+                       "5.000000 COM1: > FF 55 03 02 00 01 FA\n"),
+              IsEmpty());
+}
+
+TEST(Check, FindsNothingInAHostThatUsesAnotherLingoThanTheExtendedInterface) {
+  EXPECT_THAT(causesIn("# 0.000100 COM1: open ok\n"
+                       "0.100000 COM1: > FF 55 0E 00 13 00 00 00 09 00 00 00 00 00 00 00 00 D6\n"
+                       "0.100100 COM1: < FF 55 04 00 02 00 13 E7\n"
+                       "0.200000 COM1: > FF 55 02 03 08 F3\n"
+                       "0.200100 COM1: < FF 55 03 03 09 00 F1\n"
+                       "# 9.000000 COM1: close\n"),
+              IsEmpty());
+}
+
+TEST(Check, FindsNothingInAHostThatUnderstandsLongFrames) {
+  std::string text;
+  for (int i = 0; i < 300; ++i)
+    text += " 78";
+  EXPECT_THAT(causesIn(kConnected + "2.000000 IPD1: > 55 07 04 00 20 00 00 00 00 D5\n" +
+                       "2.000100 IPD1: < 55 00 01 2F 04 00 21" + text + " 0B\n" + "3.000000" +
+                       kAskIndex + "3.000100" + kIndex),
               IsEmpty());
 }
 
@@ -219,6 +254,35 @@ TEST(Check, FindsAWrongSpeedInTheHostsBytesAtTheIpodsEnd) {
                        "1.200000 COM1: > F8 00 80 1C E0 FE 00 9C\n"
                        "2.300000 COM1: > F8 00 80 1C E0 FE 00 9C\n"),
               ElementsAre("wrong-speed"));
+}
+
+TEST(Check, DoesNotTakeTheRestOfAFrameForAWrongSpeed) {
+  EXPECT_THAT(causesIn("0.100000 COM1: > 11 00 00 00 00 00 00 00 00 CA\n"), IsEmpty());
+}
+
+TEST(Check, FindsASilentIpodWhereOneHasAnsweredWithoutSyncBytes) {
+  EXPECT_THAT(causesIn("# 0.000100 COM2: open ok\n"
+                       "0.100000 COM2: > 55 03 04 00 1E DB\n"
+                       "0.100100 COM2: < 55 07 04 00 1F 00 00 00 02 D4\n"
+                       "# 0.200000 COM2: close\n"
+                       "# 1.000100 COM2: open ok\n" +
+                       announced("1.100000", "COM2:") + announced("2.200000", "COM2:") +
+                       announced("3.300000", "COM2:")),
+              ElementsAre("silent"));
+}
+
+TEST(Check, DoesNotJudgeTheSyncByteByASingleFrame) {
+  EXPECT_THAT(causesIn("0.100000 IPD1: < 55 04 00 02 00 05 F5\n"
+                       "0.200000 IPD1: > FF 55 03 04 00 1E DB\n"),
+              IsEmpty());
+}
+
+TEST(Check, FindsAWrongSpeedAlthoughSomeBytesLookLikeADamagedFrame) {
+  EXPECT_THAT(
+      causesIn(kOpened + announced("0.100000") + "0.101000 IPD1: < F8 00 80 1C E0 FE 00 9C\n" +
+               announced("1.200000") + "1.201000 IPD1: < F8 55 03 00 99 00 55\n" +
+               announced("2.300000") + "2.301000 IPD1: < F8 00 80 1C E0 FE 00 9C\n"),
+      ElementsAre("wrong-speed"));
 }
 
 TEST(Check, FindsABadChecksum) {
@@ -316,6 +380,13 @@ TEST(Check, FindsARequestWhileTheModeIsPending) {
   EXPECT_THAT(diagnosisOf(lines).findings[0].lines, ElementsAre(15u, 16u, 17u, 19u));
 }
 
+TEST(Check, FindsARequestDuringWhichTheModeIsAcknowledged) {
+  EXPECT_THAT(causesIn(kPendingMode + "0.401200" + kReset +
+                       "0.401300 IPD1: < 55 04 00 02 00 05 F5\n"
+                       "0.401400 IPD1: < 55 06 04 00 01 00 00 16 DF\n"),
+              ElementsAre("mode-change-pending"));
+}
+
 TEST(Check, FindsAModeThatStaysPending) {
   EXPECT_THAT(causesIn(kPendingMode + "# 5.000000 IPD1: close\n"),
               ElementsAre("mode-change-pending"));
@@ -328,6 +399,12 @@ TEST(Check, NotesAModeThatIsAcknowledgedTwice) {
                             kAskIndex + "1.500100" + kIndex;
   EXPECT_THAT(causesIn(lines), IsEmpty());
   EXPECT_THAT(notesIn(lines), Contains(HasSubstr("acknowledged a change of the mode twice")));
+}
+
+TEST(Check, NotesAModeThatIsAcknowledgedOnceTooOften) {
+  const std::string lines = kConnected + "0.101400 IPD1: < 55 04 00 02 00 05 F5\n";
+  EXPECT_THAT(causesIn(lines), IsEmpty());
+  EXPECT_THAT(notesIn(lines), Contains(HasSubstr("more often than the host asked")));
 }
 
 // ---------------------------------------------------------------- requests and answers
@@ -382,6 +459,25 @@ TEST(Check, DoesNotGuessWhyOneRequestIsNotAnswered) {
   EXPECT_THAT(diagnosisOf(lines).findings[0].lines, ElementsAre(17u));
 }
 
+TEST(Check, DoesNotGuessWhyTheLastRequestIsNotAnswered) {
+  EXPECT_THAT(causesIn(kConnected + "2.000000" + kAskIndex + closedAt("5.000000")),
+              ElementsAre("unknown"));
+}
+
+TEST(Check, ExpectsNoAnswersOutsideTheMode) {
+  EXPECT_THAT(causesIn(kConnected + "2.000000" + kExit +
+                       "2.000100 IPD1: < 55 04 00 02 00 06 F4\n3.000000" + kAskIndex +
+                       "5.000000 IPD1: > 55 02 00 03 FB\n"
+                       "5.000100 IPD1: < 55 03 00 04 00 F9\n"),
+              IsEmpty());
+}
+
+TEST(Check, TakesAnUnansweredQuestionForTheScreenForNoFault) {
+  EXPECT_THAT(causesIn(kConnected + "2.000000 IPD1: > 55 03 04 00 39 C0\n3.000000" + kAskIndex +
+                       "3.000100" + kIndex),
+              IsEmpty());
+}
+
 // ---------------------------------------------------------------- the sample rate
 
 constexpr char kNewRate[] = " IPD1: < 55 0E 0A 04 00 00 BB 80 00 00 00 00 00 00 00 00 A9\n";
@@ -392,6 +488,13 @@ TEST(Check, FindsARateThatTheHostDoesNotAcknowledge) {
   EXPECT_THAT(
       causesIn(kConnected + "2.000000" + kNewRate + "4.000000" + kAskIndex + "4.000100" + kIndex),
       ElementsAre("rate-not-acknowledged"));
+}
+
+TEST(Check, ReportsOnlyTheConnectionThatFailed) {
+  EXPECT_THAT(
+      causesIn(kOpened + attemptWithoutAudio("0") + attemptWithoutAudio("1") +
+               attemptWithoutAudio("2") + "2.400000" + kNewRate + "# 6.000000 IPD1: close\n"),
+      ElementsAre("stopped-at-sample-rates"));
 }
 
 TEST(Check, FindsARateThatTheAudioLibraryDoesNotFollow) {
@@ -418,6 +521,11 @@ TEST(Check, SaysNothingAboutAudioThatWasNotRecorded) {
 TEST(Check, FindsAPulledCable) {
   EXPECT_THAT(causesIn(kConnected + "# 2.000000 IPD1: read-failed 31\n# 2.000100 IPD1: close\n"),
               ElementsAre("lost-after-connected"));
+}
+
+TEST(Check, FindsASilentIpodBeforeTheCableIsPulled) {
+  EXPECT_THAT(causesIn(threeAnnouncements() + "# 4.000000 IPD1: read-failed 31\n"),
+              ElementsAre("silent"));
 }
 
 TEST(Check, NamesTheStageAfterWhichTheIpodIsLost) {

@@ -129,7 +129,7 @@ TEST_F(IaptraceTest, AFullDiskIsAFailure) {
   EXPECT_EQ(outcome.errors, "iaptrace: /dev/full cannot be written. Name another file.\n");
 }
 
-TEST_F(IaptraceTest, AClosedPipeIsNoError) {
+TEST_F(IaptraceTest, SucceedsWhenThePipeIsClosed) {
   std::string lines;
   for (int i = 0; i < 20000; ++i)
     lines += "0.1 IPD1: > 55 02 00 03 FB\n";

@@ -28,7 +28,7 @@ TEST(Redaction, ReplacesSerialNumbersTitlesAndRecords) {
             "0.1 IPD1: < 55 09 04 00 1B 00 00 00 02 78 00 5E\n");
 }
 
-TEST(Redaction, KeepsTheModelAndWhatIsNoText) {
+TEST(Redaction, KeepsTheModelAndNumbers) {
   const std::string lines =
       "0.1 IPD1: < 55 09 00 0E 00 0B 00 10 4D 42 00 3F\n"
       "0.2 IPD1: < 55 07 04 00 19 00 00 00 53 89\n"
@@ -50,7 +50,7 @@ TEST(Redaction, WorksOnAFrameOfSeveralLines) {
             "0.3 IPD1: < 78 78\n0.4 IPD1: < 00 8a\n");
 }
 
-TEST(Redaction, WorksOnLongFramesAndBehindSyncBytes) {
+TEST(Redaction, WorksOnLongFramesAndAfterSyncBytes) {
   EXPECT_EQ(redactedLines("0.1 IPD1: < 55 00 00 06 00 08 50 6F 64 00 CF\n"),
             "0.1 IPD1: < 55 00 00 06 00 08 78 78 78 00 8A\n");
   EXPECT_EQ(redactedLines("0.1 IPD1: < 00 FF 55 06 00 08 50 6F 64 00 CF FF\n"),

@@ -126,7 +126,7 @@ bool isShort(const Session& session, const Exchange& exchange, const Listing& li
   const bool isComplete = listing.isRefused || listing.wanted == simulator::kAllRecords ||
                           listing.received >= listing.wanted;
   if (isComplete || session.waitAfter(listing.last) < kGaveUp) return false;
-  const std::optional<size_t> last = session.lastIpodMessage();
+  const std::optional<size_t> last = session.lastIpodMessage;
   const bool isAlive = listing.received > 0 || (last && *last > exchange.request);
   const bool isLost = session.failure && session.nextRequest(exchange.request) > *session.failure;
   return isAlive && !isLost && !(fatal && *fatal > exchange.request);

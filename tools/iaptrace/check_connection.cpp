@@ -61,7 +61,7 @@ bool refusesTheAudioLingo(const Case& trace, const Session& session, const Attem
 
 /// Whether the iPod still answered after the attempt.
 bool isAliveAfter(const Session& session, const Attempt& attempt) {
-  const std::optional<size_t> last = session.lastIpodMessage();
+  const std::optional<size_t> last = session.lastIpodMessage;
   return last && *last > attempt.end;
 }
 
@@ -122,9 +122,10 @@ Stage furthestStage(const std::vector<Attempt>& failed) {
 
 std::vector<size_t> linesOfAttempts(const Session& session, const std::vector<Attempt>& failed) {
   std::vector<size_t> lines;
+  lines.reserve(failed.size() + 1);
   for (const Attempt& attempt : failed)
     lines.push_back(session.items[attempt.announcement].firstLine);
-  const std::optional<size_t> last = session.lastIpodMessage();
+  const std::optional<size_t> last = session.lastIpodMessage;
   if (last) lines.push_back(session.items[*last].line);
   return lines;
 }
@@ -223,7 +224,7 @@ void findNoDigitalAudio(const Case& trace, Diagnosis& diagnosis) {
 
 void findStoppedConnection(const Case& trace, Diagnosis& diagnosis) {
   for (const Session& session : trace.sessions) {
-    if (isLinkLost(session) || !session.hasIpodMessage()) continue;
+    if (isLinkLost(session) || !session.lastIpodMessage.has_value()) continue;
     const std::vector<Attempt> failed = failedAttempts(session);
     if (failed.empty()) {
       if (!findStoppedLogo(session, diagnosis)) findStoppedMode(session, diagnosis);

@@ -69,7 +69,7 @@ void findFailedDevice(const Session& session, Diagnosis& diagnosis) {
   if (!session.failure || wasSilentBeforeTheFailure(session)) return;
   const Item& item = session.items[*session.failure];
   std::vector<size_t> lines{item.line};
-  const std::optional<size_t> last = session.lastIpodMessage();
+  const std::optional<size_t> last = session.lastIpodMessage;
   if (last) lines.push_back(session.items[*last].line);
   addLoss(session, *session.failure, lines,
           "The device failed with code " + std::to_string(item.event.code) + ".", diagnosis);
@@ -78,7 +78,7 @@ void findFailedDevice(const Session& session, Diagnosis& diagnosis) {
 void findSilencedIpod(const Session& session, Diagnosis& diagnosis) {
   const std::optional<size_t> silent = fellSilentAt(session);
   if (!silent || !session.connected || session.failure || fatalFrame(session)) return;
-  const size_t last = *session.lastIpodMessage();
+  const size_t last = *session.lastIpodMessage;
   std::vector<size_t> lines{session.items[last].line};
   for (const size_t request : unansweredAfter(session, last))
     lines.push_back(session.items[request].firstLine);
@@ -100,7 +100,7 @@ bool mayBeUnanswered(const Session& session, const Exchange& exchange) {
 
 /// Whether the list rule has found the request.
 bool isShortListing(const Session& session, const Exchange& exchange) {
-  const std::optional<size_t> last = session.lastIpodMessage();
+  const std::optional<size_t> last = session.lastIpodMessage;
   return isExtended(session.items[exchange.request].message,
                     simulator::kRetrieveCategorizedDatabaseRecords) &&
          last && *last > exchange.request;
@@ -152,8 +152,8 @@ void findUnansweredRequests(const Session& session, Diagnosis& diagnosis) {
 
 /// A connection that failed without a message of the iPod, and without a cause.
 void findUnexplainedConnection(const Session& session, Diagnosis& diagnosis) {
-  const bool isExplained = session.hasIpodMessage() || isSilent(session) || isGarbled(session) ||
-                           session.failure || fatalFrame(session);
+  const bool isExplained = session.lastIpodMessage.has_value() || isSilent(session) ||
+                           isGarbled(session) || session.failure || fatalFrame(session);
   const std::vector<Attempt> failed = failedAttempts(session);
   if (isExplained || failed.empty()) return;
   std::vector<size_t> lines;
@@ -166,7 +166,7 @@ void findUnexplainedConnection(const Session& session, Diagnosis& diagnosis) {
 }  // namespace
 
 std::optional<size_t> fellSilentAt(const Session& session) {
-  const std::optional<size_t> last = session.lastIpodMessage();
+  const std::optional<size_t> last = session.lastIpodMessage;
   if (!last) return std::nullopt;
   const std::vector<size_t> requests = unansweredAfter(session, *last);
   const size_t least = goesToSleep(session, *last) ? 1 : 2;

@@ -68,6 +68,14 @@ bool neverEnds(const Session& session, const PendingMode& mode) {
          session.ended - session.items[mode.pending].at >= kLongestPending;
 }
 
+void notePendingModes(const Session& session, Diagnosis& diagnosis) {
+  for (const PendingMode& mode : pendingModesOf(session)) {
+    if (mode.done == session.items.size()) continue;
+    diagnosis.addNote("the iPod acknowledged a change of the mode twice, as pending and as done",
+                      {session.items[mode.pending].line, session.items[mode.done].line});
+  }
+}
+
 }  // namespace
 
 bool isSentWhilePending(const Session& session, size_t request) {
@@ -92,10 +100,14 @@ void findPendingMode(const Case& trace, Diagnosis& diagnosis) {
 
 void noteModeAcknowledgedTwice(const Case& trace, Diagnosis& diagnosis) {
   for (const Session& session : trace.sessions) {
-    for (const PendingMode& mode : pendingModesOf(session)) {
-      if (mode.done == session.items.size()) continue;
-      diagnosis.addNote("the iPod acknowledged a change of the mode twice, as pending and as done",
-                        {session.items[mode.pending].line, session.items[mode.done].line});
+    notePendingModes(session, diagnosis);
+    for (const size_t other : session.exchanges.unexpected) {
+      const Message& message = session.items[other].message;
+      const bool isMode = isGeneral(message, simulator::kAck) && message.data.size() >= 2 &&
+                          message.data[1] == simulator::kEnterRemoteUiMode;
+      if (!isMode) continue;
+      diagnosis.addNote("the iPod acknowledged a change of the mode more often than the host asked",
+                        {session.items[other].line});
     }
   }
 }

@@ -47,22 +47,15 @@ std::optional<uint8_t> resultOf(const Session& session, const Exchange& exchange
 
 namespace {
 
+/// Identify, its predecessor, is not answered.
 bool isAnnouncement(const Message& message) {
-  return isGeneral(message, simulator::kIdentifyDeviceLingoes) ||
-         isGeneral(message, simulator::kIdentify);
+  return isGeneral(message, simulator::kIdentifyDeviceLingoes);
 }
 
 /// A message that only answers the iPod. A host can send it while it waits for an answer.
 bool onlyAnswersTheIpod(const Message& message) {
   return isGeneral(message, simulator::kRetAccessoryInfo) || isGeneral(message, simulator::kAck) ||
          isAudio(message, simulator::kRetAccSampleRateCaps) || isAudio(message, simulator::kAccAck);
-}
-
-uint32_t announcedLingoes(const Message& message) {
-  PayloadReader reader(message.data);
-  if (isGeneral(message, simulator::kIdentifyDeviceLingoes)) return reader.u32();
-  const uint8_t lingo = reader.u8();
-  return lingo < 32 ? uint32_t{1} << lingo : 0;
 }
 
 /// Fills an attempt from the messages that belong to it.
@@ -133,11 +126,19 @@ void findAttempts(Session& session) {
     Attempt attempt;
     attempt.announcement = i;
     attempt.end = session.items.size();
-    attempt.lingoes = announcedLingoes(session.items[i].message);
+    attempt.lingoes = PayloadReader(session.items[i].message.data).u32();
     session.attempts.push_back(attempt);
   }
   for (Attempt& attempt : session.attempts)
     AttemptReader(session, attempt).read();
+}
+
+void findLastMessages(Session& session) {
+  for (size_t i = 0; i < session.items.size(); ++i) {
+    if (session.isHostMessage(i)) session.lastHostMessage = i;
+    if (session.isIpodMessage(i)) session.lastIpodMessage = i;
+    if (session.items[i].isFrom(Sender::kIpod)) session.lastIpodLine = session.items[i].firstLine;
+  }
 }
 
 /// Whether an answered exchange shows that the iPod is in the Extended Interface mode.
@@ -156,14 +157,22 @@ Attempt* attemptBefore(Session& session, size_t item) {
   return next == session.attempts.begin() ? nullptr : &*std::prev(next);
 }
 
-/// An answer that needs the mode shows that the attempt before it was a success.
+/// Whether the answer to a request shows that the host is identified.
+bool showsASuccess(const Session& session, const Exchange& exchange) {
+  const Item& request = session.items[exchange.request];
+  const bool isOther = request.message.lingo != static_cast<uint8_t>(Lingo::kGeneral) &&
+                       !isImageMessage(request.message);
+  return request.sender == Sender::kHost && isOther && resultOf(session, exchange) == uint8_t{0};
+}
+
 void findConnection(Session& session) {
   for (const Exchange& exchange : session.exchanges.all) {
+    if (showsASuccess(session, exchange)) {
+      if (Attempt* attempt = attemptBefore(session, exchange.request)) attempt->wentOn = true;
+    }
     if (!showsTheMode(session, exchange)) continue;
     const size_t answer = exchange.replies.back();
     session.connected = std::min(session.connected.value_or(answer), answer);
-    if (!needsTheMode(session.items[exchange.request].message)) continue;
-    if (Attempt* attempt = attemptBefore(session, exchange.request)) attempt->wentOn = true;
   }
 }
 
@@ -189,6 +198,39 @@ void findFailure(Session& session) {
         item.event.kind == Kind::kReadFailed || item.event.kind == Kind::kWriteFailed;
     if (isFailure && !endsByTheHost(session, i)) session.failure = i;
   }
+}
+
+/// The unanswered request that the message answers, when it is recorded just after the message.
+std::optional<size_t> requestRecordedAfter(const Conversation& items, size_t answer,
+                                           const std::set<size_t>& unanswered) {
+  constexpr trace::Time kAtOnce = std::chrono::milliseconds(5);
+  constexpr size_t kLookedAt = 4;
+  for (size_t i = answer + 1; i < items.size() && i <= answer + kLookedAt; ++i) {
+    if (items[i].at - items[answer].at > kAtOnce) break;
+    if (unanswered.count(i) > 0 && answers(items[answer].message, items[i].message)) return i;
+  }
+  return std::nullopt;
+}
+
+/// Puts answers after their requests. A recorder that notes a write when it is over can note the
+/// answer first.
+void putAnswersAfterRequests(Session& session) {
+  std::set<size_t> unanswered;
+  for (const Exchange& exchange : session.exchanges.all) {
+    const bool isHosts = session.items[exchange.request].sender == Sender::kHost;
+    if (isHosts && !exchange.isAnswered()) unanswered.insert(exchange.request);
+  }
+  bool isChanged = false;
+  const std::vector<size_t>& early = session.exchanges.unexpected;
+  for (auto answer = early.rbegin(); answer != early.rend(); ++answer) {
+    const auto request = requestRecordedAfter(session.items, *answer, unanswered);
+    if (!request) continue;
+    const auto first = session.items.begin() + static_cast<ptrdiff_t>(*answer);
+    std::rotate(first, first + 1, session.items.begin() + static_cast<ptrdiff_t>(*request) + 1);
+    unanswered.erase(*request);
+    isChanged = true;
+  }
+  if (isChanged) session.exchanges = exchangesOf(session.items);
 }
 
 /// Cuts a device's conversation into sessions.
@@ -233,6 +275,8 @@ class SessionCutter {
       current.ended = at;
       current.isClosed = isClosed;
       current.exchanges = exchangesOf(current.items);
+      putAnswersAfterRequests(current);
+      findLastMessages(current);
       findAttempts(current);
       findConnection(current);
       findFailure(current);
@@ -341,20 +385,6 @@ Stage Session::reachedBefore(size_t index) const {
     if (isAnswered) stage = std::max(stage, completedByAnswer(*this, exchange));
   }
   return stage;
-}
-
-bool Session::hasIpodBytes() const {
-  return std::any_of(items.begin(), items.end(),
-                     [](const Item& item) { return item.isFrom(Sender::kIpod); });
-}
-
-bool Session::hasIpodMessage() const { return lastIpodMessage().has_value(); }
-
-std::optional<size_t> Session::lastIpodMessage() const {
-  for (size_t i = items.size(); i-- > 0;) {
-    if (isIpodMessage(i)) return i;
-  }
-  return std::nullopt;
 }
 
 Case caseOf(const trace::Trace& records) {

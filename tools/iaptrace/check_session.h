@@ -19,7 +19,7 @@ namespace iaptrace::checking {
 /// host with a little less patience make no difference.
 constexpr trace::Time kGaveUp = std::chrono::milliseconds(900);
 
-/// One IdentifyDeviceLingoes (or Identify) and what follows it up to the next one. The members are
+/// One IdentifyDeviceLingoes and what follows it up to the next one. The members are
 /// indexes of the session's items.
 struct Attempt {
   size_t announcement = 0;
@@ -48,7 +48,10 @@ struct Session {
   std::string device;
   trace::Time ended{0};  ///< of the close, or of the last record of the trace
   bool isClosed = false;
-  std::optional<size_t> failure;    ///< a read or a write that failed although nobody had closed
+  std::optional<size_t> failure;  ///< a read or a write that failed although nobody had closed
+  std::optional<size_t> lastHostMessage;
+  std::optional<size_t> lastIpodMessage;
+  size_t lastIpodLine = 0;          ///< the first line of the iPod's last item
   std::optional<size_t> connected;  ///< the first answer that shows the Extended Interface mode
 
   /// Returns the next request of the host, or what else it does in place of one; items.size() when
@@ -62,10 +65,7 @@ struct Session {
   Stage reachedBefore(size_t index) const;
   Stage reached() const { return reachedBefore(items.size()); }
   /// Returns whether anything at all was received.
-  bool hasIpodBytes() const;
-  bool hasIpodMessage() const;
-  /// Returns the index of the last message of the iPod.
-  std::optional<size_t> lastIpodMessage() const;
+  bool hasIpodBytes() const { return lastIpodLine != 0; }
 };
 
 /// Returns the final status of an exchange that was acknowledged, 0 for one that was answered with

@@ -38,11 +38,24 @@ std::optional<size_t> firstHostMessage(const Session& session) {
   return std::nullopt;
 }
 
+/// Returns the first message that an iPod must answer.
+std::optional<size_t> firstRequest(const Session& session) {
+  for (const Exchange& exchange : session.exchanges.all) {
+    if (session.items[exchange.request].sender == Sender::kHost) return exchange.request;
+  }
+  return std::nullopt;
+}
+
 /// Bytes of which none forms a frame.
 struct Garbage {
   size_t bytes = 0;
   size_t lines = 0;
-  bool hasFrames = false;
+  size_t inFrames = 0;  ///< bytes of frames, also of damaged ones
+  bool hasMessage = false;
+
+  bool isAll() const {
+    return !hasMessage && 2 * inFrames < bytes && bytes - inFrames >= kLeastGarbage;
+  }
 };
 
 /// Returns what an end sent from an item on. The start of a frame at the end is not garbage: the
@@ -53,8 +66,8 @@ Garbage garbageOf(const Session& session, Sender sender, size_t from) {
   for (size_t i = from; i < session.items.size(); ++i) {
     const Item& item = session.items[i];
     if (!item.isFrom(sender)) continue;
-    garbage.hasFrames |=
-        item.isMessage() || item.kind == Item::Kind::kMalformed || looksLikeAFrame(item);
+    garbage.hasMessage |= item.isMessage() || item.kind == Item::Kind::kMalformed;
+    if (looksLikeAFrame(item)) garbage.inFrames += item.bytes.size();
     unfinished = item.kind == Item::Kind::kUnfinished ? item.bytes.size() : 0;
     if (sender == Sender::kHost && isSyncOnly(item)) continue;
     garbage.bytes += item.bytes.size();
@@ -68,14 +81,13 @@ Garbage garbageOf(const Session& session, Sender sender, size_t from) {
 bool answersGarbage(const Session& session) {
   const std::optional<size_t> first = firstHostMessage(session);
   if (!first) return false;
-  const Garbage garbage = garbageOf(session, Sender::kIpod, *first);
-  return !garbage.hasFrames && garbage.bytes >= kLeastGarbage;
+  return garbageOf(session, Sender::kIpod, *first).isAll();
 }
 
 /// Whether the host's bytes form no frame at the iPod's end of the line.
 bool hostSendsGarbage(const Session& session) {
   const Garbage garbage = garbageOf(session, Sender::kHost, 0);
-  return !garbage.hasFrames && garbage.bytes >= kLeastGarbage && garbage.lines > 1;
+  return garbage.isAll() && garbage.lines > 1;
 }
 
 std::vector<size_t> linesOf(const Session& session, Sender sender) {
@@ -146,19 +158,16 @@ void findSyncFault(const Case& trace, Diagnosis& diagnosis, SyncFault wanted, co
   }
 }
 
-/// Whether the iPod's bytes go on after the frame: the host did not close the link.
-bool isFollowedByIpod(const Session& session, size_t index) {
-  const size_t line = session.items[index].line;
-  return std::any_of(
-      session.items.begin() + static_cast<ptrdiff_t>(index), session.items.end(),
-      [&](const Item& item) { return item.isFrom(Sender::kIpod) && item.firstLine > line; });
+/// Whether the host still sends after the frame: it did not close the link.
+bool isFollowedByHost(const Session& session, size_t index) {
+  return session.lastHostMessage && *session.lastHostMessage > index;
 }
 
 /// Whether the rest of a frame did not arrive, although there was time enough.
 bool isCutShort(const Session& session, size_t index) {
   const Item& item = session.items[index];
   if (item.kind != Item::Kind::kUnfinished || item.sender != Sender::kIpod) return false;
-  return isFollowedByIpod(session, index) || session.ended - item.at >= kGaveUp;
+  return session.lastIpodLine > item.line || session.ended - item.at >= kGaveUp;
 }
 
 bool isDamaged(const Session& session, size_t index) {
@@ -184,18 +193,18 @@ bool isLongText(const Session& session, size_t index) {
   const Item& item = session.items[index];
   return session.isIpodMessage(index) && item.isLong && hasText(item.message) &&
          messagePayload(item.message).size() > simulator::kShortFormLimit &&
-         !isFollowedByIpod(session, index);
+         !isFollowedByHost(session, index);
 }
 
 }  // namespace
 
 bool isGarbled(const Session& session) {
-  if (session.hasIpodMessage()) return false;
+  if (session.lastIpodMessage.has_value()) return false;
   return answersGarbage(session) || hostSendsGarbage(session);
 }
 
 bool isSilent(const Session& session) {
-  const std::optional<size_t> first = firstHostMessage(session);
+  const std::optional<size_t> first = firstRequest(session);
   if (!first || session.hasIpodBytes() || isGarbled(session)) return false;
   const trace::Time end = session.failure ? session.items[*session.failure].at : session.ended;
   const trace::Time waited = end - session.items[*first].at;
@@ -205,7 +214,7 @@ bool isSilent(const Session& session) {
 std::optional<size_t> fatalFrame(const Session& session) {
   for (size_t i = 0; i < session.items.size(); ++i) {
     const Item& item = session.items[i];
-    const bool isLong = item.isFrom(Sender::kIpod) && item.isLong && !isFollowedByIpod(session, i);
+    const bool isLong = item.isFrom(Sender::kIpod) && item.isLong && !isFollowedByHost(session, i);
     if (isLong || (item.isFrom(Sender::kIpod) && isDamaged(session, i))) return i;
   }
   return std::nullopt;

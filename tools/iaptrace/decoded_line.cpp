@@ -61,11 +61,11 @@ std::string eventText(const trace::Record& event) {
 ByteView payloadOf(const Item& item) {
   const ByteView bytes(item.bytes);
   const size_t header = item.isLong ? 4 : 2;
-  const ByteView behind = bytes.from(header);
+  const ByteView payload = bytes.from(header);
   const size_t length = item.isLong && bytes.size() >= header ? bytes[2] * size_t{256} + bytes[3]
                         : bytes.size() > 1                    ? bytes[1]
                                                               : 0;
-  return behind.prefix(length);
+  return payload.prefix(length);
 }
 
 bool isWholeFrame(const Item& item) {

@@ -9,7 +9,7 @@
 
 namespace iaptrace {
 
-/// How much a line stands out.
+/// How important a line is.
 enum class Weight { kUsual, kEvent, kUnasked, kFault };
 
 struct DecodedLine {
@@ -19,7 +19,7 @@ struct DecodedLine {
   std::optional<Message> message;  ///< also of a frame with a wrong checksum
   std::string what;                ///< lingo, command and fields; or what happened
   std::optional<trace::Time> latency;
-  std::vector<std::string> marks;  ///< what stands out, in words
+  std::vector<std::string> marks;  ///< what is unusual, in words
   size_t folded = 0;               ///< the packets of a logo in this line
   Weight weight = Weight::kUsual;
 };

@@ -43,7 +43,7 @@ constexpr char kFooter[] =
 
 volatile std::sig_atomic_t isPipeClosed = 0;
 
-/// A closed pipe, as of `| head`, is no error: the rest of the output is dropped.
+/// After the reader has closed the pipe, as `| head` does, the rest of the output is dropped.
 void dropOutputOfClosedPipes() {
   std::signal(SIGPIPE, [](int) { isPipeClosed = 1; });
 }
