@@ -151,9 +151,16 @@ class IdentificationFinder {
       takeFirstQuestion(question);
     } else {
       endPatience(question);
-      if (now.isOffered && (type > 31 || (now.offered >> type & 1) == 0)) now.extra.push_back(type);
+      takeExtra(type);
       if (type == static_cast<uint8_t>(AccessoryInfoType::kMinimumFirmware)) takeFirmware(data);
     }
+  }
+
+  void takeExtra(uint8_t type) {
+    constexpr uint8_t kMostTypes = 31;
+    const bool isExtra = type <= kMostTypes && (now.offered >> type & 1) == 0;
+    const bool isNew = std::find(now.extra.begin(), now.extra.end(), type) == now.extra.end();
+    if (now.isOffered && isExtra && isNew) now.extra.push_back(type);
   }
 
   void takeFirstQuestion(const Item& question) {
