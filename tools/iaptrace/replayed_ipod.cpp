@@ -76,7 +76,7 @@ std::string describe(const Step& step) {
       break;
   }
   if (!step.message)
-    return "bytes that are no message: " + simulator::hexText(step.bytes, kShownBytes);
+    return "bytes without a message: " + simulator::hexText(step.bytes, kShownBytes);
   return describe(*step.message);
 }
 
@@ -89,7 +89,21 @@ ReplayedIpod::ReplayedIpod(Plan steps, Settings how)
     : plan(std::move(steps)),
       settings(how),
       decoder(simulator::FrameKind::kUsb, kLongestGap),
-      isMatched(plan.size()) {}
+      isMatched(plan.size()) {
+  listenToWaste();
+}
+
+/// The decoder reports bytes without a message also when it is reset.
+void ReplayedIpod::listenToWaste() {
+  decoder.setWasteHook(
+      [this](simulator::FrameDecoder::Waste, ByteView waste) { takeWaste(receivedAt, waste); });
+}
+
+void ReplayedIpod::forgetUnfinishedMessage() {
+  decoder.setWasteHook(nullptr);
+  decoder.reset();
+  listenToWaste();
+}
 
 void ReplayedIpod::hostOpens(Time now) {
   if (isInside) hostCloses(now);
@@ -108,6 +122,7 @@ void ReplayedIpod::hostFailsToOpen(Time now) {
 
 void ReplayedIpod::hostCloses(Time now) {
   advance(now);
+  receivedAt = now;
   decoder.reset();
   isHostThere = false;
   lastActive = now;
@@ -132,8 +147,7 @@ void ReplayedIpod::leaveConnection(Time now) {
 void ReplayedIpod::receive(Time now, ByteView bytes) {
   if (bytes.empty()) return;
   lastActive = now;
-  decoder.setWasteHook(
-      [&](simulator::FrameDecoder::Waste, ByteView waste) { takeWaste(now, waste); });
+  receivedAt = now;
   decoder.push(now, bytes, [&](ByteView payload) { takePayload(now, payload); });
 }
 
@@ -145,7 +159,7 @@ void ReplayedIpod::takePayload(Time now, ByteView payload) {
   takeStep(now, arrived);
 }
 
-/// Compares bytes that are no message. Sync bytes before a frame are not a difference.
+/// Compares bytes without a message. Sync bytes before a frame are not a difference.
 void ReplayedIpod::takeWaste(Time now, ByteView bytes) {
   const bool isSync = std::all_of(bytes.begin(), bytes.end(),
                                   [](uint8_t byte) { return byte == simulator::kSyncByte; });
@@ -297,7 +311,7 @@ void ReplayedIpod::pull(Time now) {
   actions.push_back({Action::Kind::kPull, {}});
   presence.reset();
   isHostThere = false;
-  decoder.reset();
+  forgetUnfinishedMessage();
   pass(now);
 }
 
@@ -427,6 +441,7 @@ void ReplayedIpod::giveUpAfter(Time now) {
 }
 
 void ReplayedIpod::differ(size_t line, const std::string& expected, const std::string& got) {
+  if (current != State::kPlaying) return;
   current = State::kDifferent;
   reason = lineText(line) + "the host sent " + expected + "; now " + got;
 }

@@ -81,6 +81,8 @@ class ReplayedIpod {
   using Time = simulator::Time;
   using Kind = Step::Kind;
 
+  void listenToWaste();
+  void forgetUnfinishedMessage();
   void takePayload(Time now, ByteView payload);
   void takeWaste(Time now, ByteView bytes);
   void takeStep(Time now, const Step& arrived);
@@ -124,6 +126,7 @@ class ReplayedIpod {
   bool isHostThere = false;
   bool wasRefused = false;  ///< an attempt to open that failed is not used up yet
   std::optional<Action::Kind> presence;
+  Time receivedAt{0};           ///< when the host's last bytes arrived
   Time passedAt{0};             ///< when the last step was passed
   Time waitBegan{0};            ///< when the host's wait began
   Time lastActive{0};           ///< when the host did something last, or a step was passed

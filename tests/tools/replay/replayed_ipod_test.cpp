@@ -255,8 +255,17 @@ TEST(StrictReplay, ComparesBytesThatAreNoMessage) {
   replay.open();
   replay.say("13 A8");
   EXPECT_EQ(replay.ipod.failure(),
-            "line 3: the host sent bytes that are no message: 13 A9; now it sent bytes that are no "
+            "line 3: the host sent bytes without a message: 13 A9; now it sent bytes without a "
             "message: 13 A8");
+}
+
+TEST(StrictReplay, ComparesAMessageThatTheHostDoesNotFinish) {
+  TypedReplay replay(kNameAndMode, Accuracy::kStrict);
+  replay.open();
+  replay.say("55 02 00");
+  replay.close();
+  EXPECT_EQ(replay.ipod.failure(),
+            "line 3: the host sent RequestiPodName; now it sent bytes without a message: 55 02 00");
 }
 
 }  // namespace
