@@ -115,6 +115,7 @@ TEST(ReplayedHost, DoesNotExpectSilenceFromAnIpodThatHadNoTimeToAnswer) {
       "0.1 IPD1: > 55 02 00 06 F8\n"
       "# 0.1001 IPD1: close\n");
   EXPECT_THAT(host.take(), ElementsAre("open", "55 02 00 06 F8", "close"));
+  host.hear("55 04 00 02 00 06 F4");
   EXPECT_THAT(host.host.differences(), IsEmpty());
 }
 
