@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "device/personality_file.h"
 #include "device/personality_settings.h"
 #include "faults/fault_text.h"
 #include "link/terminal_port.h"
@@ -135,8 +136,9 @@ void withHint(const char* option, Work work) {
 }
 
 Personality makePersonality(const RawOptions& raw) {
-  Personality made = personality(raw.preset);
-  made.name = raw.name;
+  const bool isFile = isPersonalityFile(raw.preset);
+  Personality made = isFile ? readPersonality(raw.preset) : personality(raw.preset);
+  if (!raw.name.empty()) made.name = raw.name;
   if (!raw.version.empty()) setVersion(made, raw.version);
   if (!raw.limits.empty()) setLimits(made, raw.limits);
   withHint("--help-personalities", [&] {
@@ -188,7 +190,7 @@ void describeMusic(CLI::App& app, Options& options) {
 void describeModel(CLI::App& app, Options& options, RawOptions& raw) {
   app.add_option("--personality", raw.preset, "The model; see --help-personalities")
       ->capture_default_str()
-      ->type_name("NAME");
+      ->type_name("NAME|FILE.json");
   app.add_option("--set", raw.settings, "Change a switch of the model")->type_name("NAME=VALUE");
   app.add_option("--name", raw.name, "The iPod's name")->type_name("TEXT");
   app.add_option("--ext-version", raw.version, "Version of its Extended Interface")
@@ -219,7 +221,7 @@ std::string personalitiesHelp() {
   for (const std::string& name : personalityNames()) {
     help += "  " + name + std::string(kColumn - name.size(), ' ') + personalityMeaning(name) + "\n";
   }
-  return help + "\n--set NAME=VALUE\n\n" + settingsHelp();
+  return help + "\n" + personalityFileHelp() + "\n--set NAME=VALUE\n\n" + settingsHelp();
 }
 
 /// Parses the command line. Returns false when it asked only for a help text.

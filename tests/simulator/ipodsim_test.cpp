@@ -72,6 +72,23 @@ TEST_F(IpodsimTest, CommandLineSelectsTheModelAndItsSwitches) {
   EXPECT_EQ(host.read(16), "55 05 00 10 04 01 0B DB 55 05 00 10 04 01 0B DB");
 }
 
+TEST_F(IpodsimTest, TakesAModelFromAFile) {
+  std::ofstream(folder / "mine.json") << R"({"name": "Zoe", "lingoes": {"04": "1.11"}})";
+  auto program = runReady({"--personality", (folder / "mine.json").string()});
+  HostEnd host(link.string());
+  ASSERT_TRUE(host.write(kAskName));
+  EXPECT_EQ(host.read(9), "55 06 00 08 5A 6F 65 00 C4");
+  ASSERT_TRUE(host.write("55 03 00 0F 04 EA"));
+  EXPECT_EQ(host.read(8), "55 05 00 10 04 01 0B DB");
+}
+
+TEST_F(IpodsimTest, RefusesAModelThatAFileGetsWrong) {
+  std::ofstream(folder / "mine.json") << R"({"musik": "x"})";
+  EXPECT_EQ(refusal({"--personality", (folder / "mine.json").string()}, 2),
+            "ipodsim: " + (folder / "mine.json").string() +
+                ": \"musik\" is not a key of such a file; see ipodsim --help-personalities\n");
+}
+
 TEST_F(IpodsimTest, TraceShowsEveryMessage) {
   auto program = runReady({"--trace"});
   HostEnd host(link.string());

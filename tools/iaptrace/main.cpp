@@ -7,7 +7,9 @@
 #include "iaptrace/command_line.h"
 #include "iaptrace/decode.h"
 #include "iaptrace/pcapng.h"
+#include "iaptrace/personality.h"
 #include "iaptrace/redact.h"
+#include "iaptrace/replay.h"
 #include "iaptrace/stats.h"
 #include "trace/trace_parser.h"
 #include "wire/printable.h"
@@ -27,6 +29,8 @@ constexpr Subcommand kSubcommands[] = {
     {"check", "What went wrong: the cause, the lines that show it, what to try", &runCheck},
     {"redact", "Replace names, titles and serial numbers", &runRedact},
     {"pcapng", "Convert to a capture file for Wireshark", &runPcapng},
+    {"personality", "The model of the iPod, as a file for ipodsim", &runPersonality},
+    {"replay", "Plays the iPod of a trace to a host, without the iPod", &runReplay},
 };
 
 constexpr char kFooter[] =
