@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <string>
+#include <vector>
 
 #include "iaptrace/check_causes.h"
 #include "iaptrace/check_diagnosis.h"
@@ -82,9 +83,19 @@ trace::Trace recordsFrom(FuzzedDataProvider& input) {
   return records;
 }
 
-void judge(const trace::Trace& records) {
+/// Lines are missing before every record that is long after the one before.
+std::vector<size_t> gapsFrom(const trace::Trace& records) {
+  std::vector<size_t> gaps;
+  for (size_t i = 1; i < records.size(); ++i) {
+    const bool isGap = records[i].at - records[i - 1].at == std::chrono::milliseconds(4000);
+    if (isGap) gaps.push_back(records[i - 1].line);
+  }
+  return gaps;
+}
+
+void judge(const trace::Trace& records, const std::vector<size_t>& gaps) {
   using namespace iaptrace::checking;
-  const Diagnosis diagnosis = diagnose(records);
+  const Diagnosis diagnosis = diagnose(records, gaps);
   const size_t last = records.empty() ? 0 : records.back().line;
   for (const Finding& finding : diagnosis.findings) {
     const Cause& cause = causeOf(finding.cause);
@@ -103,13 +114,15 @@ void judge(const trace::Trace& records) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size > 0 && data[0] == kTextMark) {
     try {
-      judge(trace::parseTrace(std::string(data + 1, data + size)));
+      const std::string text(data + 1, data + size);
+      judge(trace::parseTrace(text), iaptrace::checking::gapsIn(text));
     } catch (const trace::ParseError&) {
       return 0;
     }
     return 0;
   }
   FuzzedDataProvider input(data, size);
-  judge(recordsFrom(input));
+  const trace::Trace records = recordsFrom(input);
+  judge(records, gapsFrom(records));
   return 0;
 }

@@ -120,9 +120,7 @@ class TraceFileWriter::Queue {
     }
     const bool isFirst = pending.empty();
     try {
-      if (lost > 0) pending += missing();
       pending.append(line, size);
-      lost = 0;
     } catch (const std::bad_alloc&) {
       ++lost;
     }
@@ -167,13 +165,16 @@ class TraceFileWriter::Queue {
 
   bool hasRoomFor(size_t size) const { return pending.size() + size <= kMostPending; }
 
-  std::string missing() const {
-    return "# " + std::to_string(lost) + " lines are missing here: the file was too slow\n";
+  /// Returns a line about the lines that are missing after the pending ones, if there are any.
+  std::string takeMissing() {
+    if (lost == 0) return "";
+    return "# " + std::to_string(std::exchange(lost, 0)) +
+           " lines are missing here: the file was too slow\n";
   }
 
   void writePending(std::unique_lock<std::mutex>& lock) {
     std::string text = std::move(pending);
-    pending.clear();
+    pending = takeMissing();
     lock.unlock();
     const int error = writeAll(file.get(), text);
     if (error != 0) {
@@ -194,7 +195,7 @@ class TraceFileWriter::Queue {
   std::condition_variable changed;
   std::condition_variable done;
   std::string pending;
-  uint64_t lost = 0;  ///< lines since the last one that is pending
+  uint64_t lost = 0;  ///< lines after the pending ones
   bool isOver = false;
   bool isDone = false;
 };

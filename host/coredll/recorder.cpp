@@ -10,6 +10,7 @@
 #include <new>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "complaint.h"
 #include "trace/trace_file_writer.h"
@@ -57,7 +58,7 @@ class Recording {
   /// For a process that was forked: the writing thread is in its parent, to which the file belongs.
   void forget() {
     mayBeRecording = false;
-    new std::shared_ptr<TraceFileWriter>(std::move(writer));
+    if (writer) ofParents.push_back(std::move(writer));
   }
 
   void lockForFork() { mutex.lock(); }
@@ -76,6 +77,7 @@ class Recording {
   std::mutex mutex;
   std::optional<std::string> path;          ///< guarded by mutex; no value: not looked at yet
   std::shared_ptr<TraceFileWriter> writer;  ///< guarded by mutex
+  std::vector<std::shared_ptr<TraceFileWriter>> ofParents;  ///< guarded by mutex; never destroyed
 };
 
 /// Never destroyed: threads may still use it while the process ends.

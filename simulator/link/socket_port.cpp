@@ -115,8 +115,8 @@ void SocketPort::acceptClients() {
 
 void SocketPort::take(FileDescriptor connection, const std::string& from) {
   if (client) {
-    reset(std::move(connection));
-    return notify("a second client is refused: " + from);
+    notify("a second client is refused: " + from);
+    return reset(std::move(connection));
   }
   client = std::move(connection);
   const int atOnce = 1;

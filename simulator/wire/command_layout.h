@@ -36,14 +36,14 @@ struct FieldLayout {
 };
 
 constexpr size_t kMostFields = 8;
-/// A row for data that begins with any byte, or whose first two bytes are any number.
+/// A row for data that begins with any number.
 constexpr int kAnyForm = -1;
 
 struct CommandLayout {
-  Lingo lingo;
-  uint16_t command;
   const char* name;
-  int form;                         ///< the number in the first field that this row is for
+  int form;  ///< the number in the first field that this row is for
+  uint16_t command;
+  Lingo lingo;
   bool repeats;                     ///< the fields follow each other until the data ends
   FieldLayout fields[kMostFields];  ///< those that follow the last one have no name
 };
@@ -66,8 +66,5 @@ const char* nameOf(const NamedValue* values, uint32_t value);
 
 /// Returns the name of a lingo as "ExtendedInterface"; null when it is not known.
 const char* lingoName(uint8_t lingo);
-
-/// Returns the meaning of an acknowledgement's status; null when it is not known.
-const char* statusName(uint8_t status);
 
 }  // namespace simulator

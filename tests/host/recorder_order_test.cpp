@@ -5,11 +5,13 @@
 #include <unistd.h>
 #include <windows.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <string>
 #include <thread>
 
 #include "support/device_calls.h"
+#include "support/eventually.h"
 #include "support/pty_pair.h"
 #include "support/recorded_trace.h"
 #include "support/temporary_folder.h"
@@ -40,8 +42,9 @@ TEST(Recorder, RecordsARequestBeforeItsAnswer) {
   const DeviceMapping devices("IPD1:", wire);
   setenv("IPODCTL_TRACE", path.c_str(), 1);
   OwnedHandle device(openDevice(u"IPD1:"));
-  std::thread reader([handle = device.get()] {
-    for (size_t i = 0; i < kRequests; ++i)
+  std::atomic<size_t> answers{0};
+  std::thread reader([&answers, handle = device.get()] {
+    for (; answers < kRequests; ++answers)
       EXPECT_EQ(readDevice(handle, 1), success({0xBB}));
   });
   for (size_t i = 0; i < kRequests; ++i) {
@@ -51,6 +54,7 @@ TEST(Recorder, RecordsARequestBeforeItsAnswer) {
     });
     EXPECT_EQ(writeDevice(device.get(), {0xAA}), success({0xAA}));
     ipod.join();
+    EXPECT_TRUE(session::eventually([&] { return answers > i; }));
   }
   reader.join();
   EXPECT_TRUE(device.close());

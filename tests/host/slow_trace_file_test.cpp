@@ -94,7 +94,7 @@ TEST_F(SlowTraceFile, SaysHowManyLinesAreMissing) {
   size_t missing = 0;
   for (const std::string& line : recorded::linesOf(path)) {
     static const std::regex kMissing(R"(# (\d+) lines are missing here: the file was too slow)");
-    if (std::regex_match(line, number, kMissing)) missing = std::stoul(number[1]);
+    if (std::regex_match(line, number, kMissing)) missing += std::stoul(number[1]);
   }
   EXPECT_EQ(texts.size() + missing, 10241u);
 }

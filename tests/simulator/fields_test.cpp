@@ -20,6 +20,8 @@ struct DecodedPayload {
   const char* fields;
 };
 
+void PrintTo(const DecodedPayload& decoded, std::ostream* out) { *out << decoded.payload; }
+
 class FieldsOf : public testing::TestWithParam<DecodedPayload> {};
 
 TEST_P(FieldsOf, EachCommand) { EXPECT_EQ(fieldsOfPayload(GetParam().payload), GetParam().fields); }

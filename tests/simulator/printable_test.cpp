@@ -34,6 +34,7 @@ TEST(Printable, EscapesWhatReordersOrHidesText) {
 TEST(Printable, EscapesEachByteThatIsNotUtf8) {
   EXPECT_EQ(printable("\xE9t\xE9"), "\\xE9t\\xE9");
   EXPECT_EQ(printable("\xC0\x80"), "\\xC0\\x80");           // longer than needed
+  EXPECT_EQ(printable("\xE0\x80\x80"), "\\xE0\\x80\\x80");  // the same in three bytes
   EXPECT_EQ(printable("\xED\xA0\x80"), "\\xED\\xA0\\x80");  // a surrogate
   EXPECT_EQ(printable("\xF4\x90\x80\x80"), "\\xF4\\x90\\x80\\x80");
   EXPECT_EQ(printable("\xE3\x81"), "\\xE3\\x81");  // cut

@@ -18,6 +18,7 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 using Names = std::vector<std::string>;
 
@@ -542,6 +543,18 @@ TEST(Check, FindsAnIpodThatFallsSilent) {
   EXPECT_THAT(causesIn(kConnected + "2.000000" + kAskIndex + "3.000000" + kAskShuffle +
                        closedAt("5.000000")),
               ElementsAre("lost-after-connected"));
+}
+
+TEST(Check, ConcludesNothingFromLinesThatTheRecorderLost) {
+  const std::string text = "# ipodctl-trace 1\n" + kConnected + "2.000000" + kAskIndex +
+                           "# 12 lines are missing here: the file was too slow\n4.000000" +
+                           kAskShuffle + "4.000100" + kShuffle;
+  const std::vector<size_t> gaps = gapsIn(text);
+  EXPECT_THAT(gaps, ElementsAre(18u));
+  EXPECT_THAT(diagnose(trace::parseTrace(text), gaps).findings, IsEmpty());
+  EXPECT_THAT(diagnose(trace::parseTrace(text)).findings, Not(IsEmpty()));
+  EXPECT_THAT(gapsIn("# a\n# 3 lines were lost: the file could not be written, error 112\n# 3\n"),
+              ElementsAre(2u));
 }
 
 // ---------------------------------------------------------------- what is printed

@@ -91,5 +91,16 @@ TEST(Dissector, ShowsCommentsAndTimes) {
       "0.600000000\tnoise\n");
 }
 
+TEST(Dissector, ShowsEventsAsComments) {
+  EXPECT_EQ(dissected("# 0.1 IPD1: open ok\n0.2 IPD1: > 55 03 00 08 50 A5\n# 0.3 IPD1: close\n",
+                      "-T fields -E separator=/t -E aggregator=/s -e frame.comment"),
+            "open ok no answer close\n");
+}
+
+TEST(CaptureFile, HasTheEventsOfADeviceWithoutPackets) {
+  const std::string file = captureOf(trace::parseTrace(traceText("# 0.1 IPD1: open failed 2\n")));
+  EXPECT_NE(file.find("open failed 2"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace iaptrace::dissector_test

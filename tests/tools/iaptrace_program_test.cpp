@@ -144,6 +144,28 @@ TEST_F(IaptraceTest, SucceedsWhenThePipeIsClosed) {
   EXPECT_EQ(WEXITSTATUS(pclose(pipe)), 0);
 }
 
+/// Returns what a terminal receives from `iaptrace decode`.
+std::string shownInATerminal(const std::string& environment, const std::string& path) {
+  const std::string command = environment +
+                              " timeout 60 script --quiet --command '" IAPTRACE_PROGRAM " decode " +
+                              path + "' /dev/null </dev/null";
+  FILE* const pipe = popen(command.c_str(), "r");
+  std::string output;
+  char part[256];
+  while (std::fgets(part, sizeof part, pipe) != nullptr)
+    output += part;
+  pclose(pipe);
+  return output;
+}
+
+TEST_F(IaptraceTest, UsesColourInATerminalOnly) {
+  write("0.1 IPD1: < 77\n");
+  const std::string line = "   0.100000 ! < bytes outside any frame: 77  [noise]";
+  EXPECT_EQ(shownInATerminal("NO_COLOR=", file), "\033[31m" + line + "\033[0m\r\n");
+  EXPECT_EQ(shownInATerminal("NO_COLOR=1", file), line + "\r\n");
+  EXPECT_EQ(run({"decode", file}).output, line + "\n");
+}
+
 TEST_F(IaptraceTest, DrawsATimeline) {
   const std::string svg = folder / "a.svg";
   EXPECT_EQ(run({"stats", file, "--plot", svg}).status, 0);

@@ -188,6 +188,21 @@ TEST(HealthyTrace, HasNoFaultWhereverTheRecordingBegins) {
   });
 }
 
+TEST(HealthyTrace, HasNoFaultWhereverLinesAreLost) {
+  forEach(healthyNames(), [](const std::string&, const std::string& text) {
+    const trace::Trace whole = trace::parseTrace(text);
+    for (size_t first = 1; first + 3 < whole.size(); ++first) {
+      trace::Trace rest = whole;
+      const auto lost = rest.begin() + static_cast<ptrdiff_t>(first);
+      const size_t gap = lost->line;
+      rest.erase(lost, lost + 3);
+      const Diagnosis diagnosis = diagnose(rest, {gap});
+      ASSERT_TRUE(diagnosis.findings.empty())
+          << diagnosis.findings[0].cause << " without line " << gap;
+    }
+  });
+}
+
 TEST(Corpus, HasEnoughBrokenAndHealthySessions) {
   constexpr size_t kBroken = 16;
   constexpr size_t kHealthy = 30;

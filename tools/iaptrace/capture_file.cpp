@@ -19,8 +19,8 @@ constexpr uint16_t kComment = 1;
 constexpr uint16_t kInterfaceName = 2;
 constexpr uint16_t kPacketFlags = 2;
 constexpr uint16_t kTimeResolution = 9;
-constexpr uint32_t kInbound = 1;
-constexpr uint32_t kOutbound = 2;
+constexpr char kInbound = 1;
+constexpr char kOutbound = 2;
 
 /// Builds a block. Its numbers have their low byte first.
 class Block {
@@ -68,13 +68,13 @@ std::string sectionHeader() {
       .take();
 }
 
-std::string interfaceOf(const std::string& device) {
+std::string interfaceOf(const std::string& device, const std::vector<std::string>& comments) {
   constexpr char kMicroseconds[] = "\x06";
-  return Block(kInterfaceDescription)
-      .u16(kLinkTypeUser0)
-      .u16(0)
-      .u32(0)  // packets of any length
-      .option(kInterfaceName, device)
+  Block block(kInterfaceDescription);
+  block.u16(kLinkTypeUser0).u16(0).u32(0);  // packets of any length
+  for (const std::string& comment : comments)
+    block.option(kComment, comment);
+  return block.option(kInterfaceName, device)
       .option(kTimeResolution, kMicroseconds)
       .option(kEndOfOptions, "")
       .take();
@@ -114,12 +114,14 @@ Packet packetOf(const DecodedLine& line, uint32_t interfaceNumber) {
   return packet;
 }
 
-void addPackets(const Conversation& items, uint32_t interfaceNumber, std::vector<Packet>& packets) {
+/// Appends the packets of a device. Returns the events that belong to none of them.
+std::vector<std::string> addPackets(const Conversation& items, uint32_t interfaceNumber,
+                                    std::vector<Packet>& packets) {
   std::vector<std::string> events;
   const size_t first = packets.size();
   for (const DecodedLine& line : decodedLines(items, false)) {
     if (line.item->kind == Item::Kind::kEvent) {
-      events.push_back("before: " + line.what);
+      events.push_back(line.what);
       continue;
     }
     packets.push_back(packetOf(line, interfaceNumber));
@@ -127,9 +129,10 @@ void addPackets(const Conversation& items, uint32_t interfaceNumber, std::vector
     comments.insert(comments.begin(), events.begin(), events.end());
     events.clear();
   }
-  if (packets.size() == first) return;
-  for (const std::string& event : events)
-    packets.back().comments.push_back("after: " + event.substr(std::string("before: ").size()));
+  if (packets.size() == first) return events;
+  auto& comments = packets.back().comments;
+  comments.insert(comments.end(), events.begin(), events.end());
+  return {};
 }
 
 }  // namespace
@@ -139,8 +142,8 @@ std::string captureOf(const trace::Trace& records) {
   std::vector<Packet> packets;
   uint32_t interfaceNumber = 0;
   for (const std::string& device : trace::devicesOf(records)) {
-    file += interfaceOf(device);
-    addPackets(conversationOf(records, device), interfaceNumber++, packets);
+    const auto events = addPackets(conversationOf(records, device), interfaceNumber++, packets);
+    file += interfaceOf(device, events);
   }
   std::stable_sort(packets.begin(), packets.end(),
                    [](const Packet& a, const Packet& b) { return a.line < b.line; });

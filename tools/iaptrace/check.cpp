@@ -25,7 +25,9 @@ int runCheck(const Arguments& arguments) {
     return kDone;
   }
   if (file.empty()) throw UsageError("FILE is missing. Try iaptrace check --help.");
-  const checking::Diagnosis diagnosis = checking::diagnose(trace::readTrace(file));
+  const std::string text = trace::readTraceText(file);
+  const checking::Diagnosis diagnosis =
+      checking::diagnose(trace::parseTraceOf(file, text), checking::gapsIn(text));
   std::cout << checking::textOf(diagnosis);
   return diagnosis.findings.empty() ? kDone : kFailed;
 }

@@ -67,10 +67,32 @@ size_t connectionsOf(const Case& trace) {
                     [](const Session& session) { return session.connected.has_value(); }));
 }
 
+/// Whether the line is a comment such as "# 12 lines are missing" or "# 12 lines were lost".
+bool saysThatLinesAreMissing(std::string_view line) {
+  if (line.substr(0, 2) != "# ") return false;
+  line.remove_prefix(2);
+  const size_t digits = line.find_first_not_of("0123456789");
+  if (digits == 0 || digits == std::string_view::npos) return false;
+  line.remove_prefix(digits);
+  const std::string_view rest = line.substr(0, line.find(':'));
+  return rest.rfind(" line", 0) == 0 && (rest.find("missing") != std::string_view::npos ||
+                                         rest.find("lost") != std::string_view::npos);
+}
+
 }  // namespace
 
-Diagnosis diagnose(const trace::Trace& records) {
-  const Case found = caseOf(records);
+std::vector<size_t> gapsIn(std::string_view text) {
+  std::vector<size_t> gaps;
+  for (size_t line = 1; !text.empty(); ++line) {
+    const size_t end = std::min(text.find('\n'), text.size());
+    if (saysThatLinesAreMissing(text.substr(0, end))) gaps.push_back(line);
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return gaps;
+}
+
+Diagnosis diagnose(const trace::Trace& records, const std::vector<size_t>& gaps) {
+  const Case found = caseOf(records, gaps);
   Diagnosis diagnosis;
   diagnosis.connections = connectionsOf(found);
   for (const Rule rule : kRules)

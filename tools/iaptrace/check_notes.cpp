@@ -150,6 +150,8 @@ void noteSlowAnswers(const Case& trace, Diagnosis& diagnosis) {
 
 void noteNothing(const Case& trace, Diagnosis& diagnosis) {
   if (trace.isEmpty) diagnosis.addNote("nothing was recorded", {});
+  if (trace.gaps.empty()) return;
+  diagnosis.addNote("the recorder lost lines; faults there are not found", trace.gaps);
 }
 
 }  // namespace iaptrace::checking

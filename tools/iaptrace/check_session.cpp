@@ -387,12 +387,35 @@ Stage Session::reachedBefore(size_t index) const {
   return stage;
 }
 
-Case caseOf(const trace::Trace& records) {
+namespace {
+
+/// Adds the sessions of a part of a trace. What was before and after is not known.
+void addPart(const trace::Trace& part, Case& found) {
+  if (part.empty()) return;
+  found.lastTime = part.back().at;
+  for (const std::string& device : trace::devicesOf(part))
+    SessionCutter(device, found).cut(conversationOf(part, device));
+}
+
+}  // namespace
+
+Case caseOf(const trace::Trace& records, const std::vector<size_t>& gaps) {
   Case found;
   found.isEmpty = records.empty();
-  if (!records.empty()) found.lastTime = records.back().at;
-  for (const std::string& device : trace::devicesOf(records))
-    SessionCutter(device, found).cut(conversationOf(records, device));
+  found.gaps = gaps;
+  trace::Trace part;
+  size_t gap = 0;
+  for (const trace::Record& record : records) {
+    const size_t begin = gap;
+    while (gap < gaps.size() && gaps[gap] < record.line)
+      ++gap;
+    if (gap > begin) {
+      addPart(part, found);
+      part.clear();
+    }
+    part.push_back(record);
+  }
+  addPart(part, found);
   for (const Session& session : found.sessions)
     noteDevice(session, found);
   return found;

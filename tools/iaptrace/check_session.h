@@ -91,7 +91,8 @@ struct FailedOpening {
 struct Case {
   std::vector<Session> sessions;
   std::vector<FailedOpening> failedOpenings;
-  trace::Time lastTime{0};
+  std::vector<size_t> gaps;
+  trace::Time lastTime{0};  ///< of the part of the trace whose sessions were added last
   bool isEmpty = true;
 
   std::set<std::string> answeringDevices;      ///< on which an iPod's message was received
@@ -99,6 +100,7 @@ struct Case {
   std::map<std::string, size_t> lastOpenings;  ///< the line in which each device was opened last
 };
 
-Case caseOf(const trace::Trace& records);
+/// Lines of the trace are missing after each of the lines `gaps`, which rise.
+Case caseOf(const trace::Trace& records, const std::vector<size_t>& gaps);
 
 }  // namespace iaptrace::checking

@@ -22,7 +22,7 @@ std::string lingoText(uint8_t lingo) {
 }
 
 std::string commandText(const CommandStatistics& row) {
-  const std::string name = simulator::commandName({row.lingo, row.command, {}});
+  std::string name = simulator::commandName({row.lingo, row.command, {}});
   if (name != simulator::kUnknownCommand) return name;
   char id[32];
   std::snprintf(id, sizeof id, "unknown %04X", row.command);

@@ -157,7 +157,8 @@ class Drawing {
     text(24, 56,
          secondsText(statistics.duration) + ", " + std::to_string(count) + " messages, " +
              std::to_string(statistics.fromHost.damaged + statistics.fromIpod.damaged) +
-             " damaged frames, " + std::to_string(failures()) + " failures");
+             " damaged frames, " + std::to_string(failures()) +
+             (failures() == 1 ? " failure" : " failures"));
     const struct {
       const char* colour;
       const char* name;
@@ -219,8 +220,9 @@ class Drawing {
   }
 
   void latencies() {
-    text(24, kLatencyTop + 8, "latency", "font-weight=\"bold\"");
-    text(24, kLatencyTop + 24, "of each request");
+    text(24, kLatencyTop - 8, "latency", "font-weight=\"bold\"");
+    text(24, kLatencyTop + 8, "of each");
+    text(24, kLatencyTop + 24, "request");
     static constexpr struct {
       int64_t micros;
       const char* label;
@@ -231,6 +233,7 @@ class Drawing {
       line(kLeft, at, kRight, at, "stroke=\"#e2e8f0\"");
       text(kLeft - 8, at + 4, each.label, "text-anchor=\"end\" fill=\"#64748b\"");
     }
+    text(kLeft - 8, kLatencyTop - 8, "none", "text-anchor=\"end\" fill=\"#dc2626\"");
     for (const Exchange& exchange : exchanges.all)
       dotOf(exchange);
   }
@@ -284,7 +287,8 @@ class Drawing {
     const Item& item = items[index];
     const Annotation& note = notes[index];
     const bool isHost = item.sender == Sender::kHost;
-    const bool isFault = note.isRefusal || note.isUnanswered || note.isUnexpected;
+    const bool isFault =
+        note.isRefusal || note.isUnanswered || note.isUnexpected || note.isOutOfTurn;
     const char* const colour = isFault              ? kFaultColour
                                : note.isUnsolicited ? kUnaskedColour
                                : isHost             ? kHostColour
