@@ -82,13 +82,6 @@ TEST(FrameCutter, BeginsAgainWhenTheDeviceIsOpenedAgain) {
             "unfinished3 event event noise3");
 }
 
-TEST(FrameCutter, CutsManyOverlappingLongFramesAtOnce) {
-  std::string bytes = "55 00 FF FF";
-  for (int i = 0; i < 200000; ++i)
-    bytes += " 55 00 FF FF";
-  EXPECT_FALSE(shapeOfRead(bytes).empty());
-}
-
 TEST(Conversation, LeavesOtherDevicesOut) {
   EXPECT_EQ(shapeOf(typedConversation("0.1 COM1: < 55 02 00 03 FB\n# 0.2 COM1: close\n"
                                       "# 0.3 audio SelectFrequency 48000\n")),
