@@ -124,7 +124,7 @@ TEST(PersonalityFile, NamesTheFileInOneLine) {
   EXPECT_NE(refusal(folder / "none.json").find("No such file"), std::string::npos);
 }
 
-TEST(PersonalityFile, IsToldFromAPresetByItsName) {
+TEST(PersonalityFile, IsDistinguishedFromAPresetByItsName) {
   EXPECT_TRUE(isPersonalityFile("mine.json"));
   EXPECT_TRUE(isPersonalityFile("/home/zoe/mine.json"));
   EXPECT_FALSE(isPersonalityFile("classic"));

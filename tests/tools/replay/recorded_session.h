@@ -19,7 +19,7 @@ using simulator::SimulatedIpod;
 
 constexpr char kAnnounce[] = "00 13 00 00 04 11 00 00 00 00 00 00 00 00";
 
-/// The host answers the iPod's questions as the library does, unless it is told not to.
+/// The host answers the iPod's questions as the library does, unless a test says otherwise.
 class RecordedSession {
  public:
   explicit RecordedSession(Personality model, bool answersQuestions = true)

@@ -116,7 +116,7 @@ TEST_F(ReplayProgram, ReportsTheFirstDifference) {
             "iaptrace: line 3: the host sent RequestiPodName; now it sent RequestRemoteUIMode\n");
 }
 
-TEST_F(ReplayProgram, GivesUpWhenNoHostComes) {
+TEST_F(ReplayProgram, GivesUpWithoutAHost) {
   auto program = play("# 0.0 IPD1: open ok\n0.1 IPD1: > 55 02 00 07 F7\n", {"--patience", "0.1"});
   EXPECT_EQ(program->waitForEnd(), 1);
   EXPECT_EQ(program->errors(),

@@ -246,7 +246,7 @@ TEST(StrictReplay, RefusesAFurtherMessage) {
   EXPECT_THAT(replay.ipod.failure(), HasSubstr("nothing more until this connection ended"));
 }
 
-TEST(StrictReplay, ComparesBytesThatAreNoMessage) {
+TEST(StrictReplay, ComparesBytesThatAreNotAMessage) {
   TypedReplay replay(
       "# 0.0 IPD1: open ok\n"
       "0.1 IPD1: > 13 A9\n"
