@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "hex.h"
 #include "screen/screen.h"
+#include "support/hex.h"
 
 namespace simulator {
 namespace {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "bench.h"
-#include "hex.h"
+#include "support/hex.h"
+#include "support/ipod_bench.h"
 
 namespace simulator {
 namespace {

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "bench.h"
 #include "device/traffic.h"
 #include "faults/fault_text.h"
-#include "hex.h"
+#include "support/hex.h"
+#include "support/ipod_bench.h"
 
 namespace simulator {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <set>
 
-#include "bench.h"
-#include "hex.h"
+#include "support/hex.h"
+#include "support/ipod_bench.h"
 #include "wire/command_names.h"
 
 namespace simulator {

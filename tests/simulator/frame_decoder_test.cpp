@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "hex.h"
+#include "support/hex.h"
 
 namespace simulator {
 namespace {

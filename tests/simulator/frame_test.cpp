@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "hex.h"
+#include "support/hex.h"
 
 namespace simulator {
 namespace {

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "bench.h"
 #include "faults/fault_text.h"
-#include "hex.h"
+#include "support/hex.h"
+#include "support/ipod_bench.h"
 
 namespace simulator {
 namespace {

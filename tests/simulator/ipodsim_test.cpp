@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "hex.h"
-#include "host_end.h"
+#include "support/hex.h"
+#include "support/host_end.h"
 #include "support/program.h"
 #include "support/pty_pair.h"
 #include "support/recorded_trace.h"

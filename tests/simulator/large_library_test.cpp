@@ -3,9 +3,9 @@
 #include <ctime>
 #include <iostream>
 
-#include "bench.h"
 #include "database/resized_library.h"
-#include "hex.h"
+#include "support/hex.h"
+#include "support/ipod_bench.h"
 
 namespace simulator {
 namespace {

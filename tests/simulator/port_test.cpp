@@ -8,11 +8,11 @@
 #include <mutex>
 
 #include "database/catalogue.h"
-#include "host_end.h"
 #include "link/pty_ipod.h"
 #include "link/socket_port.h"
 #include "link/terminal_port.h"
 #include "support/eventually.h"
+#include "support/host_end.h"
 #include "support/pty_pair.h"
 #include "support/small_library.h"
 #include "support/temporary_folder.h"

@@ -7,10 +7,10 @@
 #include <filesystem>
 #include <fstream>
 
-#include "bench.h"
 #include "faults/fault_text.h"
-#include "hex.h"
-#include "host_end.h"
+#include "support/hex.h"
+#include "support/host_end.h"
+#include "support/ipod_bench.h"
 #include "support/temporary_folder.h"
 
 namespace simulator {

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "bench.h"
-#include "hex.h"
-#include "host_end.h"
 #include "link/pty_ipod.h"
+#include "support/hex.h"
+#include "support/host_end.h"
+#include "support/ipod_bench.h"
 
 namespace simulator::scripted_host {
 namespace {

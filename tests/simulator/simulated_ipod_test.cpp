@@ -4,9 +4,9 @@
 
 #include <utility>
 
-#include "bench.h"
 #include "device/traffic.h"
-#include "hex.h"
+#include "support/hex.h"
+#include "support/ipod_bench.h"
 
 namespace simulator {
 namespace {

@@ -3,10 +3,10 @@
 
 #include <string>
 
-#include "bench.h"
-#include "hex.h"
 #include "iaptrace/shown_personality.h"
 #include "music/built_in_library.h"
+#include "support/hex.h"
+#include "support/ipod_bench.h"
 #include "trace/trace.h"
 
 namespace iaptrace {

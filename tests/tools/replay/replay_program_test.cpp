@@ -8,8 +8,8 @@
 #include <fstream>
 #include <thread>
 
-#include "hex.h"
-#include "host_end.h"
+#include "support/hex.h"
+#include "support/host_end.h"
 #include "support/program.h"
 #include "support/temporary_folder.h"
 

@@ -2,8 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "hex.h"
 #include "iaptrace/replayed_host.h"
+#include "support/hex.h"
 #include "typed_trace.h"
 
 namespace iaptrace {

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "hex.h"
 #include "iaptrace/replayed_ipod.h"
+#include "support/hex.h"
 #include "typed_trace.h"
 
 namespace iaptrace {

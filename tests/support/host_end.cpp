@@ -1,11 +1,11 @@
-#include "host_end.h"
+#include "support/host_end.h"
 
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 
-#include "hex.h"
+#include "support/hex.h"
 
 namespace simulator {
 

@@ -1,8 +1,8 @@
-#include "bench.h"
+#include "support/ipod_bench.h"
 
 #include <gtest/gtest.h>
 
-#include "hex.h"
+#include "support/hex.h"
 
 namespace simulator {
 
