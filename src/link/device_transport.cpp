@@ -32,6 +32,8 @@ bool DeviceTransport::open(const char* name) {
   HANDLE opened = nullptr;
   if (openDevice(opened, deviceName.text()) != 0) return false;
   frames.clear();  // part of a frame from a lost link does not belong to the new stream
+  // The failed reader of another link can close this one: not between its look and its change.
+  const SemaphoreHold hold(handleGuard);
   deviceHandle = opened;
   return true;
 }
