@@ -1,6 +1,7 @@
 #include "iaptrace/replay_plan.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "iaptrace/exchange.h"
@@ -72,7 +73,7 @@ class SwappedLines {
                b->kind == Record::Kind::kWritten && b->line == items[reply + 1].line;
       };
       const auto found = std::adjacent_find(records.begin(), records.end(), isFirst);
-      if (found != records.end()) std::swap(*found, *(found + 1));
+      if (found != records.end()) std::iter_swap(found, std::next(found));
     }
   }
 

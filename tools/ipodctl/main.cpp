@@ -1,6 +1,7 @@
 // The program ipodctl.
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <exception>
 #include <iostream>
 
 #include "ipodctl/doctor.h"
@@ -34,16 +35,12 @@ void describeDoctor(CLI::App& app, tool::DoctorOptions& options) {
   app.add_flag("--yes", options.yes, "Do not ask before the connection");
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  std::signal(SIGPIPE, SIG_IGN);
+int run(int argc, char** argv) {
   CLI::App app(kDescription, "ipodctl");
   app.set_version_flag("--version", "ipodctl " IPODCTL_VERSION, "Print the version and exit");
   app.require_subcommand(1);
   tool::DoctorOptions options;
-  CLI::App* doctor = app.add_subcommand("doctor", kDoctorDescription);
-  describeDoctor(*doctor, options);
+  describeDoctor(*app.add_subcommand("doctor", kDoctorDescription), options);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
@@ -57,4 +54,16 @@ int main(int argc, char** argv) {
     return tool::kWrongUsage;
   }
   return tool::runDoctor(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "ipodctl: " << error.what() << '\n';
+    return tool::kFault;
+  }
 }
