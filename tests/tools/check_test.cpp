@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "iaptrace/check_causes.h"
+#include "iaptrace/check_session.h"
 #include "trace/trace_parser.h"
 
 namespace iaptrace::checking::test {
@@ -177,6 +178,15 @@ TEST(Check, FindsNothingInAHostThatUnderstandsLongFrames) {
                        "2.000100 IPD1: < 55 00 01 2F 04 00 21" + text + " 0B\n" + "3.000000" +
                        kAskIndex + "3.000100" + kIndex),
               IsEmpty());
+}
+
+TEST(Check, TakesAReadThatIsRecordedAfterTheCloseForNoConnection) {
+  const std::string lines =
+      kConnected + closedAt("3.000000") + "3.000400 IPD1:" + " < 55 04 00 02 00 06 F4\n";
+  EXPECT_EQ(caseOf(trace::parseTrace("# ipodctl-trace 1\n" + lines), {}).sessions.size(), 1U);
+  const std::string second = "4.000000" + kAskIndex + "4.000100" + kIndex;
+  EXPECT_EQ(caseOf(trace::parseTrace("# ipodctl-trace 1\n" + lines + second), {}).sessions.size(),
+            2U);
 }
 
 TEST(Check, ReportsASecondConnectionOfTheSameTraceAlone) {

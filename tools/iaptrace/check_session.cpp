@@ -242,6 +242,7 @@ class SessionCutter {
 
   void cut(const Conversation& items) {
     for (const Item& item : items) {
+      if (isRestOfClosedSession(item)) continue;
       const bool isEvent = item.kind == Item::Kind::kEvent;
       if (isEvent && item.event.kind == Kind::kOpenFailed) {
         found.failedOpenings.push_back({device, item.line, item.event.code});
@@ -251,6 +252,7 @@ class SessionCutter {
         current.items.push_back(item);
       } else if (isEvent && item.event.kind == Kind::kClosed) {
         finish(item.at, true);
+        isAfterClose = true;
       } else {
         current.items.push_back(item);
       }
@@ -259,6 +261,12 @@ class SessionCutter {
   }
 
  private:
+  /// A read that is under way while the host closes the device can be recorded after the close.
+  bool isRestOfClosedSession(const Item& item) {
+    if (item.kind == Item::Kind::kEvent || item.sender == Sender::kHost) isAfterClose = false;
+    return isAfterClose;
+  }
+
   bool hasData() const {
     return std::any_of(current.items.begin(), current.items.end(),
                        [](const Item& item) { return item.kind != Item::Kind::kEvent; });
@@ -289,6 +297,7 @@ class SessionCutter {
   const std::string& device;
   Case& found;
   Session current;
+  bool isAfterClose = false;  ///< and nothing has happened since
 };
 
 /// The stage that one message completes.

@@ -137,7 +137,7 @@ TEST_F(DoctorTest, NamesTheStepAtWhichAnIpodFails) {
 TEST_F(DoctorTest, GoesOnAfterAStepThatASessionCanDoWithout) {
   plugIn({"--fault", "lost@00:0013"});
   const Examination run = examine();
-  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.status, 0) << run.output;
   EXPECT_THAT(run.output, HasSubstr("-       the iPod accepts the announcement (not seen)\n"));
   EXPECT_THAT(run.output, HasSubstr("ok      it is identified"));
 }
