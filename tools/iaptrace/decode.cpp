@@ -12,7 +12,7 @@
 namespace iaptrace {
 namespace {
 
-struct Options {
+struct DecodeOptions {
   std::string file;
   std::string device;
   double from = 0;
@@ -21,7 +21,7 @@ struct Options {
   bool json = false;
 };
 
-void describe(CLI::App& app, Options& options) {
+void describe(CLI::App& app, DecodeOptions& options) {
   app.add_option("FILE", options.file, "The trace; - is standard input")->required();
   app.add_option("--device", options.device, "The device, when the trace has several")
       ->type_name("NAME");
@@ -44,7 +44,7 @@ bool inColour() {
   return isatty(STDOUT_FILENO) == 1 && (refused == nullptr || *refused == 0);
 }
 
-void keepTimes(const Options& options, std::vector<DecodedLine>& lines) {
+void keepTimes(const DecodeOptions& options, std::vector<DecodedLine>& lines) {
   const auto isOutside = [&](const DecodedLine& line) {
     const double at = static_cast<double>(line.at.count()) / 1e6;
     return at < options.from || at > options.to;
@@ -57,7 +57,7 @@ void keepTimes(const Options& options, std::vector<DecodedLine>& lines) {
 int runDecode(const Arguments& arguments) {
   CLI::App app("One line a message: time, direction, lingo, command and fields.",
                "iaptrace decode");
-  Options options;
+  DecodeOptions options;
   describe(app, options);
   if (const auto status = parse(app, arguments)) return *status;
   const Session session = readSession(options.file, options.device);

@@ -29,7 +29,11 @@ int runStats(const Arguments& arguments) {
     writeOutput(plot, timelineOf(session.items, exchanges, statistics, session.device));
     if (plot == "-") return kDone;
   }
-  (json ? printJson : printText)(statistics, session.device, std::cout);
+  if (json) {
+    printJson(statistics, session.device, std::cout);
+  } else {
+    printText(statistics, session.device, std::cout);
+  }
   return kDone;
 }
 
