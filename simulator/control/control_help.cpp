@@ -23,11 +23,11 @@ constexpr char kIntroduction[] =
 
 constexpr char kEnd[] =
     "\n"
-    "button: play, pause, play-pause, next, previous, menu or select. personality: see\n"
-    "--help-personalities. fault: see --help-faults. state: stopped, playing or\n"
-    "paused. Of wait-until all conditions must be true at the same moment; position_ms\n"
-    "and screen_revision are then at least these. timeout_ms is at most 60000, and\n"
-    "5000 if it is left out.\n"
+    "button: play, pause, play-pause, next, previous, menu or select. personality:\n"
+    "see --help-personalities. fault: see --help-faults. state: stopped, playing or\n"
+    "paused. Of wait-until all conditions must be true at the same moment;\n"
+    "position_ms and screen_revision are then at least these. timeout_ms is at most\n"
+    "60000, and 5000 if it is left out.\n"
     "\n"
     "A line has at most 65536 bytes. A program that does not read its answers for\n"
     "5 seconds is disconnected.\n"

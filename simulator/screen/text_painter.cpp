@@ -76,7 +76,7 @@ class Letters {
     return pixels(width + 63);
   }
 
-  /// Returns the text, or its beginning and an ellipsis.
+  /// Returns the text, or its beginning and an ellipsis; empty when not even that fits.
   std::u32string fitted(std::u32string text, int width) const {
     const FT_Pos room = FT_Pos{width} * 64;
     const FT_Pos roomBeforeEllipsis = room - advanceOf(kEllipsis);
@@ -88,6 +88,7 @@ class Letters {
       if (used <= roomBeforeEllipsis) ++kept;
     }
     if (used <= room) return text;
+    if (roomBeforeEllipsis < 0) return {};
     while (kept > 0 && text[kept - 1] == U' ')
       --kept;
     return text.substr(0, kept) + kEllipsis;
