@@ -75,18 +75,26 @@ void requireScreen(const Options& options) {
   }
 }
 
+bool isScreenWanted(const Options& options) {
+  return !options.screen.empty() || !options.control.empty();
+}
+
+/// Without need no font is read.
+FontFiles fontsFor(const Options& options) {
+  if (!isScreenWanted(options)) return {};
+  return options.font.empty() ? FontFiles::ofTheSystem() : FontFiles::only(options.font);
+}
+
 /// What shows the screen to the user.
 struct ScreenOutputs {
-  explicit ScreenOutputs(const Options& options)
-      : live(options.font.empty() ? FontFiles::ofTheSystem() : FontFiles::only(options.font)) {
-    const bool isWanted = !options.screen.empty() || !options.control.empty();
-    if (isWanted && !live.hasFont()) {
+  explicit ScreenOutputs(const Options& options) : live(fontsFor(options)) {
+    if (isScreenWanted(options) && !live.hasFont()) {
       complain(
-          "the screen has no texts, because no font can be read; install fonts-dejavu-core, or "
-          "name a font with --font FILE.ttf");
+          "the screen has no texts, because no font can be read; install fonts-dejavu-core, "
+          "or name a font with --font FILE.ttf");
     }
-    if (!options.screen.empty())
-      file = std::make_unique<ScreenFile>(live, options.screen, complain);
+    if (options.screen.empty()) return;
+    file = std::make_unique<ScreenFile>(live, options.screen, complain);
   }
 
   void look(const PtyIpod& pty) {
