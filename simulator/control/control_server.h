@@ -19,8 +19,8 @@ namespace simulator {
 class ControlServer {
  public:
   /// Throws LinkError when there can be no socket.
-  ControlServer(const std::filesystem::path& file, ControlVerbs& verbs, PtyIpod& running,
-                ControlLimits limits = {});
+  ControlServer(const std::filesystem::path& file, ControlVerbs& answering, PtyIpod& running,
+                ControlLimits allowed = {});
   ~ControlServer();
   ControlServer(const ControlServer&) = delete;
   ControlServer& operator=(const ControlServer&) = delete;

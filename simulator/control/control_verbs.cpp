@@ -334,8 +334,9 @@ Json parsed(const std::string& line) {
 void checkKeys(const Json& request, const std::string& verb) {
   for (const auto& [key, value] : request.items()) {
     if (key == "do" || verbHasKey(verb, key)) continue;
-    throw Refusal("unknown-key",
-                  "The verb " + verb + " has no key " + key + "; " + keysSentence(verb));
+    std::string message = "The verb " + verb;
+    message += " has no key " + key + "; " + keysSentence(verb);
+    throw Refusal("unknown-key", message);
   }
 }
 

@@ -129,8 +129,9 @@ void Canvas::fillShape(Area box, Colour colour, IsInside isInside) {
     for (int x = inside.left; x < inside.right(); ++x) {
       unsigned hits = 0;
       for (int sample = 0; sample < kSamples * kSamples; ++sample) {
-        const Point place{x + (sample % kSamples + 0.5) / kSamples,
-                          y + (sample / kSamples + 0.5) / kSamples};
+        const int column = sample % kSamples;
+        const int row = sample / kSamples;
+        const Point place{x + (column + 0.5) / kSamples, y + (row + 0.5) / kSamples};
         hits += isInside(place) ? 1 : 0;
       }
       blend(x, y, colour, hits * kOpaque / (kSamples * kSamples));

@@ -77,12 +77,10 @@ LiveScreen::Shown LiveScreen::shown() {
 std::shared_ptr<const Picture> LiveScreen::uploadedImage(const SimulatedIpod& ipod) {
   const DisplayImage& display = ipod.display();
   const bool isNew = lastIpod != &ipod || lastCount != display.shownCount();
-  if (isNew) lastImage.reset();
+  if (isNew || !display.shown()) lastImage.reset();
   lastIpod = &ipod;
   lastCount = display.shownCount();
-  if (!display.shown()) {
-    lastImage.reset();
-  } else if (!lastImage) {
+  if (display.shown() && !lastImage) {
     lastImage = std::make_shared<const Picture>(*display.shown());
   }
   return lastImage;

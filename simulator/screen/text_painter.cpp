@@ -100,15 +100,15 @@ class Letters {
   FT_Pos draw(Canvas& canvas, char32_t character, FT_Pos x, int baseLine, Colour colour) const {
     FT_Face face = faceOf(character);
     if (FT_Load_Char(face, character, FT_LOAD_RENDER | load) != 0) return 0;
-    const FT_GlyphSlot glyph = face->glyph;
-    for (unsigned row = 0; row < glyph->bitmap.rows; ++row) {
-      for (unsigned column = 0; column < glyph->bitmap.width; ++column) {
-        canvas.blend(pixels(x) + glyph->bitmap_left + static_cast<int>(column),
-                     baseLine - glyph->bitmap_top + static_cast<int>(row), colour,
-                     alphaAt(glyph->bitmap, column, row));
+    const FT_GlyphSlotRec& glyph = *face->glyph;
+    for (unsigned row = 0; row < glyph.bitmap.rows; ++row) {
+      for (unsigned column = 0; column < glyph.bitmap.width; ++column) {
+        canvas.blend(pixels(x) + glyph.bitmap_left + static_cast<int>(column),
+                     baseLine - glyph.bitmap_top + static_cast<int>(row), colour,
+                     alphaAt(glyph.bitmap, column, row));
       }
     }
-    return glyph->advance.x;
+    return glyph.advance.x;
   }
 
  private:
