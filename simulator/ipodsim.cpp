@@ -8,6 +8,7 @@
 #include <exception>
 #include <memory>
 
+#include "audio/audio_output.h"
 #include "console/commands.h"
 #include "console/options.h"
 #include "database/resized_library.h"
@@ -169,6 +170,12 @@ void runUntilEnded(PtyIpod& pty, const FileDescriptor& signals, bool isInteracti
   }
 }
 
+/// Stops the iPod's thread before what its hooks use is destroyed.
+struct StoppedAtTheEnd {
+  PtyIpod& pty;
+  ~StoppedAtTheEnd() { pty.stop(); }
+};
+
 void run(const Options& options) {
   const FileDescriptor signals = catchSignals();
   requireScreen(options);
@@ -180,7 +187,10 @@ void run(const Options& options) {
   PtyIpod pty(ipod, options.serial ? FrameKind::kSerial : FrameKind::kUsb, portMaker(options),
               hasLink(options) ? options.link : std::filesystem::path());
   if (recorder) pty.observe(*recorder);
+  const std::unique_ptr<AudioOutput> audio = makeAudioOutput(pty);
+  const StoppedAtTheEnd end{pty};
   pty.start();
+  if (hasLink(options)) audio->start(audioSocketOf(options.link), complain);
   const std::string place = pty.slavePath();
   pty.access([&](SimulatedIpod& device) {
     connectOutputs(device, options);

@@ -124,6 +124,7 @@ class FolderReader {
       return skip(file, "no playable audio found in it");
     }
     nameAfterFile(*track, file.lexically_relative(root));
+    track->file = file.native();
     library.tracks.push_back(std::move(*track));
   }
 

@@ -23,6 +23,7 @@ struct Track {
   uint32_t releaseYear = 0;  ///< 0: not known
   uint32_t lengthMs = 0;
   uint32_t sampleRate = 44100;  ///< Hz
+  std::string file;             ///< the path of its sound; empty: there is none
 };
 
 /// A named list of tracks, as indexes into MusicLibrary::tracks.
