@@ -259,6 +259,7 @@ TEST_F(IsochplaySound, DoesNotStartAtAnImpossibleRateOrWithAFailure) {
   isochplaySetResult(kStartIpodAudioPlay, 0);
   ipod.send(1, 1, 7);
   EXPECT_EQ(finished().rate, 0u);
+  EXPECT_EQ(complaints(), "");
 }
 
 // Each sample has the rate that was set when it arrived. The iPod's rate is not looked at.
@@ -364,8 +365,11 @@ TEST_F(IsochplaySound, SaysOnceThatTheDiskIsFull) {
   startStream(44100);
   for (uint32_t number = 0; number < 100; ++number)
     ipod.send(number, 100, 7);
-  finished();
+  std::error_code none;
+  EXPECT_TRUE(eventually([&] { return std::filesystem::file_size(wav, none) == small.rlim_cur; }));
   setrlimit(RLIMIT_FSIZE, &before);
+  ipod.send(100, 100, 8);
+  EXPECT_THAT(finished().samples, testing::AllOf(SizeIs(testing::Le(10000u)), Each(7)));
   EXPECT_EQ(complaints(), kPrefix + ("cannot write " + wav) +
                               ": File too large; make room or name another file, and start "
                               "again\n");

@@ -248,6 +248,7 @@ TEST_F(AudioSocketTest, ForgetsWhatWaitsWithTheBandwidth) {
   const std::optional<Received> next = accessory.take();
   ASSERT_TRUE(next);
   EXPECT_EQ(next->number, last + 1);
+  EXPECT_EQ(next->samples.front(), 2);
 }
 
 /// The thread, with a real iPod at a pseudo-terminal.

@@ -25,7 +25,7 @@ using testing::SizeIs;
 Moment at(Time time) { return Moment(time); }
 
 std::vector<Frame> framesOf(SampleSource& source, size_t count) {
-  std::vector<Frame> frames(count);
+  std::vector<Frame> frames(count, Frame{99, 99});
   source.read(frames.data(), count);
   return frames;
 }
@@ -242,13 +242,13 @@ TEST_F(PacketClockTest, RepeatsNothingAfterALateChange) {
 
 TEST_F(PacketClockTest, LeavesOutWhatIsTooLate) {
   clock.follow(heard(Time(0), 0, 48000));
-  clock.advance(at(seconds(10)));
-  EXPECT_EQ(packets.lost, 10000u);
+  clock.advance(at(milliseconds(10003)));
+  EXPECT_EQ(packets.lost, 10003u);
   EXPECT_THAT(packets.sizes, SizeIs(0));
-  clock.advance(at(seconds(10) + milliseconds(1)));
+  clock.advance(at(milliseconds(10004)));
   EXPECT_THAT(packets.sizes, ElementsAre(48));
   Tune there(0, 48000);
-  there.seek(seconds(10));
+  there.seek(milliseconds(10003));
   EXPECT_EQ(packets.all.front().left, framesOf(there, 1).front().left);
 }
 

@@ -29,6 +29,10 @@ struct Stretch {
   double length;
 };
 
+std::ostream& operator<<(std::ostream& out, const Stretch& stretch) {
+  return out << stretch.pitch << " Hz for " << stretch.length << " s";
+}
+
 struct Recording {
   std::vector<Stretch> stretches;
   double length = 0;  ///< seconds

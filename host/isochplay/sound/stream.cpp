@@ -149,6 +149,9 @@ void Stream::playUntilOver() {
     play(items);
     lock.lock();
   }
+  lock.unlock();
+  output.reset();
+  lock.lock();
   isDone = true;
   changed.notify_all();
 }

@@ -55,7 +55,7 @@ class Stream : public std::enable_shared_from_this<Stream> {
   void play(const std::vector<Item>& items);
   void wake();
 
-  const std::unique_ptr<Output> output;  ///< used by the playing thread
+  std::unique_ptr<Output> output;  ///< of the playing thread
   coredll::Descriptor waker;
 
   std::mutex mutex;  ///< guards everything below
