@@ -16,7 +16,7 @@ soxr* makeConverter(int from, int to) {
 
 }  // namespace
 
-void Resampler::Deleter::operator()(soxr* used) const { soxr_delete(used); }
+void Resampler::Deleter::operator()(soxr* stale) const { soxr_delete(stale); }
 
 Frames Resampler::convert(int rate, const Frames& frames) {
   Frames converted;

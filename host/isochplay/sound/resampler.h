@@ -21,7 +21,7 @@ class Resampler {
 
  private:
   struct Deleter {
-    void operator()(soxr* converter) const;
+    void operator()(soxr* stale) const;
   };
 
   size_t process(const Frame* input, size_t count, Frames& output);

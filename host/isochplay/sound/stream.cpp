@@ -39,7 +39,7 @@ class SignalsBlocked {
 }  // namespace
 
 std::shared_ptr<Stream> Stream::make(std::unique_ptr<Output> output) {
-  const std::shared_ptr<Stream> stream(new Stream(std::move(output)));
+  std::shared_ptr<Stream> stream(new Stream(std::move(output)));
   const SignalsBlocked blocked;
   std::thread([stream] { stream->receiveUntilOver(); }).detach();
   std::thread([stream] { stream->playUntilOver(); }).detach();
