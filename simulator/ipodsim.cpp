@@ -170,12 +170,6 @@ void runUntilEnded(PtyIpod& pty, const FileDescriptor& signals, bool isInteracti
   }
 }
 
-/// Stops the iPod's thread before what its hooks use is destroyed.
-struct StoppedAtTheEnd {
-  PtyIpod& pty;
-  ~StoppedAtTheEnd() { pty.stop(); }
-};
-
 void run(const Options& options) {
   const FileDescriptor signals = catchSignals();
   requireScreen(options);
@@ -184,11 +178,11 @@ void run(const Options& options) {
   for (const std::string& fault : options.faults)
     addFault(ipod.faults(), fault);
   const std::unique_ptr<TraceRecorder> recorder = makeRecorder(options);
+  const std::unique_ptr<AudioOutput> audio = makeAudioOutput();
   PtyIpod pty(ipod, options.serial ? FrameKind::kSerial : FrameKind::kUsb, portMaker(options),
               hasLink(options) ? options.link : std::filesystem::path());
   if (recorder) pty.observe(*recorder);
-  const std::unique_ptr<AudioOutput> audio = makeAudioOutput(pty);
-  const StoppedAtTheEnd end{pty};
+  audio->follow(pty);
   pty.start();
   if (hasLink(options)) audio->start(audioSocketOf(options.link), complain);
   const std::string place = pty.slavePath();

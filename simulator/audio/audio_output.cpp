@@ -28,9 +28,7 @@ struct Sender {
 
 class ThreadedOutput final : public AudioOutput {
  public:
-  explicit ThreadedOutput(PtyIpod& pty) : waker(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
-    pty.setEventHook([this](const SimulatedIpod& ipod, Moment now) { hear(playingOf(ipod, now)); });
-  }
+  ThreadedOutput() : waker(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
 
   ~ThreadedOutput() override {
     {
@@ -39,6 +37,10 @@ class ThreadedOutput final : public AudioOutput {
     }
     wake();
     if (thread.joinable()) thread.join();
+  }
+
+  void follow(PtyIpod& pty) override {
+    pty.setEventHook([this](const SimulatedIpod& ipod, Moment now) { hear(playingOf(ipod, now)); });
   }
 
   void start(const std::filesystem::path& path,
@@ -117,8 +119,6 @@ class ThreadedOutput final : public AudioOutput {
 
 }  // namespace
 
-std::unique_ptr<AudioOutput> makeAudioOutput(PtyIpod& pty) {
-  return std::make_unique<ThreadedOutput>(pty);
-}
+std::unique_ptr<AudioOutput> makeAudioOutput() { return std::make_unique<ThreadedOutput>(); }
 
 }  // namespace simulator

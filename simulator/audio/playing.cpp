@@ -36,7 +36,8 @@ Playing playingOf(const SimulatedIpod& ipod, Moment now) {
   const Track& properties = ipod.library().tracks[*track];
   playing.isHeard = true;
   playing.track = *track;
-  playing.file = properties.file;
+  const std::vector<std::string>& files = ipod.library().files;
+  if (*track < files.size()) playing.file = files[*track];
   playing.trackRate = properties.sampleRate;
   playing.streamRate = rate;
   playing.position = player.position(ipod.time());

@@ -124,8 +124,8 @@ class FolderReader {
       return skip(file, "no playable audio found in it");
     }
     nameAfterFile(*track, file.lexically_relative(root));
-    track->file = file.native();
     library.tracks.push_back(std::move(*track));
+    library.files.push_back(file.native());
   }
 
   static void nameAfterFile(Track& track, const fs::path& file) {

@@ -23,7 +23,6 @@ struct Track {
   uint32_t releaseYear = 0;  ///< 0: not known
   uint32_t lengthMs = 0;
   uint32_t sampleRate = 44100;  ///< Hz
-  std::string file;             ///< the path of its sound; empty: there is none
 };
 
 /// A named list of tracks, as indexes into MusicLibrary::tracks.
@@ -37,6 +36,7 @@ struct MusicLibrary {
   std::string name;  ///< the name of the iPod and of the first playlist (the whole library)
   std::vector<Track> tracks;
   std::vector<Playlist> playlists;  ///< the user's playlists; the whole library is not among them
+  std::vector<std::string> files;   ///< by track: the path of its sound; or nothing for any track
 };
 
 }  // namespace simulator

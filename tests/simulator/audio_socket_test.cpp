@@ -255,11 +255,10 @@ TEST_F(AudioSocketTest, ForgetsWhatWaitsWithTheBandwidth) {
 class AudioOutputTest : public AudioSocketTest {
  protected:
   AudioOutputTest() {
+    output->follow(pty);
     pty.start();
     output->start(path, [](const std::string& text) { ADD_FAILURE() << text; });
   }
-  ~AudioOutputTest() override { pty.stop(); }
-
   /// Connects as an accessory with all rates, and lets the first track play.
   void playFirst(HostEnd& host) {
     for (const char* message : {"00 13 00 00 04 11 00 00 00 00 00 00 00 00", "00 28 00 00 00 00 01",
@@ -275,8 +274,8 @@ class AudioOutputTest : public AudioSocketTest {
   }
 
   SimulatedIpod ipod{Personality{}, smallLibrary()};
+  std::unique_ptr<AudioOutput> output = makeAudioOutput();
   PtyIpod pty{ipod, FrameKind::kUsb};
-  std::unique_ptr<AudioOutput> output = makeAudioOutput(pty);
 };
 
 TEST_F(AudioOutputTest, SendsEachPacketOnceAsLongAsTheTrackPlays) {
