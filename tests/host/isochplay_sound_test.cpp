@@ -18,6 +18,7 @@
 #include <sstream>
 #include <thread>
 
+#include "sound/alsa_output.h"
 #include "support/eventually.h"
 #include "support/pty_pair.h"
 #include "support/temporary_folder.h"
@@ -407,14 +408,21 @@ TEST_F(IsochplaySound, ExplainsAMissingSoundCardOnce) {
                                     "connect one, or record with IPODCTL_AUDIO=FILE.wav\n"));
 }
 
-// ALSA writes what it plays to a file.
-TEST_F(IsochplaySound, PlaysOnASoundCard) {
+/// ALSA writes what it plays to a file.
+class IsochplaySoundCard : public IsochplaySound {
+ protected:
+  IsochplaySoundCard() {
+    std::ofstream(folder / "asound.conf")
+        << "pcm.nothing { type null }\n"
+        << "pcm.card { type file slave.pcm nothing file \"" << raw << "\" format raw }\n";
+    setenv("ALSA_CONFIG_PATH", (folder / "asound.conf").c_str(), 1);
+    listenTo("alsa:card");
+  }
+
   const std::string raw = (folder / "played.raw").string();
-  std::ofstream(folder / "asound.conf")
-      << "pcm.nothing { type null }\n"
-      << "pcm.card { type file slave.pcm nothing file \"" << raw << "\" format raw }\n";
-  setenv("ALSA_CONFIG_PATH", (folder / "asound.conf").c_str(), 1);
-  listenTo("alsa:card");
+};
+
+TEST_F(IsochplaySoundCard, PlaysTheSamples) {
   startStream(44100);
   ipod.send(0, 2, 7);
   ipod.send(1, 1, 8);
@@ -425,23 +433,37 @@ TEST_F(IsochplaySound, PlaysOnASoundCard) {
   EXPECT_EQ(complaints(), "");
 }
 
-/// Returns whether the sound is loaded.
-bool isLoaded() {
-  std::stringstream maps;
-  maps << std::ifstream("/proc/self/maps").rdbuf();
-  return maps.str().find("isochplay_sound") != std::string::npos;
+TEST_F(IsochplaySoundCard, PlaysOnlyTheLastSecondWhenItIsLate) {
+  const auto output = isochplay::makeAlsaOutput("card");
+  isochplay::Frames frames(8000, isochplay::Frame{1, 1});
+  frames.resize(16000, isochplay::Frame{2, 2});
+  output->start(8000);
+  output->play(8000, frames);
+  output->stop();
+  std::ifstream played(raw, std::ios::binary);
+  int16_t first = 0;
+  EXPECT_TRUE(played.read(reinterpret_cast<char*>(&first), sizeof first));
+  EXPECT_EQ(first, 2);
 }
 
-TEST(IsochplayWithoutSound, LoadsNothing) {
-  unsetenv("IPODCTL_AUDIO");
-  isochplaySetSink(ignoreCall, nullptr);
-  const bool wasLoaded = isLoaded();
+// The threads are in the parent.
+TEST_F(IsochplaySound, IsSilentInAForkedProcess) {
+  startStream(44100);
+  const pid_t child = fork();
+  if (child == 0) {
+    StopIpodAudioPlay();
+    SelectZeroBandwithInterface();
+    _exit(0);
+  }
+  int status = -1;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  ipod.send(0, 1, 7);
+  SelectZeroBandwithInterface();
+  EXPECT_EQ(ipod.bandwidth(), 0);
   SelectFullBandwithInterface();
-  start(44100);
-  SelectFrequency(48000);
-  StopIpodAudioPlay();
-  EXPECT_EQ(isLoaded(), wasLoaded);
-  isochplaySetSink(nullptr, nullptr);
+  EXPECT_EQ(ipod.bandwidth(), 1);
+  EXPECT_THAT(finished().samples, ElementsAre(7, 7));
 }
 
 }  // namespace

@@ -62,7 +62,10 @@ class AlsaOutput final : public Output {
 
   void play(int playedRate, const Frames& frames) override {
     useRate(playedRate);
-    for (size_t played = 0; card != nullptr && played < frames.size();) {
+    // Without this, what the card was late once would be late for ever.
+    const size_t most = static_cast<size_t>(playedRate);
+    const size_t first = frames.size() > most ? frames.size() - most : 0;
+    for (size_t played = first; card != nullptr && played < frames.size();) {
       const snd_pcm_sframes_t done =
           alsa.write(card, frames.data() + played, frames.size() - played);
       if (done >= 0) {
