@@ -11,6 +11,7 @@
 #include <memory>
 #include <vector>
 
+#include "audio/audio_output.h"
 #include "console/commands.h"
 #include "console/options.h"
 #include "control/control_server.h"
@@ -221,10 +222,12 @@ class Session {
     replaceable.setPreparation(
         [this](SimulatedIpod& ipod) { connectOutputs(ipod, pty, screen, options); });
     if (recorder) pty.observe(*recorder);
+    audio->follow(pty);
   }
 
   void start() {
     pty.start();
+    if (hasLink(options)) audio->start(audioSocketOf(options.link), complain);
     const std::string place = pty.slavePath();
     screen.look(pty);
     if (screen.file) screen.file->keepAsItIs();
@@ -274,6 +277,7 @@ class Session {
   ScreenOutputs screen;
   ReplaceableIpod replaceable;
   std::unique_ptr<TraceRecorder> recorder;
+  const std::unique_ptr<AudioOutput> audio = makeAudioOutput();
   PtyIpod pty;
   ControlVerbs verbs;
   std::unique_ptr<ControlServer> control;

@@ -1,8 +1,8 @@
 /*
  * The functions of the Linux host's platform that Windows CE does not have: they receive posted
- * window messages, return the numbers of open handles and running threads, and record calls of the
- * audio library. Host programs and tests on Linux may use them; the library never does. All
- * functions may be called on any thread.
+ * window messages, return the numbers of open handles and running threads, record calls of the
+ * audio library, and say what a device is mapped to. Host programs and tests on Linux may use them;
+ * the library never does. All functions may be called on any thread.
  */
 #pragma once
 
@@ -37,6 +37,13 @@ unsigned deskRunningThreads(void);
  * unless the environment variable IPODCTL_TRACE names a file (see CreateFileW).
  */
 void deskTraceAudio(const char* function, const int* values, unsigned count);
+
+/*
+ * Writes the path that a device such as "IPD1:" is mapped to now (see CreateFileW), also if nothing
+ * is there. Returns its length. Returns 0 and writes nothing when it is mapped to a TCP port or to
+ * nothing, or the path and its zero do not fit into `size` bytes.
+ */
+unsigned deskDevicePath(const char* device, char* path, unsigned size);
 
 #ifdef __cplusplus
 }

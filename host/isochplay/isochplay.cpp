@@ -9,10 +9,12 @@
 #include "common/guarded_sink.h"
 #include "include/desk.h"
 #include "isochplay_desk.h"
+#include "sound.h"
 
 namespace {
 
 constexpr std::size_t kTextSize = 128;
+constexpr int kFailed = -1;
 
 std::atomic<int> results[] = {0, 0, 0, 0, 0, 1};
 static_assert(std::size(results) == kIpodAudioPresent + 1, "a result for each function");
@@ -43,8 +45,10 @@ IsochplayCall callOf(IsochplayFunction function, const char* text) {
 /// `values` are the call's arguments, for a trace.
 int tell(const IsochplayCall& call, std::initializer_list<int> values = {}) {
   deskTraceAudio(kNames[call.function], values.begin(), static_cast<unsigned>(values.size()));
+  const int result = results[call.function];
+  if (result != kFailed) passToSound(call);
   if (!sink().call(&call)) std::fprintf(stderr, "isochplay: %s\n", call.text);
-  return results[call.function];
+  return result;
 }
 
 }  // namespace

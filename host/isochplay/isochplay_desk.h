@@ -1,8 +1,16 @@
 /*
  * The functions of the Linux host's audio library that the platform's does not have: a host program
- * or a test can receive the calls and set their results. There is no sound. Without a sink the
- * library writes each call to stderr, for example isochplay: StartIpodAudioPlay(44100 Hz, 2
- * channels, 16 bits) All functions may be called on any thread.
+ * or a test can receive the calls and set their results. Without a sink the library writes each
+ * call to stderr, for example isochplay: StartIpodAudioPlay(44100 Hz, 2 channels, 16 bits) All
+ * functions may be called on any thread.
+ *
+ * On Linux the environment variable IPODCTL_AUDIO says where the sound of a simulated iPod is
+ * played. The calls that select a bandwidth read it. Without it there is no sound.
+ *   IPODCTL_AUDIO=alsa      the default sound card; alsa:NAME is another device of ALSA
+ *   IPODCTL_AUDIO=FILE.wav  a file, which gets the rate of the first StartIpodAudioPlay
+ * As on the device, samples are played at the rate that StartIpodAudioPlay or SelectFrequency set
+ * last. There is silence without the full bandwidth, and until StartIpodAudioPlay is called after
+ * it. What fails is a line on stderr, once.
  */
 #pragma once
 

@@ -18,6 +18,14 @@ Track copyOf(const Track& track, size_t number) {
   return copy;
 }
 
+/// Copies have the sound of what they are copies of.
+void resizeFiles(std::vector<std::string>& files, size_t count) {
+  const size_t original = files.size();
+  files.resize(std::min(original, count));
+  for (size_t i = original; original > 0 && i < count; ++i)
+    files.push_back(files[i % original]);
+}
+
 }  // namespace
 
 MusicLibrary resizedLibrary(MusicLibrary library, size_t count) {
@@ -27,6 +35,7 @@ MusicLibrary resizedLibrary(MusicLibrary library, size_t count) {
   for (size_t i = original; original > 0 && i < count; ++i) {
     tracks.push_back(copyOf(tracks[i % original], i / original + 1));
   }
+  resizeFiles(library.files, count);
   for (Playlist& playlist : library.playlists) {
     auto& listed = playlist.tracks;
     listed.erase(std::remove_if(listed.begin(), listed.end(),

@@ -59,6 +59,10 @@ void DigitalAudioLingo::announce(uint32_t rate) {
   state.sendUnasked(Lingo::kDigitalAudio, kTrackNewAudioAttributes, writer.take());
 }
 
+uint32_t DigitalAudioLingo::acknowledgedRate() const {
+  return isActive && !state.audioAckOutstanding ? toldRate : 0;
+}
+
 void DigitalAudioLingo::takeRates(PayloadReader& data) {
   if (!isAwaitingRates) return;
   isAwaitingRates = false;

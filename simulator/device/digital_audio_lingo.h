@@ -25,6 +25,9 @@ class DigitalAudioLingo {
   void followTrack();
   /// Sends this rate, whatever plays.
   void announce(uint32_t rate);
+  /// Returns the rate of the stream in Hz; 0 when there is none: the accessory must have
+  /// acknowledged the rate that was announced last.
+  uint32_t acknowledgedRate() const;
 
  private:
   void takeRates(PayloadReader& data);

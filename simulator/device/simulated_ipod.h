@@ -86,11 +86,15 @@ class SimulatedIpod {
   const Catalogue& catalogue() const { return state.catalogue; }
   const Player& player() const { return state.player; }
   bool showsMenu() const { return isMenuOpen; }
+  /// Returns the time up to which it has advanced.
+  Time time() const { return state.now; }
   const DisplayImage& display() const { return state.display; }
   FaultPlan& faults() { return state.faults; }
   const FaultPlan& faults() const { return state.faults; }
   bool inExtendedMode() const { return state.extendedMode; }
   bool notificationsOn() const { return state.notificationsOn; }
+  /// Returns the sample rate of its digital audio in Hz; 0 when the accessory gets none.
+  uint32_t audioRate() const { return audio.acknowledgedRate(); }
   /// Returns the lingoes that the accessory announced: bit n for lingo n.
   uint32_t announcedLingoes() const { return state.announcedLingoes; }
   /// Returns the buttons of the Simple Remote that are down: bit n for button n.

@@ -129,8 +129,15 @@ void PtyIpod::run() {
 void PtyIpod::serve() {
   if (port) noticeAccessory();
   if (port) receive();
+  if (hook) callHook();
   send();
   if (port) pullWhenDue();
+}
+
+void PtyIpod::callHook() {
+  const Time moment = now();
+  ipod.advance(moment);
+  hook(ipod, begin + moment);
 }
 
 void PtyIpod::noticeAccessory() {

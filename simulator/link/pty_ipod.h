@@ -40,6 +40,12 @@ class PtyIpod {
   /// Reports to `watching` what crosses the wire. It must outlive this. Call it before start().
   void observe(WireObserver& watching) { observer = &watching; }
 
+  /// Calls `newHook` on the iPod's thread after each event, while the iPod is locked, before the
+  /// bytes that follow from the event are written. It must not block. Call this before start().
+  using EventHook =
+      std::function<void(const SimulatedIpod&, std::chrono::steady_clock::time_point)>;
+  void setEventHook(EventHook newHook) { hook = std::move(newHook); }
+
   /// Plugs the iPod in and starts its thread. Throws std::system_error or PortError when there is
   /// no port, LinkError when there can be no link.
   void start();
@@ -103,6 +109,7 @@ class PtyIpod {
 
   void run();
   void serve();
+  void callHook();
   void noticeAccessory();
   void changeAccessory();
   void observeOpen();
@@ -122,6 +129,7 @@ class PtyIpod {
   const PortMaker makePort;
   const std::chrono::steady_clock::time_point begin;
   WireObserver* observer = nullptr;
+  EventHook hook;
   FileDescriptor waker;  ///< an event counter that ends the thread's poll
 
   mutable std::mutex mutex;  ///< guards everything below, and the iPod

@@ -125,6 +125,7 @@ class FolderReader {
     }
     nameAfterFile(*track, file.lexically_relative(root));
     library.tracks.push_back(std::move(*track));
+    library.files.push_back(file.native());
   }
 
   static void nameAfterFile(Track& track, const fs::path& file) {

@@ -36,6 +36,7 @@ struct MusicLibrary {
   std::string name;  ///< the name of the iPod and of the first playlist (the whole library)
   std::vector<Track> tracks;
   std::vector<Playlist> playlists;  ///< the user's playlists; the whole library is not among them
+  std::vector<std::string> files;   ///< by track: the path of its sound; or nothing for any track
 };
 
 }  // namespace simulator

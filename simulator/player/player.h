@@ -59,6 +59,8 @@ class Player {
   PlayState state() const { return playState; }
   Shuffle shuffle() const { return shuffleMode; }
   Repeat repeat() const { return repeatMode; }
+  /// Returns whether it winds forward or rewinds.
+  bool isSeeking() const { return seek != 0; }
   const PlayingList& list() const { return playing; }
   /// Returns the library's track that plays or is paused.
   std::optional<uint32_t> currentTrack() const;

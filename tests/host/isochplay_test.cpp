@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 #include <isochplay_desk.h>
 
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -131,6 +134,19 @@ TEST_F(Isochplay, ReturnsTheResultsThatAreSet) {
   EXPECT_EQ(StopIpodAudioPlay(), 13);
   EXPECT_EQ(SelectFrequency(1), 14);
   EXPECT_EQ(IpodAudioPresent(1, 2, 3, 4), 15);
+}
+
+TEST_F(Isochplay, LoadsNoSoundUnlessItIsWanted) {
+  listen();
+  unsetenv("IPODCTL_AUDIO");
+  SelectFullBandwithInterface();
+  StartIpodAudioPlay(&format);
+  SelectFrequency(48000);
+  StopIpodAudioPlay();
+  std::stringstream maps;
+  maps << std::ifstream("/proc/self/maps").rdbuf();
+  EXPECT_NE(maps.str().find("libisochplay.so"), std::string::npos);
+  EXPECT_EQ(maps.str().find("libisochplay_sound.so"), std::string::npos);
 }
 
 TEST_F(Isochplay, CanBeCalledOnManyThreads) {

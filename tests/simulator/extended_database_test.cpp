@@ -229,7 +229,7 @@ TEST(SelectPlaylist, IsNotUndoneBySomeModels) {
 }
 
 TEST(EmptyLibrary, HasOnePlaylistAndNothingElse) {
-  Bench bench({}, MusicLibrary{"Void", {}, {}});
+  Bench bench({}, MusicLibrary{"Void", {}, {}, {}});
   bench.enter();
   EXPECT_EQ(bench.list(1), Names{"Void"});
   EXPECT_EQ(bench.count(2), 0u);

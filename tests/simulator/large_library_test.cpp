@@ -30,6 +30,15 @@ TEST(ResizedLibrary, EmptyLibraryStaysEmpty) {
   EXPECT_TRUE(resizedLibrary(MusicLibrary{}, 10).tracks.empty());
 }
 
+TEST(ResizedLibrary, CopiesHaveTheSoundOfTheirTrack) {
+  MusicLibrary library = smallLibrary();
+  library.tracks.resize(2);
+  library.files = {"a", "b"};
+  EXPECT_EQ(resizedLibrary(library, 5).files, (std::vector<std::string>{"a", "b", "a", "b", "a"}));
+  EXPECT_EQ(resizedLibrary(library, 1).files, std::vector<std::string>{"a"});
+  EXPECT_TRUE(resizedLibrary(smallLibrary(), 10).files.empty());
+}
+
 /// Returns the processor time of this process, which does not depend on other programs.
 double nowMs() { return 1000.0 * static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 

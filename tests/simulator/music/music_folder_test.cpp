@@ -294,6 +294,9 @@ TEST_F(MusicFolder, ReadsARealCollection) {
                                "Port Amity Public Radio: Weather for Sailors 12",
                                "Unknown Artist: Demo Tape", "Élodie Brûlefer: Façade",
                                "Élodie Brûlefer: Straße", "夜汽車: Ωμέγα 🌅", "夜汽車: 駅"));
+  ASSERT_THAT(library.files, SizeIs(10));
+  EXPECT_EQ(library.files[1],
+            std::string(TEST_MUSIC_FOLDER) + "/Lanterna Quartet/Harbour Sketches/02 Slipway.mp3");
   ASSERT_THAT(library.playlists, SizeIs(2));
   EXPECT_EQ(library.playlists[0].name, "Drive Home");
   EXPECT_THAT(library.playlists[0].tracks, ElementsAre(0, 6));

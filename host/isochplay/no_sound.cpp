@@ -1,0 +1,4 @@
+// For a platform without sound.
+#include "sound.h"
+
+void passToSound(const IsochplayCall&) {}
