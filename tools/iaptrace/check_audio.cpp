@@ -44,10 +44,10 @@ uint32_t firstNumber(const std::string& text) {
 
 AudioCall audioCallOf(const Item& item) {
   AudioCall call;
-  if (item.kind != Item::Kind::kEvent || item.event.kind != trace::Record::Kind::kAudio) {
+  if (item.kind != Item::Kind::kEvent || item.event->kind != trace::Record::Kind::kAudio) {
     return call;
   }
-  const std::string& text = item.event.call;
+  const std::string& text = item.event->call;
   call.starts = text.rfind("StartIpodAudioPlay", 0) == 0;
   call.stops = text.rfind("StopIpodAudioPlay", 0) == 0;
   call.selects = text.rfind("SelectFrequency", 0) == 0;

@@ -72,7 +72,7 @@ void findFailedDevice(const Session& session, Diagnosis& diagnosis) {
   const std::optional<size_t> last = session.lastIpodMessage;
   if (last) lines.push_back(session.items[*last].line);
   addLoss(session, *session.failure, lines,
-          "The device failed with code " + std::to_string(item.event.code) + ".", diagnosis);
+          "The device failed with code " + std::to_string(item.event->code) + ".", diagnosis);
 }
 
 void findSilencedIpod(const Session& session, Diagnosis& diagnosis) {
