@@ -73,6 +73,7 @@ const std::string kConnected = kOpened + announced("0.100000") +
                                "0.101200 IPD1: > 55 02 00 05 F9\n"
                                "0.101300 IPD1: < 55 04 00 02 00 05 F5\n";
 
+constexpr char kNewRate[] = " IPD1: < 55 0E 0A 04 00 00 BB 80 00 00 00 00 00 00 00 00 A9\n";
 const std::string kAskIndex = " IPD1: > 55 03 04 00 1E DB\n";
 const std::string kIndex = " IPD1: < 55 07 04 00 1F 00 00 00 02 D4\n";
 const std::string kAskShuffle = " IPD1: > 55 03 04 00 2C CD\n";
@@ -481,7 +482,6 @@ TEST(Check, TakesAnUnansweredQuestionForTheScreenForNoFault) {
 
 // ---------------------------------------------------------------- the sample rate
 
-constexpr char kNewRate[] = " IPD1: < 55 0E 0A 04 00 00 BB 80 00 00 00 00 00 00 00 00 A9\n";
 constexpr char kRateAccepted[] = " IPD1: > 55 04 0A 00 00 04 EE\n";
 const std::string kStarted = "# 0.200000 audio StartIpodAudioPlay 44100 2 16\n";
 
@@ -509,6 +509,27 @@ TEST(Check, AcceptsARateThatIsFollowed) {
                        "# 2.000200 audio SelectFrequency 48000\n4.000000" + kAskIndex + "4.000100" +
                        kIndex),
               IsEmpty());
+}
+
+TEST(Check, DoesNotGuessForWhichOfTwoIpodsTheAudioLibraryPlays) {
+  const std::string other =
+      "# 0.000050 IPD2: open ok\n"
+      "0.000060 IPD2: < 55 0E 0A 04 00 00 BB 80 00 00 00 00 00 00 00 00 A9\n"
+      "0.000070 IPD2: > 55 04 0A 00 00 04 EE\n";
+  const std::string first =
+      "0.150000 IPD1: < 55 0E 0A 04 00 00 AC 44 00 00 00 00 00 00 00 00 F4\n"
+      "0.150100 IPD1: > 55 04 0A 00 00 04 EE\n";
+  const std::string rest = kStarted + "4.000000" + kAskIndex + "4.000100" + kIndex;
+  EXPECT_THAT(causesIn(other + kConnected + first + rest), IsEmpty());
+  EXPECT_THAT(causesIn(other + kConnected + rest), ElementsAre("rate-not-followed"));
+}
+
+TEST(Check, JudgesTheRateOfAnIpodThatAnotherOneFollows) {
+  EXPECT_THAT(
+      causesIn(kConnected + kStarted + "2.000000" + kNewRate + "2.000100" + kRateAccepted +
+               "# 3.500000 IPD1: close\n# 4.000000 IPD2: open ok\n4.200000 IPD2: < 55 0E 0A 04 00 "
+               "00 AC 44 00 00 00 00 00 00 00 00 F4\n4.200100 IPD2: > 55 04 0A 00 00 04 EE\n"),
+      ElementsAre("rate-not-followed"));
 }
 
 TEST(Check, SaysNothingAboutAudioThatWasNotRecorded) {
