@@ -40,6 +40,12 @@ Names notesIn(const std::string& lines) {
   return notes;
 }
 
+/// Returns the sentence about the first finding; empty when there is none.
+std::string detailIn(const std::string& lines) {
+  const Diagnosis diagnosis = diagnosisOf(lines);
+  return diagnosis.findings.empty() ? "" : diagnosis.findings[0].detail;
+}
+
 /// Replaces a part of a trace.
 std::string with(std::string lines, const std::string& part, const std::string& other) {
   const size_t place = lines.find(part);
@@ -294,6 +300,13 @@ TEST(Check, FindsABadChecksum) {
               ElementsAre("bad-checksum"));
 }
 
+TEST(Check, SaysThatTheHostSentADamagedFrame) {
+  const std::string lines =
+      kConnected + "2.000000 IPD1: > 55 03 04 00 1E 00\n3.000000" + kAskIndex + "3.000100" + kIndex;
+  EXPECT_THAT(causesIn(lines), ElementsAre("bad-checksum"));
+  EXPECT_EQ(detailIn(lines), "The host sent it. An iPod ignores such a frame.");
+}
+
 TEST(Check, FindsABadChecksumInTheFirstAnswer) {
   EXPECT_THAT(causesIn(kOpened + announced("0.100000") +
                        "0.100100 IPD1: < 55 04 00 02 00 13 E6\n# 0.100200 IPD1: close\n"),
@@ -542,6 +555,13 @@ TEST(Check, SaysNothingAboutAudioThatWasNotRecorded) {
 
 TEST(Check, FindsAPulledCable) {
   EXPECT_THAT(causesIn(kConnected + "# 2.000000 IPD1: read-failed 31\n# 2.000100 IPD1: close\n"),
+              ElementsAre("lost-after-connected"));
+}
+
+TEST(Check, DoesNotTakeAFrameThatThePulledCableCutForADamagedOne) {
+  EXPECT_THAT(causesIn(kConnected + "2.000000" + kAskIndex +
+                       "2.000100 IPD1: < 55 07 04 00\n# 2.001000 IPD1: read-failed 31\n"
+                       "# 9.000000 IPD1: close\n"),
               ElementsAre("lost-after-connected"));
 }
 
