@@ -493,6 +493,37 @@ TEST(Check, TakesAnUnansweredQuestionForTheScreenForNoFault) {
               IsEmpty());
 }
 
+/// The host asks for the size of the screen and, 1.1 s later, for the mode.
+std::string withLimits(const std::string& rest) {
+  return with(kConnected, "0.101200 IPD1: > 55 02 00 05 F9\n",
+              "0.101150 IPD1: > 55 03 04 00 39 C0\n" + rest);
+}
+
+constexpr char kLaterMode[] = "1.201200 IPD1: > 55 02 00 05 F9\n";
+TEST(Check, NotesALogoForWhichTheSizeOfTheScreenArrivedTooLate) {
+  const std::string late = "1.301300 IPD1: < 55 08 04 00 3A 00 40 00 40 02 38\n";
+  const std::string lines = with(withLimits(kLaterMode), "0.101300 IPD1: <", "1.201300 IPD1: <");
+  EXPECT_THAT(notesIn(lines + late), Contains(HasSubstr("size of its screen too late")));
+}
+
+TEST(Check, NotesALogoOfWhichAPacketWasNotAcknowledged) {
+  const std::string lines = withLimits(
+      "0.101160 IPD1: < 55 08 04 00 3A 00 40 00 40 02 38\n"
+      "0.101170 IPD1: > 55 0E 04 00 32 00 00 02 00 01 00 01 00 00 00 02 B6\n"
+      "1.101180 IPD1: > 55 05 04 00 32 00 01 C4\n"
+      "1.101190 IPD1: < 55 06 04 00 01 00 00 32 C3\n" +
+      std::string(kLaterMode));
+  EXPECT_THAT(notesIn(with(lines, "0.101300 IPD1: <", "1.201300 IPD1: <")),
+              Contains(HasSubstr("did not acknowledge each of its packets")));
+}
+
+TEST(Check, NotesAModeThatIsAcknowledgedLate) {
+  const std::string lines = with(kConnected, "0.101300 IPD1: <", "1.901300 IPD1: <");
+  EXPECT_THAT(notesIn(lines), Contains(HasSubstr("took 1800 ms")));
+  EXPECT_THAT(notesIn(with(kConnected, "0.101300 IPD1: <", "0.801300 IPD1: <")),
+              Not(Contains(HasSubstr("is slow"))));
+}
+
 // ---------------------------------------------------------------- the sample rate
 
 constexpr char kRateAccepted[] = " IPD1: > 55 04 0A 00 00 04 EE\n";
