@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -454,6 +455,134 @@ TEST(Check, FindsAShortList) {
 TEST(Check, DoesNotReportAListThatTheHostDidNotAwait) {
   EXPECT_THAT(causesIn(list("2.000300" + kAskIndex + "2.000400" + kIndex)), IsEmpty());
   EXPECT_THAT(causesIn(list("")), IsEmpty());
+}
+
+constexpr char kCountOfThree[] =
+    "2.000000 IPD1: > 55 04 04 00 18 02 DE\n"
+    "2.000100 IPD1: < 55 07 04 00 19 00 00 00 03 D9\n";
+constexpr char kAskSecond[] = " IPD1: > 55 0C 04 00 1A 02 00 00 00 01 00 00 00 01 D2\n";
+constexpr char kAskFourth[] = " IPD1: > 55 0C 04 00 1A 02 00 00 00 03 00 00 00 01 D0\n";
+constexpr char kRecordRefused[] = " IPD1: < 55 06 04 00 01 04 00 1A D7\n";
+
+TEST(Check, FindsAListThatIsRefusedAlthoughItWasCounted) {
+  const std::string lines = kConnected + kCountOfThree + "2.000200" + kAskSecond + "2.000300" +
+                            kRecordRefused + "2.000400" + kAskIndex + "2.000500" + kIndex;
+  EXPECT_THAT(causesIn(lines), ElementsAre("list-short"));
+  EXPECT_EQ(detailIn(lines),
+            "The host asked for 1 record, and the iPod refused with status 4, although it had "
+            "counted it.");
+}
+
+TEST(Check, AcceptsARefusalOfRecordsThatWereNotCounted) {
+  EXPECT_THAT(
+      causesIn(kConnected + kCountOfThree + "2.000200" + kAskFourth + "2.000300" + kRecordRefused),
+      IsEmpty());
+  EXPECT_THAT(causesIn(kConnected + kCountOfThree + "2.000110" + kReset +
+                       "2.000120 IPD1: < 55 06 04 00 01 00 00 16 DF\n2.000200" + kAskSecond +
+                       "2.000300" + kRecordRefused),
+              IsEmpty());
+}
+
+TEST(Check, FindsRequestsThatAreAnsweredByTheSurplusOfAList) {
+  const std::string lines = kConnected + "2.000000" + kAskSecond + "2.000100" + kSecondRecord +
+                            "2.000100" + kFirstRecord + "2.000100" + kFirstRecord + "2.000200" +
+                            kAskIndex + "2.000300" + kAskShuffle + closedAt("2.000400");
+  EXPECT_THAT(causesIn(lines), ElementsAre("answers-shifted"));
+  EXPECT_EQ(detailIn(lines), "The iPod sent more records than the host asked for.");
+}
+
+TEST(Check, FindsNothingInASurplusOfRecordsThatTheHostIgnores) {
+  EXPECT_THAT(causesIn(kConnected + "2.000000" + kAskSecond + "2.000100" + kSecondRecord +
+                       "2.000100" + kFirstRecord + "2.000200" + kAskIndex + "2.000300" + kIndex +
+                       "2.000400" + kAskShuffle + "2.000500" + kShuffle + closedAt("2.000600")),
+              IsEmpty());
+}
+
+TEST(Check, FindsAnotherMessageInPlaceOfARecord) {
+  EXPECT_THAT(causesIn(kConnected + "2.000000" + kAskSecond +
+                       "2.000100 IPD1: < 55 09 04 00 1A 00 00 00 01 42 00 96\n2.000200" +
+                       kAskFourth + "2.000300" + kFirstRecord),
+              ElementsAre("unknown"));
+}
+
+constexpr char kPlay[] = " IPD1: > 55 07 04 00 28 00 00 00 00 CD\n";
+constexpr char kPlayPends[] = " IPD1: < 55 0A 04 00 01 06 00 28 00 00 03 E8 D8\n";
+constexpr char kPlayRefused[] = " IPD1: < 55 06 04 00 01 04 00 28 C9\n";
+
+TEST(Check, FindsARequestThatStaysPending) {
+  const std::string pending = kConnected + "2.000000" + kPlay + "2.000100" + kPlayPends;
+  const std::string done = "2.500000 IPD1: < 55 06 04 00 01 00 00 28 CD\n";
+  const std::string rest = "4.000000" + kAskIndex + "4.000100" + kIndex;
+  EXPECT_THAT(causesIn(pending + rest), ElementsAre("unknown"));
+  EXPECT_THAT(causesIn(pending + done + rest), IsEmpty());
+}
+
+TEST(Check, FindsARefusalWithoutAReason) {
+  const std::string lines =
+      kConnected + "2.000000" + kReset + "2.000100 IPD1: < 55 06 04 00 01 04 00 16 DB\n";
+  EXPECT_THAT(causesIn(lines), ElementsAre("unknown"));
+  EXPECT_EQ(detailIn(lines), "The iPod refused a request with status 4 without a reason.");
+}
+
+TEST(Check, FindsARefusalToPlayACountedTrackOnly) {
+  const std::string counted =
+      "2.000000 IPD1: > 55 04 04 00 18 05 DB\n"
+      "2.000100 IPD1: < 55 07 04 00 19 00 00 00 01 DB\n";
+  const std::string none =
+      "2.000000 IPD1: > 55 04 04 00 18 05 DB\n"
+      "2.000100 IPD1: < 55 07 04 00 19 00 00 00 00 DC\n";
+  const std::string refused = std::string("2.000200") + kPlay + "2.000300" + kPlayRefused;
+  EXPECT_THAT(causesIn(kConnected + counted + refused), ElementsAre("unknown"));
+  EXPECT_THAT(causesIn(kConnected + none + refused), IsEmpty());
+  EXPECT_THAT(causesIn(kConnected + refused), IsEmpty());
+}
+
+TEST(Check, FindsARefusalToCountACategoryThatEachIpodHas) {
+  const auto refused = [](const std::string& request) {
+    return kConnected + "2.000000 IPD1: > " + request +
+           "\n2.000100 IPD1: < 55 06 04 00 01 01 00 18 DC\n";
+  };
+  EXPECT_THAT(causesIn(refused("55 04 04 00 18 02 DE")), ElementsAre("unknown"));
+  EXPECT_THAT(causesIn(refused("55 04 04 00 18 08 D8")), IsEmpty());
+}
+
+TEST(Check, AcceptsARefusalOutsideTheMode) {
+  const std::string refused = "3.000000" + kReset + "3.000100 IPD1: < 55 06 04 00 01 04 00 16 DB\n";
+  EXPECT_THAT(causesIn(kConnected + "2.000000" + kExit + "2.000100 IPD1: < 55 04 00 02 00 06 F4\n" +
+                       refused),
+              IsEmpty());
+}
+
+TEST(Check, NeedsLittleTimeForManyRequestsWithoutAnswers) {
+  std::string lines = kConnected;
+  for (int second = 10; second < 80000; ++second) {
+    lines += std::to_string(second) + ".0" + kAskIndex;
+    if (second % 3 == 0) lines += std::to_string(second) + ".5" + kShuffle;
+  }
+  const std::clock_t begin = std::clock();
+  EXPECT_THAT(causesIn(lines), ElementsAre("unknown"));
+  EXPECT_LT((std::clock() - begin) / CLOCKS_PER_SEC, 10);
+}
+
+TEST(Check, NeedsLittleTimeForManyRatesWithoutAHost) {
+  std::string lines;
+  for (int second = 10; second < 120000; ++second)
+    lines += std::to_string(second) + ".0" + kNewRate;
+  const std::clock_t begin = std::clock();
+  EXPECT_THAT(causesIn(lines), ElementsAre("rate-not-acknowledged"));
+  EXPECT_LT((std::clock() - begin) / CLOCKS_PER_SEC, 10);
+}
+
+TEST(Check, NeedsLittleTimeForManyPendingModes) {
+  std::string lines = kConnected;
+  for (int second = 10; second < 80000; second += 2) {
+    const std::string time = std::to_string(second);
+    lines += time + ".0 IPD1: > 55 02 00 05 F9\n" + time + ".1 IPD1: < 55 04 00 02 06 05 EF\n" +
+             time + ".2" + kAskIndex;
+  }
+  const std::clock_t begin = std::clock();
+  EXPECT_THAT(causesIn(lines), Contains("mode-change-pending"));
+  EXPECT_LT((std::clock() - begin) / CLOCKS_PER_SEC, 10);
 }
 
 TEST(Check, FindsATextThatIsTooLong) {
