@@ -129,15 +129,15 @@ void PtyIpod::run() {
 void PtyIpod::serve() {
   if (port) noticeAccessory();
   if (port) receive();
-  if (hook) callHook();
+  if (onEvent) callHook();
   send();
   if (port) pullWhenDue();
 }
 
 void PtyIpod::callHook() {
   const Time moment = now();
-  ipod.advance(moment);
-  hook(ipod, begin + moment);
+  ipod->advance(moment);
+  onEvent(*ipod, begin + moment);
 }
 
 void PtyIpod::noticeAccessory() {
