@@ -103,7 +103,7 @@ TEST_P(ListThatHadItems, IsNotCalledEmpty) {
 
 TEST(HeadUnit, DistinguishesAnEmptyListFromAnUncountedOne) {
   Trial trial;
-  trial.library = {"Empty", {}, {}};
+  trial.library = {"Empty", {}, {}, {}};
   const Outcome outcome = runWith(trial);
   EXPECT_THAT(outcome.lines, Contains("   (nothing)"));
   EXPECT_EQ(outcome.status, 0);
@@ -139,7 +139,7 @@ TEST(FirstSession, DoesNotReportThatAPausedIpodPlays) {
 TEST(FirstSession, ReportsThatThereIsNoMusic) {
   Trial trial;
   trial.program = HostProgram::kFirstSession;
-  trial.library = {"Empty", {}, {}};
+  trial.library = {"Empty", {}, {}, {}};
   const Outcome outcome = runWith(trial);
   EXPECT_THAT(outcome.lines, Contains("The iPod does not say that an artist plays. Put music on "
                                       "it, then start again."));
