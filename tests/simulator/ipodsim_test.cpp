@@ -187,6 +187,11 @@ TEST_F(IpodsimTest, WritesTheScreenWhenAnImageWasUploaded) {
 TEST_F(IpodsimTest, ScreenFileFollowsTheScreenWithoutALine) {
   const fs::path screen = folder / "screen.png";
   auto program = runReady({"--screen", screen.string(), "--interactive"});
+  for (int i = 0; i < 2; ++i) {
+    program->type("status");
+    EXPECT_TRUE(program->readUntil("faults"));
+  }
+  EXPECT_FALSE(fs::exists(screen)) << "nothing has changed";
   program->type("play");
   EXPECT_TRUE(session::eventually([&] { return fs::exists(screen); }));
   program->type("pause");
