@@ -282,7 +282,7 @@ struct Verb {
 
   static Json library(const Request& request) {
     if (request.values.has("tracks")) {
-      const size_t tracks = request.values.number("tracks", kMostTracks);
+      const auto tracks = static_cast<size_t>(request.values.number("tracks", kMostTracks));
       if (!request.replaceable.changeTracks(request.pty, tracks)) refusePlugged("change the music");
     }
     return describeLibrary(request.replaceable.ipod().catalogue());

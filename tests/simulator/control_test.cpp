@@ -329,7 +329,7 @@ TEST_F(ControlVerbsTest, WaitsForTheScreenToChange) {
 }
 
 TEST_F(ControlVerbsTest, WaitsForTheAccessorysMode) {
-  ASSERT_TRUE(client.send("{\"do\":\"wait-until\",\"extended\":true}\n"));
+  ASSERT_TRUE(client.send("{\"do\":\"wait-until\",\"extended\":true,\"timeout_ms\":60000}\n"));
   HostEnd host(link.string());
   ASSERT_TRUE(host.write("55 02 00 05 F9"));
   EXPECT_TRUE(client.readAnswer().flag("/extended"));

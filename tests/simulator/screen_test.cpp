@@ -90,6 +90,7 @@ TEST(Screen, BarShowsThePosition) {
   EXPECT_FALSE(render(view).at(20, 206) == kBar);
   view.positionSeconds = 1000;
   EXPECT_EQ(render(view).at(300, 206), kBar) << "beyond the end";
+  EXPECT_FALSE(render(view).at(315, 206) == kBar) << "next to the bar";
 }
 
 TEST(Screen, TrackWithoutALengthHasAnEmptyBar) {
