@@ -1,7 +1,7 @@
 /*
  * The functions of the Linux host's platform that Windows CE does not have: they receive posted
  * window messages, return the numbers of open handles and running threads, and record calls of the
- * audio library. Host programs and tests on Linux may use them; the library never does. All
+ * audio library, and pass the trace on. Host programs and tests on Linux may use them; the library never does. All
  * functions may be called on any thread.
  */
 #pragma once
@@ -37,6 +37,19 @@ unsigned deskRunningThreads(void);
  * unless the environment variable IPODCTL_TRACE names a file (see CreateFileW).
  */
 void deskTraceAudio(const char* function, const int* values, unsigned count);
+
+/*
+ * Receives one line of the trace, `size` characters with the line feed at their end, on the thread
+ * whose transfer it describes. Must not block, use a device or call deskSetTraceSink.
+ */
+typedef void (*DeskTraceSink)(void* context, const char* line, unsigned size);
+
+/*
+ * Passes every line that is recorded from now on to `sink` (NULL: none, as at the start), also
+ * without IPODCTL_TRACE. The lines that every trace begins with are not passed. When it returns, no
+ * call of the previous sink is running.
+ */
+void deskSetTraceSink(DeskTraceSink sink, void* context);
 
 #ifdef __cplusplus
 }
