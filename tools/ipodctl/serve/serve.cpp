@@ -19,6 +19,7 @@
 #include <thread>
 
 #include "ipodctl/device_map.h"
+#include "ipodctl/logo/convert_logo.h"
 #include "ipodctl/serve/access.h"
 #include "ipodctl/serve/event_log.h"
 #include "ipodctl/serve/event_stream.h"
@@ -29,6 +30,7 @@
 #include "ipodctl/serve/routes.h"
 #include "ipodctl/serve/runtime_file.h"
 #include "ipodctl/serve/static_files.h"
+#include "ipodctl/serve/wire_monitor.h"
 #include "link/file_descriptor.h"
 
 namespace tool {
@@ -116,14 +118,16 @@ std::string contentOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-std::string convertLogo(const std::string&) {
-  throw std::runtime_error("Send a bitmap with ipodctl serve --logo FILE.bmp.");
-}
+/// The screen of the largest model that shows a logo.
+constexpr unsigned kScreenWidth = 320;
+constexpr unsigned kScreenHeight = 240;
+
+std::string logoOf(const std::string& png) { return convertLogo(png, kScreenWidth, kScreenHeight); }
 
 /// A bitmap is used as it is.
 std::string bitmapOf(const std::string& path) {
   const std::string content = contentOf(path);
-  return content.compare(0, 2, "BM") == 0 ? content : convertLogo(content);
+  return content.compare(0, 2, "BM") == 0 ? content : logoOf(content);
 }
 
 void openBrowser(const std::string& url) {
@@ -173,14 +177,17 @@ class Serving {
     }
   }
 
+  /// The folder stays when there is a logo in it.
+  ~Serving() { rmdir(folder.c_str()); }
+  Serving(const Serving&) = delete;
+  Serving& operator=(const Serving&) = delete;
+
   std::string url() const { return server.access().url() + "/?token=" + token; }
 
   void start() {
     headUnit = makeHeadUnit(events, {folder});
     parts = std::make_unique<RoutedParts>(RoutedParts{
-        *headUnit, streams, files, ipod, [] { return std::string("# ipodctl-trace 1\n"); },
-        [](const std::string&) -> std::string { throw std::runtime_error("Use iaptrace decode."); },
-        convertLogo});
+        *headUnit, streams, files, ipod, [this] { return wire.trace(); }, explainedTrace, logoOf});
     watch = std::make_unique<IpodWatch>(ipod, streams, events);
     server.start();
     if (!logo.empty()) headUnit->setLogo(logo, [] { return true; });
@@ -195,6 +202,7 @@ class Serving {
 
  private:
   EventLog events;
+  WireMonitor wire{events};
   const StaticFiles files;
   const IpodControl ipod;
   const std::string token;
