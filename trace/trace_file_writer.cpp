@@ -97,11 +97,17 @@ class SignalsBlocked {
 /// The lines between the recording threads and the writing one.
 class TraceFileWriter::Queue {
  public:
-  Queue(const std::string& filePath, Complain complaining)
-      : path(filePath), file(filePath), complain(std::move(complaining)) {
-    prepare(file.get(), path);
+  Queue(const std::string& filePath, Complain complaining, Sink lineSink)
+      : path(filePath),
+        file(std::make_unique<File>(filePath)),
+        complain(std::move(complaining)),
+        sink(std::move(lineSink)) {
+    prepare(file->get(), path);
     pending = std::string(kFirstLine) + kWarning;
   }
+
+  /// Without a file, and so without a thread that writes.
+  explicit Queue(Sink lineSink) : sink(std::move(lineSink)), isDone(true) {}
 
   std::unique_lock<std::mutex> take() { return std::unique_lock(mutex); }
 
@@ -113,7 +119,8 @@ class TraceFileWriter::Queue {
   }
 
   void append(const char* line, size_t size) {
-    if (isOver) return;
+    if (sink) sink(line, size);
+    if (isOver || !file) return;
     if (!hasRoomFor(size)) {
       ++lost;
       return;
@@ -176,7 +183,7 @@ class TraceFileWriter::Queue {
     std::string text = std::move(pending);
     pending = takeMissing();
     lock.unlock();
-    const int error = writeAll(file.get(), text);
+    const int error = writeAll(file->get(), text);
     if (error != 0) {
       complain("the trace " + path + " ends here: " + messageOf(error) +
                "; make room or name another file, and record again");
@@ -188,8 +195,9 @@ class TraceFileWriter::Queue {
   }
 
   const std::string path;
-  const File file;
+  const std::unique_ptr<File> file;  ///< null: without one
   const Complain complain;
+  const Sink sink;
   const Clock::time_point begin = Clock::now();
   std::mutex mutex;  ///< guards everything below
   std::condition_variable changed;
@@ -200,8 +208,8 @@ class TraceFileWriter::Queue {
   bool isDone = false;
 };
 
-TraceFileWriter::TraceFileWriter(const std::string& path, Complain complain)
-    : queue(std::make_shared<Queue>(path, std::move(complain))) {
+TraceFileWriter::TraceFileWriter(const std::string& path, Complain complain, Sink sink)
+    : queue(std::make_shared<Queue>(path, std::move(complain), std::move(sink))) {
   const SignalsBlocked blocked;
   try {
     std::thread([shared = queue] { shared->run(); }).detach();
@@ -209,6 +217,8 @@ TraceFileWriter::TraceFileWriter(const std::string& path, Complain complain)
     refuse(path, "the system makes no more threads; end other programs, and record again");
   }
 }
+
+TraceFileWriter::TraceFileWriter(Sink sink) : queue(std::make_shared<Queue>(std::move(sink))) {}
 
 TraceFileWriter::~TraceFileWriter() { finish(); }
 

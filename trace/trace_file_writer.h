@@ -27,9 +27,15 @@ class TraceFileWriter {
   /// Receives one line of text, on the writing thread, when the file cannot be written any more.
   using Complain = std::function<void(const std::string&)>;
 
+  /// Receives each line, with its line feed, on the thread that records it, one at a time. It must
+  /// not block or record.
+  using Sink = std::function<void(const char* line, size_t size)>;
+
   /// Makes the file with the mode 0600. An existing one is overwritten only when it is empty or a
   /// trace. Two writers cannot have the same file. Throws TraceFileError.
-  TraceFileWriter(const std::string& path, Complain complain);
+  TraceFileWriter(const std::string& path, Complain complain, Sink sink = nullptr);
+  /// Records without a file, for the sink alone.
+  explicit TraceFileWriter(Sink sink);
   /// Calls finish().
   ~TraceFileWriter();
   TraceFileWriter(const TraceFileWriter&) = delete;

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/guarded_sink.h"
 #include "complaint.h"
 #include "trace/trace_file_writer.h"
 
@@ -24,7 +25,17 @@ namespace {
 using trace::TraceFileError;
 using trace::TraceFileWriter;
 
-/// The trace of this process, if IPODCTL_TRACE names one.
+/// The program's sink. Never destroyed: threads may still use it while the process ends.
+GuardedSink<DeskTraceSink>& programSink() {
+  static auto& ofProcess = *new GuardedSink<DeskTraceSink>;
+  return ofProcess;
+}
+
+void passToProgram(const char* line, size_t size) {
+  programSink().call(line, static_cast<unsigned>(size));
+}
+
+/// The trace of this process, if IPODCTL_TRACE names one or the program has a sink.
 class Recording {
  public:
   /// Returns the trace, or null.
@@ -41,7 +52,16 @@ class Recording {
     path = wanted;
     writer.reset();
     if (!wanted.empty()) begin();
-    mayBeRecording = writer != nullptr;
+    recordForSink();
+  }
+
+  /// A trace without a file is only for the sink.
+  void setHasSink(bool newHasSink) {
+    const std::lock_guard lock(mutex);
+    hasSink = newHasSink;
+    if (!path) look();
+    if (path->empty()) writer.reset();
+    recordForSink();
   }
 
   void lookAgain() {
@@ -65,10 +85,16 @@ class Recording {
   void unlockAfterFork() { mutex.unlock(); }
 
  private:
+  void recordForSink() {
+    if (!writer && hasSink) writer = std::make_shared<TraceFileWriter>(passToProgram);
+    mayBeRecording = writer != nullptr;
+  }
+
   void begin() {
     try {
       writer = std::make_shared<TraceFileWriter>(
-          *path, [](const std::string& text) { complainOnce("IPODCTL_TRACE: " + text); });
+          *path, [](const std::string& text) { complainOnce("IPODCTL_TRACE: " + text); },
+          passToProgram);
     } catch (const TraceFileError& error) {
       complainOnce(std::string("IPODCTL_TRACE: ") + error.what());
     }
@@ -77,6 +103,7 @@ class Recording {
   std::mutex mutex;
   std::optional<std::string> path;          ///< guarded by mutex; no value: not looked at yet
   std::shared_ptr<TraceFileWriter> writer;  ///< guarded by mutex
+  bool hasSink = false;                     ///< guarded by mutex
   std::vector<std::shared_ptr<TraceFileWriter>> ofParents;  ///< guarded by mutex; never destroyed
 };
 
@@ -150,4 +177,9 @@ void deskTraceAudio(const char* function, const int* values, unsigned count) {
       call += ' ' + std::to_string(values[i]);
     step.audio(call.c_str());
   });
+}
+
+void deskSetTraceSink(DeskTraceSink sink, void* context) {
+  coredll::programSink().set(sink, context);
+  coredll::recording().setHasSink(sink != nullptr);
 }

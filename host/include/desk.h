@@ -1,8 +1,8 @@
 /*
  * The functions of the Linux host's platform that Windows CE does not have: they receive posted
  * window messages, return the numbers of open handles and running threads, record calls of the
- * audio library, and say what a device is mapped to. Host programs and tests on Linux may use them;
- * the library never does. All functions may be called on any thread.
+ * audio library, pass the trace on, and say what a device is mapped to. Host programs and tests on
+ * Linux may use them; the library never does. All functions may be called on any thread.
  */
 #pragma once
 
@@ -44,6 +44,19 @@ void deskTraceAudio(const char* function, const int* values, unsigned count);
  * nothing, or the path and its zero do not fit into `size` bytes.
  */
 unsigned deskDevicePath(const char* device, char* path, unsigned size);
+
+/*
+ * Receives one line of the trace, `size` characters with the line feed at their end, on the thread
+ * whose transfer it describes. Must not block, use a device or call deskSetTraceSink.
+ */
+typedef void (*DeskTraceSink)(void* context, const char* line, unsigned size);
+
+/*
+ * Passes every line that is recorded from now on to `sink` (NULL: none, as at the start), also
+ * without IPODCTL_TRACE. The lines that every trace begins with are not passed. When it returns, no
+ * call of the previous sink is running.
+ */
+void deskSetTraceSink(DeskTraceSink sink, void* context);
 
 #ifdef __cplusplus
 }

@@ -1,4 +1,5 @@
 // What IPODCTL_TRACE records of devices and of the audio library.
+#include <desk.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <isochplay_desk.h>
@@ -86,6 +87,62 @@ TEST_F(Recorder, RecordsWhatADeviceReadsAndWrites) {
   EXPECT_TRUE(device.close());
   EXPECT_THAT(recorded(), ElementsAre("# IPD1: open ok", "IPD1: > 55 02 00 07 F7", "IPD1: < 55 03",
                                       "# IPD1: close"));
+}
+
+/// The lines that a program's sink receives during its lifetime, without their times.
+class SunkLines {
+ public:
+  SunkLines() { deskSetTraceSink(add, this); }
+  SunkLines(const SunkLines&) = delete;
+  SunkLines& operator=(const SunkLines&) = delete;
+  ~SunkLines() { deskSetTraceSink(nullptr, nullptr); }
+
+  Lines texts() const { return lines; }
+
+ private:
+  static void add(void* context, const char* text, unsigned size) {
+    const std::string line(text, size);
+    const size_t time = line[0] == '#' ? 2 : 0;
+    const std::string end = line.substr(line.find(' ', time) + 1);
+    static_cast<SunkLines*>(context)->lines.push_back(line.substr(0, time) + end);
+  }
+
+  Lines lines;
+};
+
+TEST_F(Recorder, PassesEachLineToTheSinkWithoutAFile) {
+  const SunkLines sunk;
+  OwnedHandle device(openDevice(u"IPD1:"));
+  EXPECT_EQ(writeDevice(device.get(), {0x55, 0x02}), success({0x55, 0x02}));
+  EXPECT_TRUE(wire.sendAndArrive({0x55, 0x03}));
+  EXPECT_EQ(readDevice(device.get(), 100), success({0x55, 0x03}));
+  constexpr int kRate = 48000;
+  deskTraceAudio("SelectFrequency", &kRate, 1);
+  EXPECT_TRUE(device.close());
+  EXPECT_THAT(sunk.texts(), ElementsAre("# IPD1: open ok\n", "IPD1: > 55 02\n", "IPD1: < 55 03\n",
+                                        "# audio SelectFrequency 48000\n", "# IPD1: close\n"));
+}
+
+TEST_F(Recorder, PassesEachLineToTheSinkAndToTheFile) {
+  const TraceTo trace(path);
+  {
+    const SunkLines sunk;
+    openDevice(u"IPD2:");
+    EXPECT_THAT(sunk.texts(), ElementsAre("# IPD2: open failed 2\n"));
+  }
+  openDevice(u"IPD3:");
+  EXPECT_THAT(recorded(), ElementsAre("# IPD2: open failed 2", "# IPD3: open failed 2"));
+}
+
+TEST_F(Recorder, PassesNothingToASinkThatWasRemoved) {
+  unsigned lines = 0;
+  deskSetTraceSink([](void* context, const char*, unsigned) { ++*static_cast<unsigned*>(context); },
+                   &lines);
+  openDevice(u"IPD2:");
+  EXPECT_EQ(lines, 1U);
+  deskSetTraceSink(nullptr, nullptr);
+  openDevice(u"IPD2:");
+  EXPECT_EQ(lines, 1U);
 }
 
 TEST_F(Recorder, RecordsASerialPortToo) {

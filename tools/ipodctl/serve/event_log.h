@@ -1,9 +1,7 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -39,10 +37,23 @@ class EventLog {
     virtual bool isClosed() const = 0;
   };
 
+  EventLog();
+  ~EventLog();
+  EventLog(const EventLog&) = delete;
+  EventLog& operator=(const EventLog&) = delete;
+
   void publish(Topic topic, std::string data);
   std::unique_ptr<Reader> read(std::vector<Topic> topics);
   /// Closes all readers, also those that come later.
   void close();
+
+ private:
+  class Queue;
+
+  std::mutex mutex;
+  std::vector<std::weak_ptr<Queue>> queues;
+  uint64_t lastId = 0;
+  bool isClosed = false;
 };
 
 }  // namespace tool

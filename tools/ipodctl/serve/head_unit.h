@@ -7,18 +7,11 @@
 #include <optional>
 #include <string>
 
+#include "ipodctl/serve/refusal.h"
+
 namespace tool {
 
 class EventLog;
-
-/// Why a request was not carried out; the number is the HTTP status.
-enum class Refusal {
-  kBadRequest = 400,
-  kNoSuchList = 404,
-  kStaleGeneration = 409,
-  kNoIpod = 503,
-  kNoAnswer = 504,
-};
 
 /// What became of a request.
 struct Outcome {
