@@ -20,8 +20,9 @@ class Player {
   /// After a new connection: nothing is known.
   void begin();
 
-  /// Asks what plays. Throws OddAnswer when the iPod does not say it.
-  void ask();
+  /// Asks what plays. Returns false when the answers may be those of a lost one: ask again soon.
+  /// Throws OddAnswer when the iPod does not answer.
+  bool ask();
 
   /// Asks for the texts again with the next ask(). May be called on any thread.
   void refresh() { isRefreshed = true; }
@@ -38,7 +39,7 @@ class Player {
 
  private:
   void askTexts(int index);
-  bool makesSense(int index, int status, int position) const;
+  static bool makesSense(int index, int status, int position);
   void selectOrigin(const Browser::Wanted& isWanted);
   void followGroupStep(bool forward);
 
@@ -48,7 +49,7 @@ class Player {
   Playback playing;
   std::optional<ListPath> origin;
   std::optional<int> textsOf;  ///< the index whose texts are known
-  bool wasDoubtful = false;
+  bool isDoubtful = false;     ///< the last answers made no sense
   std::atomic<bool> isRefreshed{false};
 };
 
