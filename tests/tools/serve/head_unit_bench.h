@@ -38,6 +38,9 @@ class HeadUnitBench {
   tool::Outcome play(const std::string& path, int index);
   tool::Outcome command(const std::string& name);
 
+  /// A list that the iPod does not answer may be refused.
+  bool mayRefuse = false;
+
   /// Ends the head unit.
   void end() { headUnit.reset(); }
 

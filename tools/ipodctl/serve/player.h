@@ -14,8 +14,7 @@ namespace tool {
 /// What the iPod does by itself is not announced, so it is asked about once a second.
 class Player {
  public:
-  Player(StateBoard& shown, Browser& lists, NameStore& names)
-      : board(shown), browser(lists), store(names) {}
+  Player(StateBoard& shown, Browser& lists) : board(shown), browser(lists) {}
 
   /// After a new connection: nothing is known.
   void begin();
@@ -45,7 +44,6 @@ class Player {
 
   StateBoard& board;
   Browser& browser;
-  NameStore& store;
   Playback playing;
   std::optional<ListPath> origin;
   std::optional<int> textsOf;  ///< the index whose texts are known

@@ -39,7 +39,7 @@ Worker::Worker(StateBoard& shown, NameStore& names, std::string logoFolder)
       conversation([this](milliseconds time) { pause(time); }),
       keeper(shown, [this](milliseconds time) { pause(time); }),
       lists(names, conversation),
-      transport(shown, lists, names) {
+      transport(shown, lists) {
   queue.refuse(kNotReady);
 }
 
