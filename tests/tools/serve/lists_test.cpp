@@ -237,6 +237,15 @@ TEST(Lists, HaveNoWrongNameWhateverIsLostLateOrDoubled) {
   walkAtRandom(bench, Catalogue(music), 4, 4);
 }
 
+// This model refuses to undo the selection of a playlist. The library waits a second for it.
+TEST(Lists, BelowPlaylistsAreLeftWithoutUndoingTheirSelection) {
+  HeadUnitBench bench(simulator::personality("strict"));
+  ASSERT_TRUE(bench.waitForStage("ready"));
+  bench.list("playlists/2/tracks");
+  EXPECT_LE(session::durationOf([&] { bench.list("playlists/3/tracks", 0, 1); }),
+            std::chrono::milliseconds(900));
+}
+
 TEST(Lists, OfAnOlderGenerationAreRefused) {
   HeadUnitBench bench;
   ASSERT_TRUE(bench.waitForStage("ready"));
