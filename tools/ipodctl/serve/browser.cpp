@@ -13,7 +13,7 @@ namespace {
 
 /// A list of playlists counts this many less, when it is not empty.
 constexpr int kPlaylistsNotCounted = 2;
-/// No list is so long. A move that comes nowhere must end.
+/// No list is so long. A move that never arrives must end.
 constexpr int kMostMoves = 2'000'000;
 
 // The requests that a call makes at most.
@@ -101,7 +101,7 @@ void Browser::checkEntry(const ListPath& path, const Wanted& isWanted) {
 }
 
 /// Counts the items of the list that is open, and compares that with where the list ends: a list
-/// whose count did not come looks empty.
+/// whose count did not arrive looks empty.
 int Browser::countItems(int type) {
   Level& level = levels.back();
   const int* const last = IpodGetPrevItem();
@@ -132,7 +132,8 @@ void Browser::goTo(const ListPath& route, const Wanted& isWanted) {
   size_t common = 0;
   while (common < std::min(levels.size(), route.size()) && levels[common].step == route[common])
     ++common;
-  if ((levels.size() - common) * kRequestsToLeave > (common + 1) * kRequestsToOpen) common = 0;
+  const bool isFar = (levels.size() - common) * kRequestsToLeave > (common + 1) * kRequestsToOpen;
+  if (isFar || returnsToPlaylists(common)) common = 0;
   if (common == 0) levels.clear();
   try {
     while (levels.size() > common)
@@ -143,6 +144,14 @@ void Browser::goTo(const ListPath& route, const Wanted& isWanted) {
     forget();
     throw;
   }
+}
+
+/// Some models do not undo the selection of a playlist.
+bool Browser::returnsToPlaylists(size_t depth) const {
+  for (size_t i = std::max<size_t>(depth, 1); i < levels.size(); ++i) {
+    if (levels[i - 1].step.type == IPOD_PLAYLISTS) return true;
+  }
+  return false;
 }
 
 void Browser::leave(const Wanted& isWanted) {
@@ -224,7 +233,7 @@ void Browser::step(const int* (*move)()) {
   if (move() == nullptr) throw OddAnswer();
 }
 
-/// A name as it came.
+/// A name as it was received.
 struct Browser::Reading {
   int index;
   bool isWritten;
@@ -235,8 +244,11 @@ struct Browser::Reading {
 Browser::Reading Browser::readName(int index, const Wanted& isWanted) {
   moveTo(index, isWanted);
   ensureWanted(isWanted);
+  const Conversation::Clock::time_point begin = Conversation::Clock::now();
   IpodText text;
   IpodGetItemName(0, text.buffer(), nullptr, IpodText::kSize);
+  const bool isSilent = Conversation::isSilence(Conversation::Clock::now() - begin);
+  if (!text.isWritten() && isSilent) throw OddAnswer();
   return {index, text.isWritten(), text.utf8(), !text.isWritten()};
 }
 
@@ -252,7 +264,7 @@ std::vector<Browser::Reading> Browser::readOnce(const std::vector<int>& indexes,
 }
 
 /// An answer that arrives twice is the answer to the next request, too. So a name is read again
-/// when it is the same as the one before, and when it is empty or did not come.
+/// when it is the same as the one before, and when it is empty or did not arrive.
 void Browser::confirm(Reading& reading, const Wanted& isWanted) {
   const Conversation::Clock::time_point begin = Conversation::Clock::now();
   const Reading again = readName(reading.index, isWanted);

@@ -12,8 +12,8 @@ namespace tool {
 /// Moves the library's browse tree to the lists that requests name, and reads their counts and
 /// names.
 ///
-/// The library has one browse tree and the iPod has one selection, while each client stands in a
-/// list of its own. So each request names its list, and the browser remembers where the tree is: a
+/// The library has one browse tree and the iPod has one selection, while each client is in
+/// another list. So each request names its list, and the browser remembers where the tree is: a
 /// list next to the last one needs few requests to the iPod. A move within a list needs none.
 ///
 /// Its functions throw NotWanted before a request that nobody waits for, and OddAnswer when an
@@ -46,10 +46,11 @@ class Browser {
   struct Level {
     ListStep step;
     const int* index;  ///< the library's current index; null when the list did not open
-    bool isAtPlayAll;  ///< no move yet: a tabbed list stands on "all" itself
+    bool isAtPlayAll;  ///< no move yet: a tabbed list is on "all" itself
   };
 
   void goTo(const ListPath& route, const Wanted& isWanted);
+  bool returnsToPlaylists(size_t depth) const;
   void leave(const Wanted& isWanted);
   void open(const ListStep& step, const Wanted& isWanted);
   void enter(const ListStep& step);

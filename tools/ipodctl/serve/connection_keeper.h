@@ -8,7 +8,7 @@
 
 namespace tool {
 
-/// Connects whenever there is an iPod, and shows where the head unit stands with it.
+/// Connects whenever there is an iPod, and shows the stage of the connection.
 class ConnectionKeeper {
  public:
   using Clock = std::chrono::steady_clock;

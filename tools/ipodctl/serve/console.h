@@ -30,7 +30,7 @@ class Console {
   simulator::FileDescriptor saved;
   simulator::FileDescriptor readEnd;
   simulator::FileDescriptor stopper;  ///< an event counter that ends the thread
-  std::string line;                   ///< what of the current line has come
+  std::string line;                   ///< what has arrived of the current line
   std::thread reader;
 };
 

@@ -53,28 +53,31 @@ bool Conversation::isInStep() { return ask(control); }
 
 void Conversation::check(Clock::time_point begin, int requests) {
   const Clock::duration taken = Clock::now() - begin;
+  if (taken >= requests * kNoAnswerAfter) throw OddAnswer();  // none of them was answered
   if (!isInStep()) throw OddAnswer();
   if (taken >= kNoAnswerAfter + (requests - 1) * latency) throw OddAnswer();
 }
 
+bool Conversation::isSilence(Clock::duration taken) { return taken >= kNoAnswerAfter; }
+
 /// Another control question is asked each time, because an iPod may not answer a single one.
-bool Conversation::isIpodThere(const std::function<void()>& onSilence) {
-  int silences = 0;
+bool Conversation::isIpodThere(bool wasSilent, const std::function<void()>& onOdd) {
+  int silences = wasSilent ? 1 : 0;
   int failures = 0;
+  if (wasSilent) onOdd();
   for (int i = 0; i < kMostQuestions; ++i) {
     control = static_cast<size_t>(i) % std::size(kControls);
-    if (isInStep()) {
-      pause(kQuiet);
-      return true;
-    }
-    if (latency >= kNoAnswerAfter) {
+    const bool isAnswered = isInStep();
+    if (!isAnswered && isSilence(latency)) {
       if (++silences == kSilencesOfLostIpod) return false;
-      onSilence();
-    } else if (latency < kAtOnce) {
+      onOdd();
+    } else if (!isAnswered && latency < kAtOnce) {
       if (++failures == kFailuresOfLostLink) return false;
       pause(kBetweenFailures);
     } else {
+      onOdd();
       pause(kQuiet);
+      if (isAnswered) return true;
     }
   }
   return false;

@@ -28,10 +28,14 @@ class Conversation {
   /// since `begin` took so long that one of them was not answered.
   void check(Clock::time_point begin, int requests);
 
+  /// True when a request that took so long was not answered.
+  static bool isSilence(Clock::duration taken);
+
   /// After an answer that was missing or odd: returns whether the iPod is still there. An iPod that
-  /// is there has had a second without requests afterwards, so that late answers have come.
-  /// `onSilence` is called when the iPod does not answer at first.
-  bool isIpodThere(const std::function<void()>& onSilence);
+  /// is there has had a second without requests afterwards, so that late answers have arrived.
+  /// `wasSilent` says that the last request was not answered at all. `onOdd` is called before the
+  /// head unit waits.
+  bool isIpodThere(bool wasSilent, const std::function<void()>& onOdd);
 
  private:
   bool ask(size_t question);

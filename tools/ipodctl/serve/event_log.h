@@ -21,7 +21,7 @@ struct Event {
 
 /// The events of `ipodctl serve`, for any number of readers.
 ///
-/// publish() never waits for a reader: each has a queue of its own, and one that is more than
+/// publish() never waits for a reader: each has its own queue, and one that is more than
 /// kMostLate events late is closed. All functions may be called on any thread.
 class EventLog {
  public:
@@ -44,7 +44,7 @@ class EventLog {
 
   void publish(Topic topic, std::string data);
   std::unique_ptr<Reader> read(std::vector<Topic> topics);
-  /// Closes all readers, also those that come later.
+  /// Closes all readers, also later ones.
   void close();
 
  private:

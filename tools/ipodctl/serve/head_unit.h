@@ -37,7 +37,7 @@ struct PlayRequest {
   int index;  ///< -1: the play-all entry
 };
 
-/// The head unit behind `ipodctl serve`: one thread owns the library and carries out the requests
+/// The head unit of `ipodctl serve`: one thread owns the library and carries out the requests
 /// of all clients, one after the other. Its state and what happens go to the event log.
 ///
 /// All functions may be called on any thread. They return when the request is carried out, is

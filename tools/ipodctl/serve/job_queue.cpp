@@ -26,7 +26,7 @@ void JobQueue::carryOut(Job job) {
   if (isOver) throw noIpod("The head unit ends. Start ipodctl serve again.");
   if (isRefusing && entry->job.needsIpod) throw noIpod(reason);
   waiting.push_front(entry);
-  comes.notify_all();
+  arrived.notify_all();
   while (entry->end == End::kNone) {
     if (ends.wait_for(lock, kLookForClient) != std::cv_status::timeout) continue;
     if (entry->isRunning || entry->end != End::kNone || entry->job.isWanted()) continue;
@@ -64,7 +64,7 @@ void JobQueue::close() {
     reason = "The head unit ends. Start ipodctl serve again.";
     refuseWaiting();
   }
-  comes.notify_all();
+  arrived.notify_all();
 }
 
 bool JobQueue::isClosed() const {
@@ -97,7 +97,7 @@ void JobQueue::workUntil(Clock::time_point limit) {
   std::shared_ptr<Entry> entry;
   {
     std::unique_lock<std::mutex> lock(mutex);
-    comes.wait_until(lock, limit, [this] { return isOver || !waiting.empty(); });
+    arrived.wait_until(lock, limit, [this] { return isOver || !waiting.empty(); });
     entry = first();
     if (entry == nullptr || isOver) return;
     entry->isRunning = true;
@@ -136,7 +136,7 @@ void JobQueue::endPart(const std::shared_ptr<Entry>& entry, Ending ending) {
 
 void JobQueue::waitUntil(Clock::time_point limit) {
   std::unique_lock<std::mutex> lock(mutex);
-  comes.wait_until(lock, limit, [this] { return isOver || !waiting.empty(); });
+  arrived.wait_until(lock, limit, [this] { return isOver || !waiting.empty(); });
 }
 
 }  // namespace tool

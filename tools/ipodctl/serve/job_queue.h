@@ -13,7 +13,7 @@
 
 namespace tool {
 
-/// What comes first. Of lists and names the newest request comes first: what the view shows now.
+/// Playback is first. Of lists and names the newest request is first: what the view shows now.
 enum class Urgency { kNames, kPlayback };
 
 /// A request that waits for the worker.
@@ -36,7 +36,7 @@ class JobQueue {
   /// Waits until the job is done, refused, or not wanted any more. Throws Refused or NotWanted.
   void carryOut(Job job);
 
-  /// Refuses every job that needs an iPod, also those that come later, until accept().
+  /// Refuses every job that needs an iPod, also later ones, until accept().
   void refuse(const std::string& message);
   void accept();
   /// Refuses every job from now on.
@@ -46,7 +46,7 @@ class JobQueue {
   /// caller, and the job waits for its next attempt.
   void workUntil(Clock::time_point limit);
 
-  /// For the worker: waits until `limit`, or until a job comes that needs no iPod.
+  /// For the worker: waits until `limit`, or until a job arrives that needs no iPod.
   void waitUntil(Clock::time_point limit);
 
   bool isClosed() const;
@@ -72,9 +72,9 @@ class JobQueue {
   static Refused noIpod(const std::string& message);
 
   mutable std::mutex mutex;
-  std::condition_variable comes;  ///< a job, or the end
-  std::condition_variable ends;   ///< a job is over
-  Entries waiting;                ///< the newest first
+  std::condition_variable arrived;  ///< there is a job, or the end
+  std::condition_variable ends;     ///< a job is over
+  Entries waiting;                  ///< the newest first
   bool isRefusing = true;
   bool isOver = false;
   std::string reason;

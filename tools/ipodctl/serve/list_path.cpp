@@ -74,6 +74,7 @@ std::optional<ListPath> parseListPath(const std::string& text) {
     const std::optional<int> index = i == 0 ? 0 : indexNamed(parts[i - 1]);
     const std::optional<ListStep> step = stepNamed(parts[i], index.value_or(0));
     if (!index || !step || (i == 0 && step->tracksOfSelection)) return std::nullopt;
+    if (!path.empty() && path.back().type == IPOD_TRACKS) return std::nullopt;
     path.push_back(*step);
   }
   return path;

@@ -27,7 +27,7 @@ constexpr int kItemsOfATab = 35;
 /// The most levels that the library's browse tree has.
 constexpr size_t kMostLevels = 7;
 
-/// Reads a path such as "artists/3/albums". No value: it is none.
+/// Reads a path such as "artists/3/albums". No value: it is none. Below a track there are no lists.
 std::optional<ListPath> parseListPath(const std::string& text);
 /// The same with each number in its usual form.
 std::string textOf(const ListPath& path);

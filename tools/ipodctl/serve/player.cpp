@@ -2,7 +2,7 @@
 
 #include <ipodctl.h>
 
-#include <iterator>
+#include <utility>
 
 #include "ipodctl/serve/ipod_text.h"
 #include "ipodctl/serve/refusal.h"
@@ -68,33 +68,32 @@ void Player::begin() {
   playing = {};
   origin.reset();
   textsOf.reset();
-  wasDoubtful = false;
+  isDoubtful = false;
 }
 
 /// Without an answer the status is "stopped" and the position is 0. A track that plays has neither,
 /// but for a moment.
-bool Player::makesSense(int index, int status, int position) const {
+bool Player::makesSense(int index, int status, int position) {
   if (index < 0) return status == IPOD_STOPPED;
   return status != IPOD_STOPPED && position > 0;
 }
 
-void Player::ask() {
+bool Player::ask() {
   int index = -1;
   if (IpodGetTrackIndex(&index) == 0) throw OddAnswer();
   int status = IPOD_STOPPED;
   int position = 0;
   IpodGetCurrentPlayStatus(&status);
   IpodGetCurrentTrackPosition(&position);
-  const bool isDoubtful = !makesSense(index, status, position);
-  const bool isNew = isDoubtful && !wasDoubtful && playing.index == index;
-  wasDoubtful = isDoubtful;
-  if (isNew) return;  // it is asked once more
+  const bool wasDoubtful = std::exchange(isDoubtful, !makesSense(index, status, position));
+  if (isDoubtful && !wasDoubtful) return false;
   playing.index = index;
   playing.status = kStatusNames[status];
   playing.position = position;
   if (isRefreshed.exchange(false)) textsOf.reset();
   if (textsOf != index) askTexts(index);
   board.setPlayback(playing);
+  return true;
 }
 
 void Player::askTexts(int index) {

@@ -14,14 +14,14 @@ namespace tool {
 /// What the iPod does by itself is not announced, so it is asked about once a second.
 class Player {
  public:
-  Player(StateBoard& shown, Browser& lists, NameStore& names)
-      : board(shown), browser(lists), store(names) {}
+  Player(StateBoard& shown, Browser& lists) : board(shown), browser(lists) {}
 
   /// After a new connection: nothing is known.
   void begin();
 
-  /// Asks what plays. Throws OddAnswer when the iPod does not say it.
-  void ask();
+  /// Asks what plays. Returns false when the answers may be those of a lost one: ask again soon.
+  /// Throws OddAnswer when the iPod does not answer.
+  bool ask();
 
   /// Asks for the texts again with the next ask(). May be called on any thread.
   void refresh() { isRefreshed = true; }
@@ -38,17 +38,16 @@ class Player {
 
  private:
   void askTexts(int index);
-  bool makesSense(int index, int status, int position) const;
+  static bool makesSense(int index, int status, int position);
   void selectOrigin(const Browser::Wanted& isWanted);
   void followGroupStep(bool forward);
 
   StateBoard& board;
   Browser& browser;
-  NameStore& store;
   Playback playing;
   std::optional<ListPath> origin;
   std::optional<int> textsOf;  ///< the index whose texts are known
-  bool wasDoubtful = false;
+  bool isDoubtful = false;     ///< the last answers made no sense
   std::atomic<bool> isRefreshed{false};
 };
 

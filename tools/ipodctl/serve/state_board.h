@@ -12,7 +12,7 @@ namespace tool {
 
 class EventLog;
 
-/// Where the head unit stands with the iPod.
+/// The stage of the connection to the iPod.
 enum class Stage {
   kAbsent,      ///< there is none
   kConnecting,  ///< a connection is being made
@@ -54,7 +54,7 @@ struct HeadUnitState {
   std::optional<std::string> logoFile;
 };
 
-/// Holds the state. A thread of its own publishes it when it has changed, at most every 100 ms. All
+/// Holds the state. Its thread publishes it when it has changed, at most every 100 ms. All
 /// functions may be called on any thread.
 class StateBoard {
  public:

@@ -17,6 +17,8 @@ using std::chrono::milliseconds;
 /// A hang-up is to be shown within a second.
 constexpr milliseconds kBetweenQuestions(700);
 
+constexpr milliseconds kAfterDoubt(150);
+
 constexpr char kLogoFile[] = "logo_zel.bmp";
 
 constexpr char kNotReady[] = "No iPod is ready. Plug one in, then ask again.";
@@ -37,7 +39,7 @@ Worker::Worker(StateBoard& shown, NameStore& names, std::string logoFolder)
       conversation([this](milliseconds time) { pause(time); }),
       keeper(shown, [this](milliseconds time) { pause(time); }),
       lists(names, conversation),
-      transport(shown, lists, names) {
+      transport(shown, lists) {
   queue.refuse(kNotReady);
 }
 
@@ -107,25 +109,31 @@ void Worker::learnIpod() {
 
 /// One question about what plays, when it is due, and one part of a job.
 void Worker::serveOnce() {
+  Clock::time_point begin = Clock::now();
   try {
-    if (Clock::now() >= nextQuestion) {
-      nextQuestion = Clock::now() + kBetweenQuestions;
-      board.setWaitingFor("what plays");
-      transport.ask();
-    }
-    board.setWaitingFor("");
-    queue.workUntil(nextQuestion);
+    askWhatPlays();
+    queue.waitUntil(nextQuestion);
+    begin = Clock::now();
+    queue.workUntil(begin);
   } catch (const OddAnswer&) {
     lists.forget();
-    judge();
+    judge(Conversation::isSilence(Clock::now() - begin));
   }
+  board.setWaitingFor("");
+}
+
+void Worker::askWhatPlays() {
+  if (Clock::now() < nextQuestion) return;
+  nextQuestion = Clock::now() + kBetweenQuestions;
+  board.setWaitingFor("what plays");
+  if (!transport.ask()) nextQuestion = Clock::now() + kAfterDoubt;
+  board.setWaitingFor("");
 }
 
 /// After an odd answer: either the iPod has gone, or it is asked again after a second.
-void Worker::judge() {
+void Worker::judge(bool wasSilent) {
   board.setWaitingFor("an answer");
-  const bool isThere = conversation.isIpodThere([this] { keeper.showOdd(); });
-  board.setWaitingFor("");
+  const bool isThere = conversation.isIpodThere(wasSilent, [this] { keeper.showOdd(); });
   if (isThere) {
     keeper.showReady();
     nextQuestion = Clock::now();

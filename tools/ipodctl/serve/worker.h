@@ -50,7 +50,8 @@ class Worker {
   void connect();
   void begin();
   void serveOnce();
-  void judge();
+  void askWhatPlays();
+  void judge(bool wasSilent);
   void loseIpod();
   void learnIpod();
   void showLogo();
