@@ -7,6 +7,7 @@
 
 #include "ipodctl/commands/run_command.h"
 #include "ipodctl/doctor.h"
+#include "ipodctl/serve/serve.h"
 
 namespace {
 
@@ -156,6 +157,44 @@ int refuseUsage(int argc, char** argv, const std::string& why) {
   return tool::kWrongUsage;
 }
 
+constexpr char kServeDescription[] =
+    "Keeps an iPod connected, and shows it to a page in the browser and to other programs.\n"
+    "It ends with Ctrl-C.\n";
+
+constexpr char kServeExamples[] =
+    "Examples:\n"
+    "  ipodctl serve --open                                  the iPod of IPODCTL_DEVICES\n"
+    "  ipodctl serve --device /tmp/ipod --control /tmp/ctl   a simulated iPod with its buttons\n"
+    "  ipodctl serve --port 0 --quiet                        for scripts: any free port\n"
+    "  ipodctl serve --listen 192.168.1.2 --token-file FILE  for other computers\n"
+    "\n"
+    "Exit status: 0 after Ctrl-C, 1 when it cannot listen or the library does not return, 2\n"
+    "for a wrong command line.\n";
+
+void describeServe(CLI::App& app, tool::ServeOptions& options) {
+  app.footer(kServeExamples);
+  app.add_option("--port", options.port, "The port; 0: any free one")
+      ->type_name("NUMBER")
+      ->check(CLI::Range(0, 65535))
+      ->capture_default_str();
+  app.add_option("--listen", options.address, "The address of this computer to listen on")
+      ->type_name("ADDRESS")
+      ->capture_default_str();
+  app.add_option("--token-file", options.tokenFile,
+                 "The token, of at least 32 characters; default: a new one")
+      ->type_name("FILE");
+  app.add_option("--control", options.control, "The socket of ipodsim --control")
+      ->type_name("SOCKET");
+  app.add_option("--device", options.device, "Where IPD1: leads; default: as IPODCTL_DEVICES says")
+      ->type_name("PATH|serial:PATH@BAUD|tcp:HOST:PORT");
+  app.add_option("--logo", options.logo, "A picture that the iPod shows")->type_name("FILE");
+  app.add_option("--page", options.page, "Read the page from a folder, for its developers")
+      ->type_name("FOLDER");
+  app.add_flag("--open", options.opensBrowser, "Open the page in the browser");
+  app.add_flag("--mpris", options.usesMpris, "Be a media player on the session bus");
+  app.add_flag("--quiet", options.isQuiet, "Print only where it is ready, and failures");
+}
+
 int run(int argc, char** argv) {
   CLI::App app(kDescription, "ipodctl");
   app.set_version_flag("--version", "ipodctl " IPODCTL_VERSION, "Print the version and exit");
@@ -165,6 +204,9 @@ int run(int argc, char** argv) {
   describeDoctor(doctor, options);
   tool::CommandOptions commandOptions;
   describeCommands(app, commandOptions);
+  tool::ServeOptions serving;
+  auto* const serve = app.add_subcommand("serve", kServeDescription);
+  describeServe(*serve, serving);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
@@ -176,6 +218,7 @@ int run(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return refuseUsage(argc, argv, error.what());
   }
+  if (serve->parsed()) return tool::runServe(serving);
   return doctor.parsed() ? tool::runDoctor(options) : tool::runCommand(commandOptions);
 }
 

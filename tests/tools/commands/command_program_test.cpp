@@ -58,8 +58,11 @@ class CommandTest : public testing::Test {
 
   Ended run(const std::vector<std::string>& arguments) {
     Program program(IPODCTL_PROGRAM, arguments);
+    std::string output;
+    while (const std::optional<std::string> line = program.readLine())
+      output += *line + "\n";
     const int status = program.waitForEnd().value_or(-1);
-    return {program.restOfOutput(), program.errors(), status};
+    return {output, program.errors(), status};
   }
 
   const simulator::TemporaryFolder folder;
