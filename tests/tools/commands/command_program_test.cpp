@@ -27,7 +27,7 @@ constexpr char kPlaying[] =
     R"("modes":{"shuffle":"tracks","repeat":"off"}})";
 constexpr char kAbsent[] =
     R"({"connection":{"stage":"absent","message":"No iPod is connected. Plug one in."},)"
-    R"("generation":0,"playback":{"status":null,"index":null}})";
+    R"("generation":1,"playback":{"status":"stopped","index":2,"title":"Juno"}})";
 constexpr char kStale[] = R"({"error":{"code":"stale-generation","message":"Read the state."}})";
 constexpr char kNoIpod[] = R"({"error":{"code":"no-ipod","message":"Plug one in."}})";
 constexpr char kNoAnswer[] = R"({"error":{"code":"no-answer","message":"Ask again."}})";
@@ -97,7 +97,7 @@ TEST_F(CommandTest, ReturnsThreeWhenServeHasNoIpod) {
   announceServe(getpid());
   server.answer("/v1/state", {{200, kAbsent}});
   const Ended ended = run({"status"});
-  EXPECT_EQ(ended.output, "\tNo iPod is connected. Plug one in.\n");
+  EXPECT_EQ(ended.output, "stopped\tNo iPod is connected. Plug one in.\n");
   EXPECT_EQ(ended.status, 3);
 }
 

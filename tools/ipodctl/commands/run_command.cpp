@@ -45,9 +45,16 @@ std::string filled(const std::string& text, const json& state) {
   });
 }
 
+bool hasIpod(const json& state) {
+  const std::string stage = stateField(state, "stage");
+  return stage != "absent" && stage != "lost";
+}
+
+/// Without an iPod the state still has the track that played last.
 std::string stateLine(const CommandOptions& options, const json& state) {
   if (!options.format.empty()) return filled(options.format, state);
-  const bool hasTrack = !stateField(state, "index").empty() && stateField(state, "index") != "-1";
+  const std::string index = stateField(state, "index");
+  const bool hasTrack = hasIpod(state) && !index.empty() && index != "-1";
   return filled(hasTrack ? kStatusFormat : kStoppedFormat, state);
 }
 
@@ -108,9 +115,7 @@ void showState(const CommandOptions& options) {
   const bool isInfo = options.command == "info" && options.format.empty();
   const std::string text = isInfo ? filled(kInfoFormat, state) : stateLine(options, state);
   finish(options, state, through, text);
-  if (stateField(state, "stage") == "absent" || stateField(state, "stage") == "lost") {
-    throw CommandFailure{kNoIpod, "", ""};
-  }
+  if (!hasIpod(state)) throw CommandFailure{kNoIpod, "", ""};
 }
 
 /// Joins the parts of a list that a request can have.
