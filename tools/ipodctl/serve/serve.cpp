@@ -20,6 +20,7 @@
 
 #include "ipodctl/device_map.h"
 #include "ipodctl/logo/convert_logo.h"
+#include "ipodctl/mpris/mpris.h"
 #include "ipodctl/serve/access.h"
 #include "ipodctl/serve/event_log.h"
 #include "ipodctl/serve/event_stream.h"
@@ -166,6 +167,7 @@ class Serving {
       : files(options.page),
         ipod(absolute(options.control)),
         token(options.tokenFile.empty() ? newToken() : tokenOfFile(options.tokenFile)),
+        usesMpris(options.usesMpris),
         logo(options.logo.empty() ? "" : bitmapOf(options.logo)),
         server(options.address, options.port, token,
                [this](const Request& request) { return route(*parts, request); }),
@@ -190,11 +192,13 @@ class Serving {
         *headUnit, streams, files, ipod, [this] { return wire.trace(); }, explainedTrace, logoOf});
     watch = std::make_unique<IpodWatch>(ipod, streams, events);
     server.start();
+    if (usesMpris) mpris = std::make_unique<Mpris>(*headUnit, events);
     if (!logo.empty()) headUnit->setLogo(logo, [] { return true; });
   }
 
   void stop() {
     events.close();
+    mpris.reset();
     server.stop();
     watch.reset();
     headUnit.reset();
@@ -206,8 +210,10 @@ class Serving {
   const StaticFiles files;
   const IpodControl ipod;
   const std::string token;
+  const bool usesMpris;
   const std::string logo;  ///< the bitmap
   std::unique_ptr<HeadUnit> headUnit;
+  std::unique_ptr<Mpris> mpris;
   std::unique_ptr<RoutedParts> parts;
   EventStreams streams{events, [this] { return stateDocument(*parts); },
                        [this](std::string& state) { completeState(*parts, state); }};

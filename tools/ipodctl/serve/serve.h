@@ -16,7 +16,8 @@ struct ServeOptions {
   std::string logo;    ///< a picture to show on the iPod; empty: none
   std::string page;    ///< the folder of the page; empty: the one that is built in
   bool opensBrowser = false;
-  bool isQuiet = false;  ///< prints only where it is ready, and failures
+  bool usesMpris = false;  ///< be a media player on the session bus
+  bool isQuiet = false;    ///< prints only where it is ready, and failures
 };
 
 /// Serves until SIGINT or SIGTERM.
