@@ -639,6 +639,7 @@ std::string withLimits(const std::string& rest) {
 }
 
 constexpr char kLaterMode[] = "1.201200 IPD1: > 55 02 00 05 F9\n";
+
 TEST(Check, NotesALogoForWhichTheSizeOfTheScreenArrivedTooLate) {
   const std::string late = "1.301300 IPD1: < 55 08 04 00 3A 00 40 00 40 02 38\n";
   const std::string lines = with(withLimits(kLaterMode), "0.101300 IPD1: <", "1.201300 IPD1: <");
