@@ -115,15 +115,15 @@ void PtyIpod::run() {
 void PtyIpod::serve() {
   if (port) noticeAccessory();
   if (port) receive();
-  if (hook) callHook();
+  if (eventHook) callEventHook();
   send();
   if (port) pullWhenDue();
 }
 
-void PtyIpod::callHook() {
+void PtyIpod::callEventHook() {
   const Time moment = now();
   ipod.advance(moment);
-  hook(ipod, begin + moment);
+  eventHook(ipod, begin + moment);
 }
 
 void PtyIpod::noticeAccessory() {
