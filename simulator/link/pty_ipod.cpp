@@ -129,15 +129,15 @@ void PtyIpod::run() {
 void PtyIpod::serve() {
   if (port) noticeAccessory();
   if (port) receive();
-  if (onEvent) callHook();
+  if (eventHook) callEventHook();
   send();
   if (port) pullWhenDue();
 }
 
-void PtyIpod::callHook() {
+void PtyIpod::callEventHook() {
   const Time moment = now();
   ipod->advance(moment);
-  onEvent(*ipod, begin + moment);
+  eventHook(*ipod, begin + moment);
 }
 
 void PtyIpod::noticeAccessory() {

@@ -44,7 +44,7 @@ class PtyIpod {
   /// bytes that follow from the event are written. It must not block. Call this before start().
   using EventHook =
       std::function<void(const SimulatedIpod&, std::chrono::steady_clock::time_point)>;
-  void setEventHook(EventHook newHook) { onEvent = std::move(newHook); }
+  void setEventHook(EventHook newHook) { eventHook = std::move(newHook); }
 
   /// Plugs the iPod in and starts its thread. Throws std::system_error or PortError when there is
   /// no port, LinkError when there can be no link.
@@ -109,7 +109,7 @@ class PtyIpod {
 
   void run();
   void serve();
-  void callHook();
+  void callEventHook();
   void noticeAccessory();
   void changeAccessory();
   void observeOpen();
@@ -129,7 +129,7 @@ class PtyIpod {
   const PortMaker makePort;
   const std::chrono::steady_clock::time_point begin;
   WireObserver* observer = nullptr;
-  EventHook onEvent;
+  EventHook eventHook;
   FileDescriptor waker;  ///< an event counter that ends the thread's poll
 
   mutable std::mutex mutex;  ///< guards everything below, and the iPod

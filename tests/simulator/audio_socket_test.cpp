@@ -68,6 +68,15 @@ class Accessory {
     poll(&ready, 1, host_test::Patience().left());
     return take();
   }
+  /// Returns whether no packet arrives for some time. Without a pause there are packets for ever.
+  bool becomesSilent() {
+    constexpr int kSilence = 200;
+    for (const host_test::Patience patience; !patience.isOver(); take()) {
+      pollfd ready = {socket.get(), POLLIN, 0};
+      if (poll(&ready, 1, kSilence) == 0) return true;
+    }
+    return false;
+  }
   bool wasClosed() {
     take();
     return isClosed;
@@ -261,9 +270,15 @@ class AudioOutputTest : public AudioSocketTest {
   }
   /// Connects as an accessory with all rates, and lets the first track play.
   void playFirst(HostEnd& host) {
+    size_t sent = 0;
     for (const char* message : {"00 13 00 00 04 11 00 00 00 00 00 00 00 00", "00 28 00 00 00 00 01",
                                 "0A 03 00 00 7D 00 00 00 AC 44 00 00 BB 80", "0A 00 00 04"}) {
       ASSERT_TRUE(host.write(toHex(usbFrame(hex(message)))));
+      ++sent;
+      // A frame that is read in two parts with a long pause would be dropped.
+      ASSERT_TRUE(pty.waitUntil(
+          [&](const SimulatedIpod& device) { return device.counters().messagesReceived == sent; },
+          seconds(10)));
     }
     ASSERT_TRUE(pty.waitUntil(
         [](const SimulatedIpod& device) { return device.audioRate() == 44100; }, seconds(10)));
@@ -306,14 +321,7 @@ TEST_F(AudioOutputTest, IsSilentWithoutACable) {
   ASSERT_TRUE(accessory.wait());
   pty.unplug();
   press(&SimulatedIpod::pressPlay);
-  // The thread notices the pulled cable before the next selection.
-  accessory.select(0);
-  accessory.select(1);
-  while (accessory.take()) {
-  }
-  pollfd none = {-1, 0, 0};
-  poll(&none, 1, 50);
-  EXPECT_FALSE(accessory.take());
+  EXPECT_TRUE(accessory.becomesSilent());
 }
 
 }  // namespace
