@@ -66,10 +66,10 @@ class EventStreams::Stream {
   }
 
   /// Reads from now on, so that nothing is missing between the first state and the next.
-  void begin(EventLog& log, const std::function<std::string()>& state) {
-    reader = log.read(topics);
+  void begin(EventLog& events, const std::function<std::string()>& wholeState) {
+    reader = events.read(topics);
     const bool readsState = std::find(topics.begin(), topics.end(), Topic::kState) != topics.end();
-    first = readsState ? eventText({0, Topic::kState, state()}) : ": ready\n\n";
+    first = readsState ? eventText({0, Topic::kState, wholeState()}) : ": ready\n\n";
   }
 
   bool writeMore(const Write& write) {
