@@ -69,9 +69,10 @@ Colour meanColour(const DecodedPng& picture, const Coverage& columns, const Cove
         sums[i] += weight * pixel[i] * pixel[3];
     }
   }
+  const uint64_t whole = std::max<uint64_t>(area, 1) * 255;
   Colour colour{};
   for (size_t i = 0; i < kPixelSize; ++i)
-    colour[i] = static_cast<uint8_t>((sums[i] + area * 255 / 2) / (area * 255));
+    colour[i] = static_cast<uint8_t>((sums[i] + whole / 2) / whole);
   return colour;
 }
 

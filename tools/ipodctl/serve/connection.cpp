@@ -78,11 +78,10 @@ bool Connection::write(std::string_view bytes) {
     const ssize_t count = send(socket, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     if (count > 0) {
       bytes.remove_prefix(static_cast<size_t>(count));
-    } else if (errno != EINTR && errno != EAGAIN) {
-      return false;
-    } else if (waitFor(POLLOUT, end) != Wait::kReady) {
-      return false;
+      continue;
     }
+    const bool mayTryAgain = errno == EINTR || errno == EAGAIN;
+    if (!mayTryAgain || waitFor(POLLOUT, end) != Wait::kReady) return false;
   }
   return true;
 }

@@ -18,13 +18,13 @@ namespace tool {
 /// called on any thread.
 class EventStreams {
  public:
-  /// `state` returns the document that each stream begins with. `complete` adds to the document of
-  /// a state event what the head unit does not know.
-  EventStreams(EventLog& log, std::function<std::string()> state,
-               std::function<void(std::string&)> complete);
+  /// `firstState` returns the document that each stream begins with. `completing` adds to the
+  /// document of a state event what the head unit does not know.
+  EventStreams(EventLog& events, std::function<std::string()> firstState,
+               std::function<void(std::string&)> completing);
 
-  /// `topics` is "state,console"; empty: all.
-  Answer open(const std::string& topics, std::function<bool()> isWanted);
+  /// `names` is "state,console"; empty: all topics.
+  Answer open(const std::string& names, std::function<bool()> isWanted);
 
   /// Returns the number of streams with the topic.
   size_t readersOf(Topic topic) const;

@@ -232,6 +232,7 @@ json WorkingHeadUnit::listDocument(const ListRequest& request, const Wanted& isW
   const ListFacts facts = factsOf(path, request.generation, isWanted);
   const Range range = rangeIn(request, facts.count);
   std::vector<int> indexes;
+  indexes.reserve(static_cast<size_t>(range.count));
   for (int i = 0; i < range.count; ++i)
     indexes.push_back(facts.first + range.offset + i);
   fetchNames(path, indexes, request.generation, isWanted);

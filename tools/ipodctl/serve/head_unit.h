@@ -14,6 +14,7 @@ namespace tool {
 class EventLog;
 
 /// What became of a request.
+// NOLINTNEXTLINE(bugprone-exception-escape): a move of a JSON document throws nothing.
 struct Outcome {
   nlohmann::json result;           ///< the document for the client; an object
   std::optional<Refusal> refusal;  ///< when it was not carried out

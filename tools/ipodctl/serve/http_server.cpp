@@ -1,5 +1,8 @@
 #include "ipodctl/serve/http_server.h"
 
+// A header that httplib includes uses INT_MAX without this one.
+#include <climits>
+
 #include <httplib.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -35,7 +38,7 @@ std::string refusalText() {
       {503, "too-many-connections", "Close other pages and programs, and try again in a second."});
   std::string text = "HTTP/1.1 503 Service Unavailable\r\nConnection: close\r\n";
   for (const auto& [name, value] : safeHeaders())
-    text += name + ": " + value + "\r\n";
+    text.append(name).append(": ").append(value).append("\r\n");
   return text + "Content-Type: " + answer.type +
          "\r\nContent-Length: " + std::to_string(answer.body.size()) + "\r\n\r\n" + answer.body;
 }

@@ -16,7 +16,7 @@ class IpodControl;
 /// while somebody reads about it.
 class IpodWatch {
  public:
-  IpodWatch(const IpodControl& ipod, const EventStreams& streams, EventLog& events);
+  IpodWatch(const IpodControl& control, const EventStreams& eventStreams, EventLog& log);
   ~IpodWatch();
   IpodWatch(const IpodWatch&) = delete;
   IpodWatch& operator=(const IpodWatch&) = delete;

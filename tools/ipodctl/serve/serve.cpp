@@ -154,7 +154,7 @@ std::string absolute(const std::string& path) {
 /// The library reads its logo from the current folder.
 std::string enterOwnFolder(int port) {
   prepareRuntimeFolder(runtimeFolder());
-  const std::string folder = runtimeFolder() + "/" + std::to_string(port);
+  std::string folder = runtimeFolder() + "/" + std::to_string(port);
   prepareRuntimeFolder(folder);
   std::filesystem::current_path(folder);
   return folder;

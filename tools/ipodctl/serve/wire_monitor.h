@@ -37,7 +37,7 @@ class GrowingTrace {
 /// first records and the latest ones are kept.
 class ConnectionCheck {
  public:
-  void add(const trace::Trace& records);
+  void add(const trace::Trace& more);
 
   /// Returns the documents of the findings that are new. A finding is reported when it has been
   /// there for two seconds: what is still under way looks unfinished.
@@ -57,7 +57,7 @@ class ConnectionCheck {
 /// and what is wrong as `finding` events. There may be one object at a time.
 class WireMonitor {
  public:
-  explicit WireMonitor(EventLog& events);
+  explicit WireMonitor(EventLog& log);
   ~WireMonitor();
   WireMonitor(const WireMonitor&) = delete;
   WireMonitor& operator=(const WireMonitor&) = delete;
