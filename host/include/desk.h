@@ -1,8 +1,8 @@
 /*
  * The functions of the Linux host's platform that Windows CE does not have: they receive posted
- * window messages, return the numbers of open handles and running threads, and record calls of the
- * audio library, and pass the trace on. Host programs and tests on Linux may use them; the library never does. All
- * functions may be called on any thread.
+ * window messages, return the numbers of open handles and running threads, record calls of the
+ * audio library, and pass the trace on. Host programs and tests on Linux may use them; the library
+ * never does. All functions may be called on any thread.
  */
 #pragma once
 
