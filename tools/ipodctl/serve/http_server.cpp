@@ -17,7 +17,7 @@
 #include <system_error>
 #include <thread>
 
-#include "ipodctl/serve/connection.h"
+#include "ipodctl/serve/client_connection.h"
 #include "ipodctl/serve/limits.h"
 
 namespace tool {
@@ -107,7 +107,7 @@ class ConnectionThreads : public httplib::TaskQueue {
 /// rest: match the path with a recursive expression, unpack bodies and parse forms.
 class CheckedStream : public httplib::Stream {
  public:
-  CheckedStream(Connection& client, const Request& request, bool closes)
+  CheckedStream(ClientConnection& client, const Request& request, bool closes)
       : connection(client),
         text(request.method +
              " / HTTP/1.1\r\nContent-Length: " + std::to_string(request.body.size()) + "\r\n" +
@@ -128,7 +128,7 @@ class CheckedStream : public httplib::Stream {
   socket_t socket() const override { return connection.get(); }
 
  private:
-  Connection& connection;
+  ClientConnection& connection;
   const std::string text;
   size_t at = 0;
 };
@@ -193,7 +193,7 @@ class HttpServer::Implementation : private httplib::Server {
   }
 
   void serve(int socket) {
-    Connection connection(socket, isStopping);
+    ClientConnection connection(socket, isStopping);
     while (!isStopping && answerOne(connection)) {
     }
     connection.finish();
@@ -245,7 +245,7 @@ class HttpServer::Implementation : private httplib::Server {
   }
 
   /// Returns false when the connection ends with this answer.
-  bool answerOne(Connection& connection) {
+  bool answerOne(ClientConnection& connection) {
     const auto read = connection.readHead();
     if (!read) return false;
     if (const auto* const failure = std::get_if<Failure>(&*read)) {
@@ -264,7 +264,7 @@ class HttpServer::Implementation : private httplib::Server {
     return write(connection, request, answer, !head.keepsAlive() || answer.more);
   }
 
-  static std::optional<Failure> readBody(Connection& connection, const RequestHead& head,
+  static std::optional<Failure> readBody(ClientConnection& connection, const RequestHead& head,
                                          Request& request) {
     const auto size =
         bodySizeOf(head, isUpload(head.path) ? limits::kUploadSize : limits::kBodySize);
@@ -288,14 +288,15 @@ class HttpServer::Implementation : private httplib::Server {
   }
 
   /// What follows a refused request may be its body: it is not read as a request.
-  bool refuse(Connection& connection, const Failure& failure) {
+  bool refuse(ClientConnection& connection, const Failure& failure) {
     Request request;
     request.method = "GET";
     write(connection, request, answerOf(failure), true);
     return false;
   }
 
-  bool write(Connection& connection, const Request& request, const Answer& answer, bool closes) {
+  bool write(ClientConnection& connection, const Request& request, const Answer& answer,
+             bool closes) {
     CheckedStream stream(connection, request, closes);
     bool isClosed = false;
     currentAnswer = &answer;

@@ -1,4 +1,4 @@
-#include "ipodctl/serve/connection.h"
+#include "ipodctl/serve/client_connection.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -17,10 +17,10 @@ Failure slowHead() { return {408, "slow-request", "Send the whole head within 5 
 
 }  // namespace
 
-Connection::Connection(int theSocket, const std::atomic<bool>& stopping)
+ClientConnection::ClientConnection(int theSocket, const std::atomic<bool>& stopping)
     : socket(theSocket), isStopping(stopping) {}
 
-std::optional<std::variant<RequestHead, Failure>> Connection::readHead() {
+std::optional<std::variant<RequestHead, Failure>> ClientConnection::readHead() {
   const auto end = Clock::now() + limits::kHeadTime;
   const bool wasFirst = std::exchange(isFirst, false);
   for (size_t from = 0;;) {
@@ -39,13 +39,14 @@ std::optional<std::variant<RequestHead, Failure>> Connection::readHead() {
   }
 }
 
-std::variant<RequestHead, Failure> Connection::headOf(size_t end) {
+std::variant<RequestHead, Failure> ClientConnection::headOf(size_t end) {
   auto head = parseHead(std::string_view(received).substr(0, end));
   received.erase(0, end + kHeadEnd.size());
   return head;
 }
 
-std::variant<std::string, Failure> Connection::readBody(const RequestHead& head, size_t size) {
+std::variant<std::string, Failure> ClientConnection::readBody(const RequestHead& head,
+                                                              size_t size) {
   const auto end = Clock::now() + limits::kBodyTime;
   if (head.header("expect") != nullptr && received.size() < size) {
     write("HTTP/1.1 100 Continue\r\n\r\n");
@@ -61,7 +62,7 @@ std::variant<std::string, Failure> Connection::readBody(const RequestHead& head,
 }
 
 /// Appends what has arrived.
-Connection::Wait Connection::receive(Clock::time_point end) {
+ClientConnection::Wait ClientConnection::receive(Clock::time_point end) {
   const Wait result = waitFor(POLLIN, end);
   if (result != Wait::kReady) return result;
   char bytes[16 << 10];
@@ -72,7 +73,7 @@ Connection::Wait Connection::receive(Clock::time_point end) {
   return Wait::kReady;
 }
 
-bool Connection::write(std::string_view bytes) {
+bool ClientConnection::write(std::string_view bytes) {
   const auto end = Clock::now() + limits::kWriteTime;
   while (!bytes.empty()) {
     const ssize_t count = send(socket, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
@@ -87,7 +88,7 @@ bool Connection::write(std::string_view bytes) {
 }
 
 /// The end of the server shuts the socket down, and with it this wait.
-Connection::Wait Connection::waitFor(short events, Clock::time_point end) const {
+ClientConnection::Wait ClientConnection::waitFor(short events, Clock::time_point end) const {
   while (!isStopping) {
     const auto rest =
         std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
@@ -100,14 +101,14 @@ Connection::Wait Connection::waitFor(short events, Clock::time_point end) const 
   return Wait::kOver;
 }
 
-bool Connection::isWanted() const {
+bool ClientConnection::isWanted() const {
   if (isStopping) return false;
   char one = 0;
   const ssize_t count = recv(socket, &one, 1, MSG_PEEK | MSG_DONTWAIT);
   return count > 0 || (count < 0 && (errno == EAGAIN || errno == EINTR));
 }
 
-void Connection::finish() {
+void ClientConnection::finish() {
   shutdown(socket, SHUT_WR);
   const auto end = Clock::now() + limits::kLingerTime;
   received.clear();

@@ -14,10 +14,10 @@ namespace tool {
 
 /// Reads requests and writes answers. Every wait ends: with its time, with the client, or when the
 /// server stops. Used by one thread; the socket belongs to the caller.
-class Connection {
+class ClientConnection {
  public:
   /// `isStopping` must outlive the object.
-  Connection(int socket, const std::atomic<bool>& isStopping);
+  ClientConnection(int socket, const std::atomic<bool>& isStopping);
 
   /// Waits for a head. No value: the client has gone or sends nothing more, or the server stops.
   std::optional<std::variant<RequestHead, Failure>> readHead();
