@@ -1,8 +1,5 @@
 #include "ipodctl/serve/http_server.h"
 
-// A header that httplib includes uses INT_MAX without this one.
-#include <climits>
-
 #include <httplib.h>
 #include <sys/socket.h>
 #include <unistd.h>

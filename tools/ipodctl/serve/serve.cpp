@@ -188,6 +188,7 @@ class Serving {
 
   void start() {
     headUnit = makeHeadUnit(events, {folder});
+    // cppcheck-suppress uselessAssignmentPtrArg ; it takes the member for an argument of a lambda
     parts = std::make_unique<RoutedParts>(RoutedParts{
         *headUnit, streams, files, ipod, [this] { return wire.trace(); }, explainedTrace, logoOf});
     watch = std::make_unique<IpodWatch>(ipod, streams, events);
