@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::string_view kMark = "# ipodctl-trace 1";
 constexpr size_t kShownText = 40;
+constexpr size_t kMostDevices = 100;
 
 /// Returns the text up to the next blank, and removes both.
 std::string_view takeWord(std::string_view& text) {
@@ -170,14 +171,24 @@ class Parser {
   }
 
   void add(Record record, Time at) {
+    noteDevice(record.device);
     latest = std::max(latest, at);
     record.at = latest;
     record.line = line;
     records.push_back(std::move(record));
   }
 
+  void noteDevice(const std::string& device) {
+    const auto known = std::find(devices.begin(), devices.end(), device);
+    if (device.empty() || known != devices.end()) return;
+    devices.push_back(device);
+    if (devices.size() > kMostDevices)
+      refuse("there are more than 100 devices. Cut the trace into parts");
+  }
+
   Trace records;
   Time latest{0};
+  std::vector<std::string> devices;
   size_t line = 0;
   bool isCut = false;  ///< the line has no end
 };

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,12 @@ Names notesIn(const std::string& lines) {
   return notes;
 }
 
+/// Returns the sentence about the first finding; empty when there is none.
+std::string detailIn(const std::string& lines) {
+  const Diagnosis diagnosis = diagnosisOf(lines);
+  return diagnosis.findings.empty() ? "" : diagnosis.findings[0].detail;
+}
+
 /// Replaces a part of a trace.
 std::string with(std::string lines, const std::string& part, const std::string& other) {
   const size_t place = lines.find(part);
@@ -74,6 +81,7 @@ const std::string kConnected = kOpened + announced("0.100000") +
                                "0.101200 IPD1: > 55 02 00 05 F9\n"
                                "0.101300 IPD1: < 55 04 00 02 00 05 F5\n";
 
+constexpr char kNewRate[] = " IPD1: < 55 0E 0A 04 00 00 BB 80 00 00 00 00 00 00 00 00 A9\n";
 const std::string kAskIndex = " IPD1: > 55 03 04 00 1E DB\n";
 const std::string kIndex = " IPD1: < 55 07 04 00 1F 00 00 00 02 D4\n";
 const std::string kAskShuffle = " IPD1: > 55 03 04 00 2C CD\n";
@@ -303,6 +311,13 @@ TEST(Check, FindsABadChecksum) {
               ElementsAre("bad-checksum"));
 }
 
+TEST(Check, SaysThatTheHostSentADamagedFrame) {
+  const std::string lines =
+      kConnected + "2.000000 IPD1: > 55 03 04 00 1E 00\n3.000000" + kAskIndex + "3.000100" + kIndex;
+  EXPECT_THAT(causesIn(lines), ElementsAre("bad-checksum"));
+  EXPECT_EQ(detailIn(lines), "The host sent it. An iPod ignores such a frame.");
+}
+
 TEST(Check, FindsABadChecksumInTheFirstAnswer) {
   EXPECT_THAT(causesIn(kOpened + announced("0.100000") +
                        "0.100100 IPD1: < 55 04 00 02 00 13 E6\n# 0.100200 IPD1: close\n"),
@@ -452,6 +467,134 @@ TEST(Check, DoesNotReportAListThatTheHostDidNotAwait) {
   EXPECT_THAT(causesIn(list("")), IsEmpty());
 }
 
+constexpr char kCountOfThree[] =
+    "2.000000 IPD1: > 55 04 04 00 18 02 DE\n"
+    "2.000100 IPD1: < 55 07 04 00 19 00 00 00 03 D9\n";
+constexpr char kAskSecond[] = " IPD1: > 55 0C 04 00 1A 02 00 00 00 01 00 00 00 01 D2\n";
+constexpr char kAskFourth[] = " IPD1: > 55 0C 04 00 1A 02 00 00 00 03 00 00 00 01 D0\n";
+constexpr char kRecordRefused[] = " IPD1: < 55 06 04 00 01 04 00 1A D7\n";
+
+TEST(Check, FindsAListThatIsRefusedAlthoughItWasCounted) {
+  const std::string lines = kConnected + kCountOfThree + "2.000200" + kAskSecond + "2.000300" +
+                            kRecordRefused + "2.000400" + kAskIndex + "2.000500" + kIndex;
+  EXPECT_THAT(causesIn(lines), ElementsAre("list-short"));
+  EXPECT_EQ(detailIn(lines),
+            "The host asked for 1 record, and the iPod refused with status 4, although it had "
+            "counted it.");
+}
+
+TEST(Check, AcceptsARefusalOfRecordsThatWereNotCounted) {
+  EXPECT_THAT(
+      causesIn(kConnected + kCountOfThree + "2.000200" + kAskFourth + "2.000300" + kRecordRefused),
+      IsEmpty());
+  EXPECT_THAT(causesIn(kConnected + kCountOfThree + "2.000110" + kReset +
+                       "2.000120 IPD1: < 55 06 04 00 01 00 00 16 DF\n2.000200" + kAskSecond +
+                       "2.000300" + kRecordRefused),
+              IsEmpty());
+}
+
+TEST(Check, FindsRequestsThatAreAnsweredByTheSurplusOfAList) {
+  const std::string lines = kConnected + "2.000000" + kAskSecond + "2.000100" + kSecondRecord +
+                            "2.000100" + kFirstRecord + "2.000100" + kFirstRecord + "2.000200" +
+                            kAskIndex + "2.000300" + kAskShuffle + closedAt("2.000400");
+  EXPECT_THAT(causesIn(lines), ElementsAre("answers-shifted"));
+  EXPECT_EQ(detailIn(lines), "The iPod sent more records than the host asked for.");
+}
+
+TEST(Check, FindsNothingInASurplusOfRecordsThatTheHostIgnores) {
+  EXPECT_THAT(causesIn(kConnected + "2.000000" + kAskSecond + "2.000100" + kSecondRecord +
+                       "2.000100" + kFirstRecord + "2.000200" + kAskIndex + "2.000300" + kIndex +
+                       "2.000400" + kAskShuffle + "2.000500" + kShuffle + closedAt("2.000600")),
+              IsEmpty());
+}
+
+TEST(Check, FindsAnotherMessageInPlaceOfARecord) {
+  EXPECT_THAT(causesIn(kConnected + "2.000000" + kAskSecond +
+                       "2.000100 IPD1: < 55 09 04 00 1A 00 00 00 01 42 00 96\n2.000200" +
+                       kAskFourth + "2.000300" + kFirstRecord),
+              ElementsAre("unknown"));
+}
+
+constexpr char kPlay[] = " IPD1: > 55 07 04 00 28 00 00 00 00 CD\n";
+constexpr char kPlayPends[] = " IPD1: < 55 0A 04 00 01 06 00 28 00 00 03 E8 D8\n";
+constexpr char kPlayRefused[] = " IPD1: < 55 06 04 00 01 04 00 28 C9\n";
+
+TEST(Check, FindsARequestThatStaysPending) {
+  const std::string pending = kConnected + "2.000000" + kPlay + "2.000100" + kPlayPends;
+  const std::string done = "2.500000 IPD1: < 55 06 04 00 01 00 00 28 CD\n";
+  const std::string rest = "4.000000" + kAskIndex + "4.000100" + kIndex;
+  EXPECT_THAT(causesIn(pending + rest), ElementsAre("unknown"));
+  EXPECT_THAT(causesIn(pending + done + rest), IsEmpty());
+}
+
+TEST(Check, FindsARefusalWithoutAReason) {
+  const std::string lines =
+      kConnected + "2.000000" + kReset + "2.000100 IPD1: < 55 06 04 00 01 04 00 16 DB\n";
+  EXPECT_THAT(causesIn(lines), ElementsAre("unknown"));
+  EXPECT_EQ(detailIn(lines), "The iPod refused a request with status 4 without a reason.");
+}
+
+TEST(Check, FindsARefusalToPlayACountedTrackOnly) {
+  const std::string counted =
+      "2.000000 IPD1: > 55 04 04 00 18 05 DB\n"
+      "2.000100 IPD1: < 55 07 04 00 19 00 00 00 01 DB\n";
+  const std::string none =
+      "2.000000 IPD1: > 55 04 04 00 18 05 DB\n"
+      "2.000100 IPD1: < 55 07 04 00 19 00 00 00 00 DC\n";
+  const std::string refused = std::string("2.000200") + kPlay + "2.000300" + kPlayRefused;
+  EXPECT_THAT(causesIn(kConnected + counted + refused), ElementsAre("unknown"));
+  EXPECT_THAT(causesIn(kConnected + none + refused), IsEmpty());
+  EXPECT_THAT(causesIn(kConnected + refused), IsEmpty());
+}
+
+TEST(Check, FindsARefusalToCountACategoryThatEachIpodHas) {
+  const auto refused = [](const std::string& request) {
+    return kConnected + "2.000000 IPD1: > " + request +
+           "\n2.000100 IPD1: < 55 06 04 00 01 01 00 18 DC\n";
+  };
+  EXPECT_THAT(causesIn(refused("55 04 04 00 18 02 DE")), ElementsAre("unknown"));
+  EXPECT_THAT(causesIn(refused("55 04 04 00 18 08 D8")), IsEmpty());
+}
+
+TEST(Check, AcceptsARefusalOutsideTheMode) {
+  const std::string refused = "3.000000" + kReset + "3.000100 IPD1: < 55 06 04 00 01 04 00 16 DB\n";
+  EXPECT_THAT(causesIn(kConnected + "2.000000" + kExit + "2.000100 IPD1: < 55 04 00 02 00 06 F4\n" +
+                       refused),
+              IsEmpty());
+}
+
+TEST(Check, NeedsLittleTimeForManyRequestsWithoutAnswers) {
+  std::string lines = kConnected;
+  for (int second = 10; second < 80000; ++second) {
+    lines += std::to_string(second) + ".0" + kAskIndex;
+    if (second % 3 == 0) lines += std::to_string(second) + ".5" + kShuffle;
+  }
+  const std::clock_t begin = std::clock();
+  EXPECT_THAT(causesIn(lines), ElementsAre("unknown"));
+  EXPECT_LT((std::clock() - begin) / CLOCKS_PER_SEC, 10);
+}
+
+TEST(Check, NeedsLittleTimeForManyRatesWithoutAHost) {
+  std::string lines;
+  for (int second = 10; second < 120000; ++second)
+    lines += std::to_string(second) + ".0" + kNewRate;
+  const std::clock_t begin = std::clock();
+  EXPECT_THAT(causesIn(lines), ElementsAre("rate-not-acknowledged"));
+  EXPECT_LT((std::clock() - begin) / CLOCKS_PER_SEC, 10);
+}
+
+TEST(Check, NeedsLittleTimeForManyPendingModes) {
+  std::string lines = kConnected;
+  for (int second = 10; second < 80000; second += 2) {
+    const std::string time = std::to_string(second);
+    lines += time + ".0 IPD1: > 55 02 00 05 F9\n" + time + ".1 IPD1: < 55 04 00 02 06 05 EF\n" +
+             time + ".2" + kAskIndex;
+  }
+  const std::clock_t begin = std::clock();
+  EXPECT_THAT(causesIn(lines), Contains("mode-change-pending"));
+  EXPECT_LT((std::clock() - begin) / CLOCKS_PER_SEC, 10);
+}
+
 TEST(Check, FindsATextThatIsTooLong) {
   std::string text;
   for (int i = 0; i < 300; ++i)
@@ -489,9 +632,40 @@ TEST(Check, TakesAnUnansweredQuestionForTheScreenForNoFault) {
               IsEmpty());
 }
 
+/// The host asks for the size of the screen and, 1.1 s later, for the mode.
+std::string withLimits(const std::string& rest) {
+  return with(kConnected, "0.101200 IPD1: > 55 02 00 05 F9\n",
+              "0.101150 IPD1: > 55 03 04 00 39 C0\n" + rest);
+}
+
+constexpr char kLaterMode[] = "1.201200 IPD1: > 55 02 00 05 F9\n";
+
+TEST(Check, NotesALogoForWhichTheSizeOfTheScreenArrivedTooLate) {
+  const std::string late = "1.301300 IPD1: < 55 08 04 00 3A 00 40 00 40 02 38\n";
+  const std::string lines = with(withLimits(kLaterMode), "0.101300 IPD1: <", "1.201300 IPD1: <");
+  EXPECT_THAT(notesIn(lines + late), Contains(HasSubstr("size of its screen too late")));
+}
+
+TEST(Check, NotesALogoOfWhichAPacketWasNotAcknowledged) {
+  const std::string lines = withLimits(
+      "0.101160 IPD1: < 55 08 04 00 3A 00 40 00 40 02 38\n"
+      "0.101170 IPD1: > 55 0E 04 00 32 00 00 02 00 01 00 01 00 00 00 02 B6\n"
+      "1.101180 IPD1: > 55 05 04 00 32 00 01 C4\n"
+      "1.101190 IPD1: < 55 06 04 00 01 00 00 32 C3\n" +
+      std::string(kLaterMode));
+  EXPECT_THAT(notesIn(with(lines, "0.101300 IPD1: <", "1.201300 IPD1: <")),
+              Contains(HasSubstr("did not acknowledge each of its packets")));
+}
+
+TEST(Check, NotesAModeThatIsAcknowledgedLate) {
+  const std::string lines = with(kConnected, "0.101300 IPD1: <", "1.901300 IPD1: <");
+  EXPECT_THAT(notesIn(lines), Contains(HasSubstr("took 1800 ms")));
+  EXPECT_THAT(notesIn(with(kConnected, "0.101300 IPD1: <", "0.801300 IPD1: <")),
+              Not(Contains(HasSubstr("is slow"))));
+}
+
 // ---------------------------------------------------------------- the sample rate
 
-constexpr char kNewRate[] = " IPD1: < 55 0E 0A 04 00 00 BB 80 00 00 00 00 00 00 00 00 A9\n";
 constexpr char kRateAccepted[] = " IPD1: > 55 04 0A 00 00 04 EE\n";
 const std::string kStarted = "# 0.200000 audio StartIpodAudioPlay 44100 2 16\n";
 
@@ -521,6 +695,27 @@ TEST(Check, AcceptsARateThatIsFollowed) {
               IsEmpty());
 }
 
+TEST(Check, DoesNotGuessForWhichOfTwoIpodsTheAudioLibraryPlays) {
+  const std::string other =
+      "# 0.000050 IPD2: open ok\n"
+      "0.000060 IPD2: < 55 0E 0A 04 00 00 BB 80 00 00 00 00 00 00 00 00 A9\n"
+      "0.000070 IPD2: > 55 04 0A 00 00 04 EE\n";
+  const std::string first =
+      "0.150000 IPD1: < 55 0E 0A 04 00 00 AC 44 00 00 00 00 00 00 00 00 F4\n"
+      "0.150100 IPD1: > 55 04 0A 00 00 04 EE\n";
+  const std::string rest = kStarted + "4.000000" + kAskIndex + "4.000100" + kIndex;
+  EXPECT_THAT(causesIn(other + kConnected + first + rest), IsEmpty());
+  EXPECT_THAT(causesIn(other + kConnected + rest), ElementsAre("rate-not-followed"));
+}
+
+TEST(Check, JudgesTheRateOfAnIpodThatAnotherOneFollows) {
+  EXPECT_THAT(
+      causesIn(kConnected + kStarted + "2.000000" + kNewRate + "2.000100" + kRateAccepted +
+               "# 3.500000 IPD1: close\n# 4.000000 IPD2: open ok\n4.200000 IPD2: < 55 0E 0A 04 00 "
+               "00 AC 44 00 00 00 00 00 00 00 00 F4\n4.200100 IPD2: > 55 04 0A 00 00 04 EE\n"),
+      ElementsAre("rate-not-followed"));
+}
+
 TEST(Check, SaysNothingAboutAudioThatWasNotRecorded) {
   EXPECT_THAT(causesIn(kConnected + "2.000000" + kNewRate + "2.000100" + kRateAccepted +
                        "4.000000" + kAskIndex + "4.000100" + kIndex),
@@ -531,6 +726,13 @@ TEST(Check, SaysNothingAboutAudioThatWasNotRecorded) {
 
 TEST(Check, FindsAPulledCable) {
   EXPECT_THAT(causesIn(kConnected + "# 2.000000 IPD1: read-failed 31\n# 2.000100 IPD1: close\n"),
+              ElementsAre("lost-after-connected"));
+}
+
+TEST(Check, DoesNotTakeAFrameThatThePulledCableCutForADamagedOne) {
+  EXPECT_THAT(causesIn(kConnected + "2.000000" + kAskIndex +
+                       "2.000100 IPD1: < 55 07 04 00\n# 2.001000 IPD1: read-failed 31\n"
+                       "# 9.000000 IPD1: close\n"),
               ElementsAre("lost-after-connected"));
 }
 

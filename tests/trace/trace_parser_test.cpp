@@ -98,6 +98,15 @@ TEST(TraceParser, RefusesAFileThatIsNotATrace) {
   EXPECT_THAT(refusalOf("\033[2Jred\n"), HasSubstr("\"?[2Jred\""));
 }
 
+TEST(TraceParser, RefusesMoreDevicesThanACarHas) {
+  std::string text = "# ipodctl-trace 1\n# 0.1 audio StartIpodAudioPlay 44100 2 16\n";
+  for (int i = 0; i < 100; ++i)
+    text += "0.1 D" + std::to_string(i) + " < 55\n";
+  EXPECT_EQ(parseTrace(text).size(), 101u);
+  EXPECT_EQ(refusalOf(text + "0.1 E < 55\n"),
+            "line 103: there are more than 100 devices. Cut the trace into parts.");
+}
+
 TEST(TraceParser, NamesTheFileThatItCannotRead) {
   EXPECT_THROW(readTrace("/nonexistent/file"), ParseError);
   try {

@@ -14,7 +14,7 @@ class ExtendedMode {
   bool isOn() const { return on; }
 
   void follow(const Item& item) {
-    if (item.kind == Item::Kind::kEvent && item.event.kind != Record::Kind::kAudio) on = false;
+    if (item.kind == Item::Kind::kEvent && item.event->kind != Record::Kind::kAudio) on = false;
     if (!item.isMessage() || item.message.lingo != static_cast<uint8_t>(Lingo::kGeneral)) return;
     const Bytes& data = item.message.data;
     if (item.isFrom(Sender::kHost)) {
@@ -39,7 +39,7 @@ std::vector<bool> speaksLater(const Conversation& items) {
     const Item& item = items[i];
     later[i] = speaks;
     const bool isBorder =
-        item.kind == Item::Kind::kEvent && item.event.kind != Record::Kind::kAudio;
+        item.kind == Item::Kind::kEvent && item.event->kind != Record::Kind::kAudio;
     speaks = !isBorder && (speaks || (item.isMessage() && item.isFrom(Sender::kIpod)));
   }
   return later;

@@ -25,9 +25,11 @@ int runCheck(const Arguments& arguments) {
     return kDone;
   }
   if (file.empty()) throw UsageError("FILE is missing. Try iaptrace check --help.");
-  const std::string text = trace::readTraceText(file);
-  const checking::Diagnosis diagnosis =
-      checking::diagnose(trace::parseTraceOf(file, text), checking::gapsIn(text));
+  std::string text = trace::readTraceText(file);
+  const trace::Trace records = trace::parseTraceOf(file, text);
+  const std::vector<size_t> gaps = checking::gapsIn(text);
+  text = std::string();  // it can be large
+  const checking::Diagnosis diagnosis = checking::diagnose(records, gaps);
   std::cout << checking::textOf(diagnosis);
   return diagnosis.findings.empty() ? kDone : kFailed;
 }

@@ -95,17 +95,24 @@ class ShiftFinder {
 };
 
 struct Listing {
+  uint8_t category = 0;
+  uint32_t start = 0;
   uint32_t wanted = 0;
   uint32_t received = 0;
   size_t last = 0;  ///< the item of the last record, or of the request
-  bool isRefused = false;
+  std::optional<uint8_t> refusal;
 };
+
+bool isListing(const Session& session, const Exchange& exchange) {
+  return isExtended(session.items[exchange.request].message,
+                    simulator::kRetrieveCategorizedDatabaseRecords);
+}
 
 Listing listingOf(const Session& session, const Exchange& exchange) {
   simulator::PayloadReader reader(session.items[exchange.request].message.data);
-  reader.u8();
-  reader.u32();
   Listing listing;
+  listing.category = reader.u8();
+  listing.start = reader.u32();
   listing.wanted = reader.u32();
   listing.last = exchange.request;
   const size_t next = session.nextRequest(exchange.request);
@@ -113,17 +120,65 @@ Listing listingOf(const Session& session, const Exchange& exchange) {
     if (reply >= next) break;
     const Message& message = session.items[reply].message;
     const bool isRecord = isExtended(message, simulator::kReturnCategorizedDatabaseRecord);
-    listing.isRefused |= statusOf(message).value_or(0) != 0;
+    if (statusOf(message).value_or(0) != 0) listing.refusal = statusOf(message);
     if (isRecord) ++listing.received;
     listing.last = reply;
   }
   return listing;
 }
 
+/// Requests to which the host took records of an earlier list for the answer.
+class SurplusFinder {
+ public:
+  explicit SurplusFinder(const Session& toSearch)
+      : session(toSearch), requests(awaitedRequests(toSearch)) {}
+
+  /// Returns the lines of the records that were too many, and of the requests.
+  std::vector<size_t> lines() {
+    for (size_t k = 0; k < requests.size(); ++k) {
+      const size_t next = k + 1 < requests.size() ? requests[k + 1]->request : endOfItems();
+      take(*requests[k], next);
+    }
+    constexpr size_t kLeastRequests = 2;
+    if (spoilt < kLeastRequests) found.clear();
+    return std::move(found);
+  }
+
+ private:
+  size_t endOfItems() const { return session.items.size(); }
+
+  void take(const Exchange& exchange, size_t next) {
+    if (isListing(session, exchange)) takeListing(listingOf(session, exchange));
+    if (hasSurplus && isPassedOver(exchange, next)) {
+      ++spoilt;
+      found.push_back(session.items[exchange.request].firstLine);
+    }
+  }
+
+  void takeListing(const Listing& listing) {
+    if (listing.received <= listing.wanted) return;
+    hasSurplus = true;
+    found.push_back(session.items[listing.last].line);
+  }
+
+  /// Whether the host went on without an answer, and without waiting for one.
+  bool isPassedOver(const Exchange& exchange, size_t next) const {
+    const bool isAnswered = exchange.isAnswered() && exchange.replies.front() < next;
+    const bool isOver = next < endOfItems() || session.isClosed;
+    return !isAnswered && isOver && session.waitAfter(exchange.request) < kGaveUp;
+  }
+
+  const Session& session;
+  std::vector<const Exchange*> requests;
+  bool hasSurplus = false;
+  size_t spoilt = 0;
+  std::vector<size_t> found;
+};
+
 /// `fatal` is the session's fatal frame.
 bool isShort(const Session& session, const Exchange& exchange, const Listing& listing,
              const std::optional<size_t>& fatal) {
-  const bool isComplete = listing.isRefused || listing.wanted == simulator::kAllRecords ||
+  const bool isComplete = listing.refusal || listing.wanted == simulator::kAllRecords ||
                           listing.received >= listing.wanted;
   if (isComplete || session.waitAfter(listing.last) < kGaveUp) return false;
   const std::optional<size_t> last = session.lastIpodMessage;
@@ -132,10 +187,22 @@ bool isShort(const Session& session, const Exchange& exchange, const Listing& li
   return isAlive && !isLost && !(fatal && *fatal > exchange.request);
 }
 
+/// Whether the iPod refused records that it had counted.
+bool isRefusedThoughCounted(const Session& session, const Exchange& exchange,
+                            const Listing& listing) {
+  if (!listing.refusal || listing.wanted == 0) return false;
+  const auto count = countedBefore(session, exchange.request, listing.category);
+  return count && listing.start < *count;
+}
+
 std::string detailOfListing(const Listing& listing) {
-  return "The host asked for " + std::to_string(listing.wanted) +
-         (listing.wanted == 1 ? " record" : " records") + " and received " +
-         std::to_string(listing.received) + ".";
+  const std::string asked = "The host asked for " + std::to_string(listing.wanted) +
+                            (listing.wanted == 1 ? " record" : " records");
+  if (listing.refusal) {
+    return asked + ", and the iPod refused with status " + std::to_string(*listing.refusal) +
+           ", although it had counted " + (listing.wanted == 1 ? "it." : "them.");
+  }
+  return asked + " and received " + std::to_string(listing.received) + ".";
 }
 
 }  // namespace
@@ -144,6 +211,10 @@ void findShiftedAnswers(const Case& trace, Diagnosis& diagnosis) {
   for (const Session& session : trace.sessions) {
     const std::vector<size_t> lines = ShiftFinder(session).lines();
     if (!lines.empty()) diagnosis.add("answers-shifted", lines);
+    const std::vector<size_t> surplus = SurplusFinder(session).lines();
+    if (surplus.empty()) continue;
+    diagnosis.add("answers-shifted", surplus,
+                  "The iPod sent more records than the host asked for.");
   }
 }
 
@@ -152,9 +223,12 @@ void findShortList(const Case& trace, Diagnosis& diagnosis) {
     const std::optional<size_t> fatal = fatalFrame(session);
     for (const Exchange& exchange : session.exchanges.all) {
       const Item& request = session.items[exchange.request];
-      if (!isExtended(request.message, simulator::kRetrieveCategorizedDatabaseRecords)) continue;
+      if (!isListing(session, exchange)) continue;
       const Listing listing = listingOf(session, exchange);
-      if (!isShort(session, exchange, listing, fatal)) continue;
+      if (!isShort(session, exchange, listing, fatal) &&
+          !isRefusedThoughCounted(session, exchange, listing)) {
+        continue;
+      }
       diagnosis.add("list-short", {request.firstLine, session.items[listing.last].line},
                     detailOfListing(listing));
     }

@@ -20,11 +20,6 @@ bool isAccepted(const Session& session, const Exchange& exchange) {
   return resultOf(session, exchange) == uint8_t{0};
 }
 
-bool isEndedBefore(const Session& session, const Item& item) {
-  const bool isLost = session.failure || fatalFrame(session);
-  return isLost || session.ended - item.at < kGaveUp;
-}
-
 /// A call of the audio library.
 struct AudioCall {
   bool starts = false;
@@ -44,10 +39,10 @@ uint32_t firstNumber(const std::string& text) {
 
 AudioCall audioCallOf(const Item& item) {
   AudioCall call;
-  if (item.kind != Item::Kind::kEvent || item.event.kind != trace::Record::Kind::kAudio) {
+  if (item.kind != Item::Kind::kEvent || item.event->kind != trace::Record::Kind::kAudio) {
     return call;
   }
-  const std::string& text = item.event.call;
+  const std::string& text = item.event->call;
   call.starts = text.rfind("StartIpodAudioPlay", 0) == 0;
   call.stops = text.rfind("StopIpodAudioPlay", 0) == 0;
   call.selects = text.rfind("SelectFrequency", 0) == 0;
@@ -120,15 +115,37 @@ class RateFollower {
   std::vector<size_t> found;
 };
 
+bool hasAudio(const Session& session) {
+  for (size_t i = 0; i < session.items.size(); ++i) {
+    if (announcesARate(session, i)) return true;
+  }
+  return false;
+}
+
+bool overlap(const Session& one, const Session& other) {
+  return one.items.front().at < other.ended && other.items.front().at < one.ended;
+}
+
+/// Whether another iPod sends audio at the same time. A trace does not say for which of them a call
+/// of the audio library is.
+bool sharesTheAudioLibrary(const Case& trace, const Session& session) {
+  if (trace.audioDevices.size() < 2) return false;
+  return std::any_of(trace.sessions.begin(), trace.sessions.end(), [&](const Session& other) {
+    return other.device != session.device && overlap(session, other) && hasAudio(other);
+  });
+}
+
 }  // namespace
 
 void findUnacknowledgedRate(const Case& trace, Diagnosis& diagnosis) {
   for (const Session& session : trace.sessions) {
     if (!failedAttempts(session).empty()) continue;
+    const bool isLost = session.failure || fatalFrame(session);
     for (const Exchange& exchange : session.exchanges.all) {
       const Item& item = session.items[exchange.request];
       if (!announcesARate(session, exchange.request) || isAccepted(session, exchange)) continue;
-      if (!exchange.isAnswered() && isEndedBefore(session, item)) continue;
+      const bool isEnded = isLost || session.ended - item.at < kGaveUp;
+      if (!exchange.isAnswered() && isEnded) continue;
       diagnosis.add("rate-not-acknowledged", {item.line});
     }
   }
@@ -137,7 +154,8 @@ void findUnacknowledgedRate(const Case& trace, Diagnosis& diagnosis) {
 void findUnfollowedRate(const Case& trace, Diagnosis& diagnosis) {
   for (const Session& session : trace.sessions) {
     const std::vector<size_t> lines = RateFollower(session).lines();
-    if (!lines.empty()) diagnosis.add("rate-not-followed", lines);
+    if (lines.empty() || sharesTheAudioLibrary(trace, session)) continue;
+    diagnosis.add("rate-not-followed", lines);
   }
 }
 

@@ -72,7 +72,7 @@ void findFailedDevice(const Session& session, Diagnosis& diagnosis) {
   const std::optional<size_t> last = session.lastIpodMessage;
   if (last) lines.push_back(session.items[*last].line);
   addLoss(session, *session.failure, lines,
-          "The device failed with code " + std::to_string(item.event.code) + ".", diagnosis);
+          "The device failed with code " + std::to_string(item.event->code) + ".", diagnosis);
 }
 
 void findSilencedIpod(const Session& session, Diagnosis& diagnosis) {
@@ -89,13 +89,13 @@ void findSilencedIpod(const Session& session, Diagnosis& diagnosis) {
 }
 
 /// Whether the iPod may leave the request unanswered, or another rule looks at it.
-bool mayBeUnanswered(const Session& session, const Exchange& exchange) {
+bool mayBeUnanswered(const Session& session, const Exchange& exchange,
+                     const PendingTimes& pending) {
   const Message& request = session.items[exchange.request].message;
   const bool isUnknown = std::string(simulator::commandName(request)) == simulator::kUnknownCommand;
   const bool isEarly = !session.connected || exchange.request < *session.connected;
   return isUnknown || isEarly || isImageMessage(request) ||
-         isGeneral(request, simulator::kEnterRemoteUiMode) ||
-         isSentWhilePending(session, exchange.request);
+         isGeneral(request, simulator::kEnterRemoteUiMode) || pending.contain(exchange.request);
 }
 
 /// Whether the list rule has found the request.
@@ -106,47 +106,54 @@ bool isShortListing(const Session& session, const Exchange& exchange) {
          last && *last > exchange.request;
 }
 
-bool hasLeftTheMode(const Session& session, size_t request) {
-  for (size_t i = request; i-- > 0;) {
-    if (!session.isHostMessage(i)) continue;
-    const Message& message = session.items[i].message;
-    if (isGeneral(message, simulator::kEnterRemoteUiMode)) return false;
-    if (isGeneral(message, simulator::kExitRemoteUiMode) ||
-        isGeneral(message, simulator::kIdentifyDeviceLingoes)) {
-      return true;
-    }
-  }
-  return false;
-}
-
 /// Whether the host received an answer that no request of it can have, instead of the answer.
 bool isWronglyAnswered(const Session& session, const Exchange& exchange) {
+  if (!isAwaited(session, exchange) || exchange.isAnswered()) return false;
   const size_t next = session.nextRequest(exchange.request);
   const bool isOver = next < session.items.size() || session.isClosed;
-  if (!isAwaited(session, exchange) || exchange.isAnswered() || !isOver) return false;
   const std::vector<size_t>& others = session.exchanges.unexpected;
-  return std::any_of(others.begin(), others.end(),
-                     [&](size_t other) { return other > exchange.request && other < next; });
+  const auto other = std::upper_bound(others.begin(), others.end(), exchange.request);
+  return isOver && other != others.end() && *other < next;
+}
+
+/// Whether the iPod acknowledged a request as pending, and had not done it when the host sent the
+/// next one, or at the end.
+bool staysPending(const Session& session, const Exchange& exchange) {
+  constexpr auto kPending = static_cast<uint8_t>(simulator::Status::kPending);
+  return isAwaited(session, exchange) && exchange.isAnswered() &&
+         statusOf(session.items[exchange.replies.back()].message) == kPending &&
+         session.waitAfter(exchange.request) >= kGaveUp;
+}
+
+/// Returns what is wrong with the answer to a request, or null when nothing is.
+const char* wrongAnswer(const Session& session, const Exchange& exchange) {
+  if (isUnanswered(session, exchange)) {
+    if (isShortListing(session, exchange)) return nullptr;
+    return "The iPod did not answer a request, although it was there.";
+  }
+  if (isWronglyAnswered(session, exchange)) {
+    return "The iPod sent something else in place of an answer.";
+  }
+  if (!staysPending(session, exchange)) return nullptr;
+  return "The iPod acknowledged a request as pending, and never as done.";
 }
 
 void findUnansweredRequests(const Session& session, Diagnosis& diagnosis) {
   if (fellSilentAt(session) || session.failure || fatalFrame(session)) return;
+  const PendingTimes pending(session);
+  const ModeChanges changes(session);
   for (const Exchange& exchange : session.exchanges.all) {
-    const bool hasNoAnswer =
-        isUnanswered(session, exchange) || isWronglyAnswered(session, exchange);
-    const bool isOpen = hasNoAnswer && !mayBeUnanswered(session, exchange) &&
-                        !isShortListing(session, exchange) &&
-                        !hasLeftTheMode(session, exchange.request);
-    if (!isOpen) continue;
+    const char* const wrong = wrongAnswer(session, exchange);
+    if (wrong == nullptr || mayBeUnanswered(session, exchange, pending) ||
+        changes.haveLeftBefore(exchange.request)) {
+      continue;
+    }
     std::vector<size_t> lines{session.items[exchange.request].firstLine};
     const size_t next = session.nextRequest(exchange.request);
     for (size_t i = exchange.request + 1; i < next; ++i) {
       if (session.isIpodMessage(i)) lines.push_back(session.items[i].line);
     }
-    diagnosis.add("unknown", lines,
-                  isUnanswered(session, exchange)
-                      ? "The iPod did not answer a request, although it was there."
-                      : "The iPod sent something else in place of an answer.");
+    diagnosis.add("unknown", lines, wrong);
   }
 }
 
@@ -187,6 +194,7 @@ void findLoss(const Case& trace, Diagnosis& diagnosis) {
 
 void findUnexplained(const Case& trace, Diagnosis& diagnosis) {
   findUnknownOpening(trace, diagnosis);
+  findStrangeRefusals(trace, diagnosis);
   for (const Session& session : trace.sessions) {
     findUnansweredRequests(session, diagnosis);
     findUnexplainedConnection(session, diagnosis);

@@ -1,6 +1,7 @@
 // A change of the mode that is acknowledged as pending first.
 
 #include <algorithm>
+#include <iterator>
 
 #include "iaptrace/check_rules.h"
 
@@ -78,11 +79,32 @@ void notePendingModes(const Session& session, Diagnosis& diagnosis) {
 
 }  // namespace
 
-bool isSentWhilePending(const Session& session, size_t request) {
+PendingTimes::PendingTimes(const Session& session) {
   for (const PendingMode& mode : pendingModesOf(session)) {
-    if (request > mode.pending && request < mode.end) return true;
+    if (mode.pending < mode.end) times.push_back({mode.pending, mode.end});
   }
-  return false;
+}
+
+bool PendingTimes::contain(size_t request) const {
+  const auto isBefore = [](const Time& time, size_t item) { return time.pending < item; };
+  const auto next = std::lower_bound(times.begin(), times.end(), request, isBefore);
+  return next != times.begin() && request < std::prev(next)->end;
+}
+
+ModeChanges::ModeChanges(const Session& session) {
+  for (size_t i = 0; i < session.items.size(); ++i) {
+    if (!session.isHostMessage(i)) continue;
+    const Message& message = session.items[i].message;
+    const bool leaves = isGeneral(message, simulator::kExitRemoteUiMode) ||
+                        isGeneral(message, simulator::kIdentifyDeviceLingoes);
+    if (leaves || isGeneral(message, simulator::kEnterRemoteUiMode)) changes.push_back({i, leaves});
+  }
+}
+
+bool ModeChanges::haveLeftBefore(size_t request) const {
+  const auto isBefore = [](const Change& change, size_t item) { return change.item < item; };
+  const auto next = std::lower_bound(changes.begin(), changes.end(), request, isBefore);
+  return next != changes.begin() && std::prev(next)->leaves;
 }
 
 void findPendingMode(const Case& trace, Diagnosis& diagnosis) {

@@ -44,6 +44,9 @@ bool isLimitsQuestion(const Session& session, const Exchange& exchange) {
 /// Why the question for the limits, after which no packet followed, led to no logo.
 std::string reasonOf(const Session& session, const Exchange& question) {
   const std::optional<uint8_t> result = resultOf(session, question);
+  if (result && question.replies.back() > session.nextRequest(question.request)) {
+    return "the iPod answered the question for the size of its screen too late";
+  }
   if (!result) return "the iPod did not answer the question for the size of its screen";
   if (*result != 0) {
     return "the iPod refused the question for the size of its screen with status " +
@@ -61,6 +64,7 @@ struct LogoUpload {
   const Exchange* question = nullptr;
   const Exchange* packet = nullptr;
   const Exchange* refused = nullptr;
+  std::vector<size_t> unanswered;  ///< the lines of packets
 };
 
 LogoUpload uploadOf(const Session& session) {
@@ -70,6 +74,8 @@ LogoUpload uploadOf(const Session& session) {
     if (!isPacket(session, exchange)) continue;
     upload.packet = &exchange;
     if (resultOf(session, exchange).value_or(0) != 0) upload.refused = &exchange;
+    const Item& packet = session.items[exchange.request];
+    if (!exchange.isAnswered()) upload.unanswered.push_back(packet.firstLine);
   }
   return upload;
 }
@@ -79,6 +85,9 @@ void noteUpload(const Session& session, Diagnosis& diagnosis) {
   if (upload.refused != nullptr) {
     const Item& reply = session.items[upload.refused->replies.back()];
     diagnosis.addNote(std::string(kNoLogo) + "the iPod refused its packets", {reply.line});
+  } else if (!upload.unanswered.empty()) {
+    diagnosis.addNote("the logo may not be shown: the iPod did not acknowledge each of its packets",
+                      upload.unanswered);
   } else if (upload.question != nullptr && upload.packet == nullptr) {
     diagnosis.addNote(kNoLogo + reasonOf(session, *upload.question),
                       {session.items[upload.question->request].firstLine});
@@ -107,15 +116,19 @@ void noteFrequentUploads(const Case& trace, Diagnosis& diagnosis) {
   }
 }
 
-/// How long the iPod needed for the first answer that is not pending.
+/// How long the iPod needed for the first answer.
 trace::Time latencyOf(const Session& session, const Exchange& exchange) {
   const Item& request = session.items[exchange.request];
-  const bool isSlowByNature = isExtended(request.message, simulator::kPlayCurrentSelection) ||
-                              isGeneral(request.message, simulator::kEnterRemoteUiMode);
-  if (request.sender != Sender::kHost || isSlowByNature || !exchange.isAnswered()) {
-    return trace::Time(0);
-  }
+  if (request.sender != Sender::kHost || !exchange.isAnswered()) return trace::Time(0);
   return session.items[exchange.replies.front()].at - request.at;
+}
+
+/// Returns the latency that is worth a note. Starting to play and changing the mode take their
+/// time, which matters only when the library does not wait so long.
+trace::Time slowLatencyFor(const Message& request) {
+  const bool isSlowByNature = isExtended(request, simulator::kPlayCurrentSelection) ||
+                              isGeneral(request, simulator::kEnterRemoteUiMode);
+  return std::chrono::milliseconds(isSlowByNature ? 1000 : 500);
 }
 
 }  // namespace
@@ -130,13 +143,12 @@ void noteLogo(const Case& trace, Diagnosis& diagnosis) {
 }
 
 void noteSlowAnswers(const Case& trace, Diagnosis& diagnosis) {
-  constexpr trace::Time kSlow = std::chrono::milliseconds(500);
   std::vector<size_t> lines;
   trace::Time slowest{0};
   for (const Session& session : trace.sessions) {
     for (const Exchange& exchange : session.exchanges.all) {
       const trace::Time latency = latencyOf(session, exchange);
-      if (latency < kSlow) continue;
+      if (latency < slowLatencyFor(session.items[exchange.request].message)) continue;
       slowest = std::max(slowest, latency);
       lines.push_back(session.items[exchange.request].firstLine);
     }

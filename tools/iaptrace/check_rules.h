@@ -39,6 +39,7 @@ void findLoss(const Case& trace, Diagnosis& diagnosis);
 /// What no other rule explains. The last rule, because it looks at what the others found.
 /// A device that cannot be opened for another reason.
 void findUnknownOpening(const Case& trace, Diagnosis& diagnosis);
+void findStrangeRefusals(const Case& trace, Diagnosis& diagnosis);
 void findUnexplained(const Case& trace, Diagnosis& diagnosis);
 
 void noteLogo(const Case& trace, Diagnosis& diagnosis);
@@ -60,7 +61,39 @@ std::vector<Attempt> failedAttempts(const Session& session);
 std::optional<size_t> fatalFrame(const Session& session);
 /// Returns the first of the last requests, which are more than one and were not answered any more.
 std::optional<size_t> fellSilentAt(const Session& session);
-/// Returns whether a mode change was pending when the host sent the request.
-bool isSentWhilePending(const Session& session, size_t request);
+/// Returns how many records of the category the iPod counted last, if the selection of the database
+/// is still the one that they were counted in.
+std::optional<uint32_t> countedBefore(const Session& session, size_t request, uint8_t category);
+
+/// The times in which a change of the mode is pending.
+class PendingTimes {
+ public:
+  explicit PendingTimes(const Session& session);
+  /// Returns whether a change was pending when the host sent the request.
+  bool contain(size_t request) const;
+
+ private:
+  /// Between two items.
+  struct Time {
+    size_t pending;
+    size_t end;
+  };
+  std::vector<Time> times;  ///< rising; none begins before the one before has ended
+};
+
+/// The requests of the host that change the mode.
+class ModeChanges {
+ public:
+  explicit ModeChanges(const Session& session);
+  /// Returns whether the host had left the mode, and not entered it again, before the request.
+  bool haveLeftBefore(size_t request) const;
+
+ private:
+  struct Change {
+    size_t item;
+    bool leaves;
+  };
+  std::vector<Change> changes;
+};
 
 }  // namespace iaptrace::checking

@@ -180,7 +180,7 @@ void findConnection(Session& session) {
 bool endsByTheHost(const Session& session, size_t failure) {
   constexpr uint32_t kInvalidHandle = 6;
   constexpr uint32_t kOperationAborted = 995;
-  const uint32_t code = session.items[failure].event.code;
+  const uint32_t code = session.items[failure].event->code;
   if (code == kInvalidHandle || code == kOperationAborted) return true;
   for (size_t i = failure; i-- > 0;) {
     if (!session.isHostMessage(i)) continue;
@@ -195,7 +195,7 @@ void findFailure(Session& session) {
     const Item& item = session.items[i];
     if (item.kind != Item::Kind::kEvent) continue;
     const bool isFailure =
-        item.event.kind == Kind::kReadFailed || item.event.kind == Kind::kWriteFailed;
+        item.event->kind == Kind::kReadFailed || item.event->kind == Kind::kWriteFailed;
     if (isFailure && !endsByTheHost(session, i)) session.failure = i;
   }
 }
@@ -240,21 +240,21 @@ class SessionCutter {
     current.device = device;
   }
 
-  void cut(const Conversation& items) {
-    for (const Item& item : items) {
+  void cut(Conversation items) {
+    for (Item& item : items) {
       if (isRestOfClosedSession(item)) continue;
       const bool isEvent = item.kind == Item::Kind::kEvent;
-      if (isEvent && item.event.kind == Kind::kOpenFailed) {
-        found.failedOpenings.push_back({device, item.line, item.event.code});
-      } else if (isEvent && item.event.kind == Kind::kOpened) {
+      if (isEvent && item.event->kind == Kind::kOpenFailed) {
+        found.failedOpenings.push_back({device, item.line, item.event->code});
+      } else if (isEvent && item.event->kind == Kind::kOpened) {
         finish(item.at, true);
         found.lastOpenings[device] = item.line;
-        current.items.push_back(item);
-      } else if (isEvent && item.event.kind == Kind::kClosed) {
+        current.items.push_back(std::move(item));
+      } else if (isEvent && item.event->kind == Kind::kClosed) {
         finish(item.at, true);
         isAfterClose = true;
       } else {
-        current.items.push_back(item);
+        current.items.push_back(std::move(item));
       }
     }
     finish(found.lastTime, false);
@@ -274,7 +274,7 @@ class SessionCutter {
 
   bool isOpened() const {
     return std::any_of(current.items.begin(), current.items.end(), [](const Item& item) {
-      return item.kind == Item::Kind::kEvent && item.event.kind == Kind::kOpened;
+      return item.kind == Item::Kind::kEvent && item.event->kind == Kind::kOpened;
     });
   }
 
@@ -406,12 +406,8 @@ void addPart(const trace::Trace& part, Case& found) {
     SessionCutter(device, found).cut(conversationOf(part, device));
 }
 
-}  // namespace
-
-Case caseOf(const trace::Trace& records, const std::vector<size_t>& gaps) {
-  Case found;
-  found.isEmpty = records.empty();
-  found.gaps = gaps;
+/// Adds the sessions between the lines that are missing.
+void addParts(const trace::Trace& records, const std::vector<size_t>& gaps, Case& found) {
   trace::Trace part;
   size_t gap = 0;
   for (const trace::Record& record : records) {
@@ -425,6 +421,19 @@ Case caseOf(const trace::Trace& records, const std::vector<size_t>& gaps) {
     part.push_back(record);
   }
   addPart(part, found);
+}
+
+}  // namespace
+
+Case caseOf(const trace::Trace& records, const std::vector<size_t>& gaps) {
+  Case found;
+  found.isEmpty = records.empty();
+  found.gaps = gaps;
+  if (gaps.empty()) {
+    addPart(records, found);
+  } else {
+    addParts(records, gaps, found);
+  }
   for (const Session& session : found.sessions)
     noteDevice(session, found);
   return found;

@@ -163,11 +163,14 @@ bool isFollowedByHost(const Session& session, size_t index) {
   return session.lastHostMessage && *session.lastHostMessage > index;
 }
 
-/// Whether the rest of a frame did not arrive, although there was time enough.
+/// Whether the rest of a frame did not arrive, although there was time enough before the end, or
+/// before the cable was pulled.
 bool isCutShort(const Session& session, size_t index) {
   const Item& item = session.items[index];
   if (item.kind != Item::Kind::kUnfinished || item.sender != Sender::kIpod) return false;
-  return session.lastIpodLine > item.line || session.ended - item.at >= kGaveUp;
+  const bool failsLater = session.failure && *session.failure > index;
+  const trace::Time end = failsLater ? session.items[*session.failure].at : session.ended;
+  return session.lastIpodLine > item.line || end - item.at >= kGaveUp;
 }
 
 bool isDamaged(const Session& session, size_t index) {
@@ -247,7 +250,10 @@ void findBadChecksum(const Case& trace, Diagnosis& diagnosis) {
   for (const Session& session : trace.sessions) {
     if (isGarbled(session)) continue;
     for (size_t i = 0; i < session.items.size(); ++i) {
-      if (isDamaged(session, i)) diagnosis.add("bad-checksum", {session.items[i].firstLine});
+      if (!isDamaged(session, i)) continue;
+      const bool isHosts = session.items[i].sender == Sender::kHost;
+      diagnosis.add("bad-checksum", {session.items[i].firstLine},
+                    isHosts ? "The host sent it. An iPod ignores such a frame." : "");
     }
   }
 }

@@ -13,7 +13,7 @@ Item eventOf(const trace::Record& record) {
   item.kind = Item::Kind::kEvent;
   item.begun = item.at = record.at;
   item.firstLine = item.line = record.line;
-  item.event = record;
+  item.event = std::make_shared<const trace::Record>(record);
   return item;
 }
 

@@ -1,6 +1,7 @@
 // What a host and an iPod said to each other, cut out of the bytes of a trace.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -36,7 +37,7 @@ struct Item {
   bool hasSync = false;  ///< a sync byte FF is directly before the start byte
   bool isLong = false;   ///< the frame has the long form of the length
   Message message;       ///< kMessage
-  trace::Record event;   ///< kEvent
+  std::shared_ptr<const trace::Record> event;  ///< kEvent; otherwise null
 
   bool isMessage() const { return kind == Kind::kMessage; }
   bool isFrom(Sender wanted) const { return kind != Kind::kEvent && sender == wanted; }

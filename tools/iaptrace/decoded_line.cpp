@@ -132,8 +132,8 @@ class Lines {
     line.line = item.line;
     line.item = &item;
     if (item.kind == Item::Kind::kEvent) {
-      line.what = eventText(item.event);
-      line.weight = isFailure(item.event) ? Weight::kFault : Weight::kEvent;
+      line.what = eventText(*item.event);
+      line.weight = isFailure(*item.event) ? Weight::kFault : Weight::kEvent;
     } else if (item.isMessage()) {
       line.message = item.message;
       line.what = messageText(item.message);

@@ -132,8 +132,8 @@ class Pairing {
 
   /// What was asked before the device was closed or opened again is not answered any more.
   static bool endsTheConnection(const Item& item) {
-    return item.kind == Item::Kind::kEvent && (item.event.kind == trace::Record::Kind::kOpened ||
-                                               item.event.kind == trace::Record::Kind::kClosed);
+    return item.kind == Item::Kind::kEvent && (item.event->kind == trace::Record::Kind::kOpened ||
+                                               item.event->kind == trace::Record::Kind::kClosed);
   }
 
   const Conversation& items;

@@ -21,12 +21,6 @@ using simulator::FieldKind;
 /// like a frame.
 constexpr std::string_view kLetters = "xyzabcdefghijklmnopqrstuvw";
 
-/// Where a byte of the wire is: in a record, and there at an index.
-struct Place {
-  size_t record;
-  size_t index;
-};
-
 /// Returns whether the text is private. The model is not: it explains much.
 bool isPrivate(const Field& field) {
   return field.layout->kind == FieldKind::kText && std::string(field.layout->name) != "model";
@@ -106,32 +100,43 @@ void redactItem(Item& item, char letter) {
   }
 }
 
-/// The places of all bytes that one end sent on a device, in order.
-std::vector<Place> placesOf(const trace::Trace& records, const std::string& device, Sender sender) {
-  const auto kind =
-      sender == Sender::kHost ? trace::Record::Kind::kWritten : trace::Record::Kind::kRead;
-  std::vector<Place> places;
-  for (size_t i = 0; i < records.size(); ++i) {
-    if (records[i].kind != kind || records[i].device != device) continue;
-    for (size_t index = 0; index < records[i].bytes.size(); ++index)
-      places.push_back({i, index});
+/// Goes over the bytes that one end sent on a device, in order.
+class SentBytes {
+ public:
+  SentBytes(trace::Trace& ofRecords, const std::string& ofDevice, Sender sender)
+      : records(ofRecords),
+        device(ofDevice),
+        kind(sender == Sender::kHost ? trace::Record::Kind::kWritten : trace::Record::Kind::kRead) {
   }
-  return places;
-}
+
+  uint8_t& next() {
+    while (!isMine(records.at(record)) || index == records[record].bytes.size()) {
+      ++record;
+      index = 0;
+    }
+    return records[record].bytes[index++];
+  }
+
+ private:
+  bool isMine(const trace::Record& one) const { return one.kind == kind && one.device == device; }
+
+  trace::Trace& records;
+  const std::string& device;
+  trace::Record::Kind kind;
+  size_t record = 0;
+  size_t index = 0;
+};
 
 /// Writes the bytes of the items over those of the records. The items of one end follow each other
 /// without a gap; only a sync byte before a frame does not belong to it.
 void writeBack(const Conversation& items, const std::string& device, Sender sender,
                trace::Trace& records) {
-  const std::vector<Place> places = placesOf(records, device, sender);
-  size_t next = 0;
+  SentBytes sent(records, device, sender);
   for (const Item& item : items) {
     if (!item.isFrom(sender)) continue;
-    next += item.hasSync ? 1 : 0;
-    for (const uint8_t byte : item.bytes) {
-      const Place place = places.at(next++);
-      records[place.record].bytes[place.index] = byte;
-    }
+    if (item.hasSync) sent.next();
+    for (const uint8_t byte : item.bytes)
+      sent.next() = byte;
   }
 }
 
@@ -147,23 +152,28 @@ bool isSameShape(const Conversation& before, const Conversation& after) {
 
 /// Redacts one device in the records. Returns false when the messages would not be the same.
 bool redactDevice(const std::string& device, char letter, trace::Trace& records) {
-  const Conversation before = conversationOf(records, device);
-  Conversation items = before;
+  Conversation items = conversationOf(records, device);
   for (Item& item : items)
     redactItem(item, letter);
   writeBack(items, device, Sender::kHost, records);
   writeBack(items, device, Sender::kIpod, records);
-  return isSameShape(before, conversationOf(records, device));
+  return isSameShape(items, conversationOf(records, device));
+}
+
+/// Copies the bytes of one device.
+void restore(const trace::Trace& from, const std::string& device, trace::Trace& to) {
+  for (size_t i = 0; i < from.size(); ++i) {
+    if (from[i].device == device) to[i].bytes = from[i].bytes;
+  }
 }
 
 trace::Trace redactedRecords(const trace::Trace& records) {
   trace::Trace done = records;
   for (const std::string& device : trace::devicesOf(records)) {
     const auto works = [&](char letter) {
-      trace::Trace tried = done;
-      if (!redactDevice(device, letter, tried)) return false;
-      done = std::move(tried);
-      return true;
+      if (redactDevice(device, letter, done)) return true;
+      restore(records, device, done);
+      return false;
     };
     if (!std::any_of(kLetters.begin(), kLetters.end(), works)) {
       throw Failure(

@@ -283,8 +283,10 @@ class SpareAnswers {
   explicit SpareAnswers(Plan& plan) : steps(plan) {}
 
   void settle() {
+    bool isIdentifying = false;
     for (size_t i = 0; i < steps.size(); ++i) {
-      const bool isCandidate = steps[i].isAnswer && !steps[i].isAwaited;
+      isIdentifying = staysIdentifying(steps[i], isIdentifying);
+      const bool isCandidate = steps[i].isAnswer && !steps[i].isAwaited && !isIdentifying;
       const size_t next = isCandidate ? requestAfter(i) : steps.size();
       if (next == steps.size()) continue;
       if (isAnsweredAfter(next)) {
@@ -296,6 +298,14 @@ class SpareAnswers {
   }
 
  private:
+  /// Returns whether the host identifies itself after the step. Each version that it receives then
+  /// makes one thread of it send the next request, so that nothing is undecided.
+  static bool staysIdentifying(const Step& step, bool before) {
+    if (!step.isRequest() || !step.message) return before;
+    if (step.message->is(Lingo::kGeneral, simulator::kIdentifyDeviceLingoes)) return true;
+    return before && step.message->is(Lingo::kGeneral, simulator::kRequestLingoProtocolVersion);
+  }
+
   /// Returns the next request; the number of steps if the connection ends before it.
   size_t requestAfter(size_t index) const {
     for (size_t i = index + 1; i < steps.size(); ++i) {

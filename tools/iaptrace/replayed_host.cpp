@@ -22,7 +22,7 @@ constexpr ptrdiff_t kOpenRequests = 16;
 constexpr size_t kMostLines = 1000;
 
 bool isEvent(const Item& item, Record::Kind kind) {
-  return item.kind == Item::Kind::kEvent && item.event.kind == kind;
+  return item.kind == Item::Kind::kEvent && item.event->kind == kind;
 }
 
 bool endsConnection(const Item& item) {

@@ -28,7 +28,7 @@ class IdentificationFinder {
     for (size_t i = 0; i < items.size(); ++i) {
       const Item& item = items[i];
       const bool isBorder =
-          item.kind == Item::Kind::kEvent && item.event.kind != Record::Kind::kAudio;
+          item.kind == Item::Kind::kEvent && item.event->kind != Record::Kind::kAudio;
       if (isBorder) endConnection();
       for (; next < asked.size() && asked[next].index < i; ++next) {
       }

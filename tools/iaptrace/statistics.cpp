@@ -90,7 +90,7 @@ std::vector<ConnectionStatistics> connectionsOf(const Conversation& items) {
   std::vector<ConnectionStatistics> all;
   for (const Item& item : items) {
     const bool isOpen =
-        item.kind == Item::Kind::kEvent && item.event.kind == trace::Record::Kind::kOpened;
+        item.kind == Item::Kind::kEvent && item.event->kind == trace::Record::Kind::kOpened;
     if (isOpen || (all.empty() && item.kind != Item::Kind::kEvent)) {
       all.push_back({item.begun, item.line, {}, false});
     }

@@ -336,14 +336,14 @@ class Drawing {
     double labelEnd = 0;
     for (const Item& item : items) {
       if (item.kind != Item::Kind::kEvent) continue;
-      const auto kind = item.event.kind;
+      const auto kind = item.event->kind;
       const bool isFault = kind == trace::Record::Kind::kOpenFailed ||
                            kind == trace::Record::Kind::kReadFailed ||
                            kind == trace::Record::Kind::kWriteFailed;
       if (!isNew(x(item.at), kStagesTop, isFault ? kFaultColour : "event")) continue;
       line(x(item.at), kStagesTop + kStagesHeight, x(item.at), bytesTop + kBytesHeight,
            isFault ? "stroke=\"#dc2626\"" : "stroke=\"#94a3b8\" stroke-dasharray=\"2 3\"");
-      const std::string name = eventName(item.event);
+      const std::string name = eventName(*item.event);
       const double wide = 7.0 * static_cast<double>(name.size());
       const double from = std::min(x(item.at) + 3, kRight - wide);
       if (from < labelEnd) continue;

@@ -25,6 +25,7 @@ namespace tool {
 namespace {
 
 using simulator::Program;
+using testing::AnyOf;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -155,6 +156,23 @@ TEST_F(DoctorTest, RefusesAnUnknownOption) {
   const Examination run = resultOf(*start({"--prob"}));
   EXPECT_EQ(run.status, 2);
   EXPECT_THAT(run.errors, HasSubstr("--prob"));
+}
+
+TEST_F(DoctorTest, RefusesEveryWrongUsage) {
+  const std::vector<std::vector<std::string>> wrong = {
+      {"further"},
+      {"--device"},
+      {"--trace"},
+      {"--yes=maybe"},
+      {"--trace", (folder / "no/such/folder").string()},
+      {"--trace", (folder / "").string()},
+      {"--trace", "/dev/null/x"}};
+  for (const auto& arguments : wrong) {
+    const Examination run = resultOf(*start(arguments));
+    EXPECT_EQ(run.status, 2) << arguments.front();
+    EXPECT_EQ(run.output, "");
+    EXPECT_THAT(run.errors, AnyOf(HasSubstr("--help"), HasSubstr("--trace FILE")));
+  }
 }
 
 TEST_F(DoctorTest, FindsAnIpodThatNeedsSyncBytes) {
