@@ -1,5 +1,5 @@
 # Installs the library for other people's programs. The folder of public headers gets ipodctl.h
-# alone; what only the Linux host has is in folders of its own.
+# alone; what only the Linux host has is in separate folders.
 include(CMakePackageConfigHelpers)
 
 set(platform_libraries ${CMAKE_INSTALL_LIBDIR}/ipodctl)
@@ -49,7 +49,7 @@ foreach(package ipodctl ipodctl-linux)
           DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endforeach()
 
-# install_program(TARGET): installs a program that finds the libraries beside it.
+# install_program(TARGET): installs a program that finds the installed libraries.
 function(install_program target)
   file(RELATIVE_PATH libraries /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
   set_target_properties(${target} PROPERTIES
