@@ -8,8 +8,8 @@ set(generator ${PROJECT_SOURCE_DIR}/scripts/parts/make_man.py)
 set(header ${PROJECT_SOURCE_DIR}/src/api/ipodctl.h)
 add_custom_command(
   OUTPUT ${PROJECT_BINARY_DIR}/man/man3/ipodctl.3
-  COMMAND Python3::Interpreter -B ${generator} --header ${header} --version ${PROJECT_VERSION}
-          --date ${IPODCTL_DATE} --to ${PROJECT_BINARY_DIR}/man ${program_files}
+  COMMAND Python3::Interpreter -B ${generator} --header ${header} --date ${IPODCTL_DATE}
+          --to ${PROJECT_BINARY_DIR}/man ${program_files}
   DEPENDS ${generator} ${header} ${programs}
   COMMENT "Writing the man pages" VERBATIM)
 add_custom_target(man_pages ALL DEPENDS ${PROJECT_BINARY_DIR}/man/man3/ipodctl.3)

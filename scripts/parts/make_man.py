@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Writes the man pages: section 3 from the comments of ipodctl.h, section 1 from what --help prints.
 
-usage: scripts/parts/make_man.py --header FILE --version N --date YYYY-MM-DD --to DIR [PROGRAM...]
+usage: scripts/parts/make_man.py --header FILE --date YYYY-MM-DD --to DIR [PROGRAM...]
 
 DIR gets man3/ and man1/, in the language mdoc. index.txt in it has the tasks with their functions.
 """
@@ -266,8 +266,6 @@ def option_list(lines):
     for line in lines:
         if re.match(r"  \S", line):
             name, _, meaning = line.strip().partition("  ")
-            if len(line) > 29 and line[28] == " " and line[29:30] != " " and not meaning:
-                name, meaning = line[2:29].strip(), line[29:]
             entries.append([name, [meaning.strip()]])
         elif entries:
             entries[-1][1].append(line.strip())
@@ -307,7 +305,6 @@ def without_leading_space(lines):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
     parser.add_argument("--header", required=True)
-    parser.add_argument("--version", required=True)
     parser.add_argument("--date", required=True)
     parser.add_argument("--to", required=True, type=pathlib.Path)
     parser.add_argument("programs", nargs="*")

@@ -563,24 +563,28 @@ TEST(Check, AcceptsARefusalOutsideTheMode) {
               IsEmpty());
 }
 
+/// Returns the causes, which must take at most ten seconds of the processor.
+Names causesFoundSoon(const std::string& lines) {
+  const std::clock_t begin = std::clock();
+  Names causes = causesIn(lines);
+  EXPECT_LT((std::clock() - begin) / CLOCKS_PER_SEC, 10);
+  return causes;
+}
+
 TEST(Check, NeedsLittleTimeForManyRequestsWithoutAnswers) {
   std::string lines = kConnected;
   for (int second = 10; second < 80000; ++second) {
     lines += std::to_string(second) + ".0" + kAskIndex;
     if (second % 3 == 0) lines += std::to_string(second) + ".5" + kShuffle;
   }
-  const std::clock_t begin = std::clock();
-  EXPECT_THAT(causesIn(lines), ElementsAre("unknown"));
-  EXPECT_LT((std::clock() - begin) / CLOCKS_PER_SEC, 10);
+  EXPECT_THAT(causesFoundSoon(lines), ElementsAre("unknown"));
 }
 
 TEST(Check, NeedsLittleTimeForManyRatesWithoutAHost) {
   std::string lines;
   for (int second = 10; second < 120000; ++second)
     lines += std::to_string(second) + ".0" + kNewRate;
-  const std::clock_t begin = std::clock();
-  EXPECT_THAT(causesIn(lines), ElementsAre("rate-not-acknowledged"));
-  EXPECT_LT((std::clock() - begin) / CLOCKS_PER_SEC, 10);
+  EXPECT_THAT(causesFoundSoon(lines), ElementsAre("rate-not-acknowledged"));
 }
 
 TEST(Check, NeedsLittleTimeForManyPendingModes) {
@@ -590,9 +594,7 @@ TEST(Check, NeedsLittleTimeForManyPendingModes) {
     lines += time + ".0 IPD1: > 55 02 00 05 F9\n" + time + ".1 IPD1: < 55 04 00 02 06 05 EF\n" +
              time + ".2" + kAskIndex;
   }
-  const std::clock_t begin = std::clock();
-  EXPECT_THAT(causesIn(lines), Contains("mode-change-pending"));
-  EXPECT_LT((std::clock() - begin) / CLOCKS_PER_SEC, 10);
+  EXPECT_THAT(causesFoundSoon(lines), Contains("mode-change-pending"));
 }
 
 TEST(Check, FindsATextThatIsTooLong) {

@@ -242,7 +242,9 @@ class SessionCutter {
 
   void cut(Conversation items) {
     for (Item& item : items) {
-      if (isRestOfClosedSession(item)) continue;
+      // A read that is under way while the host closes the device can be recorded after the close.
+      isAfterClose = isAfterClose && item.isFrom(Sender::kIpod);
+      if (isAfterClose) continue;
       const bool isEvent = item.kind == Item::Kind::kEvent;
       if (isEvent && item.event->kind == Kind::kOpenFailed) {
         found.failedOpenings.push_back({device, item.line, item.event->code});
@@ -261,12 +263,6 @@ class SessionCutter {
   }
 
  private:
-  /// A read that is under way while the host closes the device can be recorded after the close.
-  bool isRestOfClosedSession(const Item& item) {
-    if (item.kind == Item::Kind::kEvent || item.sender == Sender::kHost) isAfterClose = false;
-    return isAfterClose;
-  }
-
   bool hasData() const {
     return std::any_of(current.items.begin(), current.items.end(),
                        [](const Item& item) { return item.kind != Item::Kind::kEvent; });
