@@ -127,7 +127,8 @@ class TraceFileWriter::Queue {
     if (isFirst) changed.notify_one();
   }
 
-  /// The writing thread.
+  /// The writing thread. It closes the file before it tells its end, so that whoever waits for the
+  /// end can record to the same file at once.
   void run() {
     auto lock = take();
     while (!isOver || !pending.empty()) {
@@ -135,6 +136,9 @@ class TraceFileWriter::Queue {
       changed.wait_for(lock, kBatch, [this] { return isOver; });
       writePending(lock);
     }
+    lock.unlock();
+    file.release();
+    lock.lock();
     isDone = true;
     done.notify_all();
   }
@@ -153,14 +157,16 @@ class TraceFileWriter::Queue {
         : number(open(path.c_str(), O_RDWR | O_CREAT | O_NOCTTY | O_NONBLOCK | O_CLOEXEC, 0600)) {}
     File(const File&) = delete;
     File& operator=(const File&) = delete;
-    ~File() {
-      if (number >= 0) close(number);
-    }
+    ~File() { release(); }
 
     int get() const { return number; }
 
+    void release() {
+      if (number >= 0) close(std::exchange(number, -1));
+    }
+
    private:
-    const int number;
+    int number;
   };
 
   bool hasRoomFor(size_t size) const { return pending.size() + size <= kMostPending; }
@@ -188,7 +194,7 @@ class TraceFileWriter::Queue {
   }
 
   const std::string path;
-  const File file;
+  File file;
   const Complain complain;
   const Clock::time_point begin = Clock::now();
   std::mutex mutex;  ///< guards everything below
