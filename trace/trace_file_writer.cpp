@@ -134,7 +134,8 @@ class TraceFileWriter::Queue {
     if (isFirst) changed.notify_one();
   }
 
-  /// The writing thread.
+  /// The writing thread. It closes the file before it tells its end, so that whoever waits for the
+  /// end can record to the same file at once.
   void run() {
     auto lock = take();
     while (!isOver || !pending.empty()) {
@@ -142,6 +143,9 @@ class TraceFileWriter::Queue {
       changed.wait_for(lock, kBatch, [this] { return isOver; });
       writePending(lock);
     }
+    lock.unlock();
+    file.reset();
+    lock.lock();
     isDone = true;
     done.notify_all();
   }
@@ -195,7 +199,7 @@ class TraceFileWriter::Queue {
   }
 
   const std::string path;
-  const std::unique_ptr<File> file;  ///< null: without one
+  std::unique_ptr<File> file;  ///< null: without one, and after the end
   const Complain complain;
   const Sink sink;
   const Clock::time_point begin = Clock::now();

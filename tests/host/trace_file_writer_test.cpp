@@ -187,6 +187,11 @@ TEST_F(TraceFile, BelongsToOneWriter) {
   EXPECT_THAT(textsOf(path), ElementsAre("# IPD1: open ok"));
 }
 
+TEST_F(TraceFile, CanBeRecordedToAgainAtOnce) {
+  for (int i = 0; i < 200; ++i)
+    ASSERT_NO_THROW(record(path)) << "recording " << i;
+}
+
 TEST_F(TraceFile, RecordsNothingAfterItsEnd) {
   TraceFileWriter writer(path, complaints.sink());
   writer.finish();
