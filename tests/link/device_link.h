@@ -3,6 +3,7 @@
 #include <desk.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <future>
@@ -25,20 +26,21 @@ bool eventually(const Condition& condition) {
   return false;
 }
 
-/// Returns the number of this process's threads that sleep in one of these system calls.
-inline int threadsIn(std::initializer_list<long> calls) {
-  int count = 0;
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-    std::string current;
-    std::ifstream(task.path() / "syscall") >> current;
-    for (const long call : calls)
-      count += current == std::to_string(call) ? 1 : 0;
-  }
-  return count;
+/// Returns whether the thread with this folder below /proc sleeps in one of these system calls.
+inline bool sleepsIn(const std::filesystem::path& thread, std::initializer_list<long> calls) {
+  std::string current;
+  std::ifstream(thread / "syscall") >> current;
+  return std::any_of(calls.begin(), calls.end(),
+                     [&](long call) { return current == std::to_string(call); });
 }
 
 /// Returns whether a reader waits for bytes.
-inline bool isAReaderBlocked() { return threadsIn(host_test::kPollCalls) > 0; }
+inline bool isAReaderBlocked() {
+  const std::filesystem::directory_iterator threads("/proc/self/task");
+  return std::any_of(begin(threads), end(threads), [](const auto& thread) {
+    return sleepsIn(thread.path(), host_test::kPollCalls);
+  });
+}
 
 /// Runs a call that may hang on its own thread. Returns false when it does not return in time.
 template <class Call>
