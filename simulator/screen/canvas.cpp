@@ -15,20 +15,22 @@ uint8_t mixedByte(uint8_t from, uint8_t to, unsigned alpha) {
   return static_cast<uint8_t>((from * (kOpaque - alpha) + to * alpha + kOpaque / 2) / kOpaque);
 }
 
-double distance(Point a, Point b) { return std::hypot(a.x - b.x, a.y - b.y); }
+double square(double number) { return number * number; }
+
+/// Distances are compared by their squares, because a picture compares a million of them.
+double squaredDistance(Point a, Point b) { return square(a.x - b.x) + square(a.y - b.y); }
 
 double crossProduct(Point origin, Point a, Point b) {
   return (a.x - origin.x) * (b.y - origin.y) - (a.y - origin.y) * (b.x - origin.x);
 }
 
-double distanceToLine(Point place, Point from, Point to) {
-  const double length = distance(from, to);
-  if (length == 0) return distance(place, from);
+double squaredDistanceToLine(Point place, Point from, Point to) {
+  const double squaredLength = squaredDistance(from, to);
+  if (squaredLength == 0) return squaredDistance(place, from);
   const double along =
-      ((place.x - from.x) * (to.x - from.x) + (place.y - from.y) * (to.y - from.y)) /
-      (length * length);
+      ((place.x - from.x) * (to.x - from.x) + (place.y - from.y) * (to.y - from.y)) / squaredLength;
   const double part = std::clamp(along, 0.0, 1.0);
-  return distance(place, {from.x + part * (to.x - from.x), from.y + part * (to.y - from.y)});
+  return squaredDistance(place, {from.x + part * (to.x - from.x), from.y + part * (to.y - from.y)});
 }
 
 /// Returns the whole pixels that a range touches.
@@ -62,6 +64,11 @@ void Canvas::blend(int x, int y, Colour colour, unsigned alpha) {
   if (x < 0 || y < 0 || x >= width() || y >= height()) return;
   Colour& pixel = picture.pixels[static_cast<size_t>(y) * picture.width + static_cast<size_t>(x)];
   if (!coloured) alpha = alpha > kOpaque / 2 ? kOpaque : 0;
+  if (alpha == 0) return;
+  if (alpha == kOpaque) {
+    pixel = colour;
+    return;
+  }
   pixel = {mixedByte(pixel.red, colour.red, alpha), mixedByte(pixel.green, colour.green, alpha),
            mixedByte(pixel.blue, colour.blue, alpha)};
 }
@@ -83,7 +90,7 @@ void Canvas::fillRounded(Area area, double radius, Colour colour) {
   const Point last{area.right() - round, area.bottom() - round};
   fillShape(area, colour, [&](Point place) {
     const Point nearest{std::clamp(place.x, first.x, last.x), std::clamp(place.y, first.y, last.y)};
-    return distance(place, nearest) <= round;
+    return squaredDistance(place, nearest) <= square(round);
   });
 }
 
@@ -99,16 +106,17 @@ void Canvas::fillTriangle(Point a, Point b, Point c, Colour colour) {
 }
 
 void Canvas::drawRing(Point centre, double radius, double lineWidth, Colour colour, Area within) {
+  const double hole = std::max(0.0, radius - lineWidth);
   fillShape(common(boxAround(centre, centre, radius), within), colour, [&](Point place) {
-    const double away = distance(place, centre);
-    return away <= radius && away >= radius - lineWidth;
+    const double away = squaredDistance(place, centre);
+    return away <= square(radius) && away >= square(hole);
   });
 }
 
 void Canvas::drawLine(Point from, Point to, double lineWidth, Colour colour) {
   const double half = lineWidth / 2;
   fillShape(boxAround(from, to, half), colour,
-            [&](Point place) { return distanceToLine(place, from, to) <= half; });
+            [&](Point place) { return squaredDistanceToLine(place, from, to) <= square(half); });
 }
 
 void Canvas::copy(const Picture& image, int left, int top) {
