@@ -1,7 +1,6 @@
 #include "trace/trace_file_writer.h"
 
 #include <fcntl.h>
-#include <pthread.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,12 +9,13 @@
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
-#include <csignal>
 #include <new>
 #include <string_view>
 #include <system_error>
 #include <thread>
 #include <utility>
+
+#include "common/signals_blocked.h"
 
 namespace trace {
 namespace {
@@ -74,23 +74,6 @@ int writeAll(int file, std::string_view text) {
   }
   return 0;
 }
-
-/// Blocks every signal of this thread, and with it of the threads that it makes: a signal for the
-/// program is for its own threads, and a file that is too large for a limit must not end it.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-  }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
-
- private:
-  sigset_t before = {};
-};
 
 }  // namespace
 

@@ -5,10 +5,10 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <csignal>
 #include <thread>
 #include <utility>
 
+#include "common/signals_blocked.h"
 #include "complaint.h"
 
 namespace isochplay {
@@ -18,23 +18,6 @@ namespace {
 constexpr std::chrono::milliseconds kBatch{20};
 /// About a minute. What a slower output has not taken until then is lost.
 constexpr size_t kMostQueuedFrames = size_t{48000} * 60;
-
-/// Blocks every signal of this thread, and with it of the threads that it makes: a signal for the
-/// program is for its own threads, and a file that is too large for a limit must not end it.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-  }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
-
- private:
-  sigset_t before = {};
-};
 
 }  // namespace
 
