@@ -3,17 +3,21 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <vector>
 
 #include "console/commands.h"
 #include "console/options.h"
-#include "database/resized_library.h"
+#include "control/control_server.h"
 #include "faults/fault_text.h"
 #include "link/pty_ipod.h"
 #include "link/pty_port.h"
+#include "link/replaceable_ipod.h"
 #include "link/socket_port.h"
 #include "link/terminal_port.h"
 #include "link/trace_recorder.h"
@@ -21,7 +25,7 @@
 #include "music/json_library.h"
 #include "music/music_folder.h"
 #include "screen/png_file.h"
-#include "screen/screen.h"
+#include "screen/screen_file.h"
 
 namespace {
 
@@ -61,10 +65,6 @@ Music loadMusic(const Options& options) {
   return {builtInLibrary(), ""};
 }
 
-MusicLibrary resized(MusicLibrary library, const Options& options) {
-  return options.tracks ? resizedLibrary(std::move(library), *options.tracks) : library;
-}
-
 void requireScreen(const Options& options) {
   if (options.screen.empty()) return;
   try {
@@ -75,20 +75,52 @@ void requireScreen(const Options& options) {
   }
 }
 
-void showScreen(const Options& options, const Picture& image) {
-  try {
-    const Personality& model = options.personality;
-    writePng(renderScreen(model.screenWidth, model.screenHeight, image), options.screen);
-    if (!options.quiet) say("screen written to " + options.screen.string());
-  } catch (const std::exception& error) {
-    complain(error.what());
-  }
+bool isScreenWanted(const Options& options) {
+  return !options.screen.empty() || !options.control.empty();
 }
 
-void connectOutputs(SimulatedIpod& ipod, const Options& options) {
-  if (!options.screen.empty()) {
-    ipod.setImageHook([&options](const Picture& image) { showScreen(options, image); });
+/// Without need no font is read.
+FontFiles fontsFor(const Options& options) {
+  if (!isScreenWanted(options)) return {};
+  return options.font.empty() ? FontFiles::ofTheSystem() : FontFiles::only(options.font);
+}
+
+/// What shows the screen to the user.
+struct ScreenOutputs {
+  explicit ScreenOutputs(const Options& options) : live(fontsFor(options)) {
+    if (isScreenWanted(options) && !live.hasFont()) {
+      complain(
+          "the screen has no texts, because no font can be read; install fonts-dejavu-core, "
+          "or name a font with --font FILE.ttf");
+    }
+    if (options.screen.empty()) return;
+    file = std::make_unique<ScreenFile>(live, options.screen, complain);
   }
+
+  void look(const PtyIpod& pty) {
+    pty.inspect(
+        [this](const SimulatedIpod& ipod, PtyIpod::Cable cable) { live.look(ipod, cable.now); });
+  }
+
+  LiveScreen live;
+  std::unique_ptr<ScreenFile> file;  ///< null: none wanted
+};
+
+/// Writes the screen at once when it shows an uploaded image, however short.
+void showUploads(SimulatedIpod& ipod, const PtyIpod& pty, ScreenOutputs& screen,
+                 const Options& options) {
+  screen.live.forgetImage();
+  if (!screen.file) return;
+  ipod.setImageHook([&](const Picture&) {
+    screen.live.look(ipod, pty.now());
+    const bool isWritten = screen.file->write();
+    if (isWritten && !options.quiet) say("screen written to " + options.screen.string());
+  });
+}
+
+void connectOutputs(SimulatedIpod& ipod, const PtyIpod& pty, ScreenOutputs& screen,
+                    const Options& options) {
+  showUploads(ipod, pty, screen, options);
   if (options.quiet && !options.trace) return;
   ipod.setTrace([&options](const Traffic& traffic) {
     const bool isAlwaysSaid =
@@ -160,34 +192,100 @@ PortMaker portMaker(const Options& options) {
   return [] { return std::make_unique<PtyPort>(); };
 }
 
-void runUntilEnded(PtyIpod& pty, const FileDescriptor& signals, bool isInteractive) {
-  InputLines input;
-  pollfd waits[] = {{signals.get(), POLLIN, 0}, {isInteractive ? STDIN_FILENO : -1, POLLIN, 0}};
-  while (poll(waits, std::size(waits), -1) >= 0) {
-    if (waits[0].revents != 0) return;
-    if (waits[1].revents != 0 && !input.serve(pty)) return;
+/// Makes the socket. What it refuses gets the name of the option.
+std::unique_ptr<ControlServer> makeControl(const Options& options, ControlVerbs& verbs,
+                                           PtyIpod& pty) {
+  if (options.control.empty()) return nullptr;
+  try {
+    return std::make_unique<ControlServer>(options.control, verbs, pty);
+  } catch (const LinkError& refused) {
+    throw std::runtime_error(refused.what() + std::string("\nTry ipodsim --control SOCKET."));
   }
 }
+
+/// The parts of the running program.
+class Session {
+ public:
+  explicit Session(const Options& chosen)
+      : options(chosen),
+        music(loadMusic(options)),
+        screen(options),
+        replaceable(options.personality, std::move(music.library), options.tracks, options.seed),
+        recorder(makeRecorder(options)),
+        pty(replaceable.ipod(), options.serial ? FrameKind::kSerial : FrameKind::kUsb,
+            portMaker(options), hasLink(options) ? options.link : std::filesystem::path()),
+        verbs(pty, replaceable, screen.live),
+        control(makeControl(options, verbs, pty)) {
+    for (const std::string& fault : options.faults)
+      addFault(replaceable.ipod().faults(), fault);
+    replaceable.setPreparation(
+        [this](SimulatedIpod& ipod) { connectOutputs(ipod, pty, screen, options); });
+    if (recorder) pty.observe(*recorder);
+  }
+
+  void start() {
+    pty.start();
+    const std::string place = pty.slavePath();
+    screen.look(pty);
+    if (screen.file) screen.file->keepAsItIs();
+    pty.access([&](SimulatedIpod& ipod) {
+      connectOutputs(ipod, pty, screen, options);
+      say("iPod ready on " + place);
+      if (!options.quiet && !music.summary.empty()) say(music.summary);
+    });
+  }
+
+  void runUntil(const FileDescriptor& signals) {
+    InputLines input;
+    while (true) {
+      std::vector<pollfd> waits = {{signals.get(), POLLIN, 0},
+                                   {options.interactive ? STDIN_FILENO : -1, POLLIN, 0}};
+      if (control) control->appendTo(waits);
+      if (poll(waits.data(), waits.size(), limitMs()) < 0) return;
+      if (waits[0].revents != 0) return;
+      if (waits[1].revents != 0 && !input.serve(pty)) return;
+      if (control) control->serve();
+      writeScreen();
+    }
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  int limitMs() const {
+    const int controlLimit = control ? control->limitMs() : -1;
+    if (!screen.file) return controlLimit;
+    const auto left = std::chrono::ceil<milliseconds>(nextScreen - Clock::now()).count();
+    const int screenLimit = static_cast<int>(std::max<int64_t>(left, 0));
+    return controlLimit < 0 ? screenLimit : std::min(screenLimit, controlLimit);
+  }
+
+  void writeScreen() {
+    if (!screen.file || Clock::now() < nextScreen) return;
+    screen.look(pty);
+    screen.file->writeChange();
+    nextScreen = Clock::now() + kScreenInterval;
+  }
+
+  static constexpr Time kScreenInterval = milliseconds(250);
+
+  const Options& options;
+  Music music;
+  ScreenOutputs screen;
+  ReplaceableIpod replaceable;
+  std::unique_ptr<TraceRecorder> recorder;
+  PtyIpod pty;
+  ControlVerbs verbs;
+  std::unique_ptr<ControlServer> control;
+  Clock::time_point nextScreen{};
+};
 
 void run(const Options& options) {
   const FileDescriptor signals = catchSignals();
   requireScreen(options);
-  Music music = loadMusic(options);
-  SimulatedIpod ipod(options.personality, resized(std::move(music.library), options), options.seed);
-  for (const std::string& fault : options.faults)
-    addFault(ipod.faults(), fault);
-  const std::unique_ptr<TraceRecorder> recorder = makeRecorder(options);
-  PtyIpod pty(ipod, options.serial ? FrameKind::kSerial : FrameKind::kUsb, portMaker(options),
-              hasLink(options) ? options.link : std::filesystem::path());
-  if (recorder) pty.observe(*recorder);
-  pty.start();
-  const std::string place = pty.slavePath();
-  pty.access([&](SimulatedIpod& device) {
-    connectOutputs(device, options);
-    say("iPod ready on " + place);
-    if (!options.quiet && !music.summary.empty()) say(music.summary);
-  });
-  runUntilEnded(pty, signals, options.interactive);
+  Session session(options);
+  session.start();
+  session.runUntil(signals);
 }
 
 }  // namespace

@@ -5,11 +5,17 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "console/buttons.h"
 #include "faults/fault_text.h"
 
 namespace simulator {
 
 namespace {
+
+constexpr char kPlay[] = "play";
+constexpr char kPause[] = "pause";
+constexpr char kNext[] = "next";
+constexpr char kPrevious[] = "previous";
 
 constexpr unsigned long kMostRate = 192000;
 
@@ -34,23 +40,9 @@ std::string plug(PtyIpod& pty, const std::string&) {
   return "plugged in on " + pty.slavePath();
 }
 
-std::string play(PtyIpod& pty, const std::string&) {
-  pty.act([](SimulatedIpod& ipod, Time now) { ipod.pressPlay(now); });
-  return "";
-}
-
-std::string pause(PtyIpod& pty, const std::string&) {
-  pty.act([](SimulatedIpod& ipod, Time now) { ipod.pressPause(now); });
-  return "";
-}
-
-std::string next(PtyIpod& pty, const std::string&) {
-  pty.act([](SimulatedIpod& ipod, Time now) { ipod.pressNext(now); });
-  return "";
-}
-
-std::string previous(PtyIpod& pty, const std::string&) {
-  pty.act([](SimulatedIpod& ipod, Time now) { ipod.pressPrevious(now); });
+template <const char* kButton>
+std::string press(PtyIpod& pty, const std::string&) {
+  pressButton(pty, kButton);
   return "";
 }
 
@@ -111,10 +103,10 @@ std::string help(PtyIpod&, const std::string&);
 constexpr Command kCommands[] = {
     {"unplug", "", "pull the cable", unplug},
     {"plug", "", "plug it in again", plug},
-    {"play", "", "press play", play},
-    {"pause", "", "press pause", pause},
-    {"next", "", "skip to the next track", next},
-    {"previous", "", "skip back", previous},
+    {"play", "", "press play", press<kPlay>},
+    {"pause", "", "press pause", press<kPause>},
+    {"next", "", "skip to the next track", press<kNext>},
+    {"previous", "", "skip back", press<kPrevious>},
     {"rate", "HZ", "announce this sample rate to the accessory", rate},
     {"fault", "KIND", "add a fault, as with --fault", fault},
     {"clear", "", "end all faults", clear},

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "control/control_help.h"
 #include "device/personality_file.h"
 #include "device/personality_settings.h"
 #include "faults/fault_text.h"
@@ -30,6 +31,7 @@ constexpr char kExamples[] =
     "  ipodsim --fault lost@04:0018#2           the second answer to 18 is lost\n"
     "  ipodsim --fault random=1                 one answer in a hundred goes wrong\n"
     "  ipodsim --interactive                    unplug it, skip, ... by typing\n"
+    "  ipodsim --control /tmp/ipod.control      the same for programs, over a socket\n"
     "  ipodsim --device /dev/ttyUSB0 --serial   for an accessory at a serial cable\n"
     "  ipodsim --listen 5000                    for IPD1:=tcp:127.0.0.1:5000\n"
     "  ipodsim --record ipod.trace              every byte in a file, for iaptrace\n"
@@ -63,6 +65,7 @@ struct RawOptions {
   std::string limits;
   std::vector<std::string> settings;
   std::string listen;
+  bool helpControl = false;
   bool helpFaults = false;
   bool helpPersonalities = false;
 };
@@ -204,13 +207,17 @@ void describeModel(CLI::App& app, Options& options, RawOptions& raw) {
 }
 
 void describeOutput(CLI::App& app, Options& options, RawOptions& raw) {
-  app.add_option("--screen", options.screen, "Write the screen there when an image was uploaded")
+  app.add_option("--screen", options.screen, "Write the screen there when it changes")
       ->type_name("FILE.png");
+  app.add_option("--font", options.font, "The font of the screen's texts")->type_name("FILE");
   app.add_option("--record", options.record, "Write every byte to a trace file, for iaptrace")
       ->type_name("FILE");
   app.add_flag("--trace", options.trace, "Show every message, and bytes that form none");
   app.add_flag("--quiet", options.quiet, "Print only that the iPod is ready, and what fails");
   app.add_flag("--interactive", options.interactive, "Take commands on standard input; try help");
+  app.add_option("--control", options.control, "Let programs control it; see --help-control")
+      ->type_name("SOCKET");
+  app.add_flag("--help-control", raw.helpControl, "What programs can say to it over the socket");
   app.add_flag("--help-faults", raw.helpFaults, "What can go wrong, and how to write it");
   app.add_flag("--help-personalities", raw.helpPersonalities, "The models and their switches");
 }
@@ -255,7 +262,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
   if (!parse(app, argc, argv)) return std::nullopt;
   if (raw.helpFaults) std::cout << kFaultUsage << faultHelp();
   if (raw.helpPersonalities) std::cout << personalitiesHelp();
-  if (raw.helpFaults || raw.helpPersonalities) return std::nullopt;
+  if (raw.helpControl) std::cout << controlHelp();
+  if (raw.helpFaults || raw.helpPersonalities || raw.helpControl) return std::nullopt;
   if (!raw.listen.empty()) setListen(options, raw.listen);
   checkSpeed(options.baud);
   options.personality = makePersonality(raw);

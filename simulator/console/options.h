@@ -21,7 +21,9 @@ struct Options {
   std::filesystem::path music;    ///< a folder; empty: none given
   std::filesystem::path library;  ///< a JSON file; empty: none given
   std::optional<size_t> tracks;
-  std::filesystem::path screen;  ///< a PNG file; empty: none wanted
+  std::filesystem::path screen;   ///< a PNG file; empty: none wanted
+  std::string font;               ///< a file for the screen's texts; empty: one of the system
+  std::filesystem::path control;  ///< a Unix socket; empty: none wanted
   Personality personality;
   std::vector<std::string> faults;  ///< already checked
   uint32_t seed = 1;

@@ -110,25 +110,45 @@ void SimulatedIpod::advance(Time now) {
 
 void SimulatedIpod::pressPlay(Time now) {
   advance(now);
+  isMenuOpen = false;
   state.startPlaying();
   settle();
 }
 
 void SimulatedIpod::pressPause(Time now) {
   advance(now);
+  isMenuOpen = false;
   state.player.pause(now);
   settle();
 }
 
 void SimulatedIpod::pressNext(Time now) {
   advance(now);
+  isMenuOpen = false;
   state.player.next(now);
   settle();
 }
 
 void SimulatedIpod::pressPrevious(Time now) {
   advance(now);
+  isMenuOpen = false;
   state.player.previous(now);
+  settle();
+}
+
+void SimulatedIpod::pressMenu(Time now) {
+  advance(now);
+  isMenuOpen = true;
+}
+
+void SimulatedIpod::pressSelect(Time now) {
+  advance(now);
+  isMenuOpen = false;
+}
+
+void SimulatedIpod::moveTo(Time now, Time position) {
+  advance(now);
+  state.player.moveTo(position, now);
   settle();
 }
 

@@ -67,6 +67,12 @@ class SimulatedIpod {
   void pressPause(Time now);
   void pressNext(Time now);
   void pressPrevious(Time now);
+  /// Shows the menu on the screen while music plays, until another button is pressed.
+  void pressMenu(Time now);
+  /// Leaves the menu that pressMenu() has shown.
+  void pressSelect(Time now);
+  /// Moves to a position of the track that plays or is paused.
+  void moveTo(Time now, Time position);
   /// Sends this sample rate in Hz to the accessory, whatever plays.
   void announceSampleRate(Time now, uint32_t rate);
   /// Notifies the accessory of the position, also when it did not ask for it.
@@ -75,7 +81,11 @@ class SimulatedIpod {
   // Its state
   const Personality& personality() const { return state.personality; }
   const MusicLibrary& library() const { return state.catalogue.library(); }
+  /// Returns its name as the accessory reads it.
+  const std::string& name() const { return state.name(); }
+  const Catalogue& catalogue() const { return state.catalogue; }
   const Player& player() const { return state.player; }
+  bool showsMenu() const { return isMenuOpen; }
   const DisplayImage& display() const { return state.display; }
   FaultPlan& faults() { return state.faults; }
   const FaultPlan& faults() const { return state.faults; }
@@ -152,6 +162,7 @@ class SimulatedIpod {
   std::multimap<Time, Parcel> outbox;
   std::optional<Remainder> remainder;
   bool isSilent = false;
+  bool isMenuOpen = false;
   size_t receivedHere = 0;  ///< bytes, since the accessory connected
   size_t sentHere = 0;
   size_t imagesSeen = 0;

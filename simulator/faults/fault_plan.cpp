@@ -59,6 +59,14 @@ void FaultPlan::add(const Fault& fault) {
   rules.push_back(rule);
 }
 
+std::vector<Fault> FaultPlan::added() const {
+  std::vector<Fault> faults;
+  faults.reserve(rules.size());
+  for (const Rule& rule : rules)
+    faults.push_back(rule.fault);
+  return faults;
+}
+
 void FaultPlan::clear() {
   rules.clear();
   byChance = {};

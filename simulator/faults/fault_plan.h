@@ -61,6 +61,9 @@ class FaultPlan {
   void setStrikeHook(StrikeHook hook) { onStrike = std::move(hook); }
   void add(const Fault& fault);
   void strikeAtRandom(RandomFaults faults) { byChance = std::move(faults); }
+  /// Returns the faults that were added, in their order.
+  std::vector<Fault> added() const;
+  const RandomFaults& atRandom() const { return byChance; }
   /// Removes all faults. The counters keep their values.
   void clear();
 

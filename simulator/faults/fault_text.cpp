@@ -139,6 +139,15 @@ RandomFaults parseRandom(const std::string& values, const std::string& text) {
   return faults;
 }
 
+std::string randomText(const RandomFaults& faults) {
+  const uint32_t tenths = faults.perThousand % 10;
+  std::string text = "random=" + std::to_string(faults.perThousand / 10) +
+                     (tenths == 0 ? "" : "." + std::to_string(tenths));
+  for (size_t i = 0; i < faults.kinds.size(); ++i)
+    text += (i == 0 ? "/" : ",") + std::string(faultRow(faults.kinds[i]).name);
+  return text;
+}
+
 }  // namespace
 
 Fault parseFault(const std::string& text) {
@@ -167,6 +176,14 @@ void addFault(FaultPlan& plan, const std::string& text) {
 
 std::string faultText(const Fault& fault) {
   return faultRow(fault.kind).name + valueText(fault) + targetText(fault.target);
+}
+
+std::vector<std::string> faultTexts(const FaultPlan& plan) {
+  std::vector<std::string> texts;
+  for (const Fault& fault : plan.added())
+    texts.push_back(faultText(fault));
+  if (plan.atRandom().perThousand > 0) texts.push_back(randomText(plan.atRandom()));
+  return texts;
 }
 
 std::string faultHelp() {

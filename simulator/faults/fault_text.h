@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "faults/fault_plan.h"
 
@@ -22,6 +23,9 @@ Fault parseFault(const std::string& text);
 
 /// Returns a fault in the first form, for example "late=200@04:001A#3".
 std::string faultText(const Fault& fault);
+
+/// Returns the faults of a plan as addFault() accepts them.
+std::vector<std::string> faultTexts(const FaultPlan& plan);
 
 /// Returns a table of every kind of fault and how to write it, for a help text.
 std::string faultHelp();

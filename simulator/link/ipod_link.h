@@ -1,18 +1,11 @@
 #pragma once
 
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 
-#include "link/file_descriptor.h"
+#include "link/path_claim.h"
 
 namespace simulator {
-
-/// An error whose message says why there is no link, and what to do.
-class LinkError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 /// The symbolic link by which an accessory finds the iPod's pseudo-terminal. With an empty path
 /// there is no link, and the functions do nothing.

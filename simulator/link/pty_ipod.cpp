@@ -23,11 +23,11 @@ PtyIpod::PtyIpod(SimulatedIpod& device, FrameKind frames, std::filesystem::path 
 
 PtyIpod::PtyIpod(SimulatedIpod& device, FrameKind frames, PortMaker maker,
                  std::filesystem::path linkPath)
-    : ipod(device),
-      kind(frames),
+    : kind(frames),
       makePort(std::move(maker)),
       begin(std::chrono::steady_clock::now()),
       waker(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)),
+      ipod(&device),
       link(std::move(linkPath)) {
   if (!waker) throw std::system_error(errno, std::generic_category(), "cannot make an event");
 }
@@ -57,7 +57,7 @@ void PtyIpod::stop() {
   }
   if (thread.joinable()) thread.join();
   const std::lock_guard<std::mutex> lock(mutex);
-  ipod.unplug(now());
+  ipod->unplug(now());
   closePort();
   link.release();
 }
@@ -65,7 +65,7 @@ void PtyIpod::stop() {
 void PtyIpod::unplug() {
   std::unique_lock<std::mutex> lock(mutex);
   if (!port) return;
-  ipod.unplug(now());
+  ipod->unplug(now());
   pullAt = now();
   wake();
   changed.wait(lock, [this] { return !port || !isRunning; });
@@ -78,6 +78,19 @@ void PtyIpod::plug() {
   wake();
 }
 
+bool PtyIpod::replace(SimulatedIpod& other) {
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (port) return false;
+  ipod = &other;
+  wake();
+  return true;
+}
+
+void PtyIpod::setChangeHook(std::function<void()> hook) {
+  const std::lock_guard<std::mutex> lock(mutex);
+  onChange = std::move(hook);
+}
+
 std::string PtyIpod::slavePath() const {
   const std::lock_guard<std::mutex> lock(mutex);
   if (!link.path().empty()) return link.path().string();
@@ -86,7 +99,7 @@ std::string PtyIpod::slavePath() const {
 
 bool PtyIpod::waitUntil(const std::function<bool(const SimulatedIpod&)>& condition, Time limit) {
   std::unique_lock<std::mutex> lock(mutex);
-  return changed.wait_for(lock, limit, [&] { return condition(ipod); });
+  return changed.wait_for(lock, limit, [&] { return condition(*ipod); });
 }
 
 Time PtyIpod::now() const { return std::chrono::steady_clock::now() - begin; }
@@ -96,6 +109,7 @@ void PtyIpod::run() {
   while (!isStopping) {
     serve();
     changed.notify_all();
+    if (onChange) onChange();
     const int masterEvents = POLLIN | (unwritten.empty() ? 0 : POLLOUT);
     pollfd waits[] = {
         {waker.get(), POLLIN, 0},
@@ -135,7 +149,7 @@ void PtyIpod::changeAccessory() {
   observeOpen();
   if (!isAccessoryThere) receive(last);
   observeClose();
-  ipod.hangUp(now());
+  ipod->hangUp(now());
   unwritten.clear();
   port->dropUnread();
   if (!isAccessoryThere) return;
@@ -154,12 +168,12 @@ void PtyIpod::observeClose() {
 }
 
 void PtyIpod::receive() {
-  if (isAccessoryThere && ipod.plugged()) receive(port->read());
+  if (isAccessoryThere && ipod->plugged()) receive(port->read());
 }
 
 void PtyIpod::receive(const Bytes& bytes) {
   if (observer && !bytes.empty()) observer->onReceived(bytes);
-  ipod.receive(now(), bytes);
+  ipod->receive(now(), bytes);
 }
 
 /// Writes as many bytes as the port accepts now, and returns their number.
@@ -173,7 +187,7 @@ size_t PtyIpod::write(ByteView bytes) {
 /// too slowly.
 void PtyIpod::send() {
   flush();
-  for (const Bytes& bytes : ipod.takeOutput(now())) {
+  for (const Bytes& bytes : ipod->takeOutput(now())) {
     if (!port || !isAccessoryThere) continue;
     const size_t written = unwritten.empty() ? write(bytes) : 0;
     unwritten.insert(unwritten.end(), bytes.begin() + static_cast<std::ptrdiff_t>(written),
@@ -188,12 +202,12 @@ void PtyIpod::flush() {
 }
 
 void PtyIpod::pullWhenDue() {
-  if (!ipod.plugged() && !pullAt) pullAt = now() + kPullDelay;
+  if (!ipod->plugged() && !pullAt) pullAt = now() + kPullDelay;
   if (pullAt && *pullAt <= now()) closePort();
 }
 
 int PtyIpod::waitLimitMs() const {
-  std::optional<Time> next = ipod.nextWake();
+  std::optional<Time> next = ipod->nextWake();
   if (pullAt && (!next || *pullAt < *next)) next = pullAt;
   if (!next) return -1;
   const Time left = std::max(*next - now(), Time(0));
@@ -215,7 +229,7 @@ void PtyIpod::openPort() {
     throw;
   }
   if (observer) observer->onPlugged();
-  ipod.plugIn(now(), kind);
+  ipod->plugIn(now(), kind);
 }
 
 void PtyIpod::closePort() {

@@ -51,6 +51,10 @@ class PtyIpod {
   /// is plugged in. Throws like start().
   void plug();
 
+  /// Replaces the iPod by another one, which must outlive this, while the cable is pulled. Returns
+  /// false and does nothing when it is plugged in. The old iPod is not used any more.
+  bool replace(SimulatedIpod& other);
+
   /// Returns the path of the iPod for the accessory: the link, or the port when there is no link.
   /// Empty when the cable is pulled and there is no link.
   std::string slavePath() const;
@@ -60,13 +64,29 @@ class PtyIpod {
   auto access(Look look) {
     const std::lock_guard<std::mutex> lock(mutex);
     const Rouse rouse{*this};
-    return look(ipod);
+    return look(*ipod);
   }
   /// Does the same for an action that needs the time, like a press on a button.
   template <typename Act>
   auto act(Act what) {
     return access([&](SimulatedIpod& device) { return what(device, now()); });
   }
+  /// The cable, as inspect() sees it.
+  struct Cable {
+    bool isPlugged = false;
+    bool hasAccessory = false;  ///< an accessory has its end open
+    Time now{0};                ///< the iPod's time
+  };
+  /// Calls `look` with the iPod and its cable, and does not wake the thread.
+  template <typename Look>
+  auto inspect(Look look) const {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return look(static_cast<const SimulatedIpod&>(*ipod),
+                Cable{port != nullptr, isAccessoryThere, now()});
+  }
+  /// Sets a function that the thread calls when something may have changed. It is called while the
+  /// iPod is locked, and must not block.
+  void setChangeHook(std::function<void()> hook);
   /// Waits until `condition` is true for the iPod, at most `limit`. Returns false when the time is
   /// over first.
   bool waitUntil(const std::function<bool(const SimulatedIpod&)>& condition, Time limit);
@@ -98,7 +118,6 @@ class PtyIpod {
   void openPort();
   void closePort();
 
-  SimulatedIpod& ipod;
   const FrameKind kind;
   const PortMaker makePort;
   const std::chrono::steady_clock::time_point begin;
@@ -106,7 +125,9 @@ class PtyIpod {
   FileDescriptor waker;  ///< an event counter that ends the thread's poll
 
   mutable std::mutex mutex;  ///< guards everything below, and the iPod
+  SimulatedIpod* ipod;       ///< never null
   std::condition_variable changed;
+  std::function<void()> onChange;
   IpodLink link;               ///< claimed while the thread runs
   std::unique_ptr<Port> port;  ///< while the cable is plugged
   bool isAccessoryThere = false;

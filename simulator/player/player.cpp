@@ -86,6 +86,13 @@ void Player::endSeek(Time now) {
   seek = 0;
 }
 
+void Player::moveTo(Time position, Time now) {
+  advance(now);
+  if (playState == PlayState::kStopped) return;
+  settledPosition = std::clamp(position, Time(0), duration());
+  advance(now);
+}
+
 void Player::goTo(uint32_t index, Time now) {
   advance(now);
   startTrack(index, now);

@@ -48,6 +48,9 @@ class Player {
   void previous(Time now);
   void startSeek(SeekDirection direction, Time now);
   void endSeek(Time now);
+  /// Moves within the track that plays or is paused, at most to its end. Does nothing when the
+  /// player is stopped.
+  void moveTo(Time position, Time now);
   /// The index must be below list().size().
   void goTo(uint32_t index, Time now);
   void setShuffle(Shuffle mode);

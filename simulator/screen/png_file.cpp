@@ -24,6 +24,17 @@ fs::path unfinishedOf(const fs::path& file) {
   return unfinished;
 }
 
+png_image descriptionOf(const Picture& picture) {
+  static_assert(sizeof(Colour) == 3, "a picture's pixels are the bytes that libpng reads");
+  png_image image;
+  std::memset(&image, 0, sizeof image);
+  image.version = PNG_IMAGE_VERSION;
+  image.width = picture.width;
+  image.height = picture.height;
+  image.format = PNG_FORMAT_RGB;
+  return image;
+}
+
 }  // namespace
 
 void requirePlaceForPng(const fs::path& file) {
@@ -37,15 +48,20 @@ void requirePlaceForPng(const fs::path& file) {
   fs::remove(unfinished, ignored);
 }
 
-void writePng(const Picture& picture, const fs::path& file) {
-  png_image image;
-  std::memset(&image, 0, sizeof image);
-  image.version = PNG_IMAGE_VERSION;
-  image.width = picture.width;
-  image.height = picture.height;
-  image.format = PNG_FORMAT_RGB;
-  static_assert(sizeof(Colour) == 3, "a picture's pixels are the bytes that libpng reads");
+Bytes encodePng(const Picture& picture) {
+  png_image image = descriptionOf(picture);
+  png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
+  Bytes bytes(size);
+  if (png_image_write_to_memory(&image, bytes.data(), &size, 0, picture.pixels.data(), 0,
+                                nullptr) == 0) {
+    throw std::runtime_error(image.message);
+  }
+  bytes.resize(size);
+  return bytes;
+}
 
+void writePng(const Picture& picture, const fs::path& file) {
+  png_image image = descriptionOf(picture);
   const fs::path unfinished = unfinishedOf(file);
   if (png_image_write_to_file(&image, unfinished.c_str(), 0, picture.pixels.data(), 0, nullptr) ==
       0) {

@@ -89,7 +89,7 @@ std::string commandText(const Field& field, const Message& message) {
 
 std::string wireText(const Field& field) {
   const std::string text = textOf(field);
-  const std::string shown = quoted(text);
+  const std::string shown = simulator::quoted(text);
   if (text.size() == field.bytes.size()) return shown + " (no final 00)";
   const size_t beyond = field.bytes.size() - text.size() - 1;
   return beyond == 0 ? shown : shown + " (" + std::to_string(beyond) + " more bytes)";

@@ -12,6 +12,7 @@
 
 #include "screen/display_image.h"
 #include "support/bitmap_file.h"
+#include "support/eventually.h"
 #include "support/known_music.h"
 #include "support/program.h"
 #include "support/session_ipod.h"
@@ -152,15 +153,22 @@ class PluggedSimulator {
 };
 
 // The screen has 320 x 240 pixels: the logo of 240 x 120 is 40 from the left and 60 from the top.
-TEST(HeadUnit, LeavesItsLogoOnTheSimulatorsScreen) {
+TEST(HeadUnit, ShowsItsLogoOnTheSimulatorsScreenWhileItIsConnected) {
   PluggedSimulator ipod({"--screen", "screen.png"});
   ipod.folder.putLogo();
+  const BitmapFile logo(contentOf(headUnitLogo()));
+  const auto differences = [&] {
+    return differentPixels(logo, readPng(ipod.folder / "screen.png"), 40, 60);
+  };
   Program headUnit(HEADUNIT_PROGRAM, {});
-  expectSteps(headUnit);
+  ASSERT_TRUE(headUnit.readUntil("   connected"));
   const Picture screen = readPng(ipod.folder / "screen.png");
   ASSERT_EQ(screen.width, 320);
   ASSERT_EQ(screen.height, 240);
-  EXPECT_EQ(differentPixels(BitmapFile(contentOf(headUnitLogo())), screen, 40, 60), 0);
+  EXPECT_EQ(differences(), 0);
+  ASSERT_TRUE(headUnit.readUntil("---- 12. Disconnect", kLimit));
+  EXPECT_EQ(headUnit.waitForEnd(), 0);
+  EXPECT_TRUE(eventually([&] { return differences() != 0; }));
 }
 
 TEST(HeadUnit, RunsAWholeSessionWithAnIpodThatAcknowledgesTheConnectionTwice) {

@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <set>
+#include <thread>
 
+#include "support/eventually.h"
 #include "support/hex.h"
 #include "support/host_end.h"
 #include "support/program.h"
@@ -178,6 +182,61 @@ TEST_F(IpodsimTest, WritesTheScreenWhenAnImageWasUploaded) {
   char signature[4] = {};
   file.read(signature, sizeof signature);
   EXPECT_EQ(std::string(signature, 4), "\x89PNG");
+}
+
+TEST_F(IpodsimTest, ScreenFileFollowsTheScreenWithoutALine) {
+  const fs::path screen = folder / "screen.png";
+  auto program = runReady({"--screen", screen.string(), "--interactive"});
+  program->type("play");
+  EXPECT_TRUE(session::eventually([&] { return fs::exists(screen); }));
+  program->type("pause");
+  program->type("status");
+  EXPECT_EQ(program->readLine(), "plugged in") << "no line for it";
+  const auto first = fs::last_write_time(screen);
+  program->type("next");
+  EXPECT_TRUE(session::eventually([&] { return fs::last_write_time(screen) != first; }));
+}
+
+TEST_F(IpodsimTest, ScreenFileIsWrittenAtMostFourTimesASecond) {
+  const fs::path screen = folder / "screen.png";
+  auto program = runReady({"--screen", screen.string(), "--interactive", "--quiet"});
+  const auto begin = std::chrono::steady_clock::now();
+  std::set<fs::file_time_type> times;
+  while (std::chrono::steady_clock::now() < begin + milliseconds(900)) {
+    program->type(times.size() % 2 == 0 ? "play" : "pause");
+    program->type("next");
+    std::this_thread::sleep_for(milliseconds(5));
+    if (fs::exists(screen)) times.insert(fs::last_write_time(screen));
+  }
+  EXPECT_GE(times.size(), 1u);
+  EXPECT_LE(times.size(), 4u);
+}
+
+TEST_F(IpodsimTest, MissingFontIsReportedOnceAndTheScreenIsWritten) {
+  const fs::path screen = folder / "screen.png";
+  auto program = runReady(
+      {"--screen", screen.string(), "--font", (folder / "none.ttf").string(), "--interactive"});
+  program->type("play");
+  EXPECT_TRUE(session::eventually([&] { return fs::exists(screen); }));
+  EXPECT_EQ(program->errors(),
+            "ipodsim: the screen has no texts, because no font can be read; install "
+            "fonts-dejavu-core, or name a font with --font FILE.ttf\n");
+}
+
+TEST_F(IpodsimTest, ScreenThatCannotBeWrittenLaterIsReportedOnce) {
+  fs::create_directory(folder / "gone");
+  auto program = runReady({"--screen", (folder / "gone" / "screen.png").string(), "--interactive"});
+  fs::remove(folder / "gone");
+  program->type("play");
+  std::string errors;
+  EXPECT_TRUE(session::eventually([&] {
+    errors += program->errors();
+    return errors.find('\n') != std::string::npos;
+  }));
+  std::this_thread::sleep_for(milliseconds(1100));
+  errors += program->errors();
+  EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
+  EXPECT_EQ(errors.rfind("ipodsim: cannot write ", 0), 0u) << errors;
 }
 
 TEST_F(IpodsimTest, PlaysAMusicLibraryOfTheUsers) {
@@ -357,7 +416,7 @@ TEST_F(IpodsimTest, QuitOrTheEndOfInputEndsIt) {
 }
 
 TEST_F(IpodsimTest, HelpExplainsItself) {
-  for (const char* option : {"--help", "--help-faults", "--help-personalities"}) {
+  for (const char* option : {"--help", "--help-control", "--help-faults", "--help-personalities"}) {
     auto program = run({option});
     EXPECT_TRUE(program->readUntil("--")) << option;
     EXPECT_EQ(program->waitForEnd(), 0) << option;
@@ -367,7 +426,7 @@ TEST_F(IpodsimTest, HelpExplainsItself) {
 
 /// A terminal of 80 columns breaks longer lines inside words.
 TEST_F(IpodsimTest, HelpFitsATerminal) {
-  for (const char* option : {"--help", "--help-faults", "--help-personalities"}) {
+  for (const char* option : {"--help", "--help-control", "--help-faults", "--help-personalities"}) {
     auto program = run({option});
     for (auto line = program->readLine(); line; line = program->readLine())
       EXPECT_LE(line->size(), 80u) << *line;

@@ -56,6 +56,39 @@ TEST_F(PlayerTest, PauseKeepsThePosition) {
   EXPECT_EQ(player.position(seconds(61)), seconds(5));
 }
 
+TEST_F(PlayerTest, MovesWithinTheTrack) {
+  player.play(kAnna, 1, seconds(0));
+  player.takeChanges();
+  player.moveTo(seconds(15), seconds(4));
+  EXPECT_EQ(player.position(seconds(6)), seconds(17));
+  player.moveTo(seconds(-1), seconds(7));
+  EXPECT_EQ(player.position(seconds(8)), seconds(1));
+  EXPECT_FALSE(player.takeChanges().track);
+}
+
+TEST_F(PlayerTest, MovesWithinAPausedTrack) {
+  player.play(kAnna, 1, seconds(0));
+  player.pause(seconds(1));
+  player.moveTo(seconds(15), seconds(4));
+  EXPECT_EQ(player.position(seconds(90)), seconds(15));
+  player.moveTo(seconds(21), seconds(91));
+  EXPECT_EQ(player.position(seconds(92)), seconds(20));
+  EXPECT_EQ(index(), 1) << "a paused track does not end";
+}
+
+TEST_F(PlayerTest, MovingToTheEndStartsTheNextTrack) {
+  player.play(kAnna, 0, seconds(0));
+  player.moveTo(seconds(10), seconds(4));
+  EXPECT_EQ(index(), 1);
+  EXPECT_EQ(player.position(seconds(5)), seconds(1));
+}
+
+TEST_F(PlayerTest, StoppedPlayerDoesNotMove) {
+  player.moveTo(seconds(3), seconds(1));
+  EXPECT_EQ(player.state(), PlayState::kStopped);
+  EXPECT_EQ(player.position(seconds(2)), Time(0));
+}
+
 TEST_F(PlayerTest, NextTrackFollowsAtTheEnd) {
   player.play(kAnna, 0, seconds(0));
   player.takeChanges();

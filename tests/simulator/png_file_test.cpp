@@ -5,7 +5,9 @@
 
 #include <cstring>
 #include <fstream>
+#include <iterator>
 
+#include "control/base64.h"
 #include "support/temporary_folder.h"
 
 namespace simulator {
@@ -40,6 +42,21 @@ TEST_F(PngFileTest, ContainsThePicture) {
   EXPECT_EQ(read.height, 1);
   EXPECT_EQ(read.at(0, 0), (Colour{255, 0, 0}));
   EXPECT_EQ(read.at(1, 0), (Colour{0, 128, 255}));
+}
+
+TEST_F(PngFileTest, BytesAreThoseOfTheFile) {
+  writePng(kTwoPixels, file);
+  std::ifstream written(file, std::ios::binary);
+  const Bytes bytes{std::istreambuf_iterator<char>(written), {}};
+  EXPECT_EQ(encodePng(kTwoPixels), bytes);
+}
+
+TEST(Base64, HasThePaddingOfEachLength) {
+  EXPECT_EQ(base64({}), "");
+  EXPECT_EQ(base64(Bytes{0x4D}), "TQ==");
+  EXPECT_EQ(base64(Bytes{0x4D, 0x61}), "TWE=");
+  EXPECT_EQ(base64(Bytes{0x4D, 0x61, 0x6E}), "TWFu");
+  EXPECT_EQ(base64(Bytes{0xFF, 0xEF, 0xBE, 0x00}), "/+++AA==");
 }
 
 TEST_F(PngFileTest, ReplacesAnOlderFileAndLeavesNoOther) {
