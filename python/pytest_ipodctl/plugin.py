@@ -56,7 +56,11 @@ def ipod_simulator(request: pytest.FixtureRequest, tmp_path: pathlib.Path,
         yield simulator
     finally:
         _leave_the_ipod()
+        status = simulator.exit_status
         simulator.close()
+    if status is not None:
+        pytest.fail(f"ipodsim ended during the test with the status {status}, so the test says "
+                    f"nothing about the head unit: see {simulator.log}", pytrace=False)
 
 
 @pytest.fixture

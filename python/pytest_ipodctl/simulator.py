@@ -139,6 +139,11 @@ class Simulator:
             self._process.communicate()
 
     @property
+    def exit_status(self) -> typing.Optional[int]:
+        """The status with which ipodsim has ended, the negative signal that ended it, or None."""
+        return self._process.poll()
+
+    @property
     def devices(self) -> str:
         """The value of IPODCTL_DEVICES with which the library finds this iPod."""
         return f"IPD1:={'serial:' if self._serial else ''}{self.link}{'@57600' if self._serial else ''}"
@@ -155,7 +160,7 @@ class Simulator:
         except OSError as error:
             raise SimulatorError(f"ipodsim did not answer {verb} ({error}): see {self.log}") from None
         if not line:
-            raise SimulatorError(f"ipodsim has ended: see {self.log}")
+            raise SimulatorError(f"ipodsim has closed its socket: see {self.log}")
         answer: Status = json.loads(line)
         if not answer["ok"]:
             raise SimulatorError(f"{verb}: {answer['error']['message']}")

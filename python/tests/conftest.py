@@ -11,7 +11,7 @@ pytest_plugins = [*_PLUGINS, "pytester"]
 
 
 @pytest.fixture
-def other_project(pytester):
+def other_project(pytester, monkeypatch):
     """The folder of another project's tests."""
-    pytester.plugins = list(_PLUGINS)
+    monkeypatch.setenv("PYTEST_ADDOPTS", " ".join(f"-p {plugin}" for plugin in _PLUGINS))
     return pytester

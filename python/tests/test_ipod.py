@@ -60,13 +60,21 @@ def test_the_person_with_the_ipod_presses_next(ipod):
         assert device.track_info().title == "Sea"
 
 
-def test_no_ipod_is_an_error_and_nothing_stays_open(ipod):
+def test_no_ipod_is_an_error_that_does_not_last(ipod):
     ipod.unplug()
     with pytest.raises(ipodctl.NoIpod, match="Check the cable"):
         connected().connect()
     ipod.plug()
     with connected() as device:
         assert device.is_connected
+
+
+@pytest.mark.ipod(faults=["lost@*:*"])
+def test_a_silent_ipod_is_left_after_the_last_attempt(ipod):
+    with pytest.raises(ipodctl.NoIpod):
+        ipodctl.Ipod(attempts=1).connect()
+    assert ipod.status()["messages"]["received"] > 0
+    ipod.wait_until(accessory=False)
 
 
 def test_without_a_connection_methods_say_so(ipod):

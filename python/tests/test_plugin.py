@@ -121,8 +121,17 @@ def test_a_long_path_is_no_obstacle(tmp_path):
         running.status()
 
 
-def test_an_ended_ipodsim_is_reported(ipod):
-    ipod._process.terminate()
-    ipod._process.wait(timeout=10)
-    with pytest.raises(SimulatorError, match="has ended|did not answer"):
-        ipod.status()
+def test_an_ended_ipodsim_is_reported(other_project):
+    other_project.makepyfile("""
+        import pytest
+        from pytest_ipodctl import SimulatorError
+
+        def test_it(ipod):
+            ipod._process.kill()
+            ipod._process.wait(timeout=10)
+            with pytest.raises(SimulatorError, match="has closed its socket|did not answer"):
+                ipod.status()
+    """)
+    result = other_project.runpytest_inprocess()
+    result.assert_outcomes(passed=1, errors=1)
+    result.stdout.fnmatch_lines(["ipodsim ended during the test with the status -9, *"])
