@@ -37,11 +37,19 @@ install(EXPORT ipodctl_targets NAMESPACE ipodctl:: FILE ipodctlTargets.cmake
         DESTINATION ${package_files} COMPONENT development)
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/ipodctlConfig.cmake.in
                               ${PROJECT_BINARY_DIR}/ipodctlConfig.cmake
-                              INSTALL_DESTINATION ${package_files})
+                              INSTALL_DESTINATION ${package_files}
+                              PATH_VARS CMAKE_INSTALL_BINDIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/ipodctlConfigVersion.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/ipodctlConfig.cmake
               ${PROJECT_BINARY_DIR}/ipodctlConfigVersion.cmake
+        DESTINATION ${package_files} COMPONENT development)
+
+# ipodctl_add_ipod_test, also for a project that adds this one as a subdirectory.
+include(${CMAKE_CURRENT_LIST_DIR}/ipodctlTest.cmake)
+install(FILES ${CMAKE_CURRENT_LIST_DIR}/ipodctlTest.cmake
+        DESTINATION ${package_files} COMPONENT development)
+install(PROGRAMS ${CMAKE_CURRENT_LIST_DIR}/run-ipod-test
         DESTINATION ${package_files} COMPONENT development)
 
 # pkg-config finds the prefix from the place of its file, so that it can be moved.
