@@ -117,8 +117,8 @@ class TraceFileWriter::Queue {
     if (isFirst) changed.notify_one();
   }
 
-  /// The writing thread. It closes the file before it tells its end, so that whoever waits for the
-  /// end can record to the same file at once.
+  /// The writing thread. It closes the file before finish() returns, so that the file can be
+  /// recorded to again at once.
   void run() {
     auto lock = take();
     while (!isOver || !pending.empty()) {

@@ -171,7 +171,7 @@ TEST_F(LinkThreads, FlushWhileAnotherThreadWaitsWithoutLimit) {
 TEST_F(LinkThreads, WaitWithoutLimitUntilTheReaderIsStopped) {
   ASSERT_TRUE(link.start());
   std::atomic<int> returned{0};
-  // An emulator has threads of its own, which wait now and then.
+  // An emulator has other threads, which wait now and then.
   std::array<std::atomic<pid_t>, 3> waiting{};
   std::atomic<size_t> begun{0};
   const auto areAllWaiting = [&] {
