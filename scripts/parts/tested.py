@@ -16,7 +16,7 @@ def git(*arguments):
 
 
 def tree():
-    """The hash of the committed tree; None when there are changes beside it."""
+    """The hash of the committed tree; None when files differ from it."""
     return None if git("status", "--porcelain") else git("rev-parse", "HEAD^{tree}")
 
 
