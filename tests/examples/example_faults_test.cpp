@@ -13,17 +13,17 @@
 #include <iostream>
 
 #include "examples/example_run.h"
-#include "headunit/misbehaviour.h"
 #include "support/host_folder.h"
 #include "support/last_words.h"
+#include "support/misbehaviour.h"
 #include "support/replay.h"
 #include "support/slice.h"
 
 namespace example_test {
 namespace {
 
-using headunit_test::Group;
-using headunit_test::Misbehaviour;
+using program_run::Group;
+using program_run::Misbehaviour;
 using std::chrono::seconds;
 using virtual_session::isReplay;
 using virtual_session::isWanted;
@@ -146,7 +146,7 @@ class ExampleWithFaults : public testing::TestWithParam<Example> {
     const Outcome whole = run(runOf(model, nullptr));
     printRow(GetParam().name + (":" + model), whole);
     ASSERT_EQ(whole.status, 0) << whole.failure;
-    const std::vector<Group> groups = headunit_test::misbehavioursOf(whole);
+    const std::vector<Group> groups = program_run::misbehavioursOf(whole);
     for (std::size_t i = 0; i < groups.size(); i += triesAll() ? 1 : kSliceThinning)
       tryGroup(model, groups[i]);
   }

@@ -9,7 +9,7 @@
 #include <regex>
 #include <sstream>
 
-#include "headunit/captured_output.h"
+#include "support/captured_output.h"
 
 extern "C" {
 /// The linker renames the programs' calls and the functions of the C library.
@@ -23,7 +23,7 @@ int __wrap_thrd_sleep(const timespec* duration, timespec* rest);
 namespace example_test {
 namespace {
 
-using headunit_test::CapturedOutput;
+using program_run::CapturedOutput;
 using simulator::SimulatedIpod;
 using virtual_platform::Direction;
 using virtual_platform::VirtualIpod;

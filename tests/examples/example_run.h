@@ -4,14 +4,15 @@
 #include <string>
 #include <vector>
 
-#include "headunit/trial.h"
+#include "music/built_in_library.h"
+#include "support/program_outcome.h"
 #include "virtual/virtual_world.h"
 
 /// Runs of the examples on the deterministic platform.
 namespace example_test {
 
-using headunit_test::Disturb;
-using headunit_test::Outcome;
+using program_run::Disturb;
+using program_run::Outcome;
 using virtual_platform::Time;
 
 /// Called as the program's main function.

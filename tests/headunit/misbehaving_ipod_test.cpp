@@ -11,16 +11,18 @@
 #include <iomanip>
 #include <iostream>
 
-#include "headunit/misbehaviour.h"
 #include "headunit/trial.h"
 #include "headunit/verdict.h"
 #include "support/host_folder.h"
 #include "support/last_words.h"
+#include "support/misbehaviour.h"
 #include "support/replay.h"
 #include "support/slice.h"
 
 namespace headunit_test {
 namespace {
+
+using program_run::Group;
 
 using virtual_session::isReplay;
 using virtual_session::isWanted;

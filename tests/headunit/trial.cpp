@@ -6,9 +6,9 @@
 
 #include <sstream>
 
-#include "headunit/captured_output.h"
 #include "pause.h"
 #include "session.h"
+#include "support/captured_output.h"
 #include "virtual/virtual_world.h"
 
 extern "C" {
@@ -21,6 +21,8 @@ int __wrap_IpodDisconnect(void);
 
 namespace headunit_test {
 namespace {
+
+using program_run::CapturedOutput;
 
 using simulator::SimulatedIpod;
 using virtual_platform::Direction;

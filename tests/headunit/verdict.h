@@ -2,10 +2,12 @@
 
 #include <string>
 
-#include "headunit/misbehaviour.h"
 #include "headunit/trial.h"
+#include "support/misbehaviour.h"
 
 namespace headunit_test {
+
+using program_run::Misbehaviour;
 
 /// Returns the last sentence of the program; that of the head unit is the one before it
 /// disconnects.

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "headunit/trial.h"
+#include "support/program_outcome.h"
 
-namespace headunit_test {
+namespace program_run {
 
 /// One fault of a run.
 struct Misbehaviour {
@@ -24,4 +24,4 @@ using Group = std::vector<Misbehaviour>;
 /// time, and pulled cables at places all over the run.
 std::vector<Group> misbehavioursOf(const Outcome& whole);
 
-}  // namespace headunit_test
+}  // namespace program_run

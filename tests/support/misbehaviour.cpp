@@ -1,4 +1,4 @@
-#include "headunit/misbehaviour.h"
+#include "support/misbehaviour.h"
 
 #include <algorithm>
 #include <chrono>
@@ -10,7 +10,7 @@
 #include "faults/fault_table.h"
 #include "faults/fault_text.h"
 
-namespace headunit_test {
+namespace program_run {
 namespace {
 
 using simulator::FaultRow;
@@ -152,4 +152,4 @@ std::vector<Group> misbehavioursOf(const Outcome& whole) {
   return groups;
 }
 
-}  // namespace headunit_test
+}  // namespace program_run

@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace headunit_test {
+namespace program_run {
 
 /// Collects what the process prints on standard output during its lifetime.
 class CapturedOutput {
@@ -39,4 +39,4 @@ class CapturedOutput {
   const int file;
 };
 
-}  // namespace headunit_test
+}  // namespace program_run
