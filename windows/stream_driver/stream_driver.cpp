@@ -2,9 +2,11 @@
 
 #include <windows.h>
 
+#include <cstdio>
 #include <cwchar>
 
 #include "import_table.h"
+#include "tcp_device.h"
 
 namespace {
 
@@ -15,6 +17,7 @@ constexpr DWORD kLongestReadMilliseconds = 100;
 
 constexpr DWORD kLongestVariable = 1024;
 constexpr wchar_t kVariable[] = L"IPODCTL_DEVICES";
+constexpr wchar_t kTcp[] = L"tcp:";
 
 /// Returns the port of "name=port" between the commas of the variable; null when there is none.
 const wchar_t* portOf(const wchar_t* name, wchar_t* devices) {
@@ -28,27 +31,61 @@ const wchar_t* portOf(const wchar_t* name, wchar_t* devices) {
   return nullptr;
 }
 
+/// Says why a device cannot be opened. The library only reports that there is no iPod.
+HANDLE refuse(LPCWSTR name, const wchar_t* why, const wchar_t* place, const wchar_t* advice) {
+  std::fwprintf(stderr, L"ipodctl: %ls %ls%ls; %ls\n", name, why, place, advice);
+  std::fflush(stderr);
+  SetLastError(ERROR_FILE_NOT_FOUND);
+  return INVALID_HANDLE_VALUE;
+}
+
+HANDLE openTcp(LPCWSTR name, const wchar_t* place) {
+  const HANDLE device = openTcpDevice(place);
+  if (device != INVALID_HANDLE_VALUE) return device;
+  return refuse(name, L"nothing answers at ", place,
+                L"start ipodsim there, or correct IPODCTL_DEVICES");
+}
+
+HANDLE openSerialPort(LPCWSTR name, const wchar_t* port, HANDLE device) {
+  COMMTIMEOUTS timeouts = {};
+  timeouts.ReadIntervalTimeout = kSilenceMilliseconds;
+  timeouts.ReadTotalTimeoutConstant = kLongestReadMilliseconds;
+  if (device != INVALID_HANDLE_VALUE && SetCommTimeouts(device, &timeouts)) return device;
+  if (device != INVALID_HANDLE_VALUE) CloseHandle(device);
+  return refuse(name, L"cannot be opened at ", port,
+                L"correct the serial port in IPODCTL_DEVICES, or end the program that uses it");
+}
+
+bool isDeviceName(LPCWSTR name) {
+  const size_t length = std::wcslen(name);
+  return length > 0 && name[length - 1] == L':';
+}
+
+/// Opens what the variable does not name: a driver of the system, or a file of the recorder.
+HANDLE openUnnamed(LPCWSTR name, HANDLE device) {
+  if (device != INVALID_HANDLE_VALUE || !isDeviceName(name)) return device;
+  return refuse(name, L"is not a device of this machine", L"",
+                L"start ipodsim, then set IPODCTL_DEVICES=IPD1:=tcp:127.0.0.1:5000");
+}
+
 HANDLE WINAPI openDevice(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
                          DWORD disposition, DWORD flags, HANDLE templateFile) {
   wchar_t devices[kLongestVariable] = {};
   GetEnvironmentVariableW(kVariable, devices, kLongestVariable);
   const wchar_t* const port = portOf(name, devices);
-  HANDLE device = CreateFileW(port != nullptr ? port : name, access, share, security, disposition,
-                              flags, templateFile);
-  if (port == nullptr || device == INVALID_HANDLE_VALUE) return device;
-  COMMTIMEOUTS timeouts = {};
-  timeouts.ReadIntervalTimeout = kSilenceMilliseconds;
-  timeouts.ReadTotalTimeoutConstant = kLongestReadMilliseconds;
-  if (SetCommTimeouts(device, &timeouts)) return device;
-  CloseHandle(device);
-  SetLastError(ERROR_FILE_NOT_FOUND);
-  return INVALID_HANDLE_VALUE;
+  if (port != nullptr && std::wcsncmp(port, kTcp, std::wcslen(kTcp)) == 0)
+    return openTcp(name, port + std::wcslen(kTcp));
+  const HANDLE device = CreateFileW(port != nullptr ? port : name, access, share, security,
+                                    disposition, flags, templateFile);
+  return port != nullptr ? openSerialPort(name, port, device) : openUnnamed(name, device);
 }
 
 /// Reads, and fails when the port no longer has settings. A serial port whose other end has closed
 /// is only silent, while the driver's device reports it.
 BOOL WINAPI readDevice(HANDLE device, LPVOID buffer, DWORD maximum, LPDWORD received,
                        LPOVERLAPPED overlapped) {
+  if (isTcpDevice(device))
+    return readTcpDevice(device, buffer, maximum, received, kLongestReadMilliseconds);
   if (!ReadFile(device, buffer, maximum, received, overlapped)) return FALSE;
   if (*received > 0 || GetFileType(device) != FILE_TYPE_CHAR) return TRUE;
   DCB settings = {};
@@ -56,15 +93,37 @@ BOOL WINAPI readDevice(HANDLE device, LPVOID buffer, DWORD maximum, LPDWORD rece
   return GetCommState(device, &settings);
 }
 
+BOOL WINAPI writeDevice(HANDLE device, LPCVOID bytes, DWORD count, LPDWORD written,
+                        LPOVERLAPPED overlapped) {
+  if (isTcpDevice(device)) return writeTcpDevice(device, bytes, count, written);
+  return WriteFile(device, bytes, count, written, overlapped);
+}
+
+BOOL WINAPI closeDevice(HANDLE device) {
+  return isTcpDevice(device) ? closeTcpDevice(device) : CloseHandle(device);
+}
+
+struct Replacement {
+  const char* name;
+  ULONG_PTR address;
+};
+
+const Replacement kReplacements[] = {
+    {"CreateFileW", reinterpret_cast<ULONG_PTR>(openDevice)},
+    {"ReadFile", reinterpret_cast<ULONG_PTR>(readDevice)},
+    {"WriteFile", reinterpret_cast<ULONG_PTR>(writeDevice)},
+    {"CloseHandle", reinterpret_cast<ULONG_PTR>(closeDevice)},
+};
+
 }  // namespace
 
 int streamDriverInstall() {
   const HMODULE recorder = GetModuleHandleW(L"ipodtrace.dll");
   const HMODULE library = recorder != nullptr ? recorder : GetModuleHandleW(L"ipodctl.dll");
   if (library == nullptr) return 0;
-  const bool opens = replaceImport(library, "CreateFileW", reinterpret_cast<ULONG_PTR>(openDevice));
-  const bool reads = replaceImport(library, "ReadFile", reinterpret_cast<ULONG_PTR>(readDevice));
-  return opens && reads ? 1 : 0;
+  for (const Replacement& one : kReplacements)
+    if (!replaceImport(library, one.name, one.address)) return 0;
+  return 1;
 }
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
