@@ -1,0 +1,33 @@
+// The entry point of a program, with the part of the C++ runtime that a program needs and the
+// library does not.
+#include "runtime/program.h"
+
+#include <windows.h>
+
+#include "runtime/static_objects.h"
+
+extern "C" {
+BOOL WINAPI TerminateProcess(HANDLE process, DWORD status);
+void WinMainCRTStartup(HINSTANCE program, HINSTANCE previous, WCHAR* commandLine, int show);
+}
+
+namespace {
+
+/// The handle by which a process of this system names itself.
+const HANDLE kThisProcess = reinterpret_cast<HANDLE>(0x42);
+
+}  // namespace
+
+void endProgram(int status) {
+  TerminateProcess(kThisProcess, static_cast<DWORD>(status));
+  for (;;)
+    Sleep(INFINITE);
+}
+
+/// The system's loader calls this on the program's first thread.
+void WinMainCRTStartup(HINSTANCE, HINSTANCE, WCHAR*, int) {
+  buildStaticObjects();
+  const int status = runProgram();
+  destroyStaticObjects();
+  endProgram(status);
+}
