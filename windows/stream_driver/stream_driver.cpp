@@ -18,6 +18,8 @@ constexpr DWORD kLongestReadMilliseconds = 100;
 constexpr DWORD kLongestVariable = 1024;
 constexpr wchar_t kVariable[] = L"IPODCTL_DEVICES";
 constexpr wchar_t kTcp[] = L"tcp:";
+constexpr wchar_t kDevice[] = L"IPD1:";
+constexpr wchar_t kUsualPlace[] = L"127.0.0.1:5000";
 
 /// Returns the port of "name=port" between the commas of the variable; null when there is none.
 const wchar_t* portOf(const wchar_t* name, wchar_t* devices) {
@@ -56,28 +58,31 @@ HANDLE openSerialPort(LPCWSTR name, const wchar_t* port, HANDLE device) {
                 L"correct the serial port in IPODCTL_DEVICES, or end the program that uses it");
 }
 
-bool isDeviceName(LPCWSTR name) {
-  const size_t length = std::wcslen(name);
-  return length > 0 && name[length - 1] == L':';
-}
-
-/// Opens what the variable does not name: a driver of the system, or a file of the recorder.
-HANDLE openUnnamed(LPCWSTR name, HANDLE device) {
-  if (device != INVALID_HANDLE_VALUE || !isDeviceName(name)) return device;
-  return refuse(name, L"is not a device of this machine", L"",
-                L"start ipodsim, then set IPODCTL_DEVICES=IPD1:=tcp:127.0.0.1:5000");
+/// Opens what no variable names: a driver of the system, else the place where ipodsim is without
+/// options. The recorder opens its files here, too.
+HANDLE openUnnamed(LPCWSTR name, bool hasVariable, HANDLE device) {
+  if (device != INVALID_HANDLE_VALUE || std::wcscmp(name, kDevice) != 0) return device;
+  if (hasVariable) {
+    return refuse(name, L"is not a device of this machine, and not in IPODCTL_DEVICES", L"",
+                  L"correct the variable");
+  }
+  const HANDLE usual = openTcpDevice(kUsualPlace);
+  if (usual != INVALID_HANDLE_VALUE) return usual;
+  return refuse(name, L"is not a device of this machine, and nothing answers at ", kUsualPlace,
+                L"start ipodsim, or set IPODCTL_DEVICES");
 }
 
 HANDLE WINAPI openDevice(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
                          DWORD disposition, DWORD flags, HANDLE templateFile) {
   wchar_t devices[kLongestVariable] = {};
-  GetEnvironmentVariableW(kVariable, devices, kLongestVariable);
+  const bool hasVariable = GetEnvironmentVariableW(kVariable, devices, kLongestVariable) > 0;
   const wchar_t* const port = portOf(name, devices);
   if (port != nullptr && std::wcsncmp(port, kTcp, std::wcslen(kTcp)) == 0)
     return openTcp(name, port + std::wcslen(kTcp));
   const HANDLE device = CreateFileW(port != nullptr ? port : name, access, share, security,
                                     disposition, flags, templateFile);
-  return port != nullptr ? openSerialPort(name, port, device) : openUnnamed(name, device);
+  return port != nullptr ? openSerialPort(name, port, device)
+                         : openUnnamed(name, hasVariable, device);
 }
 
 /// Reads, and fails when the port no longer has settings. A serial port whose other end has closed

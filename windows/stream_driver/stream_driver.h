@@ -5,6 +5,9 @@
  *     IPODCTL_DEVICES="IPD1:=tcp:127.0.0.1:5000"      an ipodsim on this machine
  *     IPODCTL_DEVICES="IPD1:=COM2"
  *
+ * Without the variable, IPD1: is the system's device of this name; if there is none, it is
+ * 127.0.0.1:5000, where ipodsim is without options.
+ *
  * The DLL replaces four functions that ipodctl.dll imports: CreateFileW, only for the names in the
  * variable, ReadFile, WriteFile and CloseHandle. Other names and handles are passed to the system.
  * A read of a serial port fails when its other end has closed; for the system such a port is only
