@@ -18,6 +18,7 @@ function(windows_dll target def_file)
             --dlltool ${CMAKE_DLLTOOL} --llvm-dlltool ${IPODCTL_LLVM_DLLTOOL}
             --machine ${IPODCTL_LLVM_MACHINE} $<TARGET_FILE:${target}> ${def_file}
             $<TARGET_LINKER_FILE:${target}> ${PROJECT_BINARY_DIR}/bin/${target}.lib
-    COMMAND ${CMAKE_STRIP} $<TARGET_FILE:${target}>
+    # The program writes the time of this variable into the DLL, else the current time.
+    COMMAND ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=946684800 ${CMAKE_STRIP} $<TARGET_FILE:${target}>
     VERBATIM)
 endfunction()

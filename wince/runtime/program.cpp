@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <cstdint>
+
 #include "runtime/static_objects.h"
 
 extern "C" {
@@ -14,12 +16,12 @@ void WinMainCRTStartup(HINSTANCE program, HINSTANCE previous, WCHAR* commandLine
 namespace {
 
 /// The handle by which a process of this system names itself.
-const HANDLE kThisProcess = reinterpret_cast<HANDLE>(0x42);
+constexpr uintptr_t kThisProcess = 0x42;
 
 }  // namespace
 
 void endProgram(int status) {
-  TerminateProcess(kThisProcess, static_cast<DWORD>(status));
+  TerminateProcess(reinterpret_cast<HANDLE>(kThisProcess), static_cast<DWORD>(status));
   for (;;)
     Sleep(INFINITE);
 }

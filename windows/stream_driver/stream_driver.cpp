@@ -42,7 +42,7 @@ HANDLE refuse(LPCWSTR name, const wchar_t* why, const wchar_t* place, const wcha
 }
 
 HANDLE openTcp(LPCWSTR name, const wchar_t* place) {
-  const HANDLE device = openTcpDevice(place);
+  HANDLE device = openTcpDevice(place);
   if (device != INVALID_HANDLE_VALUE) return device;
   return refuse(name, L"nothing answers at ", place,
                 L"start ipodsim there, or correct IPODCTL_DEVICES");
@@ -66,7 +66,7 @@ HANDLE openUnnamed(LPCWSTR name, bool hasVariable, HANDLE device) {
     return refuse(name, L"is not a device of this machine, and not in IPODCTL_DEVICES", L"",
                   L"correct the variable");
   }
-  const HANDLE usual = openTcpDevice(kUsualPlace);
+  HANDLE usual = openTcpDevice(kUsualPlace);
   if (usual != INVALID_HANDLE_VALUE) return usual;
   return refuse(name, L"is not a device of this machine, and nothing answers at ", kUsualPlace,
                 L"start ipodsim, or set IPODCTL_DEVICES");
@@ -79,8 +79,8 @@ HANDLE WINAPI openDevice(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATT
   const wchar_t* const port = portOf(name, devices);
   if (port != nullptr && std::wcsncmp(port, kTcp, std::wcslen(kTcp)) == 0)
     return openTcp(name, port + std::wcslen(kTcp));
-  const HANDLE device = CreateFileW(port != nullptr ? port : name, access, share, security,
-                                    disposition, flags, templateFile);
+  HANDLE device = CreateFileW(port != nullptr ? port : name, access, share, security, disposition,
+                              flags, templateFile);
   return port != nullptr ? openSerialPort(name, port, device)
                          : openUnnamed(name, hasVariable, device);
 }
