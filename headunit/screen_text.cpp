@@ -1,7 +1,5 @@
 #include "screen_text.h"
 
-#include <cstdio>
-
 namespace {
 
 constexpr unsigned short kPlayAllUnit = 0xFFFF;
@@ -32,7 +30,6 @@ std::string TextBuffer::text() const {
 
 std::string clockTime(int milliseconds) {
   const int seconds = milliseconds / 1000;
-  char text[32];
-  std::snprintf(text, sizeof(text), "%d:%02d", seconds / 60, seconds % 60);
-  return text;
+  const int rest = seconds % 60;
+  return std::to_string(seconds / 60) + (rest < 10 ? ":0" : ":") + std::to_string(rest);
 }

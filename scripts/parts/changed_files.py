@@ -13,7 +13,8 @@ BUILD_FILES = ("CMakeLists.txt", "CMakePresets.json", "scripts/make-test-music")
 NOT_BUILT = ("bench/arm/", "tests/mutants/", "tests/wince/", "tests/windows/", "cmake/toolchains/")
 LINTED = ("src/", "host/", "trace/", "simulator/", "tools/", "headunit/", "bench/")
 # The steps of scripts/test that alone check a folder.
-ONLY_STEPS = {"fuzz/": "fuzz", "wince/": "wince arm lint", "windows/": "windows lint", "python/": "python",
+ONLY_STEPS = {"fuzz/": "fuzz", "simulator/": "windows", "headunit/": "windows wince arm",
+              "wince/": "wince arm lint", "windows/": "windows lint", "python/": "python",
               "recorder/": "wince arm windows lint", "tests/wince/": "wince arm",
               "tests/windows/": "windows", "cmake/toolchains/": "windows wince arm"}
 

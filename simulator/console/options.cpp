@@ -1,14 +1,13 @@
 #include "console/options.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
-#include <cstdio>
 #include <iostream>
+#include <stdexcept>
 
+#include "console/command_line.h"
+#include "console/listen_place.h"
+#include "console/model_options.h"
 #include "control/control_help.h"
-#include "device/personality_file.h"
-#include "device/personality_settings.h"
-#include "faults/fault_text.h"
 #include "link/terminal_port.h"
 
 namespace simulator {
@@ -41,123 +40,23 @@ constexpr char kExamples[] =
     "Ctrl-C ends it. Exit status: 0 when it was ended, 1 when it could not run, 2 for\n"
     "a wrong command line.\n";
 
-constexpr char kFaultUsage[] =
-    "--fault KIND[=VALUE[/VALUE2]][@LINGO:COMMAND[#N]]\n"
-    "\n"
-    "LINGO and COMMAND are hexadecimal and name the request that is answered, or a\n"
-    "message that the iPod sends on its own; * is any. #N is the N-th answer only,\n"
-    "#N+ every one from the N-th on; without, it is every answer. Each record of a\n"
-    "listing is a separate answer, except for the faults of a whole listing.\n"
-    "\n"
-    "--fault random=PERCENT[/KIND,KIND...]\n"
-    "\n"
-    "Any answer, by chance; the same answers for the same --seed and requests.\n"
-    "\n"
-    "Each fault that strikes is a line of output, which starts with the fault as it\n"
-    "is written to strike the same answer again.\n"
-    "\n";
-
 /// The options as CLI11 stores them, before they are checked.
 struct RawOptions {
-  std::string preset = personalityNames().front();
-  std::string name;
-  std::string version;
-  std::string limits;
-  std::vector<std::string> settings;
+  ModelOptions model;
   std::string listen;
   bool helpControl = false;
-  bool helpFaults = false;
-  bool helpPersonalities = false;
 };
 
-/// Parses two numbers with one letter between them, like 320x240 or 1.14.
-bool parsePair(const std::string& text, char between, unsigned most, unsigned& first,
-               unsigned& second) {
-  char letter = 0;
-  char behind = 0;
-  const int found = std::sscanf(text.c_str(), "%5u%c%5u%c", &first, &letter, &second, &behind);
-  return found == 3 && letter == between && first <= most && second <= most;
-}
-
-void setVersion(Personality& personality, const std::string& text) {
-  unsigned major = 0;
-  unsigned minor = 0;
-  if (!parsePair(text, '.', 0xFF, major, minor)) {
-    throw std::invalid_argument("--ext-version " + text + ": write it like 1.14");
-  }
-  personality.lingoes[0x04] = {static_cast<uint8_t>(major), static_cast<uint8_t>(minor)};
-}
-
-void setLimits(Personality& personality, const std::string& text) {
-  unsigned width = 0;
-  unsigned height = 0;
-  if (!parsePair(text, 'x', 0xFFF, width, height)) {
-    throw std::invalid_argument("--image-limits " + text + ": write them like 320x240");
-  }
-  personality.display.limits = {static_cast<uint16_t>(width), static_cast<uint16_t>(height)};
-  personality.screenWidth = std::max(personality.screenWidth, personality.display.limits.width);
-  personality.screenHeight = std::max(personality.screenHeight, personality.display.limits.height);
-}
-
-[[noreturn]] void refuseListen(const std::string& text) {
-  throw std::invalid_argument("--listen " + text +
-                              ": write a port like 5000, or an address and a port like "
-                              "192.168.1.5:5000");
-}
-
-/// Returns the text without the brackets that an IPv6 address has.
-std::string withoutBrackets(const std::string& text) {
-  const bool has = text.size() > 2 && text.front() == '[' && text.back() == ']';
-  return has ? text.substr(1, text.size() - 2) : text;
-}
-
 void setListen(Options& options, const std::string& text) {
-  const size_t colon = text.rfind(':');
-  const std::string port = colon == std::string::npos ? text : text.substr(colon + 1);
-  const auto [end, error] =
-      std::from_chars(port.data(), port.data() + port.size(), options.listenPort);
-  if (error != std::errc() || end != port.data() + port.size()) refuseListen(text);
-  options.listenAddress = "127.0.0.1";
-  if (colon != std::string::npos) options.listenAddress = withoutBrackets(text.substr(0, colon));
-  if (options.listenAddress.empty()) refuseListen(text);
+  const ListenPlace place = parseListenPlace(text);
+  options.listenAddress = place.address;
+  options.listenPort = place.port;
 }
 
 void checkSpeed(unsigned baud) {
   if (isTerminalSpeed(baud)) return;
   throw std::invalid_argument("--baud " + std::to_string(baud) + ": choose one of " +
                               terminalSpeeds());
-}
-
-/// Adds to an error message which option explains more.
-template <typename Work>
-void withHint(const char* option, Work work) {
-  try {
-    work();
-  } catch (const std::invalid_argument& refused) {
-    throw std::invalid_argument(refused.what() + std::string("\nTry ipodsim ") + option + ".");
-  }
-}
-
-Personality makePersonality(const RawOptions& raw) {
-  const bool isFile = isPersonalityFile(raw.preset);
-  Personality made = isFile ? readPersonality(raw.preset) : personality(raw.preset);
-  if (!raw.name.empty()) made.name = raw.name;
-  if (!raw.version.empty()) setVersion(made, raw.version);
-  if (!raw.limits.empty()) setLimits(made, raw.limits);
-  withHint("--help-personalities", [&] {
-    for (const std::string& setting : raw.settings)
-      applySetting(made, setting);
-  });
-  return made;
-}
-
-void checkFaults(const std::vector<std::string>& faults) {
-  Random random(1);
-  FaultPlan plan(random);
-  withHint("--help-faults", [&] {
-    for (const std::string& fault : faults)
-      addFault(plan, fault);
-  });
 }
 
 void describeLink(CLI::App& app, Options& options, RawOptions& raw) {
@@ -190,22 +89,6 @@ void describeMusic(CLI::App& app, Options& options) {
       ->check(CLI::Range(size_t{0}, kMostTracks));
 }
 
-void describeModel(CLI::App& app, Options& options, RawOptions& raw) {
-  app.add_option("--personality", raw.preset, "The model; see --help-personalities")
-      ->capture_default_str()
-      ->type_name("NAME|FILE.json");
-  app.add_option("--set", raw.settings, "Change a switch of the model")->type_name("NAME=VALUE");
-  app.add_option("--name", raw.name, "The iPod's name")->type_name("TEXT");
-  app.add_option("--ext-version", raw.version, "Version of its Extended Interface")
-      ->type_name("M.N");
-  app.add_option("--image-limits", raw.limits, "The largest image that it shows")->type_name("WxH");
-  app.add_option("--fault", options.faults, "Something that goes wrong; see --help-faults")
-      ->type_name("KIND...");
-  app.add_option("--seed", options.seed, "Seed of shuffling and of random faults")
-      ->capture_default_str()
-      ->type_name("N");
-}
-
 void describeOutput(CLI::App& app, Options& options, RawOptions& raw) {
   app.add_option("--screen", options.screen, "Write the screen there when it changes")
       ->type_name("FILE.png");
@@ -218,33 +101,7 @@ void describeOutput(CLI::App& app, Options& options, RawOptions& raw) {
   app.add_option("--control", options.control, "Let programs control it; see --help-control")
       ->type_name("SOCKET");
   app.add_flag("--help-control", raw.helpControl, "What programs can say to it over the socket");
-  app.add_flag("--help-faults", raw.helpFaults, "What can go wrong, and how to write it");
-  app.add_flag("--help-personalities", raw.helpPersonalities, "The models and their switches");
-}
-
-std::string personalitiesHelp() {
-  constexpr size_t kColumn = 12;
-  std::string help = "--personality NAME\n\n";
-  for (const std::string& name : personalityNames()) {
-    help += "  " + name + std::string(kColumn - name.size(), ' ') + personalityMeaning(name) + "\n";
-  }
-  return help + "\n" + personalityFileHelp() + "\n--set NAME=VALUE\n\n" + settingsHelp();
-}
-
-/// Parses the command line. Returns false when it asked only for a help text.
-bool parse(CLI::App& app, int argc, const char* const* argv) {
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    std::cout << app.help();
-    return false;
-  } catch (const CLI::CallForVersion& version) {
-    std::cout << version.what() << '\n';
-    return false;
-  } catch (const CLI::ParseError& error) {
-    throw std::invalid_argument(std::string(error.what()) + "\nTry ipodsim --help.");
-  }
-  return true;
+  raw.model.addHelpTo(app);
 }
 
 }  // namespace
@@ -257,17 +114,18 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
   app.set_version_flag("--version", "ipodsim " IPODSIM_VERSION, "Print the version and exit");
   describeLink(app, options, raw);
   describeMusic(app, options);
-  describeModel(app, options, raw);
+  raw.model.addTo(app);
   describeOutput(app, options, raw);
-  if (!parse(app, argc, argv)) return std::nullopt;
-  if (raw.helpFaults) std::cout << kFaultUsage << faultHelp();
-  if (raw.helpPersonalities) std::cout << personalitiesHelp();
+  if (!parseCommandLine(app, argc, argv)) return std::nullopt;
+  std::cout << raw.model.help();
   if (raw.helpControl) std::cout << controlHelp();
-  if (raw.helpFaults || raw.helpPersonalities || raw.helpControl) return std::nullopt;
+  if (raw.helpControl || !raw.model.help().empty()) return std::nullopt;
   if (!raw.listen.empty()) setListen(options, raw.listen);
   checkSpeed(options.baud);
-  options.personality = makePersonality(raw);
-  checkFaults(options.faults);
+  options.personality = raw.model.makePersonality();
+  raw.model.checkFaults();
+  options.faults = raw.model.faults();
+  options.seed = raw.model.seed();
   return options;
 }
 

@@ -102,6 +102,13 @@ class DamagedImage(unittest.TestCase):
         self.expect_seen("not an image for Windows CE on ARM")
         self.expect_not_run("not for ARM")
 
+    def test_program_in_place_of_a_dll(self):
+        header, = struct.unpack_from("<I", self.content, 0x3C)
+        flags, = struct.unpack_from("<H", self.content, header + 22)
+        struct.pack_into("<H", self.content, header + 22, flags & ~0x2000)
+        self.expect_seen("not a DLL")
+        self.expect_not_run("not a DLL")
+
     def test_data_that_cannot_be_written(self):
         place = self.content.index(b".data\0\0\0") + 36
         flags, = struct.unpack_from("<I", self.content, place)

@@ -7,6 +7,8 @@ import sys
 import tempfile
 import unittest
 
+import pefile
+
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "wince/image"))
 
@@ -77,6 +79,12 @@ class Checksum(unittest.TestCase):
 class ImportThunks(unittest.TestCase):
     def test_are_made_for_each_name_of_a_list_with_comments(self):
         self.assertEqual(make_imports.names_in("# all\nSleep\n\nfree   # heap\n"), ["Sleep", "free"])
+
+    def test_are_made_for_the_exports_of_a_module_definition_file(self):
+        with tempfile.TemporaryDirectory() as folder:
+            definitions = pathlib.Path(folder) / "a.def"
+            definitions.write_text("LIBRARY a\nEXPORTS\n    Zoe @1\n    Amy @2\n")
+            self.assertEqual(make_imports.functions_of(definitions), ["Zoe", "Amy"])
 
     def test_jump_through_a_slot(self):
         text = make_imports.source("coredll", ["Sleep"])
@@ -174,6 +182,58 @@ class LinkedFile(unittest.TestCase):
     def test_without_an_export_is_refused(self):
         with self.assertRaisesRegex(write_image.BadInput, "no IpodPlay in the linked file"):
             self.image(definition="    IpodPlay @1\n")
+
+
+class Program(unittest.TestCase):
+    """An image without exports, which the system starts."""
+
+    SOURCE = """
+        .arm
+        .text
+        .global WinMainCRTStartup
+        bx lr
+    WinMainCRTStartup:
+        bx lr
+        .section .rodata
+        .word WinMainCRTStartup
+        .data
+        .word 1
+        .section .iat.ipodctl.IpodConnect, "aw", %progbits
+        .global __imp_IpodConnect
+    __imp_IpodConnect:
+        .word 0
+        .bss
+        .space 4
+    """
+
+    def setUp(self):
+        with tempfile.TemporaryDirectory() as folder:
+            folder = pathlib.Path(folder)
+            (folder / "a.s").write_text(self.SOURCE)
+            subprocess.run(["arm-none-eabi-as", "-march=armv4t", "a.s", "-o", "a.o"], cwd=folder,
+                           check=True)
+            subprocess.run(["arm-none-eabi-ld", "--emit-relocs", "--defsym=programBase=0x10000",
+                            "--entry=WinMainCRTStartup", "-T", ROOT / "wince/image/ipodctl.ld",
+                            "a.o", "-o", "a.elf"], cwd=folder, check=True)
+            with (folder / "a.elf").open("rb") as stream:
+                self.image = pefile.PE(data=write_image.program_of(write_image.LinkedFile(stream)))
+
+    def test_begins_at_its_entry_point_in_the_address_space_of_a_process(self):
+        self.assertEqual(self.image.OPTIONAL_HEADER.ImageBase, 0x10000)
+        self.assertEqual(self.image.OPTIONAL_HEADER.AddressOfEntryPoint, 0x1004)
+
+    def test_is_not_a_dll(self):
+        self.assertEqual(self.image.FILE_HEADER.Characteristics, 0x010E)
+
+    def test_imports_from_the_library_and_exports_nothing(self):
+        (dll,) = self.image.DIRECTORY_ENTRY_IMPORT
+        self.assertEqual((dll.dll, [function.name for function in dll.imports]),
+                         (b"ipodctl.dll", [b"IpodConnect"]))
+        self.assertFalse(hasattr(self.image, "DIRECTORY_ENTRY_EXPORT"))
+
+    def test_ends_its_import_table_with_an_empty_slot(self):
+        (dll,) = self.image.DIRECTORY_ENTRY_IMPORT
+        self.assertEqual(self.image.get_dword_at_rva(dll.struct.FirstThunk + 4), 0)
 
 
 if __name__ == "__main__":

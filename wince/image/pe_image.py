@@ -10,8 +10,9 @@ MACHINE_ARM = 0x01C0
 SUBSYSTEM_WINDOWS_CE = 9
 VERSION = (5, 0)
 
-# Characteristics: executable, 32 bits, a DLL, no line numbers, no local symbols.
-IMAGE_CHARACTERISTICS = 0x0002 | 0x0100 | 0x2000 | 0x0004 | 0x0008
+# Characteristics: executable, 32 bits, no line numbers, no local symbols.
+IMAGE_CHARACTERISTICS = 0x0002 | 0x0100 | 0x0004 | 0x0008
+DLL = 0x2000
 
 CODE = 0x00000020
 INITIALISED = 0x00000040
@@ -126,8 +127,9 @@ def checksum(image, offset):
     return total + len(image)
 
 
-def file_of(sections, base, entry, directories):
-    """Returns the whole file. `directories` maps a directory's number to its address and size."""
+def file_of(sections, base, entry, directories, kind):
+    """Returns the whole file. `directories` maps a directory's number to its address and size. `kind`
+    is DLL, or 0 for a program."""
     headers_size = align(DOS_HEADER_SIZE + 24 + OPTIONAL_HEADER_SIZE +
                          SECTION_HEADER_SIZE * len(sections), FILE_ALIGNMENT)
     section_headers, content, offset = bytearray(), bytearray(), headers_size
@@ -155,7 +157,7 @@ def file_of(sections, base, entry, directories):
     image = bytearray()
     image += b"MZ".ljust(DOS_HEADER_SIZE - 4, b"\0") + struct.pack("<I", DOS_HEADER_SIZE)
     image += b"PE\0\0" + struct.pack("<HHIIIHH", MACHINE_ARM, len(sections), 0, 0, 0,
-                                     OPTIONAL_HEADER_SIZE, IMAGE_CHARACTERISTICS)
+                                     OPTIONAL_HEADER_SIZE, IMAGE_CHARACTERISTICS | kind)
     checksum_offset = len(image) + 64
     image += optional + section_headers
     image = image.ljust(headers_size, b"\0") + content

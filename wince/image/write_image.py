@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
-"""Makes a DLL of the platform from a linked ELF file: write_image.py ELF DEF DLL
+"""Makes an image of the platform from a linked ELF file.
+
+write_image.py ELF DEF DLL     a DLL; DEF names its exports and their ordinals
+write_image.py ELF PROGRAM     a program
 
 The ELF file is linked with ipodctl.ld at the image's preferred address and has kept its relocations.
-DEF names the exports and their ordinals. Prints the parts of the image.
 """
 
 import pathlib
@@ -16,7 +18,7 @@ import pe_image as pe
 import project_scripts
 from export_lists import exports_of
 
-IMPORTED_DLLS = ("coredll", "isochplay")
+IMPORTED_DLLS = ("coredll", "isochplay", "ipodctl")
 
 # Relocations that need no change when the whole image moves: none, branches, and differences.
 R_ARM_NONE, R_ARM_PC24, R_ARM_REL32, R_ARM_CALL, R_ARM_JUMP24, R_ARM_V4BX, R_ARM_PREL31 = (
@@ -161,31 +163,52 @@ def added_section(sections, name, data, flags):
     return rva, len(data)
 
 
-def image_of(linked, definition, dll):
-    """Returns the bytes of the image."""
+def sections_and_directories(linked):
+    """Returns what DLLs and programs have, without the relocations."""
     linked.check_attributes()
     sections = loaded_sections(linked)
-    directories = bind_imports(linked, sections[".idata"])
-    exports = {name: (ordinal, linked.rva(function))
-               for name, function, ordinal in exports_of(definition)}
-    directories.update(fill_exports(linked, sections[".rdata"], dll, exports))
+    return sections, bind_imports(linked, sections[".idata"])
+
+
+def finished(linked, sections, directories, entry, kind):
     relocations = pe.relocation_directory(linked.absolute_words())
     directories[pe.RELOCATIONS] = added_section(
         sections, ".reloc", relocations, pe.INITIALISED | pe.READ | pe.DISCARDABLE)
-    return pe.file_of(list(sections.values()), linked.base, linked.rva("_DllMainCRTStartup"),
-                      directories)
+    return pe.file_of(list(sections.values()), linked.base, linked.rva(entry), directories, kind)
+
+
+def image_of(linked, definition, dll):
+    """Returns the bytes of a DLL."""
+    sections, directories = sections_and_directories(linked)
+    exports = {name: (ordinal, linked.rva(function))
+               for name, function, ordinal in exports_of(definition)}
+    directories.update(fill_exports(linked, sections[".rdata"], dll, exports))
+    return finished(linked, sections, directories, "_DllMainCRTStartup", pe.DLL)
+
+
+def program_of(linked):
+    """Returns the bytes of a program."""
+    sections, directories = sections_and_directories(linked)
+    return finished(linked, sections, directories, "WinMainCRTStartup", 0)
+
+
+def made_of(linked, definitions, name):
+    """Returns a DLL with the exports of a file; a program when there is none."""
+    if not definitions:
+        return program_of(linked)
+    return image_of(linked, definitions[0].read_text(), name)
 
 
 def main():
-    if len(sys.argv) != 4:
+    if len(sys.argv) not in (3, 4):
         sys.exit(__doc__)
-    elf, definition, dll = map(pathlib.Path, sys.argv[1:])
+    elf, *definitions, result = map(pathlib.Path, sys.argv[1:])
     with elf.open("rb") as stream:
         try:
-            image = image_of(LinkedFile(stream), definition.read_text(), dll.name)
+            image = made_of(LinkedFile(stream), definitions, result.name)
         except (BadInput, ValueError) as error:
             sys.exit(f"write_image.py: {elf}: {error}")
-    dll.write_bytes(image)
+    result.write_bytes(image)
 
 
 if __name__ == "__main__":

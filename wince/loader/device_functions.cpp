@@ -166,6 +166,12 @@ int multiByteToWideChar(UINT codePage, DWORD, const char* text, int size, WCHAR*
 
 void outputDebugString(LPCWSTR text) { std::fputs(utf8(text).c_str(), stderr); }
 
+/// Ends this process; a program of the device ends only itself.
+BOOL terminateProcess(HANDLE, DWORD status) {
+  std::fflush(nullptr);
+  _exit(static_cast<int>(status));
+}
+
 struct Function {
   const char* name;
   void* address;
@@ -184,6 +190,7 @@ const Function kFunctions[] = {
     {"SetEndOfFile", reinterpret_cast<void*>(setEndOfFile)},
     {"SetFilePointer", reinterpret_cast<void*>(setFilePointer)},
     {"SetThreadPriority", reinterpret_cast<void*>(setThreadPriority)},
+    {"TerminateProcess", reinterpret_cast<void*>(terminateProcess)},
     {"WriteFile", reinterpret_cast<void*>(writeFile)},
 };
 

@@ -7,6 +7,7 @@ namespace loader {
 constexpr uint32_t kHeaderOffsetAt = 0x3C;
 constexpr uint32_t kSignature = 0x00004550;  // "PE", two zeros
 constexpr uint16_t kMachineArm = 0x01C0;
+constexpr uint16_t kCharacteristicDll = 0x2000;
 constexpr uint16_t kOptionalMagic = 0x010B;
 constexpr uint16_t kSubsystemWindowsCe = 9;
 

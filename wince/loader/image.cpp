@@ -94,6 +94,8 @@ Problem Image::readHeaders() {
   if (headers->magic != kOptionalMagic || headers->directoryCount != kDirectories)
     return "headers of another form";
   if (headers->subsystem != kSubsystemWindowsCe) return "not for Windows CE";
+  const bool isDll = (headers->characteristics & kCharacteristicDll) != 0;
+  if (isDll == (use == Kind::kProgram)) return isDll ? "not a program" : "not a DLL";
   sections = fileAt<SectionHeader>(*offset + static_cast<uint32_t>(sizeof(Headers)),
                                    headers->sectionCount);
   return sections != nullptr ? "" : "no sections";
@@ -176,7 +178,7 @@ void* Image::functionOf(const std::string& dll, const char* name) {
   const auto found = dlls.find(dll);
   if (found != dlls.end()) return found->second->find(name);
   void* function = moduleFunction(name);
-  if (function == nullptr && use == Kind::kModule) function = deviceFunction(name);
+  if (function == nullptr && use != Kind::kLibrary) function = deviceFunction(name);
   return function != nullptr ? function : dlsym(RTLD_DEFAULT, name);
 }
 
@@ -208,9 +210,16 @@ Problem Image::protect() {
 }
 
 Problem Image::attach() {
+  if (use == Kind::kProgram) return {};
   const auto entry = reinterpret_cast<EntryPoint>(memory + headers->entryPoint);
   isAttached = entry(memory, DLL_PROCESS_ATTACH, nullptr) != 0;
   return isAttached ? "" : "it refused to be attached";
+}
+
+void Image::run() {
+  const auto entry = reinterpret_cast<ProgramEntryPoint>(memory + headers->entryPoint);
+  constexpr int kShowNormal = 1;
+  entry(memory, nullptr, u"", kShowNormal);
 }
 
 void* Image::find(const std::string& name) const {

@@ -10,15 +10,16 @@ namespace loader {
 /// Why the loader cannot load an image; empty when it could.
 using Problem = std::string;
 
-/// A DLL of Windows CE for ARM in the memory of an ARM Linux process: mapped away from its
-/// preferred address, relocated, bound to the functions of this process, its pages protected as its
-/// sections require. It is attached when it is loaded and detached when it is destroyed. A DLL that
-/// it imports and whose file is in its folder is loaded, too.
+/// A DLL or a program of Windows CE for ARM in the memory of an ARM Linux process: mapped away from
+/// its preferred address, relocated, bound to the functions of this process, its pages protected as
+/// its sections require. It is attached when it is loaded and detached when it is destroyed. A DLL
+/// that it imports and whose file is in its folder is loaded, too.
 class Image {
  public:
   enum class Kind {
     kLibrary,  ///< it finds the functions of coredll in the process
     kModule,   ///< another image uses it; some of its functions are those of a device's coredll
+    kProgram,  ///< the same, but not a DLL
   };
 
   explicit Image(Kind kindOfUse = Kind::kLibrary) : use(kindOfUse) {}
@@ -26,17 +27,22 @@ class Image {
   Image(const Image&) = delete;
   Image& operator=(const Image&) = delete;
 
-  /// Loads the file and calls its entry point. May be called once.
+  /// Loads the file, and calls the entry point of a DLL. May be called once.
   Problem load(const std::string& path);
 
   /// Returns an exported function; null when there is none of this name.
   void* find(const std::string& name) const;
+
+  /// Runs a program on this thread. The program ends the process.
+  void run();
 
   /// Returns the address at which it is; null when it is not mapped.
   void* base() const { return memory; }
 
  private:
   using EntryPoint = int (*)(void* module, uint32_t reason, void* reserved);
+  using ProgramEntryPoint = void (*)(void* program, void* previous, const char16_t* commandLine,
+                                     int show);
 
   Problem readHeaders();
   Problem map();

@@ -1,14 +1,18 @@
 /*
- * Replaces the platform's stream driver on Windows, which has no device of its name, with a serial
- * port. An environment variable names the port, as on the Linux host:
+ * Replaces the platform's stream driver on Windows, which has no device of its name, with a TCP
+ * port or a serial port. An environment variable names it, as on the Linux host:
  *
+ *     IPODCTL_DEVICES="IPD1:=tcp:127.0.0.1:5000"      an ipodsim on this machine
  *     IPODCTL_DEVICES="IPD1:=COM2"
  *
- * Only a serial port can be opened. The DLL replaces two functions that ipodctl.dll imports:
- * CreateFileW, only for the names in the variable, and ReadFile, so that a read fails when the
- * other end of the port has closed. For the system such a port is only silent. The system's
- * functions write and close. If the recorder ipodtrace.dll is loaded, its imports are replaced
- * instead, so that it sees the calls first.
+ * Without the variable, IPD1: is the system's device of this name; if there is none, it is
+ * 127.0.0.1:5000, where ipodsim is without options.
+ *
+ * The DLL replaces four functions that ipodctl.dll imports: CreateFileW, only for the names in the
+ * variable, ReadFile, WriteFile and CloseHandle. Other names and handles are passed to the system.
+ * A read of a serial port fails when its other end has closed; for the system such a port is only
+ * silent. A device that cannot be opened is a line on standard error. If the recorder ipodtrace.dll
+ * is loaded, its imports are replaced instead, so that it sees the calls first.
  */
 #pragma once
 
