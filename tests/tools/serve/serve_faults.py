@@ -3,7 +3,7 @@
 
 usage: serve_faults.py IPODCTL IPODSIM SECONDS [SEED]
 
-The time is divided into ten rounds. In each, faults are added to the simulated iPod through its
+The time is divided into ten rounds, a short one into fewer. In each, faults are added to the simulated iPod through its
 control socket and removed again, and the cable is pulled and plugged in. Then
 
   - the iPod is ready again within 6 s after each fault has ended,
@@ -30,7 +30,8 @@ import time
 
 from serve_load import Serve
 
-ROUNDS = 10
+MOST_ROUNDS = 10
+SHORTEST_ROUND = 4
 MOST_SECONDS_AWAY = 6.0
 MOST_GROWTH = 10 << 20
 BROWSERS = 2
@@ -225,9 +226,10 @@ def run(serve, seconds, seed):
     lists = known_lists(serve)
     generator = random.Random(seed)
     figures, counts, longest, faults = [], collections.Counter(), (0.0, ""), 0
-    for number in range(ROUNDS):
+    rounds = int(max(2, min(MOST_ROUNDS, seconds / SHORTEST_ROUND)))
+    for number in range(rounds):
         clients = Clients(serve, lists, f"{seed} {number}")
-        end = time.monotonic() + seconds / ROUNDS
+        end = time.monotonic() + seconds / rounds
         while time.monotonic() < end:
             done, left = disturb(serve, generator)
             faults += 1
