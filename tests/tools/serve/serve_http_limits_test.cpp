@@ -154,6 +154,30 @@ TEST_F(ServeLimits, ReadsOneBodyOfTwoLengthsAsNone) {
       StartsWith("HTTP/1.1 400 "));
 }
 
+TEST_F(ServeLimits, RefusesALengthThatContradictsTheChunks) {
+  for (const char* const headers : {"Content-Length: 2\r\nTransfer-Encoding: chunked\r\n",
+                                    "Transfer-Encoding: identity\r\nContent-Length: 2\r\n"}) {
+    EXPECT_THAT(bench.answerTo(bench.head("POST /v1/reconnect") +
+                               "Content-Type: application/json\r\n" + headers + "\r\n{}"),
+                StartsWith("HTTP/1.1 411 "))
+        << headers;
+  }
+  EXPECT_THAT(bench.headUnit.asked(), IsEmpty());
+}
+
+TEST_F(ServeLimits, ReadsTheBodyOfAGetAsNoRequest) {
+  const std::string hidden = bench.postText("/v1/command", R"({"command":"toggle"})");
+  const std::string answer =
+      bench.answerTo(bench.head("GET /v1/state") + "Connection: close\r\n" +
+                     "Content-Length: " + std::to_string(hidden.size()) + "\r\n\r\n" + hidden);
+  EXPECT_THAT(answer, StartsWith("HTTP/1.1 200 "));
+  const std::string kept = bench.answerTo(bench.head("GET /v1/state") +
+                                          "Content-Length: " + std::to_string(hidden.size()) +
+                                          "\r\n\r\n" + hidden + bench.getText("/v1/state"));
+  EXPECT_THAT(kept.substr(12), HasSubstr("HTTP/1.1 200 "));
+  EXPECT_THAT(bench.headUnit.asked(), IsEmpty());
+}
+
 TEST_F(ServeLimits, RefusesTheConnectionAfter64AndTakesOneWhenOneHasGone) {
   auto clients = idleClients(limits::kConnections);
   Client one(bench.server.port());
