@@ -241,7 +241,7 @@ def run(serve, seconds, seed):
     first, last = figures[0], figures[-1]
     return {"seed": seed, "faults": faults, "generations": serve.state()["generation"],
             "longest_away_ms": round(1000 * min(longest[0], 99)), "after": longest[1],
-            "answers": dict(sorted(counts.items())),
+            "answers": dict(sorted(counts.items())), "memory_kb": [each["memory_kb"] for each in figures],
             **{f"{name}_start": first[name] for name in first}, **{f"{name}_end": last[name] for name in last}}
 
 

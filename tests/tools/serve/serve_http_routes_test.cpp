@@ -95,6 +95,7 @@ TEST_F(ServeRoutes, RefuseDocumentsThatTheyDoNotKnow) {
       {"/v1/command", "{"},
       {"/v1/command", ""},
       {"/v1/command", std::string(60000, '[')},
+      {"/v1/command", R"({"command":"toggle","x":[[[[[[[[[[1]]]]]]]]]]})"},
       {"/v1/modes", "{}"},
       {"/v1/modes", R"({"shuffle":"songs"})"},
       {"/v1/logo", R"({"png":"*"})"},
@@ -308,6 +309,8 @@ TEST_F(RuntimeFile, FollowsNoLink) {
 
 TEST_F(RuntimeFile, IsRefusedInAFolderThatIsALinkOrThatOthersMayUse) {
   std::filesystem::create_directory(folder / "real");
+  std::filesystem::permissions(folder / "real", static_cast<std::filesystem::perms>(0700));
+  EXPECT_NO_THROW(tool::prepareRuntimeFolder((folder / "real").string()));
   std::filesystem::create_symlink(folder / "real", path);
   EXPECT_THROW(tool::prepareRuntimeFolder(path), std::runtime_error);
   std::filesystem::permissions(folder / "real", static_cast<std::filesystem::perms>(0755));
