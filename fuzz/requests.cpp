@@ -52,7 +52,9 @@ struct Scene {
               ipod,
               [] { return std::string("# ipodctl-trace 1\n"); },
               tool::explainedTrace,
-              [](const std::string& png) { return tool::convertLogo(png, 320, 240); }} {
+              [](const std::string& png, const std::string&) {
+                return tool::convertLogo(png, 320, 240);
+              }} {
     events.close();  // so that a stream ends after its first event
   }
 

@@ -310,6 +310,19 @@ TEST_F(CommandTest, WritesALogoAndItsPreview) {
   EXPECT_TRUE(server.requests().empty());
 }
 
+TEST_F(CommandTest, SendsALogoWithItsModel) {
+  announceServe(getpid());
+  server.answer("/v1/logo", {{200, kOk}});
+  const std::string png = folder / "logo.png";
+  std::ofstream(png, std::ios::binary).write(reinterpret_cast<const char*>(kPng), sizeof kPng);
+  const Ended ended = run({"logo", png, "--model", "nano"});
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_THAT(ended.errors, HasSubstr("playback stops"));
+  ASSERT_EQ(server.requests().size(), 1u);
+  EXPECT_THAT(server.requests()[0].body,
+              testing::StartsWith(R"({"model":"nano","png":"iVBORw0KGgo)"));
+}
+
 TEST_F(CommandTest, WritesNoLogoOfADamagedPictureOrForAModelWithout) {
   const std::string png = folder / "logo.png";
   std::ofstream(png, std::ios::binary) << "not one";

@@ -100,9 +100,9 @@ struct ServeBench {
                             if (trace.empty()) throw std::runtime_error("It is empty.");
                             return R"({"messages":[],"findings":[]})";
                           },
-                          [](const std::string& png) -> std::string {
+                          [](const std::string& png, const std::string& model) {
                             if (png != "PNG") throw std::runtime_error("It is not a PNG.");
-                            return "bitmap";
+                            return "bitmap" + model;
                           }};
   tool::HttpServer server{"127.0.0.1", 0, kToken,
                           [this](const tool::Request& request) { return route(parts, request); }};
