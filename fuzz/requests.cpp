@@ -115,7 +115,7 @@ struct Seen {
 std::string takeUntil(string_view& rest, string_view end, const char* what) {
   const size_t at = rest.find(end);
   require(at != string_view::npos, what);
-  const std::string taken(rest.substr(0, at));
+  std::string taken(rest.substr(0, at));
   rest.remove_prefix(at + end.size());
   return taken;
 }
@@ -144,14 +144,14 @@ size_t numberOf(string_view text) {
 
 std::string takeBytes(string_view& rest, size_t size) {
   require(rest.size() >= size, "an answer is cut short");
-  const std::string taken(rest.substr(0, size));
+  std::string taken(rest.substr(0, size));
   rest.remove_prefix(size);
   return taken;
 }
 
 /// An event stream ends with the connection.
 std::string takeEvents(string_view& rest) {
-  const std::string taken = takeBytes(rest, rest.size());
+  std::string taken = takeBytes(rest, rest.size());
   const bool isWhole = taken.size() > 2 && taken.compare(taken.size() - 2, 2, "\n\n") == 0;
   require(isWhole, "an event is cut short");
   return taken;
