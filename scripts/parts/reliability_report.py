@@ -99,12 +99,12 @@ def counted(numbers):
 
 def life(records):
     rows = []
-    for name in ("cycles", "months"):
+    for name in ("cycles", "months", "serve"):
         for test in records.get(name, {}).get("tests", []):
             numbers = {key: value for key, value in test["numbers"].items() if not key.startswith((BOUND, LONGEST))}
             if numbers or test["failed"]:
                 rows.append([words(test["name"]), counted(numbers), duration(test["seconds"]), int(test["failed"])])
-    head = [f"{name}: {ran(records[name])}<br>" for name in ("cycles", "months") if name in records]
+    head = [f"{name}: {ran(records[name])}<br>" for name in ("cycles", "months", "serve") if name in records]
     return "\n".join([*head, "", table(["what", "counted (at the start → at the end)", "time:", "failures:"], rows)])
 
 
@@ -131,7 +131,7 @@ def coverage(records):
 
 
 # Each needs the records of these steps.
-SECTIONS = {sweeps: ("sweeps", "schedules", "races"), bounds: ("sweeps",), life: ("cycles", "months"), fuzzers: ("fuzz",),
+SECTIONS = {sweeps: ("sweeps", "schedules", "races"), bounds: ("sweeps",), life: ("cycles", "months", "serve"), fuzzers: ("fuzz",),
             mutants: ("mutants",), coverage: ("coverage",)}
 
 

@@ -133,7 +133,10 @@ void describeLogo(CLI::App& app, tool::CommandOptions& options) {
   logo.add_option("-o,--output", options.output, "Only write the bitmap")->type_name("FILE.bmp");
   logo.add_option("--preview", options.preview, "Only write the model's screen")
       ->type_name("FILE.png");
-  logo.add_option("--model", options.model, "The model of -o and --preview; default: classic")
+  logo.add_option("--model", options.model,
+                  "The model that shows it: an iPod does not show a larger\n"
+                  "picture, and the library does not report its size to\n"
+                  "programs; default: classic")
       ->type_name("MODEL");
   logo.add_flag("--remove", options.remove, "Show no logo any more");
 }

@@ -230,6 +230,20 @@ TEST_F(CommandTest, RefusesAFileThatOthersCanRead) {
   EXPECT_TRUE(server.requests().empty());
 }
 
+TEST_F(CommandTest, FollowsNoLinkToAFile) {
+  announceServe(getpid());
+  const std::filesystem::path name = folder / "ipodctl/serve.json";
+  std::filesystem::rename(name, folder / "elsewhere.json");
+  std::filesystem::create_symlink(folder / "elsewhere.json", name);
+  EXPECT_EQ(run({"pause"}).status, 4);
+  std::filesystem::remove(name);
+  std::filesystem::rename(folder / "elsewhere.json", name);
+  std::filesystem::rename(folder / "ipodctl", folder / "real");
+  std::filesystem::create_symlink(folder / "real", folder / "ipodctl");
+  EXPECT_EQ(run({"pause"}).status, 4);
+  EXPECT_TRUE(server.requests().empty());
+}
+
 TEST_F(CommandTest, AsksAServeElsewhereWithATokenFile) {
   server.answer("/v1/command", {{200, kOk}});
   const std::string token = folder / "token";
@@ -262,7 +276,54 @@ TEST_F(CommandTest, ListsTheExitStatusesInItsHelp) {
   EXPECT_THAT(run({"status", "--help"}).output, HasSubstr("4 no serve"));
 }
 
+// 1x1: the colour 0B1621.
+constexpr unsigned char kPng[] = {
+    0x89, 0x50, 0x4E, 0x47, 0x0D, 0x0A, 0x1A, 0x0A, 0x00, 0x00, 0x00, 0x0D, 0x49, 0x48,
+    0x44, 0x52, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01, 0x08, 0x02, 0x00, 0x00,
+    0x00, 0x90, 0x77, 0x53, 0xDE, 0x00, 0x00, 0x00, 0x0C, 0x49, 0x44, 0x41, 0x54, 0x78,
+    0xDA, 0x63, 0xE0, 0x16, 0x53, 0x04, 0x00, 0x00, 0x72, 0x00, 0x43, 0x0E, 0x34, 0xBA,
+    0x26, 0x00, 0x00, 0x00, 0x00, 0x49, 0x45, 0x4E, 0x44, 0xAE, 0x42, 0x60, 0x82};
+
+/// Returns the width and the height in the head of a PNG.
+std::string sizeInPng(const std::string& bytes) {
+  if (bytes.compare(0, 8, "\x89PNG\r\n\x1A\n") != 0) return "not a PNG";
+  return bytes.substr(16, 8);
+}
+
 TEST_F(CommandTest, WritesALogoAndItsPreview) {
+  const std::string png = folder / "logo.png";
+  std::ofstream(png, std::ios::binary).write(reinterpret_cast<const char*>(kPng), sizeof kPng);
+  const auto contentOf = [&](const std::string& name) {
+    std::ifstream file(folder / name, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  };
+  const Ended ended =
+      run({"logo", png, "-o", folder / "logo.bmp", "--preview", folder / "classic.png"});
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_THAT(ended.output, IsEmpty());
+  // Blue first; the width is padded to four pixels.
+  EXPECT_EQ(contentOf("logo.bmp").substr(54),
+            std::string("\x00\x00\x00\x21\x16\x0B\x00\x00\x00\x00\x00\x00", 12));
+  EXPECT_EQ(sizeInPng(contentOf("classic.png")), std::string("\0\0\x01\x40\0\0\0\xF0", 8));
+  EXPECT_EQ(run({"logo", png, "--preview", folder / "nano.png", "--model", "nano"}).status, 0);
+  EXPECT_EQ(sizeInPng(contentOf("nano.png")), std::string("\0\0\0\xB0\0\0\0\x84", 8));
+  EXPECT_TRUE(server.requests().empty());
+}
+
+TEST_F(CommandTest, SendsALogoWithItsModel) {
+  announceServe(getpid());
+  server.answer("/v1/logo", {{200, kOk}});
+  const std::string png = folder / "logo.png";
+  std::ofstream(png, std::ios::binary).write(reinterpret_cast<const char*>(kPng), sizeof kPng);
+  const Ended ended = run({"logo", png, "--model", "nano"});
+  EXPECT_EQ(ended.status, 0) << ended.errors;
+  EXPECT_THAT(ended.errors, HasSubstr("playback stops"));
+  ASSERT_EQ(server.requests().size(), 1u);
+  EXPECT_THAT(server.requests()[0].body,
+              testing::StartsWith(R"({"model":"nano","png":"iVBORw0KGgo)"));
+}
+
+TEST_F(CommandTest, WritesNoLogoOfADamagedPictureOrForAModelWithout) {
   const std::string png = folder / "logo.png";
   std::ofstream(png, std::ios::binary) << "not one";
   EXPECT_EQ(run({"logo", png, "-o", folder / "logo.bmp"}).status, 1);

@@ -1,5 +1,6 @@
 // How the head unit connects, notices that the iPod has gone, and connects again.
 #include <gmock/gmock.h>
+#include <malloc.h>
 
 #include <fstream>
 
@@ -128,23 +129,37 @@ TEST(HeadUnitConnection, EndsWithTheHeadUnitInTheMiddleOfAnAttempt) {
   EXPECT_LE(session::durationOf([&] { bench.end(); }), seconds(5));
 }
 
+/// Bytes of the heap that this process uses.
+size_t memoryInUse() { return mallinfo2().uordblks; }
+
 /// SERVE_PULLS says how often the cable is pulled; a part of it without.
 TEST(HeadUnitConnection, ReturnsAfterEveryPull) {
   const char* const asked = std::getenv("SERVE_PULLS");
   const int pulls = asked != nullptr ? std::atoi(asked) : 5;
   const int settled = std::min(10, pulls / 2);
   HeadUnitBench bench;
+  // What the bench and the simulated iPod note would grow.
+  bench.ipod().look([](auto& ipod) { ipod.keepNoHistory(); });
   session::OpenThings before;
+  size_t memory = 0;
   for (int i = 0; i < pulls; ++i) {
     ASSERT_TRUE(bench.waitForStage("ready", seconds(8))) << "pull " << i;
     ASSERT_FALSE(bench.list("artists").refusal) << "pull " << i;
-    if (i == settled) before = session::openThings();
+    bench.ipod().log.clear();
+    if (i == settled) {
+      before = session::openThings();
+      memory = memoryInUse();
+    }
     if (i >= settled) ASSERT_EQ(session::openThings(), before) << "pull " << i;
     bench.ipod().pty().unplug();
     ASSERT_TRUE(bench.waitForStage("lost", seconds(3))) << "pull " << i;
     bench.ipod().pty().plug();
   }
   EXPECT_EQ(bench.generation(), static_cast<uint64_t>(pulls));
+  EXPECT_LE(memoryInUse(), memory + 64 * 1024);
+  RecordProperty("pulls", pulls);
+  RecordProperty("heap_kib_start", static_cast<int>(memory / 1024));
+  RecordProperty("heap_kib_end", static_cast<int>(memoryInUse() / 1024));
 }
 
 }  // namespace

@@ -294,5 +294,56 @@ TEST(Lists, HaveTabsLabelledWithTheirNames) {
             json::array());
 }
 
+/// Asks for the artists until they are there. Returns how often the iPod was connected for that.
+uint64_t connectionsUntilTheArtists(HeadUnitBench& bench, tool::Outcome& outcome) {
+  const uint64_t before = bench.generation();
+  for (int tries = 0; tries < 20; ++tries) {
+    if (!bench.waitForStage("ready")) break;
+    outcome = bench.list("artists", 0, 3);
+    if (!outcome.refusal) break;
+    bench.waitFor([](const json& state) { return state["connection"]["stage"] != "ready"; },
+                  std::chrono::seconds(2));
+  }
+  return bench.generation() - before;
+}
+
+MusicLibrary libraryWithNames(const std::vector<std::string>& artists) {
+  MusicLibrary library;
+  for (const std::string& artist : artists) {
+    simulator::Track track;
+    track.title = "T";
+    track.artist = artist;
+    library.tracks.push_back(track);
+  }
+  return library;
+}
+
+TEST(Lists, HaveAPlaceholderForANameThatCostTheConnectionTwice) {
+  HeadUnitBench bench({}, libraryWithNames({"Anna", "Bo" + std::string(300, 'x'), "Carl"}));
+  ASSERT_TRUE(bench.waitForStage("ready"));
+  tool::Outcome outcome;
+  EXPECT_EQ(connectionsUntilTheArtists(bench, outcome), 2U);
+  ASSERT_FALSE(outcome.refusal) << outcome.message;
+  EXPECT_EQ(outcome.result["items"][0]["name"], "Anna");
+  EXPECT_EQ(outcome.result["items"][1]["name"], "(name too long)");
+  EXPECT_EQ(outcome.result["items"][2]["name"], "Carl");
+  // Also what is below it, and after another connection.
+  EXPECT_EQ(bench.list("artists/1/tracks").result["items"][0]["name"], "T");
+  EXPECT_FALSE(bench.unit().reconnect(waiting).refusal);
+  const uint64_t before = bench.generation();
+  ASSERT_TRUE(bench.waitFor([&](const json& state) { return state["generation"] > before; }));
+  EXPECT_EQ(connectionsUntilTheArtists(bench, outcome), 0U);
+  EXPECT_EQ(outcome.result["items"][1]["name"], "(name too long)");
+}
+
+TEST(Lists, KeepNoPlaceholderForANameThatWasDamagedOnce) {
+  HeadUnitBench bench({}, libraryWithNames({"Anna", "Bo", "Carl"}));
+  ASSERT_TRUE(bench.waitForStage("ready"));
+  bench.ipod().addFault("corrupt@04:001A#2");
+  tool::Outcome outcome;
+  EXPECT_EQ(connectionsUntilTheArtists(bench, outcome), 1U);
+  EXPECT_EQ(outcome.result["items"][1]["name"], "Bo");
+}
+
 }  // namespace
 }  // namespace serve_test

@@ -56,7 +56,10 @@ TEST_F(ServeAccess, AnswersLocalhost) {
 TEST_F(ServeAccess, RefusesANameThatSomebodyElseLedHere) {
   for (const std::string& host :
        {"evil.example:" + port, std::string("evil.example"), std::string("127.0.0.1"),
-        "127.0.0.1:1" + port, "127.0.0.1:" + port + ".evil.example", "localhost.:" + port}) {
+        "127.0.0.1:1" + port, "127.0.0.1:" + port + ".evil.example", "localhost.:" + port,
+        "127.0.0.1.:" + port, "LOCALHOST:" + port, "[::1]:" + port, "[::ffff:127.0.0.1]:" + port,
+        "127.1:" + port, "2130706433:" + port, "me@127.0.0.1:" + port, "127.0.0.1:" + port + "/",
+        "127.0.0.1:" + port + "," + "127.0.0.1:" + port}) {
     EXPECT_THAT(request(host, bearer), refused("403", "foreign-host")) << host;
   }
 }
@@ -73,7 +76,9 @@ TEST_F(ServeAccess, RefusesTwoHosts) {
 TEST_F(ServeAccess, RefusesAPageOfAnotherSite) {
   for (const std::string& origin :
        {std::string("http://evil.example"), std::string("null"), "https://127.0.0.1:" + port,
-        "http://127.0.0.1:" + port + ".evil.example", std::string("http://127.0.0.1:1")}) {
+        "http://127.0.0.1:" + port + ".evil.example", std::string("http://127.0.0.1:1"),
+        std::string(), "127.0.0.1:" + port, "http://me@127.0.0.1:" + port,
+        "http://127.0.0.1:" + port + " http://evil.example"}) {
     EXPECT_THAT(request(bench.host(), bearer + "Origin: " + origin + "\r\n"),
                 refused("403", "foreign-origin"))
         << origin;
@@ -134,6 +139,22 @@ TEST_F(ServeAccess, SetsNoCookieForAWrongToken) {
                                             "\r\nConnection: close\r\n\r\n");
   EXPECT_THAT(answer, refused("401", "no-token"));
   EXPECT_THAT(answer, Not(HasSubstr("Set-Cookie")));
+}
+
+TEST_F(ServeAccess, SendsThePolicyWithEveryAnswer) {
+  const std::string page = std::string("/?token=") + kToken;
+  for (const std::string& target :
+       {std::string("/"), page, std::string("/v1/state"), std::string("/v1/trace"),
+        std::string("/v1/list/artists?generation=3"), std::string("/v1/events"),
+        std::string("/v1/ipod/screen.png"), std::string("/none"), std::string("/v1/play")}) {
+    Client client(bench.server.port());
+    client.send(bench.getText(target));
+    EXPECT_THAT(client.readUntil("\r\n\r\n"),
+                HasSubstr("\r\nContent-Security-Policy: default-src 'self'\r\n"))
+        << target;
+  }
+  EXPECT_THAT(bench.post("/v1/reconnect", "{}"),
+              HasSubstr("\r\nContent-Security-Policy: default-src 'self'\r\n"));
 }
 
 TEST_F(ServeAccess, ChangesNothingByGet) {

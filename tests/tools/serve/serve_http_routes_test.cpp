@@ -73,13 +73,14 @@ TEST_F(ServeRoutes, PassChanges) {
   bench.post("/v1/modes", R"({"shuffle":"tracks"})");
   bench.post("/v1/modes", R"({"repeat":"track","shuffle":"off"})");
   bench.post("/v1/logo", R"({"png":"UE5H"})");
+  bench.post("/v1/logo", R"({"png":"UE5H","model":"nano"})");
   bench.post("/v1/logo", R"({"remove":true})");
   EXPECT_THAT(bench.post("/v1/reconnect", "{}"),
               AllOf(StartsWith("HTTP/1.1 200 "), EndsWith("{\"ok\":true}")));
   EXPECT_THAT(bench.headUnit.asked(),
               ElementsAre("play artists/3/tracks 7", "play albums -1",
                           "command previous-track-no-restart", "modes tracks/", "modes off/track",
-                          "logo of 6 bytes", "logo of 0 bytes", "reconnect"));
+                          "logo of 6 bytes", "logo of 10 bytes", "logo of 0 bytes", "reconnect"));
 }
 
 TEST_F(ServeRoutes, RefuseDocumentsThatTheyDoNotKnow) {
@@ -95,10 +96,12 @@ TEST_F(ServeRoutes, RefuseDocumentsThatTheyDoNotKnow) {
       {"/v1/command", "{"},
       {"/v1/command", ""},
       {"/v1/command", std::string(60000, '[')},
+      {"/v1/command", R"({"command":"toggle","x":[[[[[[[[[[1]]]]]]]]]]})"},
       {"/v1/modes", "{}"},
       {"/v1/modes", R"({"shuffle":"songs"})"},
       {"/v1/logo", R"({"png":"*"})"},
       {"/v1/logo", R"({"png":"AAAA"})"},
+      {"/v1/logo", R"({"png":"UE5H","model":7})"},
       {"/v1/trace", R"({"trace":""})"},
       {"/v1/trace", R"({"trace":7})"}};
   for (const auto& [path, body] : kRequests) {
@@ -308,6 +311,8 @@ TEST_F(RuntimeFile, FollowsNoLink) {
 
 TEST_F(RuntimeFile, IsRefusedInAFolderThatIsALinkOrThatOthersMayUse) {
   std::filesystem::create_directory(folder / "real");
+  std::filesystem::permissions(folder / "real", static_cast<std::filesystem::perms>(0700));
+  EXPECT_NO_THROW(tool::prepareRuntimeFolder((folder / "real").string()));
   std::filesystem::create_symlink(folder / "real", path);
   EXPECT_THROW(tool::prepareRuntimeFolder(path), std::runtime_error);
   std::filesystem::permissions(folder / "real", static_cast<std::filesystem::perms>(0755));

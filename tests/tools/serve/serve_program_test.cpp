@@ -97,6 +97,8 @@ TEST_F(ServeProgram, PrintsWhereItIsReadyAndEndsWithASignal) {
                 MatchesRegex("head unit ready on http://127\\.0\\.0\\.1:[0-9]+/\\?token="
                              "[0-9a-f]+\n"));
     EXPECT_THAT(contentOf(runtimeFile), HasSubstr("\"url\":\"http://127.0.0.1:"));
+    EXPECT_EQ(std::filesystem::status(runtimeFile).permissions(),
+              static_cast<std::filesystem::perms>(0600));
     const auto begin = std::chrono::steady_clock::now();
     program.interrupt(signal);
     EXPECT_EQ(program.status(), 0);
@@ -118,6 +120,23 @@ TEST_F(ServeProgram, EndsWithOneLineWhenThePortIsTaken) {
               MatchesRegex("ipodctl serve: cannot listen on 127.0.0.1 port [0-9]+: Address already "
                            "in use; end the program that uses it, or choose another --port\n"));
   EXPECT_THAT(contentOf(runtimeFile), HasSubstr("\"url\""));
+}
+
+TEST_F(ServeProgram, ListensBeyondThisComputerOnlyWithATokenFile) {
+  Program without(folder, "without", {"--listen", "192.0.2.1"});
+  EXPECT_EQ(without.status(), 2);
+  EXPECT_THAT(without.complaints(), HasSubstr("--token-file"));
+  const std::filesystem::path token = folder / "token";
+  std::ofstream(token) << "0123456789abcdef0123456789abcdef\n";
+  std::filesystem::permissions(token, static_cast<std::filesystem::perms>(0644));
+  Program readable(folder, "readable", {"--listen", "192.0.2.1", "--token-file", token.string()});
+  EXPECT_EQ(readable.status(), 1);
+  EXPECT_THAT(readable.complaints(), HasSubstr("chmod 600"));
+  std::filesystem::permissions(token, static_cast<std::filesystem::perms>(0600));
+  // An address for examples, which no computer has.
+  Program with(folder, "with", {"--listen", "192.0.2.1", "--token-file", token.string()});
+  EXPECT_EQ(with.status(), 1);
+  EXPECT_THAT(with.complaints(), HasSubstr("cannot listen on 192.0.2.1"));
 }
 
 TEST_F(ServeProgram, RefusesAWrongCommandLine) {

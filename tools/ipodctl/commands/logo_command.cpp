@@ -79,7 +79,7 @@ nlohmann::json logoRequest(const CommandOptions& options) {
   const LogoLimits limits = logoLimits(options.model);
   const std::string picture = pictureOf(options);
   convertLogo(picture, limits.width, limits.height);
-  return {{"png", base64(picture)}};
+  return {{"png", base64(picture)}, {"model", options.model}};
 }
 
 }  // namespace tool

@@ -252,11 +252,30 @@ Browser::Reading Browser::readName(int index, const Wanted& isWanted) {
   return {index, text.isWritten(), text.utf8(), !text.isWritten()};
 }
 
-std::vector<Browser::Reading> Browser::readOnce(const std::vector<int>& indexes,
+/// Keeps a placeholder for the names that cost the connection, and returns the others.
+std::vector<int> Browser::readable(const std::string& path, const std::vector<int>& indexes) {
+  std::vector<int> others;
+  for (const int index : indexes) {
+    if (lost.contains(path, index)) {
+      store.keep(path, index, LostNames::kPlaceholder);
+    } else {
+      others.push_back(index);
+    }
+  }
+  return others;
+}
+
+/// A name that is not written is empty, or the link is closed.
+std::vector<Browser::Reading> Browser::readOnce(const std::string& path,
+                                                const std::vector<int>& indexes,
                                                 const Wanted& isWanted) {
   std::vector<Reading> readings;
   for (const int index : indexes) {
     Reading reading = readName(index, isWanted);
+    if (!reading.isWritten && !conversation.isInStep()) {
+      lost.suspect(path, index);
+      throw OddAnswer();
+    }
     if (!readings.empty() && readings.back().name == reading.name) reading.isDoubtful = true;
     readings.push_back(std::move(reading));
   }
@@ -275,15 +294,18 @@ void Browser::confirm(Reading& reading, const Wanted& isWanted) {
 
 void Browser::readNames(const ListPath& path, const std::vector<int>& indexes,
                         const Wanted& isWanted) {
+  const std::string text = textOf(path);
+  const std::vector<int> asked = readable(text, indexes);
+  if (asked.empty()) return;
   goTo(routeTo(path), isWanted);
   try {
-    std::vector<Reading> readings = readOnce(indexes, isWanted);
+    std::vector<Reading> readings = readOnce(text, asked, isWanted);
     if (!conversation.isInStep()) throw OddAnswer();
     for (Reading& each : readings) {
       if (each.isDoubtful) confirm(each, isWanted);
     }
     for (Reading& each : readings)
-      store.keep(textOf(path), each.index, std::move(each.name));
+      store.keep(text, each.index, std::move(each.name));
   } catch (const OddAnswer&) {
     forget();
     throw;

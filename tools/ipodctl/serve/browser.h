@@ -5,6 +5,7 @@
 
 #include "ipodctl/serve/conversation.h"
 #include "ipodctl/serve/list_path.h"
+#include "ipodctl/serve/lost_names.h"
 #include "ipodctl/serve/name_store.h"
 
 namespace tool {
@@ -31,12 +32,15 @@ class Browser {
   /// no such list.
   ListFacts facts(const ListPath& path, const Wanted& isWanted);
 
-  /// Reads the names of a few items. Each is kept.
+  /// Reads the names of a few items. Each is kept; for one that costs the connection a placeholder.
   void readNames(const ListPath& path, const std::vector<int>& indexes, const Wanted& isWanted);
 
   /// Opens a list so that it is the iPod's selection, as it is before it plays. The group commands
   /// then go from record to record of its first list.
   void select(const ListPath& path, const Wanted& isWanted);
+
+  /// What the worker reports to: whether the connection is lost after an odd answer.
+  LostNames& lostNames() { return lost; }
 
   /// Whether what is open is a first list.
   bool isInFirstList() const { return levels.size() == 1; }
@@ -64,11 +68,14 @@ class Browser {
   void checkEntry(const ListPath& path, const Wanted& isWanted);
   struct Reading;
   Reading readName(int index, const Wanted& isWanted);
-  std::vector<Reading> readOnce(const std::vector<int>& indexes, const Wanted& isWanted);
+  std::vector<Reading> readOnce(const std::string& path, const std::vector<int>& indexes,
+                                const Wanted& isWanted);
+  std::vector<int> readable(const std::string& path, const std::vector<int>& indexes);
   void confirm(Reading& reading, const Wanted& isWanted);
 
   NameStore& store;
   Conversation& conversation;
+  LostNames lost;
   std::vector<Level> levels;  ///< the open ones
 };
 

@@ -170,7 +170,8 @@ Answer setLogo(const RoutedParts& parts, const Request& request) {
   const auto png = decodedBase64(textIn(document, "png"));
   if (!png) throw BadRequest("Send the PNG file in base64.");
   try {
-    return answerOf(parts.headUnit.setLogo(parts.convertLogo(*png), request.isWanted));
+    const std::string bitmap = parts.convertLogo(*png, optionalText(document, "model"));
+    return answerOf(parts.headUnit.setLogo(bitmap, request.isWanted));
   } catch (const std::runtime_error& error) {
     throw BadRequest(error.what());
   }

@@ -24,8 +24,9 @@ struct RoutedParts {
   /// Returns the document about an uploaded trace. Throws std::runtime_error for one that cannot be
   /// read.
   std::function<std::string(const std::string&)> explain;
-  /// Returns the logo's bitmap of a PNG. Throws std::runtime_error with a message for the user.
-  std::function<std::string(const std::string&)> convertLogo;
+  /// Returns the logo's bitmap of a PNG for a model, or for the largest one when its name is empty.
+  /// Throws std::runtime_error with a message for the user.
+  std::function<std::string(const std::string& png, const std::string& model)> convertLogo;
 };
 
 /// Returns the document of GET /v1/state.

@@ -20,6 +20,7 @@
 
 #include "ipodctl/device_map.h"
 #include "ipodctl/logo/convert_logo.h"
+#include "ipodctl/logo/logo_preview.h"
 #include "ipodctl/mpris/mpris.h"
 #include "ipodctl/serve/access.h"
 #include "ipodctl/serve/event_log.h"
@@ -123,12 +124,18 @@ std::string contentOf(const std::string& path) {
 constexpr unsigned kScreenWidth = 320;
 constexpr unsigned kScreenHeight = 240;
 
-std::string logoOf(const std::string& png) { return convertLogo(png, kScreenWidth, kScreenHeight); }
+/// The library does not report the size of the iPod's screen to a host, and shows no logo that is
+/// larger. So the client names the model.
+std::string logoOf(const std::string& png, const std::string& model) {
+  if (model.empty()) return convertLogo(png, kScreenWidth, kScreenHeight);
+  const LogoLimits limits = logoLimits(model);
+  return convertLogo(png, limits.width, limits.height);
+}
 
 /// A bitmap is used as it is.
 std::string bitmapOf(const std::string& path) {
   const std::string content = contentOf(path);
-  return content.compare(0, 2, "BM") == 0 ? content : logoOf(content);
+  return content.compare(0, 2, "BM") == 0 ? content : logoOf(content, "");
 }
 
 void openBrowser(const std::string& url) {

@@ -102,7 +102,10 @@ void Worker::learnIpod() {
   const std::optional<std::string> name = textFrom(IpodGetName);
   const std::optional<std::string> serial = textFrom(IpodGetSerialNumber);
   // The snapshot is about the lists of one iPod.
-  if (serial && *serial != lastSerial) IpodSetSameIpod(0);
+  if (serial && *serial != lastSerial) {
+    IpodSetSameIpod(0);
+    lists.lostNames().clear();
+  }
   if (serial) lastSerial = *serial;
   board.setIpod(name, serial);
 }
@@ -135,6 +138,7 @@ void Worker::judge(bool wasSilent) {
   board.setWaitingFor("an answer");
   const bool isThere = conversation.isIpodThere(wasSilent, [this] { keeper.showOdd(); });
   if (isThere) {
+    lists.lostNames().acquit();
     keeper.showReady();
     nextQuestion = Clock::now();
   } else if (!queue.isClosed()) {
@@ -144,6 +148,7 @@ void Worker::judge(bool wasSilent) {
 
 void Worker::loseIpod() {
   queue.refuse(kNotReady);
+  lists.lostNames().noteLoss();
   keeper.lose();
 }
 
