@@ -148,7 +148,7 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongBitmap{28, 32, 78, "save the BMP file with 24 bits for each pixel"},
                     WrongBitmap{30, 1, 78, "save the BMP file without compression"},
                     WrongBitmap{18, 5, 78, "make the picture's width a multiple of 4"},
-                    WrongBitmap{25, -1, 78, "save it bottom row first, at most 1024x1024"},
+                    WrongBitmap{25, '\xFF', 78, "save it bottom row first, at most 1024x1024"},
                     WrongBitmap{19, 8, 78, "save it bottom row first, at most 1024x1024"},
                     WrongBitmap{18, 0, 78, "save it bottom row first, at most 1024x1024"},
                     WrongBitmap{0, 'B', 77, "the file is cut short"}));
