@@ -27,10 +27,11 @@ struct Entry {
 
 /// Returns no value for a line without a time.
 inline std::optional<Entry> entryOf(const std::string& line) {
-  static const std::regex kTimed(R"((# )?(\d+\.\d{6}) (.*))");
+  static const std::regex kTime(R"((# )?(\d+\.\d{6}) )");
   std::smatch parts;
-  if (!std::regex_match(line, parts, kTimed)) return std::nullopt;
-  return Entry{std::stod(parts[2]), parts[1].str() + parts[3].str()};
+  constexpr auto kAtTheBegin = std::regex_constants::match_continuous;
+  if (!std::regex_search(line, parts, kTime, kAtTheBegin)) return std::nullopt;
+  return Entry{std::stod(parts[2]), parts[1].str() + parts.suffix().str()};
 }
 
 /// Returns the lines with a time, without it.
