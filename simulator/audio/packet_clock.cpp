@@ -51,9 +51,10 @@ void PacketClock::skipUntil(Moment now) {
   source->seek(current.position + due * kPacket);
 }
 
-/// Sends what remains of a millisecond.
+/// Sends what remains of a millisecond. The end may be before the beginning: a change can be
+/// noticed before the accessory begins to listen, and be reported afterwards.
 void PacketClock::finish(Moment end) {
-  if (source && framesUntil(end) > frames) send(framesUntil(end));
+  if (source && end > current.at && framesUntil(end) > frames) send(framesUntil(end));
 }
 
 uint64_t PacketClock::framesUntil(Moment moment) const {

@@ -240,6 +240,18 @@ TEST_F(PacketClockTest, RepeatsNothingAfterALateChange) {
   EXPECT_THAT(packets.sizes, ElementsAre(48, 48, 48, 48, 48, 48, 48));
 }
 
+// The accessory began to listen after the iPod had noticed the change.
+TEST_F(PacketClockTest, FollowsAChangeFromBeforeItsBeginning) {
+  clock.follow(heard(milliseconds(5), 0, 48000));
+  clock.follow(heard(milliseconds(3), 1, 48000));
+  EXPECT_THAT(packets.sizes, SizeIs(0));
+  clock.advance(at(milliseconds(7)));
+  EXPECT_THAT(packets.sizes, ElementsAre(48, 48));
+  Tune second(1, 48000);
+  second.seek(milliseconds(2));
+  EXPECT_EQ(packets.all.front().left, framesOf(second, 1).front().left);
+}
+
 TEST_F(PacketClockTest, LeavesOutWhatIsTooLate) {
   clock.follow(heard(Time(0), 0, 48000));
   clock.advance(at(milliseconds(10003)));
