@@ -62,6 +62,8 @@ std::vector<std::string> commandLine(const std::string& file,
 }  // namespace
 
 Program::Program(const std::string& file, const std::vector<std::string>& arguments) {
+  // A test that types to a program that has ended fails with what the program said.
+  std::signal(SIGPIPE, SIG_IGN);
   Pipe in;
   Pipe out;
   Pipe error;
@@ -73,6 +75,7 @@ Program::Program(const std::string& file, const std::vector<std::string>& argume
   child = fork();
   if (child < 0) throw std::runtime_error("no process");
   if (child == 0) {
+    std::signal(SIGPIPE, SIG_DFL);
     dup2(in.readEnd.get(), STDIN_FILENO);
     dup2(out.writeEnd.get(), STDOUT_FILENO);
     dup2(error.writeEnd.get(), STDERR_FILENO);
@@ -118,7 +121,7 @@ bool Program::readUntil(const std::string& text, Time limit) {
 void Program::type(const std::string& line) {
   const std::string typed = line + "\n";
   if (write(input.get(), typed.data(), typed.size()) != static_cast<ssize_t>(typed.size())) {
-    throw std::runtime_error("the program does not read");
+    throw std::runtime_error("the program does not read; it said: " + errors());
   }
 }
 
