@@ -59,12 +59,15 @@ void changeFrame(Scene& scene, Script& script) {
   const size_t wanted = script.byte();
   const size_t place = script.byte();
   const uint8_t bits = script.byte();
-  scene.cable.rewrite([=](size_t number, const simulator::Bytes& frame) {
+  scene.cable.rewrite([=, &scene](size_t number, const simulator::Bytes& frame) {
     simulator::Bytes changed = frame;
     constexpr size_t kBeforePayload = 2;  // start byte and length; a checksum follows the payload
     if (number == wanted && frame.size() > kBeforePayload + 1) {
-      changed[kBeforePayload + place % (frame.size() - kBeforePayload - 1)] ^= bits;
-      changed.pop_back();
+      simulator::Bytes payload(frame.begin() + kBeforePayload, frame.end() - 1);
+      payload[place % payload.size()] ^= bits;
+      scene.hostile.limitCount(payload);
+      changed.resize(kBeforePayload);
+      changed.insert(changed.end(), payload.begin(), payload.end());
       changed.push_back(simulator::frameChecksum(simulator::ByteView(changed).from(1)));
     }
     return std::vector<virtual_platform::ComingFrame>{{Time(0), changed}};

@@ -31,15 +31,6 @@ bool isRecordCount(const Bytes& payload) {
          payload[2] == 0x19;
 }
 
-void limitCount(Bytes& payload, uint32_t most) {
-  const uint32_t count = uint32_t{payload[3]} << 24 | uint32_t{payload[4]} << 16 |
-                         uint32_t{payload[5]} << 8 | payload[6];
-  if (count <= most) return;
-  payload[3] = payload[4] = 0;
-  payload[5] = static_cast<uint8_t>(most >> 8);
-  payload[6] = static_cast<uint8_t>(most);
-}
-
 Bytes commandOf(ByteView request, uint8_t step) {
   const auto low = static_cast<uint8_t>(byteAt(request, 1) + step);
   if (byteAt(request, 0) != kExtended) return {byteAt(request, 0), low};
@@ -59,12 +50,22 @@ Bytes acknowledgementOf(ByteView request, uint8_t status) {
 
 }  // namespace
 
+void HostileCable::limitCount(Bytes& payload) const {
+  if (!mostRecords || !isRecordCount(payload)) return;
+  const uint32_t count = uint32_t{payload[3]} << 24 | uint32_t{payload[4]} << 16 |
+                         uint32_t{payload[5]} << 8 | payload[6];
+  if (count <= *mostRecords) return;
+  payload[3] = payload[4] = 0;
+  payload[5] = static_cast<uint8_t>(*mostRecords >> 8);
+  payload[6] = static_cast<uint8_t>(*mostRecords);
+}
+
 void HostileCable::sayRaw(const Bytes& bytes) {
   unread.insert(unread.end(), bytes.begin(), bytes.end());
 }
 
 void HostileCable::say(Bytes payload) {
-  if (mostRecords && isRecordCount(payload)) limitCount(payload, *mostRecords);
+  limitCount(payload);
   sayRaw(encodeFrame(simulator::FrameKind::kUsb, payload));
 }
 

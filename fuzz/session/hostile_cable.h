@@ -23,8 +23,9 @@ class HostileCable final : public virtual_platform::VirtualDevice {
 
   explicit HostileCable(virtual_platform::VirtualIpod& cable) : real(cable) {}
 
-  /// Limits the counts of records in his answers.
+  /// Limits the counts of records in his answers, and in all payloads that limitCount() gets.
   void limitCounts(uint32_t most) { mostRecords = most; }
+  void limitCount(simulator::Bytes& payload) const;
   /// Sends bytes to the host as they are.
   void sayRaw(const simulator::Bytes& bytes);
   /// Sends a payload to the host in a frame.
