@@ -135,8 +135,8 @@ class Link {
  private:
   /// Returns one of two readers for all inputs: to make one takes longer than most inputs.
   static FrameReader& readerOf(bool isSerial) {
-    static FrameReader& usb = *new FrameReader(FrameKind::kWithoutSyncByte);
-    static FrameReader& serial = *new FrameReader(FrameKind::kWithSyncByte);
+    static FrameReader& usb = *new FrameReader(ipodctl::FrameKind::kWithoutSyncByte);
+    static FrameReader& serial = *new FrameReader(ipodctl::FrameKind::kWithSyncByte);
     return isSerial ? serial : usb;
   }
 

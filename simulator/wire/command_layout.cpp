@@ -36,7 +36,7 @@ constexpr NamedValue kCategories[] = {
 constexpr NamedValue kNone[] = {{kNoIndex, "none"}, {0, nullptr}};
 constexpr NamedValue kAll[] = {{kAllRecords, "all"}, {0, nullptr}};
 constexpr NamedValue kAny[] = {{kNoIndex, "any"}, {0, nullptr}};
-constexpr NamedValue kModes[] = {{0, "standard"}, {1, "extended"}, {0, nullptr}};
+constexpr NamedValue kModeNames[] = {{0, "standard"}, {1, "extended"}, {0, nullptr}};
 constexpr NamedValue kPlayStates[] = {
     {0, "stopped"}, {1, "playing"}, {2, "paused"}, {0xFF, "error"}, {0, nullptr}};
 constexpr NamedValue kShuffles[] = {{0, "off"}, {1, "tracks"}, {2, "albums"}, {0, nullptr}};
@@ -67,7 +67,7 @@ constexpr NamedValue kAccessoryInfos[] = {
 };
 constexpr NamedValue kPixelFormats[] = {
     {1, "grey-2"}, {2, "rgb565-low-first"}, {3, "rgb565-high-first"}, {0, nullptr}};
-constexpr NamedValue kButtons[] = {
+constexpr NamedValue kButtonNames[] = {
     {0, "play-pause"},
     {1, "volume-up"},
     {2, "volume-down"},
@@ -121,7 +121,7 @@ constexpr FieldLayout status() { return {"status", 1, FieldKind::kStatus, kStatu
 constexpr FieldLayout command(size_t width) {
   return {"command", width, FieldKind::kCommand, nullptr, false};
 }
-constexpr FieldLayout buttons() { return {"buttons", 0, FieldKind::kButtons, kButtons, false}; }
+constexpr FieldLayout buttons() { return {"buttons", 0, FieldKind::kButtons, kButtonNames, false}; }
 constexpr FieldLayout hex(const char* name) { return {name, 4, FieldKind::kHex, nullptr, false}; }
 constexpr FieldLayout ifAny(FieldLayout field) {
   field.isOptional = true;
@@ -139,7 +139,7 @@ constexpr CommandLayout kCommands[] = {
     {"Identify", kEvery, kIdentify, kG, false, {lingo("lingo")}},
     {"iPodAck", kEvery, kAck, kG, false, {status(), command(1), ifAny(number("wait-ms", 4))}},
     {"RequestRemoteUIMode", kEvery, kRequestRemoteUiMode, kG, false, {}},
-    {"ReturnRemoteUIMode", kEvery, kReturnRemoteUiMode, kG, false, {choice("mode", 1, kModes)}},
+    {"ReturnRemoteUIMode", kEvery, kReturnRemoteUiMode, kG, false, {choice("mode", 1, kModeNames)}},
     {"EnterRemoteUIMode", kEvery, kEnterRemoteUiMode, kG, false, {}},
     {"ExitRemoteUIMode", kEvery, kExitRemoteUiMode, kG, false, {}},
     {"RequestiPodName", kEvery, kRequestIpodName, kG, false, {}},

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "screen/screen.h"
+#include "colours.h"
 #include "support/hex.h"
 
 namespace simulator {
@@ -11,8 +11,6 @@ namespace {
 const Colour kRed{255, 0, 0};
 const Colour kGreen{0, 255, 0};
 const Colour kBlue{0, 0, 255};
-const Colour kWhite{255, 255, 255};
-const Colour kBlack{0, 0, 0};
 
 class DisplayImageTest : public testing::Test {
  protected:

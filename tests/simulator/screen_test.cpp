@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "colours.h"
 #include "screen/characters.h"
 #include "screen/live_screen.h"
 #include "screen/pages.h"
@@ -14,8 +15,6 @@ namespace {
 
 using Page = ScreenView::Page;
 
-constexpr Colour kWhite{255, 255, 255};
-constexpr Colour kBlack{0, 0, 0};
 constexpr Colour kBar{74, 158, 255};
 
 const TextPainter& painter() {

@@ -226,8 +226,8 @@ std::string nameOf(Direction direction) {
 }
 
 std::string nameOf(Loss loss) {
-  constexpr const char* kNames[] = {"end-of-file", "read-error", "write-error", "silence", "gone"};
-  return kNames[static_cast<int>(loss)];
+  constexpr const char* kWords[] = {"end-of-file", "read-error", "write-error", "silence", "gone"};
+  return kWords[static_cast<int>(loss)];
 }
 
 std::string identifierOf(const std::vector<std::string>& words) {

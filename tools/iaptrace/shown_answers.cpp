@@ -14,16 +14,15 @@ namespace {
 
 using simulator::Lingo;
 using simulator::Status;
-using trace::Time;
 
 /// What a busy machine can need for an answer.
-constexpr Time kBusy = std::chrono::milliseconds(20);
+constexpr trace::Time kBusy = std::chrono::milliseconds(20);
 /// A delay of every answer is known from the fastest of them.
-constexpr Time kLeastDelay = std::chrono::milliseconds(3);
+constexpr trace::Time kLeastDelay = std::chrono::milliseconds(3);
 /// The time that an iPod states when it sends both acknowledgements at once.
 constexpr uint32_t kStatedTogether = 300;
 
-constexpr Time kUnknownTime = std::chrono::hours(1000);
+constexpr trace::Time kUnknownTime = std::chrono::hours(1000);
 
 bool isStatus(std::optional<uint8_t> status, Status wanted) {
   return status == static_cast<uint8_t>(wanted);
@@ -74,12 +73,13 @@ class AnswerFinder {
       takeModeChange(each);
       takePlay(each);
     }
-    if (soundDelay != kUnknownTime) shown.settings["sound-delay"] = delayMs(soundDelay, Time(0));
+    if (soundDelay != kUnknownTime)
+      shown.settings["sound-delay"] = delayMs(soundDelay, trace::Time(0));
   }
 
  private:
   void findDelays() {
-    Time fastest = kUnknownTime;
+    trace::Time fastest = kUnknownTime;
     for (const Asked& each : asked) {
       const bool isPlain = each.replies.size() == 1 && each.status() && !isPlay(each.message()) &&
                            !isModeChange(each.message());
@@ -87,7 +87,7 @@ class AnswerFinder {
     }
     if (hasReplies()) setDelay("answer-delay", delay);
     if (fastest == kUnknownTime || !hasReplies()) return;
-    acknowledgementDelay = std::max(fastest - delay, Time(0));
+    acknowledgementDelay = std::max(fastest - delay, trace::Time(0));
     setDelay("acknowledgement-delay", acknowledgementDelay);
   }
 
@@ -96,7 +96,7 @@ class AnswerFinder {
                        [](const Asked& each) { return each.reply() != nullptr; });
   }
 
-  void setDelay(const char* name, Time span) {
+  void setDelay(const char* name, trace::Time span) {
     const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(span).count();
     shown.settings[name] = span < kLeastDelay ? 0u : static_cast<uint32_t>(ms);
   }
@@ -148,8 +148,8 @@ class AnswerFinder {
     const bool isChange = isModeChange(request) && wantsMode != each.inExtendedMode;
     if (!isChange || !isStatus(each.status(), Status::kOk)) return;
     const auto stated = statedWait(each);
-    const Time between = each.replies.back()->at - each.replies.front()->at;
-    const bool isTogether = stated && between<kBusy&& * stated> 2 * delayMs(kBusy, Time(0));
+    const trace::Time between = each.replies.back()->at - each.replies.front()->at;
+    const bool isTogether = stated && between<kBusy&& * stated> 2 * delayMs(kBusy, trace::Time(0));
     shown.set("mode-change-together", isTogether);
     const bool isUsual = isTogether && stated == kStatedTogether;
     shown.settings["mode-change-pending"] = isUsual ? 0 : stated.value_or(0);
@@ -159,31 +159,32 @@ class AnswerFinder {
     if (!isPlay(each.message()) || !isStatus(each.status(), Status::kOk)) return;
     const auto stated = statedWait(each);
     shown.settings["play-pending"] = stated.value_or(0);
-    const Time needed = each.latency(each.replies.size() - 1);
-    const Time usual = delay + acknowledgementDelay + std::chrono::milliseconds(stated.value_or(0));
-    soundDelay = std::min(soundDelay, std::max(needed - usual, Time(0)));
+    const trace::Time needed = each.latency(each.replies.size() - 1);
+    const trace::Time usual =
+        delay + acknowledgementDelay + std::chrono::milliseconds(stated.value_or(0));
+    soundDelay = std::min(soundDelay, std::max(needed - usual, trace::Time(0)));
   }
 
   const std::vector<Asked>& asked;
   ShownPersonality& shown;
-  const Time delay;
-  Time acknowledgementDelay{0};
-  Time soundDelay = kUnknownTime;
+  const trace::Time delay;
+  trace::Time acknowledgementDelay{0};
+  trace::Time soundDelay = kUnknownTime;
 };
 
 }  // namespace
 
-Time answerDelay(const std::vector<Asked>& asked) {
-  Time fastest = kUnknownTime;
+trace::Time answerDelay(const std::vector<Asked>& asked) {
+  trace::Time fastest = kUnknownTime;
   for (const Asked& each : asked) {
     if (each.reply() != nullptr) fastest = std::min(fastest, each.latency());
   }
-  return fastest == kUnknownTime ? Time(0) : fastest;
+  return fastest == kUnknownTime ? trace::Time(0) : fastest;
 }
 
-uint32_t delayMs(Time span, Time usual) {
-  constexpr Time kMost = std::chrono::hours(1);
-  const Time needed = std::min(span - usual, kMost);
+uint32_t delayMs(trace::Time span, trace::Time usual) {
+  constexpr trace::Time kMost = std::chrono::hours(1);
+  const trace::Time needed = std::min(span - usual, kMost);
   if (needed < kBusy) return 0;
   return static_cast<uint32_t>(
       std::chrono::duration_cast<std::chrono::milliseconds>(needed).count());

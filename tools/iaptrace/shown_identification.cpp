@@ -13,7 +13,6 @@ using simulator::AccessoryInfoType;
 using simulator::Lingo;
 using simulator::PayloadReader;
 using trace::Record;
-using trace::Time;
 
 constexpr uint8_t kCapabilities = static_cast<uint8_t>(AccessoryInfoType::kCapabilities);
 
@@ -48,9 +47,10 @@ class IdentificationFinder {
     bool isAnswered = false;
     bool isAccepted = false;
     bool isIgnoredBefore = false;  ///< another request before the announcement
-    std::optional<Time> announcedAt;
-    std::optional<Time> ratesAt;
-    std::optional<Time> askedAt;  ///< the last question for the capabilities, not answered yet
+    std::optional<trace::Time> announcedAt;
+    std::optional<trace::Time> ratesAt;
+    /// Of the last question for the capabilities that is not answered yet.
+    std::optional<trace::Time> askedAt;
     bool wasAsked = false;
     bool wasRateAsked = false;
     bool wasRateTold = false;
@@ -186,8 +186,8 @@ class IdentificationFinder {
     now.askedAt.reset();
   }
 
-  void setPatience(Time waited) {
-    shown.settings["accessory-info-patience"] = delayMs(waited, Time(0));
+  void setPatience(trace::Time waited) {
+    shown.settings["accessory-info-patience"] = delayMs(waited, trace::Time(0));
   }
 
   void takeFirmware(PayloadReader& data) {
@@ -225,7 +225,7 @@ class IdentificationFinder {
   const Conversation& items;
   const std::vector<Asked>& asked;
   ShownPersonality& shown;
-  const Time delay;
+  const trace::Time delay;
   size_t next = 0;
   Connection now;
   bool wasInfoAcknowledged = false;

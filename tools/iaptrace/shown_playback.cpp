@@ -13,7 +13,6 @@ namespace {
 using simulator::Lingo;
 using simulator::PayloadReader;
 using simulator::Status;
-using trace::Time;
 
 constexpr uint8_t kPlaying = 1;
 
@@ -72,7 +71,7 @@ class PlaybackFinder {
     data.u32();
     const uint32_t ms = data.u32();
     const bool isPlaying = data.u8() == kPlaying && data.ok();
-    const Time at = each.replies.front()->at;
+    const trace::Time at = each.replies.front()->at;
     if (isWinding && position) takeWinding(ms, at);
     isWinding = false;
     position.reset();
@@ -80,17 +79,19 @@ class PlaybackFinder {
   }
 
   /// From two positions while it winds, and the time between them.
-  void takeWinding(uint32_t ms, Time at) {
-    constexpr Time kLeast = std::chrono::milliseconds(100);
+  void takeWinding(uint32_t ms, trace::Time at) {
+    constexpr trace::Time kLeast = std::chrono::milliseconds(100);
     constexpr int64_t kFastest = 100;
-    const Time passed = at - windingSince;
+    const trace::Time passed = at - windingSince;
     if (passed < kLeast || ms <= positionAt(windingSince)) return;
     const int64_t moved = ms - positionAt(windingSince);
     const int64_t speed = (moved * 1000 + passed.count() / 2) / passed.count();
     if (speed > 1 && speed <= kFastest) shown.settings["seek-speed"] = static_cast<uint32_t>(speed);
   }
 
-  int64_t positionAt(Time at) const { return position->ms + (at - position->at).count() / 1000; }
+  int64_t positionAt(trace::Time at) const {
+    return position->ms + (at - position->at).count() / 1000;
+  }
 
   void takeIndex(const Message& reply) {
     const uint32_t number = PayloadReader(reply.data).u32();
@@ -107,7 +108,7 @@ class PlaybackFinder {
     previousFrom.reset();
     isWinding = false;
     if (!isDone || !position) return position.reset();
-    const Time at = each.replies.back()->at;
+    const trace::Time at = each.replies.back()->at;
     if (code == static_cast<uint8_t>(simulator::PlayControlCode::kPreviousTrack)) {
       previousFrom = positionAt(at);
     }
@@ -118,7 +119,7 @@ class PlaybackFinder {
 
   struct Position {
     int64_t ms;
-    Time at;
+    trace::Time at;
   };
 
   ShownPersonality& shown;
@@ -127,7 +128,7 @@ class PlaybackFinder {
   std::optional<uint32_t> index;
   std::optional<int64_t> previousFrom;  ///< ms: where "previous" was pressed
   bool isWinding = false;
-  Time windingSince{0};
+  trace::Time windingSince{0};
 };
 
 /// Finds out how often positions are notified.
