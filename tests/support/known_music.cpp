@@ -4,6 +4,8 @@
 #include <iterator>
 #include <string_view>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 namespace session {
 
@@ -38,8 +40,9 @@ std::u32string codePoints(const std::string& utf8) {
 }
 
 char32_t plainLetter(char32_t letter) {
-  if (letter == U'ß') return 's';
   if (letter >= 'A' && letter <= 'Z') return letter - 'A' + 'a';
+  if (letter < 0x80) return letter;
+  if (letter == U'ß') return 's';
   for (const Letters& row : kLetters) {
     if (row.accented.find(letter) != std::u32string_view::npos) return row.plain;
   }
@@ -63,10 +66,16 @@ std::tuple<bool, std::u32string, std::string> collation(const std::string& name)
 }
 
 template <class Key>
-Tracks sorted(Tracks tracks, Key keyOf) {
-  std::stable_sort(tracks.begin(), tracks.end(),
-                   [&](const Track& a, const Track& b) { return keyOf(a) < keyOf(b); });
-  return tracks;
+Tracks sorted(const Tracks& tracks, Key keyOf) {
+  std::vector<std::pair<decltype(keyOf(Track())), const Track*>> keyed;
+  for (const Track& track : tracks)
+    keyed.emplace_back(keyOf(track), &track);
+  std::stable_sort(keyed.begin(), keyed.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  Tracks inOrder;
+  for (const auto& [key, track] : keyed)
+    inOrder.push_back(*track);
+  return inOrder;
 }
 
 }  // namespace
@@ -94,16 +103,15 @@ Tracks playlistTracks(const MusicLibrary& library, size_t playlist) {
   return tracks;
 }
 
-Tracks byArtist(Tracks tracks) {
-  return sorted(std::move(tracks), [](const Track& track) {
+Tracks byArtist(const Tracks& tracks) {
+  return sorted(tracks, [](const Track& track) {
     return std::tuple(collation(track.artist), collation(track.album), track.discNumber,
                       track.trackNumber, collation(track.title));
   });
 }
 
-Tracks byTitle(Tracks tracks) {
-  return sorted(byArtist(std::move(tracks)),
-                [](const Track& track) { return collation(track.title); });
+Tracks byTitle(const Tracks& tracks) {
+  return sorted(byArtist(tracks), [](const Track& track) { return collation(track.title); });
 }
 
 Names textsOf(const Tracks& tracks, TextOfTrack text) {

@@ -25,9 +25,9 @@ Tracks musicWith(const simulator::MusicLibrary& library, TextOfTrack text,
 Tracks playlistTracks(const simulator::MusicLibrary& library, size_t playlist);
 
 /// By artist, album, disc, number on the disc and title.
-Tracks byArtist(Tracks tracks);
+Tracks byArtist(const Tracks& tracks);
 /// By title.
-Tracks byTitle(Tracks tracks);
+Tracks byTitle(const Tracks& tracks);
 
 /// The texts of the tracks, one each.
 Names textsOf(const Tracks& tracks, TextOfTrack text);
