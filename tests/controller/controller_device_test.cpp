@@ -61,7 +61,7 @@ int remember(int32_t rate) {
 
 template <class Condition>
 bool comesTrue(const Condition& condition) {
-  for (const Patience patience; !patience.isOver(); std::this_thread::yield()) {
+  for (const Patience patience; !patience.isOver(); Patience::pause()) {
     if (condition()) return true;
   }
   return false;

@@ -21,7 +21,7 @@ namespace ipodctl {
 /// Calls `condition` until it returns true. Returns false when it does not in time.
 template <class Condition>
 bool eventually(const Condition& condition) {
-  for (const host_test::Patience patience; !patience.isOver(); std::this_thread::yield())
+  for (const host_test::Patience patience; !patience.isOver(); host_test::Patience::pause())
     if (condition()) return true;
   return false;
 }

@@ -39,7 +39,7 @@ class BackgroundCall {
 
   /// Waits until the call sleeps in poll(), as a device call does when it has to wait.
   bool waitUntilBlocked() const {
-    for (const Patience patience; !patience.isOver(); std::this_thread::yield()) {
+    for (const Patience patience; !patience.isOver(); Patience::pause()) {
       std::string number;
       std::ifstream(statusPath) >> number;
       const auto isCurrent = [&](long call) { return number == std::to_string(call); };

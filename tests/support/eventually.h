@@ -1,7 +1,5 @@
 #pragma once
 
-#include <thread>
-
 #include "support/patience.h"
 
 namespace session {
@@ -9,7 +7,7 @@ namespace session {
 /// Calls `condition` until it holds. Returns false if it does not hold in time.
 template <class Condition>
 bool eventually(Condition condition) {
-  for (const host_test::Patience patience; !patience.isOver(); std::this_thread::yield()) {
+  for (const host_test::Patience patience; !patience.isOver(); host_test::Patience::pause()) {
     if (condition()) return true;
   }
   return false;

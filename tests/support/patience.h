@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <thread>
 
 namespace host_test {
 
@@ -12,6 +13,9 @@ constexpr std::chrono::seconds kPatience{10};
 class Patience {
  public:
   bool isOver() const { return std::chrono::steady_clock::now() >= end; }
+
+  /// Leaves the processor to others, before a test looks again.
+  static void pause() { std::this_thread::sleep_for(std::chrono::microseconds(100)); }
 
   /// Returns the rest of the time for poll().
   int left() const {
