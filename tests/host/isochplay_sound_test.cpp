@@ -150,6 +150,9 @@ class IsochplaySound : public testing::Test {
     unsetenv("IPODCTL_AUDIO");
     SelectZeroBandwithInterface();
     isochplaySetSink(nullptr, nullptr);
+    if (capturing) {
+      testing::internal::GetCapturedStderr();
+    }
   }
 
   static void listenTo(const std::string& output) { setenv("IPODCTL_AUDIO", output.c_str(), 1); }
@@ -171,12 +174,16 @@ class IsochplaySound : public testing::Test {
     return readWav(wav);
   }
 
-  static std::string complaints() { return testing::internal::GetCapturedStderr(); }
+  std::string complaints() {
+    capturing = false;
+    return testing::internal::GetCapturedStderr();
+  }
 
   const simulator::TemporaryFolder folder;
   const std::string wav = (folder / "heard.wav").string();
   const host_test::DeviceMapping devices{"IPD1:=" + (folder / "ipod").string()};
   IpodEnd ipod{(folder / "ipod.audio").string()};
+  bool capturing = true;
 };
 
 constexpr char kPrefix[] = "ipodctl: IPODCTL_AUDIO: ";
