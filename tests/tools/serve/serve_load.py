@@ -1,14 +1,15 @@
 #!/usr/bin/python3 -B
 """Loads `ipodctl serve` from another process, and checks what its clients see.
 
-usage: serve_load.py IPODCTL IPODSIM SECONDS
+usage: serve_load.py IPODCTL IPODSIM SECONDS [NOISE]
 
 Twenty event streams are read and 1,000 requests a second are sent by two other processes. Then
 
   - every stream has each change of the playback within 1 s,
   - every request is answered, or refused with 503,
   - the memory of ipodctl serve grows by less than 10 MB,
-  - the median time of a command to the iPod at most doubles.
+  - the median time of a command to the iPod at most doubles, or is below NOISE ms (5): what the
+    other programs of the machine can cost.
 
 It prints the figures, and fails with exit status 1.
 """
@@ -199,7 +200,7 @@ def measure(serve, seconds):
             "median_command_ms": [round(1000 * statistics.median(one), 2) for one in (quiet, loaded)]}
 
 
-def faults(figures):
+def faults(figures, noise_ms):
     quiet, loaded = figures["median_command_ms"]
     requests = figures["requests"]
     if figures["changes"] < 3:
@@ -212,13 +213,12 @@ def faults(figures):
         yield "requests were not answered"
     if figures["growth_kb"] << 10 >= MOST_GROWTH:
         yield "the memory grew"
-    # A clock of a millisecond: on a quiet machine a command takes less.
-    if loaded > max(2 * quiet, 5):
+    if loaded > max(2 * quiet, noise_ms):
         yield "commands became slow"
 
 
 def main():
-    _, ipodctl, ipodsim, seconds = sys.argv
+    ipodctl, ipodsim, seconds, *noise = sys.argv[1:]
     with tempfile.TemporaryDirectory() as folder:
         serve = Serve(ipodctl, ipodsim, folder)
         try:
@@ -226,7 +226,7 @@ def main():
         finally:
             serve.end()
     print(json.dumps(figures))
-    found = list(faults(figures))
+    found = list(faults(figures, float(*noise or [5])))
     for fault in found:
         print("serve_load: " + fault, file=sys.stderr)
     return 1 if found else 0
