@@ -25,28 +25,29 @@ std::unique_ptr<Transport> createTransport() {
   return std::make_unique<Kind>();
 }
 
-inline const LinkKind kSerialKind{"Serial",
-                                  createTransport<SerialTransport>,
-                                  "COM1:",
-                                  {0xFF},
-                                  "OPENING DEVICE COM1:\n"
-                                  "COM aperta correttamente\n"
-                                  "com baudrate = 57600\n"
-                                  "com parity = 0\n"
-                                  "com byte size = 8\n"
-                                  "com stop bits = 0\n"
-                                  "com rts flow control = 0\n",
-                                  "serial closed\n",
-                                  "WRITING ON DEVICE\n"};
+// They are not inline: Clang for Windows initialises inline variables in an order of its own.
+const LinkKind kSerialKind{"Serial",
+                           createTransport<SerialTransport>,
+                           "COM1:",
+                           {0xFF},
+                           "OPENING DEVICE COM1:\n"
+                           "COM aperta correttamente\n"
+                           "com baudrate = 57600\n"
+                           "com parity = 0\n"
+                           "com byte size = 8\n"
+                           "com stop bits = 0\n"
+                           "com rts flow control = 0\n",
+                           "serial closed\n",
+                           "WRITING ON DEVICE\n"};
 
-inline const LinkKind kUsbKind{"Usb",
-                               createTransport<UsbTransport>,
-                               "IPD1:",
-                               {},
-                               "OPENING DEVICE\nUSB aperta correttamente\n",
-                               "usb closed\n",
-                               "WRITING ON DEVICE\nOver USB\n"};
+const LinkKind kUsbKind{"Usb",
+                        createTransport<UsbTransport>,
+                        "IPD1:",
+                        {},
+                        "OPENING DEVICE\nUSB aperta correttamente\n",
+                        "usb closed\n",
+                        "WRITING ON DEVICE\nOver USB\n"};
 
-inline const LinkKind kLinkKinds[] = {kSerialKind, kUsbKind};
+const LinkKind kLinkKinds[] = {kSerialKind, kUsbKind};
 
 }  // namespace ipodctl
