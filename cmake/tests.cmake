@@ -51,6 +51,10 @@ endif()
 if(IPODCTL_SANITIZE MATCHES fuzzer)
   list(APPEND IPODCTL_TEST_OPTIONS -fno-sanitize=fuzzer-no-link)
 endif()
+# GoogleTest names the lines of the tests itself.
+if(IPODCTL_SANITIZE)
+  list(APPEND IPODCTL_TEST_OPTIONS -g0)
+endif()
 
 set(IPODCTL_TEST_SECONDS 120 CACHE STRING "A test that takes longer has failed")
 
