@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <thread>
@@ -249,9 +250,11 @@ TEST_F(ServeLimits, ClosesAStreamWhoseReaderIsMoreThan256EventsLate) {
   const std::string line = "{\"line\":\"" + std::string(60 << 10, 'x') + "\"}";
   for (size_t i = 0; i < kEvents; ++i)
     bench.events.publish(tool::Topic::kConsole, line);
+  // It can be closed before the first event is sent.
   const std::string read = reader.readAll();
   EXPECT_LT(read.size(), kEvents * line.size());
-  EXPECT_THAT(read.substr(read.size() - 100), Not(HasSubstr("nothing more within")));
+  EXPECT_THAT(read.substr(read.size() - std::min<size_t>(read.size(), 100)),
+              Not(HasSubstr("nothing more within")));
 }
 
 TEST_F(ServeLimits, DropsARequestWhoseClientHasGone) {
