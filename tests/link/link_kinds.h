@@ -25,7 +25,7 @@ std::unique_ptr<Transport> createTransport() {
   return std::make_unique<Kind>();
 }
 
-// They are not inline: Clang for Windows initialises inline variables in an order of its own.
+// They are not inline: Clang for Windows initialises inline variables in any order.
 const LinkKind kSerialKind{"Serial",
                            createTransport<SerialTransport>,
                            "COM1:",
